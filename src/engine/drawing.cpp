@@ -1,0 +1,240 @@
+#include "engine/drawing.hpp"
+
+#include <unordered_set>
+
+#include "engine/entities/block_reference.hpp"
+#include "engine/libraries.hpp"
+
+namespace kova::engine {
+
+Drawing::Drawing() : modelSpace_(this) {
+    const CommonNames& names = commonNames();
+    layers.ensure(names.layerZero);
+    Layer defpoints;
+    defpoints.name = names.defpoints;
+    defpoints.plottable = false;
+    layers.add(defpoints);
+
+    textStyles.add(TextStyle{});
+    dimStyles.add(DimStyle{});
+    mleaderStyles.add(MLeaderStyle{});
+    tableStyles.add(TableStyle{});
+    for (const Name& special : {names.byBlock, names.byLayer, names.continuous}) {
+        Linetype linetype;
+        linetype.name = special;
+        linetype.standard = true;
+        if (special == names.continuous) linetype.description = "Solid line";
+        linetypes.add(linetype);
+    }
+    appIds.push_back("ACAD");
+    for (const AnnotationScale& scale : builtinAnnotationScales()) annotationScales.add(scale);
+    addLayout("Layout1");
+    addLayout("Layout2");
+    currentView.center = {210.0, 148.5};
+    currentView.width = 420.0;
+    currentView.height = 297.0;
+    for (const SysVarDef& def : sysVarTable()) {
+        if (def.get != nullptr) continue;
+        switch (def.type) {
+            case SysVarType::Integer: integerVariables.emplace(def.name, std::get<std::int32_t>(def.fallback)); break;
+            case SysVarType::Real: realVariables.emplace(def.name, std::get<double>(def.fallback)); break;
+            case SysVarType::String: stringVariables.emplace(def.name, std::get<std::string>(def.fallback)); break;
+            case SysVarType::Point: break;
+        }
+    }
+    applyStartingValues(*this, UnitSystem::Metric);
+}
+
+Drawing::~Drawing() = default;
+
+EntityList& Drawing::currentSpace() {
+    if (tileMode) return modelSpace_;
+    Layout* layout = activeLayout();
+    return layout != nullptr ? layout->entities : modelSpace_;
+}
+
+Layout* Drawing::findLayout(Name name) const {
+    for (const auto& layout : layouts_)
+        if (layout->name == name) return layout.get();
+    return nullptr;
+}
+
+Layout* Drawing::addLayout(Name name) {
+    if (name.empty() || name == "Model" || findLayout(name) != nullptr) return nullptr;
+    auto layout = std::make_unique<Layout>(name);
+    for (const auto& other : layouts_) layout->tabOrder = std::max(layout->tabOrder, other->tabOrder + 1);
+    layout->entities.attach(this);
+    layouts_.push_back(std::move(layout));
+    return layouts_.back().get();
+}
+
+std::unique_ptr<Layout> Drawing::takeLayout(Name name) {
+    for (auto it = layouts_.begin(); it != layouts_.end(); ++it) {
+        if (!((*it)->name == name)) continue;
+        std::unique_ptr<Layout> layout = std::move(*it);
+        layouts_.erase(it);
+        layout->entities.attach(nullptr);
+        return layout;
+    }
+    return nullptr;
+}
+
+void Drawing::putLayout(std::unique_ptr<Layout> layout, std::size_t position) {
+    layout->entities.attach(this);
+    layouts_.insert(layouts_.begin() + static_cast<std::ptrdiff_t>(std::min(position, layouts_.size())),
+                    std::move(layout));
+}
+
+bool Drawing::renameLayout(Name from, Name to) {
+    Layout* layout = findLayout(from);
+    if (layout == nullptr || to.empty() || to == "Model") return false;
+    Layout* taken = findLayout(to);
+    if (taken != nullptr && taken != layout) return false;
+    layout->name = to;
+    if (activeLayoutName == from) activeLayoutName = to;
+    return true;
+}
+
+Block* Drawing::findBlock(Name name) const {
+    const auto it = blockIndex_.find(name.key());
+    return it == blockIndex_.end() ? nullptr : it->second;
+}
+
+Block* Drawing::addBlock(Name name) {
+    if (name.empty() || findBlock(name) != nullptr) return nullptr;
+    putBlock(std::make_unique<Block>(name));
+    return blocks_.back().get();
+}
+
+std::unique_ptr<Block> Drawing::takeBlock(Name name) {
+    const auto found = blockIndex_.find(name.key());
+    if (found == blockIndex_.end()) return nullptr;
+    const auto it = std::find_if(blocks_.begin(), blocks_.end(),
+                                 [&](const std::unique_ptr<Block>& b) { return b.get() == found->second; });
+    std::unique_ptr<Block> block = std::move(*it);
+    blocks_.erase(it);
+    blockIndex_.erase(found);
+    block->entities.attach(nullptr);
+    return block;
+}
+
+void Drawing::putBlock(std::unique_ptr<Block> block) {
+    block->entities.attach(this);
+    blockIndex_.emplace(block->name.key(), block.get());
+    blocks_.push_back(std::move(block));
+}
+
+bool Drawing::renameBlock(Name from, Name to) {
+    Block* block = findBlock(from);
+    if (block == nullptr || to.empty()) return false;
+    Block* taken = findBlock(to);
+    if (taken != nullptr && taken != block) return false;
+    blockIndex_.erase(block->name.key());
+    block->name = to;
+    blockIndex_.emplace(to.key(), block);
+    const auto rename = [&](EntityList& list) {
+        for (Entity& e : list)
+            if (e.type() == EntityType::BlockReference) {
+                auto& reference = static_cast<BlockReferenceEntity&>(e);
+                if (reference.blockName == from) reference.blockName = to;
+            }
+    };
+    rename(modelSpace_);
+    for (const auto& layout : layouts_) rename(layout->entities);
+    for (const auto& other : blocks_) rename(other->entities);
+    return true;
+}
+
+EntityList* Drawing::spaceByBlockName(Name name) {
+    if (name == "*Model_Space") return &modelSpace_;
+    if (name == "*Paper_Space") {
+        Layout* layout = activeLayout();
+        if (layout == nullptr && !layouts_.empty()) layout = layouts_.front().get();
+        return layout != nullptr ? &layout->entities : nullptr;
+    }
+    Block* block = findBlock(name);
+    return block != nullptr ? &block->entities : nullptr;
+}
+
+Name Drawing::nextAnonymousName(std::string_view prefix) {
+    for (std::size_t n = 1;; ++n) {
+        const Name name(std::string(prefix) + std::to_string(n));
+        if (findBlock(name) == nullptr) return name;
+    }
+}
+
+bool Drawing::blockContainsItself(Name name) const {
+    // Depth first over the blocks that are reached by references, with a list of its own: nesting may be deep.
+    const Block* start = findBlock(name);
+    if (start == nullptr) return false;
+    std::unordered_set<const Block*> seen;
+    std::vector<const Block*> open{start};
+    while (!open.empty()) {
+        const Block* block = open.back();
+        open.pop_back();
+        for (const Entity& e : block->entities) {
+            if (e.type() != EntityType::BlockReference) continue;
+            const Block* inner = findBlock(static_cast<const BlockReferenceEntity&>(e).blockName);
+            if (inner == start) return true;
+            if (inner != nullptr && seen.insert(inner).second) open.push_back(inner);
+        }
+    }
+    return false;
+}
+
+std::uint64_t Drawing::takeHandle() {
+    if (nextHandle == 0) nextHandle = 1;
+    while (byHandle_.find(nextHandle) != nullptr) ++nextHandle;
+    return nextHandle++;
+}
+
+math::Bounds2 Drawing::extents(const EntityList& space) const {
+    math::Bounds2 box;
+    bool lastVisible = true;
+    const void* known = nullptr;
+    for (const Entity& e : space) {
+        if (!e.visible) continue;
+        if (e.layer.key() != known) {
+            known = e.layer.key();
+            const Layer* layer = layers.find(e.layer);
+            lastVisible = layer == nullptr || layer->isVisible();
+        }
+        if (lastVisible) box.expand(e.bounds());
+    }
+    return box;
+}
+
+Linetype* Drawing::loadLinetype(Name name) {
+    if (Linetype* known = linetypes.find(name)) return known;
+    for (const Linetype& linetype : builtinLinetypes(isMetric()))
+        if (linetype.name == name) return &linetypes.add(linetype);
+    return nullptr;
+}
+
+const HatchPattern* Drawing::findHatchPattern(Name name) const {
+    if (const HatchPattern* known = hatchPatterns.find(name)) return known;
+    for (const HatchPattern& pattern : builtinHatchPatterns(isMetric()))
+        if (pattern.name == name) return &pattern;
+    return nullptr;
+}
+
+const TextStyle& Drawing::textStyleOrStandard(Name name) const {
+    static const TextStyle fallback;
+    if (const TextStyle* style = textStyles.find(name)) return *style;
+    const TextStyle* standard = textStyles.find(commonNames().standard);
+    return standard != nullptr ? *standard : fallback;
+}
+
+const DimStyle& Drawing::dimStyleOrStandard(Name name) const {
+    static const DimStyle fallback;
+    if (const DimStyle* style = dimStyles.find(name)) return *style;
+    const DimStyle* standard = dimStyles.find(commonNames().standard);
+    return standard != nullptr ? *standard : fallback;
+}
+
+bool Drawing::isMetric() const {
+    const auto it = integerVariables.find("MEASUREMENT");
+    return it == integerVariables.end() || it->second != 0;
+}
+
+}  // namespace kova::engine

@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "engine/describe.hpp"
+#include "engine/entity_list.hpp"
+
+namespace kova::engine {
+
+enum class XrefType : std::uint8_t { None = 0, Attach = 1, Overlay = 2 };
+enum class XrefStatus : std::uint8_t { Unloaded = 0, Loaded = 1, NotFound = 2, Unresolved = 3 };
+
+/// A parameter of a dynamic block.
+struct DynParameter {
+    std::string type;
+    std::string name;
+    math::Vector2 base;
+    math::Vector2 endPoint;
+    double value = 0.0;
+    double angle = 0.0;  ///< radians
+    bool flipState = false;
+    std::string activeVisibility;
+    std::int32_t lookupRow = -1;
+    std::int32_t gripShape = 0;
+    bool showProperties = true;
+    std::int32_t chainActionIndex = -1;
+    std::int32_t constraint = 0;
+    double increment = 0.0;
+    std::vector<double> valueList;
+
+    void describe(FieldVisitor& v);
+};
+
+struct DynAction {
+    std::string type;
+    std::string name;
+    std::int32_t parameterIndex = -1;
+    std::vector<std::int32_t> affectedEntityIndices;
+    std::vector<math::Vector2> stretchFrame;
+    std::int32_t arrayCount = 0;
+    double arraySpacing = 0.0;
+    math::Vector2 scaleBase;
+    bool constrainToAxis = false;
+    double axisAngle = 0.0;  ///< radians
+
+    void describe(FieldVisitor& v);
+};
+
+struct VisibilityState {
+    std::string name;
+    std::vector<std::int32_t> visibleEntityIndices;
+
+    void describe(FieldVisitor& v);
+};
+
+struct LookupColumn {
+    std::string name;
+    bool isInput = true;
+
+    void describe(FieldVisitor& v);
+};
+
+struct LookupTable {
+    std::vector<LookupColumn> columns;
+    std::vector<std::vector<std::string>> rows;
+    bool allowReverseLookup = false;
+
+    void describe(FieldVisitor& v);
+};
+
+/// A block definition and its entities, in block coordinates.
+struct Block {
+    explicit Block(Name n) : name(n) {}
+    Name name;
+    std::string description;
+    math::Vector2 base;
+    bool explodable = true;
+    bool scaleUniform = false;
+    XrefType xrefType = XrefType::None;
+    std::string xrefPath;
+    XrefStatus xrefStatus = XrefStatus::Unloaded;
+    bool isDynamic = false;
+    std::vector<DynParameter> dynParams;
+    std::vector<DynAction> dynActions;
+    std::vector<VisibilityState> visibilityStates;
+    std::optional<LookupTable> lookupTable;
+    std::uint64_t handle = 0;  ///< of the block record in DXF and DWG; 0: none yet
+    EntityList entities;
+
+    /// Anonymous blocks ("*D12", "*U3") belong to dimensions, tables and dynamic references.
+    bool isAnonymous() const { return !name.empty() && name.view().front() == '*'; }
+    /// Extents of the contents in block coordinates; kept until an entity changes.
+    math::Bounds2 extents() const;
+    /// Fields before the entities, and those of the dynamic part behind them.
+    void describeHead(FieldVisitor& v);
+    void describeDynamic(FieldVisitor& v);
+
+private:
+    mutable math::Bounds2 extents_;
+    mutable std::uint64_t extentsRevision_ = ~std::uint64_t{0};
+    mutable bool measuring_ = false;
+};
+
+}  // namespace kova::engine

@@ -1,0 +1,60 @@
+#!/usr/bin/env python3
+"""Fails when a source file includes a header of a folder that stands above its own in the layer order."""
+import pathlib
+import re
+import sys
+
+# What each folder may include besides itself. Folders are named by their path below src/.
+ALLOWED = {
+    "math": [],
+    "engine": ["math"],
+    "doc": ["math", "engine"],
+    "cmd": ["math", "engine", "doc", "io", "io/native", "io/dxf", "io/dwg", "render"],
+    "render": ["math", "engine"],
+    "io": ["math", "engine"],
+    "io/native": ["math", "engine", "io"],
+    "io/dxf": ["math", "engine", "io"],
+    "io/dwg": ["math", "engine", "io", "io/dxf", "kdraw"],
+    "kdraw": ["math"],
+    "script/lisp": ["math", "engine", "doc", "cmd"],
+    "headless": ["math", "engine", "doc", "cmd", "render", "io", "io/native", "io/dxf", "io/dwg", "script/lisp"],
+    "script/python": ["math", "engine", "doc", "cmd", "io", "io/native", "headless"],
+    "cli": ["math", "engine", "doc", "cmd", "render", "io", "io/native", "io/dxf", "io/dwg", "kdraw",
+            "script/lisp", "script/python", "headless"],
+}
+
+
+def folder_of(path):
+    """The longest known folder that holds the path, or None."""
+    parts = path.split("/")[:-1]
+    for n in range(len(parts), 0, -1):
+        if "/".join(parts[:n]) in ALLOWED:
+            return "/".join(parts[:n])
+    return None
+
+
+def main():
+    root = pathlib.Path(sys.argv[1])
+    failures = []
+    checked = 0
+    for file in sorted(root.rglob("*")):
+        if file.suffix not in (".cpp", ".hpp") or file.parent == root:
+            continue
+        own = folder_of(file.relative_to(root).as_posix())
+        if own is None:
+            failures.append(f"{file}: its folder is not in the layer order")
+            continue
+        for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
+            match = re.match(r'\s*#\s*include\s+"([^"]+)"', line)
+            if not match or not (root / match.group(1)).exists():
+                continue
+            checked += 1
+            other = folder_of(match.group(1))
+            if other and other != own and other not in ALLOWED[own]:
+                failures.append(f"{file}:{number}: {own} must not include {match.group(1)}")
+    print("\n".join(failures) or f"{checked} includes, all downwards")
+    return 1 if failures or checked == 0 else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
