@@ -22,6 +22,8 @@
 
 namespace kova::engine {
 
+class SpaceObserver;
+
 struct DrawingProperties {
     std::string title;
     std::string author;
@@ -151,6 +153,8 @@ public:
 
     /// Grows with every change of any entity list.
     std::uint64_t revision() const { return revision_; }
+    /// Hears of every change of the entity lists; not owned, may be null.
+    SpaceObserver* observer = nullptr;
 
 private:
     friend class EntityList;

@@ -1,6 +1,7 @@
 #include "engine/entity_list.hpp"
 
 #include "engine/drawing.hpp"
+#include "engine/space_observer.hpp"
 
 namespace kova::engine {
 
@@ -23,17 +24,31 @@ Entity& EntityList::append(std::unique_ptr<Entity> entity) {
     slots_.push_back(std::move(entity));
     ++live_;
     ++revision_;
+    if (drawing_ != nullptr && drawing_->observer != nullptr) drawing_->observer->entityAdded(*this, e);
     return e;
 }
 
-void EntityList::touch() {
+void EntityList::touch(Entity& entity) {
     ++revision_;
-    if (drawing_ != nullptr) ++drawing_->revision_;
+    if (drawing_ == nullptr) return;
+    ++drawing_->revision_;
+    if (drawing_->observer != nullptr) drawing_->observer->entityChanged(*this, entity);
+}
+
+void EntityList::swapContents(std::vector<std::unique_ptr<Entity>>& contents) {
+    std::vector<std::unique_ptr<Entity>> old;
+    old.reserve(live_);
+    for (Entity* e : entities()) old.push_back(take(*e));
+    slots_.clear();
+    for (auto& entity : contents) append(std::move(entity));
+    contents = std::move(old);
+    if (drawing_ != nullptr && drawing_->observer != nullptr) drawing_->observer->listChanged(*this);
 }
 
 std::unique_ptr<Entity> EntityList::take(Entity& entity) {
     if (entity.owner_ != this) return nullptr;
     if (drawing_ != nullptr) {
+        if (drawing_->observer != nullptr) drawing_->observer->entityRemoved(*this, entity);
         drawing_->byId_.erase(&entity);
         drawing_->byHandle_.erase(&entity);
         ++drawing_->revision_;
@@ -57,11 +72,13 @@ Entity& EntityList::putBack(std::unique_ptr<Entity> entity) {
     }
     ++live_;
     ++revision_;
+    if (drawing_ != nullptr && drawing_->observer != nullptr) drawing_->observer->entityAdded(*this, e);
     return e;
 }
 
 std::unique_ptr<Entity> EntityList::replace(Entity& old, std::unique_ptr<Entity> with) {
     if (drawing_ != nullptr) {
+        if (drawing_->observer != nullptr) drawing_->observer->entityRemoved(*this, old);
         drawing_->byId_.erase(&old);
         drawing_->byHandle_.erase(&old);
         ++drawing_->revision_;
@@ -76,6 +93,7 @@ std::unique_ptr<Entity> EntityList::replace(Entity& old, std::unique_ptr<Entity>
     if (drawing_ != nullptr) {
         drawing_->byId_.insert(fresh);
         drawing_->byHandle_.insert(fresh);
+        if (drawing_->observer != nullptr) drawing_->observer->entityAdded(*this, *fresh);
     }
     ++revision_;
     return with;
@@ -131,7 +149,11 @@ bool EntityList::reorder(const std::vector<Entity*>& order) {
         order[i]->slot_ = free[i];
         slots_[free[i]].reset(order[i]);
     }
-    touch();
+    ++revision_;
+    if (drawing_ != nullptr) {
+        ++drawing_->revision_;
+        if (drawing_->observer != nullptr) drawing_->observer->listChanged(*this);
+    }
     return true;
 }
 
@@ -162,7 +184,10 @@ void EntityList::attach(Drawing* drawing) {
         }
     }
     for (Drawing* d : {drawing_, drawing})
-        if (d != nullptr) ++d->revision_;
+        if (d != nullptr) {
+            ++d->revision_;
+            if (d->observer != nullptr) d->observer->listChanged(*this);
+        }
     drawing_ = drawing;
     ++revision_;
 }

@@ -60,7 +60,9 @@ public:
     /// Grows with every change; lets caches of extents know when they are stale.
     std::uint64_t revision() const { return revision_; }
     /// Notes a change made to an entity of this list in place.
-    void touch();
+    void touch(Entity& entity);
+    /// Exchanges the whole contents for others (already outside any drawing).
+    void swapContents(std::vector<std::unique_ptr<Entity>>& contents);
 
     template <class T>
     class Iterator {

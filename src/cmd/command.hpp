@@ -1,0 +1,88 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cmd/tool.hpp"
+
+namespace kova::cmd {
+
+/// What the program around the commands offers: files, templates, scripts. Errors are texts, empty on success.
+class AppServices {
+public:
+    virtual ~AppServices() = default;
+    virtual std::string open(const std::string& path) = 0;
+    /// Saves to the path, or to the drawing's own file when it is empty; prints the lines of a save itself.
+    virtual std::string save(const std::string& path) = 0;
+    /// A fresh drawing, or one from a template; prints its line itself.
+    virtual void newDrawing(const std::string& templateName) = 0;
+    /// Lines that are fed, in order, when the running command's line is done.
+    virtual void queueLines(std::vector<std::string> lines) = 0;
+};
+
+/// What a one-shot command works with.
+struct CommandContext {
+    doc::Document& document;
+    ToolHost& host;
+    std::vector<std::string> arguments;  ///< the words behind the command's name on its line
+    bool transparent = false;            ///< run while another command waits
+    bool commandLine = false;            ///< "-NAME" was typed
+    /// Set by a one-shot command that needs a dialogue after all (ERASE with nothing selected); never when
+    /// transparent. The processor runs it as if the command were interactive.
+    std::unique_ptr<Tool> handOver;
+
+    engine::Drawing& drawing() const { return document.drawing(); }
+    void message(const std::string& text) const { host.message(text); }
+};
+
+/// A named, registered command; one object for the whole run of the program.
+class Command {
+public:
+    Command(std::string name, std::string title, std::string category, std::vector<std::string> aliases = {})
+        : name_(std::move(name)), title_(std::move(title)), category_(std::move(category)),
+          aliases_(std::move(aliases)) {}
+    virtual ~Command() = default;
+    Command(const Command&) = delete;
+    Command& operator=(const Command&) = delete;
+
+    /// False while the command's family is not there: it then says so and ends.
+    virtual bool isAvailable() const { return true; }
+    /// Runs a one-shot command at once; empty for interactive ones.
+    virtual void execute(CommandContext&) {}
+    /// True for commands that run a tool; only the others may run transparently.
+    virtual bool isInteractive() const { return true; }
+    virtual bool isHidden() const { return false; }
+    /// A new tool of an interactive command.
+    virtual std::unique_ptr<Tool> createTool() { return nullptr; }
+
+    const std::string& name() const { return name_; }
+    const std::string& title() const { return title_; }
+    /// "Draw", "Modify", "Edit", "View", "Format", "Insert", "Annotate", "Inquiry", "Settings", "Tools", "File", "Help".
+    const std::string& category() const { return category_; }
+    const std::vector<std::string>& aliases() const { return aliases_; }
+
+private:
+    std::string name_;
+    std::string title_;
+    std::string category_;
+    std::vector<std::string> aliases_;
+};
+
+/// An interactive command whose tool needs nothing but to be made.
+template <class ToolClass>
+class ToolCommand : public Command {
+public:
+    using Command::Command;
+    std::unique_ptr<Tool> createTool() override { return std::make_unique<ToolClass>(); }
+};
+
+/// A one-shot command.
+class OneShotCommand : public Command {
+public:
+    using Command::Command;
+    bool isInteractive() const override { return false; }
+    void execute(CommandContext& context) override = 0;
+};
+
+}  // namespace kova::cmd

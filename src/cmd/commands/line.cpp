@@ -1,0 +1,75 @@
+#include "engine/entities/line.hpp"
+
+#include "cmd/point_input.hpp"
+#include "cmd/registry.hpp"
+
+namespace kova::cmd::commands {
+
+/// LINE: straight segments from point to point, each an undoable step of its own.
+class LineTool final : public Tool {
+public:
+    void begin() override {
+        points_.clear();
+        setPrompt("Specify first point:");
+    }
+
+    void textInput(const std::string& line) override {
+        if (line.empty()) return finish();
+        const std::string word = engine::upperCase(line);
+        if (word == "C" || word == "CLOSE") return close();
+        if (word == "U" || word == "UNDO") return undoSegment();
+        const math::Vector2 base = points_.empty() ? math::Vector2{} : points_.back();
+        if (const auto p = parsePointInput(line, base, cursor() - base, PointContext::of(drawing()))) addPoint(*p);
+    }
+
+    void mousePress(const math::Vector2& point, int button) override {
+        if (button == kRightButton) return finish();
+        if (button != kLeftButton) return;
+        if (points_.size() >= 3 && point.distance_to(points_.front()) <= pickTolerance()) return close();
+        addPoint(point);
+    }
+
+private:
+    void addPoint(const math::Vector2& p) {
+        points_.push_back(p);
+        if (points_.size() >= 2) addSegment(points_[points_.size() - 2], p);
+        if (points_.size() == 1) setPrompt("Specify next point or [Close/Undo]:");
+        repaint();
+    }
+
+    void addSegment(const math::Vector2& from, const math::Vector2& to) {
+        auto line = std::make_unique<engine::LineEntity>();
+        line->start = from;
+        line->end = to;
+        document().applyCurrentProperties(*line);
+        const doc::GroupScope group(document(), kLabel);
+        created_.push_back(document().addEntity(std::move(line)).id());
+    }
+
+    void close() {
+        if (points_.size() >= 3) addSegment(points_.back(), points_.front());
+        repaint();
+        finish();
+    }
+
+    void undoSegment() {
+        if (points_.size() < 2) return;
+        points_.pop_back();
+        if (created_.empty()) return;
+        // The line may be gone: UNDO and ERASE run beside this command.
+        if (engine::Entity* entity = drawing().findById(created_.back())) {
+            const doc::GroupScope group(document(), kLabel);
+            document().removeEntity(*entity);
+        }
+        created_.pop_back();
+        repaint();
+    }
+
+    inline static const std::string kLabel = "LINE";
+    std::vector<math::Vector2> points_;
+    std::vector<std::uint64_t> created_;
+};
+
+KOVA_TOOL_COMMAND(Line, "LINE", "Line", "Draw", {"L"})
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,165 @@
+#include "cmd/processor.hpp"
+
+namespace kova::cmd {
+
+std::vector<std::string> splitWords(std::string_view line) {
+    std::vector<std::string> words;
+    std::size_t i = 0;
+    while (i < line.size()) {
+        if (line[i] == ' ' || line[i] == '\t') {
+            ++i;
+            continue;
+        }
+        std::string word;
+        bool quoted = false;
+        for (; i < line.size() && (quoted || (line[i] != ' ' && line[i] != '\t')); ++i) {
+            if (line[i] == '"' && (quoted || word.empty()) && (quoted || line.find('"', i + 1) != std::string_view::npos))
+                quoted = !quoted;
+            else
+                word += line[i];
+        }
+        words.push_back(std::move(word));
+    }
+    return words;
+}
+
+CommandProcessor::CommandProcessor(doc::Document& document, CommandRegistry& registry, MessageSink sink)
+    : document_(document), registry_(registry), sink_(std::move(sink)),
+      selection_(document, {[this](const std::string& text) { message(text); },
+                            [this](const std::string& text) { override_ = text; }}) {}
+
+CommandProcessor::~CommandProcessor() = default;
+
+const std::string& CommandProcessor::prompt() const {
+    static const std::string idle = kIdlePrompt;
+    if (!isActive()) return idle;
+    return override_.empty() ? prompt_ : override_;
+}
+
+void CommandProcessor::promptChanged(const std::string& text) { prompt_ = text; }
+void CommandProcessor::finished() { ended_ = true; }
+
+void CommandProcessor::message(const std::string& text) {
+    if (!text.empty()) sink_(text);
+}
+
+CommandProcessor::Start CommandProcessor::startLine(std::string_view line) {
+    std::vector<std::string> words = splitWords(line);
+    if (words.empty()) return Start::Unknown;
+    const auto [command, commandLine] = registry_.resolve(words.front());
+    if (command == nullptr) return Start::Unknown;
+    words.erase(words.begin());
+    run(*command, commandLine, std::move(words), false);
+    return Start::Done;
+}
+
+CommandProcessor::Start CommandProcessor::runTransparent(std::string_view name) {
+    const auto [command, commandLine] = registry_.resolve(name);
+    if (command == nullptr) return Start::Unknown;
+    if (command->isInteractive()) return Start::Refused;
+    run(*command, commandLine, {}, isActive());
+    return Start::Done;
+}
+
+void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::string> arguments, bool transparent) {
+    if (!command.isInteractive()) {
+        CommandContext context{document_, *this, std::move(arguments), transparent, commandLine, nullptr};
+        command.execute(context);
+        if (!context.handOver || transparent) return;
+        activate(std::move(context.handOver), command.name(), commandLine);
+        arguments = std::move(context.arguments);
+    } else {
+        std::unique_ptr<Tool> tool = command.createTool();
+        if (!tool) return;
+        activate(std::move(tool), command.name(), commandLine);
+    }
+    // The words behind the name answer the first prompts; what is left when the command has ended is a line of
+    // its own.
+    std::size_t next = 0;
+    while (next < arguments.size() && isActive()) input(arguments[next++]);
+    if (next >= arguments.size()) return;
+    std::string rest;
+    for (; next < arguments.size(); ++next) rest += (rest.empty() ? "" : " ") + arguments[next];
+    if (services_ != nullptr) services_->queueLines({rest});
+}
+
+void CommandProcessor::activate(std::unique_ptr<Tool> tool, const std::string& name, bool commandLine) {
+    tool_ = std::move(tool);
+    activeName_ = name;
+    prompt_.clear();
+    override_.clear();
+    ended_ = false;
+    selecting_ = false;
+    tool_->attach(&document_, viewport_, this);
+    tool_->setCommandLineVariant(commandLine);
+    tool_->activate();
+    ++depth_;
+    tool_->begin();
+    --depth_;
+    settle();
+}
+
+void CommandProcessor::input(const std::string& line) {
+    if (!isActive()) return;
+    if (tool_->isSelectingObjects()) {
+        if (!selecting_) {
+            selecting_ = true;
+            selection_.reset();
+        }
+        if (selection_.take(line)) {
+            tool_->selectionChanged();
+            if (!selection_.wantsEnd()) return;
+            ++depth_;
+            tool_->textInput({});
+            --depth_;
+            settle();
+            return;
+        }
+    }
+    ++depth_;
+    tool_->textInput(line);
+    --depth_;
+    settle();
+}
+
+void CommandProcessor::settle() {
+    if (depth_ > 0 || !tool_) return;
+    if (selecting_ && !tool_->isSelectingObjects()) {
+        // The selection is complete: it is what P selects from now on, also while the command goes on.
+        selecting_ = false;
+        override_.clear();
+        if (!document_.selection().empty()) selection_.setPrevious(document_.selection().ids());
+    }
+    if (!ended_) return;
+    const bool keep = tool_->keepsSelection();
+    tool_->end();
+    tool_.reset();
+    activeName_.clear();
+    override_.clear();
+    ended_ = false;
+    if (!document_.selection().empty()) {
+        selection_.setPrevious(document_.selection().ids());
+        if (!keep) document_.selection().clear();
+    }
+}
+
+bool CommandProcessor::cancel() {
+    if (!isActive()) return false;
+    ++depth_;
+    tool_->cancel();
+    --depth_;
+    ended_ = true;
+    settle();
+    return true;
+}
+
+void CommandProcessor::reset() {
+    tool_.reset();
+    activeName_.clear();
+    override_.clear();
+    ended_ = false;
+    selecting_ = false;
+    selection_.setPrevious({});
+}
+
+}  // namespace kova::cmd

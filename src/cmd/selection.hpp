@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cmd/keywords.hpp"
+#include "cmd/tool.hpp"
+
+namespace kova::cmd {
+
+/// Prompt of a selection after a line that is no keyword.
+inline constexpr const char* kSelectionHelpPrompt = "Select objects (pick, or ALL), Enter to finish:";
+
+/// "Select objects:", or the count so far and how to go on.
+std::string selectionPrompt(std::size_t count);
+
+/// What a SelectThenExecuteTool hands to its operation.
+struct OperationContext {
+    doc::Document* document = nullptr;
+    Viewport* viewport = nullptr;
+    int flag = 0;
+};
+
+/// What is done with a selection once it is complete.
+class SelectionOperation {
+public:
+    virtual ~SelectionOperation() = default;
+    /// Prepares; false ends the command without effect.
+    virtual bool run(OperationContext& context) = 0;
+    virtual void commit(OperationContext& context) = 0;
+};
+
+/// Base of the commands that collect a selection and then act on it at once.
+class SelectThenExecuteTool : public Tool {
+public:
+    explicit SelectThenExecuteTool(std::unique_ptr<SelectionOperation> operation) : operation_(std::move(operation)) {}
+
+    void begin() override;
+    void textInput(const std::string& line) override;
+    void mousePress(const math::Vector2& point, int button) override;
+    bool isSelectingObjects() const override { return isActive(); }
+    void selectionChanged() override;
+
+private:
+    void finishSelection();
+
+    std::unique_ptr<SelectionOperation> operation_;
+};
+
+/// The selection dialogue that all tools share: takes the lines typed while a tool selects objects, before the tool
+/// sees them. It knows a point (pick, or first corner of a window on empty space), W, C, BOX, WP, CP, F, L, P, G, A, R, U,
+/// M, SI, AU, and ALL while removing; Enter, ALL and everything else are the tool's.
+class SelectionDialogue {
+public:
+    struct Host {
+        std::function<void(const std::string&)> message;
+        std::function<void(const std::string&)> overridePrompt;  ///< empty: the tool's own prompt again
+    };
+    SelectionDialogue(doc::Document& document, Host host) : document_(document), host_(std::move(host)) {}
+
+    /// Begins anew for a tool that starts selecting.
+    void reset();
+    /// True when the line was used here; the selection may have changed.
+    bool take(const std::string& line);
+    /// True when the selection is to end at once (single mode after a pick).
+    bool wantsEnd() const { return single_ && picked_; }
+    /// What P selects.
+    void setPrevious(std::vector<std::uint64_t> ids) { previous_ = std::move(ids); }
+    const std::vector<std::uint64_t>& previous() const { return previous_; }
+
+private:
+    enum class State { Idle, FirstCorner, SecondCorner, Points, GroupName };
+    enum class Mode { Window, Crossing, Either };
+
+    bool takeIdle(const std::string& line);
+    void takePoint(const std::string& line);
+    void takePolygonPoint(const std::string& line);
+    void apply(const std::vector<std::uint64_t>& ids);
+    void endSub();
+    bool readPoint(const std::string& line, math::Vector2& point) const;
+
+    doc::Document& document_;
+    Host host_;
+    State state_ = State::Idle;
+    Mode mode_ = Mode::Window;
+    bool fence_ = false;
+    bool removing_ = false;
+    bool single_ = false;
+    bool picked_ = false;
+    std::vector<math::Vector2> points_;
+    std::vector<std::vector<std::uint64_t>> history_;
+    std::vector<std::uint64_t> previous_;
+};
+
+}  // namespace kova::cmd

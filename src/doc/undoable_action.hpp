@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kova::engine {
+class Drawing;
+}
+
+namespace kova::doc {
+
+/// One change of a drawing that can be taken back and made again. It is recorded after it was applied.
+class IUndoableAction {
+public:
+    virtual ~IUndoableAction() = default;
+    virtual void undo(engine::Drawing& drawing) = 0;
+    virtual void redo(engine::Drawing& drawing) = 0;
+    /// The label of the action.
+    virtual std::string description() const = 0;
+    /// Estimated memory the action holds, in bytes.
+    virtual std::size_t sizeInBytes() const { return 2048; }
+};
+
+/// The actions of one command, undone and redone together.
+struct UndoGroup {
+    std::string label;
+    std::vector<std::unique_ptr<IUndoableAction>> actions;
+    std::uint64_t sequence = 0;   ///< given when the group enters the history; the first gets 1
+    std::size_t estimate = 0;     ///< bytes, as counted in the history's total
+};
+
+}  // namespace kova::doc

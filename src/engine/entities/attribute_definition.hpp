@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "engine/entities/text_line.hpp"
+#include "engine/entity.hpp"
+
+namespace kova::engine {
+
+/// The definition of an attribute in a block: shows its tag where the attribute's value will stand.
+class AttributeDefinitionEntity final : public Entity {
+    KOVA_ENTITY(AttributeDefinitionEntity, AttributeDefinition)
+
+    std::string tag;
+    std::string prompt;
+    std::string defaultValue;
+    math::Vector2 insertion;  ///< the alignment point
+    double textHeight = 2.5;
+    double rotation = 0.0;  ///< radians
+    Name textStyle = commonNames().standard;
+    bool invisible = false;                 ///< its values are not drawn
+    bool constant = false;                  ///< every reference has the default value
+    bool verify = false;                    ///< the value is asked for twice
+    bool preset = false;                    ///< the default is taken without asking
+    std::int32_t hAlign = kHAlignLeft;      ///< TextHAlign
+    std::int32_t vAlign = kVAlignBaseline;  ///< TextVAlign
+    std::int32_t generation = 0;            ///< TextGeneration bits
+    double widthFactor = 1.0;
+    double oblique = 0.0;  ///< radians
+    bool fit = false;      ///< has a second point; always so for aligned and fit text
+    math::Vector2 fitEnd;  ///< second point of aligned and fit text
+
+    bool hasSecondPoint() const { return fit || hAlign == kHAlignAligned || hAlign == kHAlignFit; }
+    /// The line that shows the tag (a constant attribute shows its value).
+    TextLine line() const;
+};
+
+}  // namespace kova::engine

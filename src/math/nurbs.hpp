@@ -1,0 +1,88 @@
+#pragma once
+
+#include <array>
+#include <functional>
+#include <span>
+#include <utility>
+#include <vector>
+
+#include "math/bounds2.hpp"
+#include "math/curves.hpp"
+#include "math/vector2.hpp"
+#include "math/vector3.hpp"
+
+namespace kova::math {
+
+/// Degrees above this are treated as this.
+inline constexpr int kMaxDegree = 25;
+
+/// A B-spline that somebody else holds: control points, knots (points + degree + 1 values that do not decrease) and,
+/// when rational, weights.
+struct SplineView {
+    int degree = 3;
+    std::span<const Vector2> points;
+    std::span<const double> knots;
+    std::span<const double> weights{};  ///< empty: not rational
+    std::span<const double> z{};        ///< z of every point; empty: all 0
+
+    /// True when the counts agree, the knots do not decrease, the domain is not empty, all numbers are finite and the
+    /// weights are above 0. All functions below give an empty result or the first point for an unusable spline.
+    bool usable() const;
+    /// True when it has weights that differ.
+    bool rational() const;
+    double domainStart() const { return knots[static_cast<std::size_t>(degree)]; }
+    double domainEnd() const { return knots[knots.size() - 1 - static_cast<std::size_t>(degree)]; }
+};
+
+/// The knots 0 0 0 0 1 2 .. n n n n of a clamped uniform spline; empty when there are not enough points.
+std::vector<double> clampedUniformKnots(int degree, std::size_t pointCount);
+/// The knots 0 1 2 3 ... of a uniform spline whose ends are free (a closed curve repeats its first points).
+std::vector<double> uniformKnots(int degree, std::size_t pointCount);
+
+/// The point at parameter u (clamped to the domain), by de Boor's rule.
+Vector2 splinePoint(const SplineView& s, double u);
+Vector3 splinePoint3(const SplineView& s, double u);
+/// The point and its first two derivatives by u.
+struct SplineDerivatives {
+    Vector2 point;
+    Vector2 first;
+    Vector2 second;
+};
+SplineDerivatives splineDerivatives(const SplineView& s, double u);
+
+/// One polynomial or rational Bezier piece, in homogeneous coordinates (x w, y w, z w, w).
+struct BezierPiece {
+    double from = 0.0;  ///< the piece of the domain it covers
+    double to = 0.0;
+    int degree = 3;
+    struct Point {
+        double x, y, z, w;
+    };
+    std::array<Point, kMaxDegree + 1> points;
+};
+/// Calls use(piece) for the pieces of the curve in order, as knot insertion makes them. Stops when `use` returns false.
+void splitToBeziers(const SplineView& s, const std::function<bool(const BezierPiece&)>& use);
+
+/// The curve as cubics: exact for polynomial splines of degree 1 to 3; else approximated by splitting until the
+/// curves agree within `tolerance` (drawing units; at most 1024 cubics a knot span).
+std::vector<Cubic> splineToCubics(const SplineView& s, double tolerance);
+
+/// Extents, exact up to rounding.
+Bounds2 splineBounds(const SplineView& s);
+/// The parameter of the point nearest to p.
+double closestSplineParameter(const SplineView& s, const Vector2& p);
+
+/// A cubic B-spline.
+struct CubicSpline {
+    std::vector<Vector2> points;
+    std::vector<double> knots;
+    /// Parameter of every fit point that was used.
+    std::vector<double> fitParameters;
+};
+/// How the curve begins or ends: in a direction (any length but 0), or free (zero vector: curvature 0).
+/// The cubic through the fit points with chord-length knots. Coincident neighbours count once. A closed curve runs
+/// back to its first point and is smooth there. Empty for fewer than two distinct points.
+CubicSpline interpolateCubic(std::span<const Vector2> fitPoints, bool closed, const Vector2& startTangent = {},
+                             const Vector2& endTangent = {});
+
+}  // namespace kova::math
