@@ -106,7 +106,7 @@ bool Ask::accept(const std::string& line) {
             answer_.ids = selection.ids();
             return true;
         }
-        if (engine::upperCase(line) == "ALL") {
+        if (isAllKeyword(line)) {
             selection.add(selectAll(tool_.document()));
             tool_.setPrompt(selectionPrompt(selection.size()));
         } else {

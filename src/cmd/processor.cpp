@@ -58,32 +58,56 @@ CommandProcessor::Start CommandProcessor::runTransparent(std::string_view name) 
     if (command == nullptr) return Start::Unknown;
     if (command->isInteractive()) return Start::Refused;
     run(*command, commandLine, {}, isActive());
+    if (isActive() && tool_->isSelectingObjects()) guarded([this] { tool_->selectionChanged(); });
     return Start::Done;
 }
 
 void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::string> arguments, bool transparent) {
     if (!command.isInteractive()) {
         CommandContext context{document_, *this, std::move(arguments), transparent, commandLine, nullptr};
-        command.execute(context);
+        try {
+            command.execute(context);
+        } catch (const std::exception& error) {
+            message(std::string("Command failed: ") + error.what());
+            return;
+        }
         if (!context.handOver || transparent) return;
-        activate(std::move(context.handOver), command.name(), commandLine);
         arguments = std::move(context.arguments);
+        activate(std::move(context.handOver), command.name(), commandLine, !arguments.empty());
     } else {
         std::unique_ptr<Tool> tool = command.createTool();
         if (!tool) return;
-        activate(std::move(tool), command.name(), commandLine);
+        activate(std::move(tool), command.name(), commandLine, !arguments.empty());
     }
     // The words behind the name answer the first prompts; what is left when the command has ended is a line of
     // its own.
     std::size_t next = 0;
     while (next < arguments.size() && isActive()) input(arguments[next++]);
     if (next >= arguments.size()) return;
+    if (services_ == nullptr) return;
     std::string rest;
-    for (; next < arguments.size(); ++next) rest += (rest.empty() ? "" : " ") + arguments[next];
-    if (services_ != nullptr) services_->queueLines({rest});
+    for (; next < arguments.size(); ++next) {
+        const std::string& word = arguments[next];
+        const bool quote = word.empty() || word.find_first_of(" \t") != std::string::npos;
+        rest += (rest.empty() ? "" : " ") + (quote ? '"' + word + '"' : word);
+    }
+    services_->queueLines({rest});
 }
 
-void CommandProcessor::activate(std::unique_ptr<Tool> tool, const std::string& name, bool commandLine) {
+void CommandProcessor::guarded(const std::function<void()>& work) {
+    ++depth_;
+    try {
+        work();
+    } catch (const std::exception& error) {
+        message(std::string("Command failed: ") + error.what());
+        ended_ = true;
+    }
+    --depth_;
+    settle();
+}
+
+void CommandProcessor::activate(std::unique_ptr<Tool> tool, const std::string& name, bool commandLine,
+                                bool inlineInput) {
     tool_ = std::move(tool);
     activeName_ = name;
     prompt_.clear();
@@ -92,11 +116,9 @@ void CommandProcessor::activate(std::unique_ptr<Tool> tool, const std::string& n
     selecting_ = false;
     tool_->attach(&document_, viewport_, this);
     tool_->setCommandLineVariant(commandLine);
+    tool_->setInlineInput(inlineInput);
     tool_->activate();
-    ++depth_;
-    tool_->begin();
-    --depth_;
-    settle();
+    guarded([this] { tool_->begin(); });
 }
 
 void CommandProcessor::input(const std::string& line) {
@@ -107,29 +129,28 @@ void CommandProcessor::input(const std::string& line) {
             selection_.reset();
         }
         if (selection_.take(line)) {
-            tool_->selectionChanged();
-            if (!selection_.wantsEnd()) return;
-            ++depth_;
-            tool_->textInput({});
-            --depth_;
-            settle();
+            guarded([this] { tool_->selectionChanged(); });
+            if (!isActive() || !selection_.wantsEnd()) return;
+            endSelecting();
+            guarded([this] { tool_->textInput({}); });
             return;
         }
+        // Enter completes the selection; a command that then asks for another one begins it anew.
+        if (line.empty()) endSelecting();
     }
-    ++depth_;
-    tool_->textInput(line);
-    --depth_;
-    settle();
+    guarded([&] { tool_->textInput(line); });
+}
+
+void CommandProcessor::endSelecting() {
+    selecting_ = false;
+    override_.clear();
+    // What was selected is what P selects from now on, also while the command goes on.
+    if (!document_.selection().empty()) selection_.setPrevious(document_.selection().ids());
 }
 
 void CommandProcessor::settle() {
     if (depth_ > 0 || !tool_) return;
-    if (selecting_ && !tool_->isSelectingObjects()) {
-        // The selection is complete: it is what P selects from now on, also while the command goes on.
-        selecting_ = false;
-        override_.clear();
-        if (!document_.selection().empty()) selection_.setPrevious(document_.selection().ids());
-    }
+    if (selecting_ && !tool_->isSelectingObjects()) endSelecting();
     if (!ended_) return;
     const bool keep = tool_->keepsSelection();
     tool_->end();
@@ -145,21 +166,21 @@ void CommandProcessor::settle() {
 
 bool CommandProcessor::cancel() {
     if (!isActive()) return false;
-    ++depth_;
-    tool_->cancel();
-    --depth_;
-    ended_ = true;
-    settle();
+    guarded([this] {
+        tool_->cancel();
+        ended_ = true;
+    });
     return true;
 }
 
 void CommandProcessor::reset() {
+    selection_.setPrevious({});
+    if (depth_ > 0) return;
     tool_.reset();
     activeName_.clear();
     override_.clear();
     ended_ = false;
     selecting_ = false;
-    selection_.setPrevious({});
 }
 
 }  // namespace kova::cmd

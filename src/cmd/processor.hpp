@@ -44,18 +44,22 @@ public:
     bool cancel();
     Tool* tool() { return tool_.get(); }
     void setViewport(Viewport* viewport) { viewport_ = viewport; }
-    /// Forgets what P would select and ends any command without a word: the document is replaced.
+    /// Forgets what P would select and ends any command without a word: the document is replaced. A command that is
+    /// itself replacing the document ends by itself.
     void reset();
 
     void promptChanged(const std::string& text) override;
     void finished() override;
     void message(const std::string& text) override;
     AppServices* services() override { return services_; }
-    const CommandRegistry* registry() const override { return &registry_; }
+    CommandRegistry* registry() override { return &registry_; }
 
 private:
     void run(Command& command, bool commandLine, std::vector<std::string> arguments, bool transparent);
-    void activate(std::unique_ptr<Tool> tool, const std::string& name, bool commandLine);
+    void activate(std::unique_ptr<Tool> tool, const std::string& name, bool commandLine, bool inlineInput);
+    /// Lets the active tool, or a one-shot command, work. What it throws ends it with a line.
+    void guarded(const std::function<void()>& work);
+    void endSelecting();
     void settle();
 
     doc::Document& document_;

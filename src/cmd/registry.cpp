@@ -46,6 +46,7 @@ CommandRegistry::Resolved CommandRegistry::resolve(std::string_view name) const 
 
 bool CommandRegistry::add(std::unique_ptr<Command> command) {
     if (!byName_.emplace(command->name(), command.get()).second) return false;
+    removeAlias(command->name());
     for (const std::string& alias : command->aliases()) setAlias(alias, command->name());
     commands_.push_back(std::move(command));
     return true;

@@ -1,5 +1,7 @@
 #include "cmd/selection.hpp"
 
+#include <unordered_set>
+
 #include "cmd/picking.hpp"
 #include "cmd/point_input.hpp"
 #include "engine/name.hpp"
@@ -7,6 +9,36 @@
 namespace kova::cmd {
 
 using math::Vector2;
+
+namespace {
+
+/// With the other members of the groups that the entities belong to, where picks take whole groups (PICKSTYLE).
+std::vector<std::uint64_t> withGroups(doc::Document& document, std::vector<std::uint64_t> ids) {
+    const engine::Drawing& drawing = document.drawing();
+    if (ids.empty() || drawing.groups.empty() || (engine::sysVarInt(drawing, "PICKSTYLE", 1) & 1) == 0) return ids;
+    std::unordered_set<std::uint64_t> taken(ids.begin(), ids.end());
+    const std::unordered_set<std::uint64_t> picked = taken;
+    for (const engine::Group& group : drawing.groups) {
+        if (!group.selectable) continue;
+        const auto isPicked = [&](std::uint64_t handle) {
+            const engine::Entity* e = drawing.findByHandle(handle);
+            return e != nullptr && picked.contains(e->id());
+        };
+        if (std::none_of(group.memberHandles.begin(), group.memberHandles.end(), isPicked)) continue;
+        for (const std::uint64_t handle : group.memberHandles) {
+            const engine::Entity* e = drawing.findByHandle(handle);
+            if (e != nullptr && document.isSelectable(*e) && taken.insert(e->id()).second) ids.push_back(e->id());
+        }
+    }
+    return ids;
+}
+
+}  // namespace
+
+bool isAllKeyword(std::string_view line) {
+    static const std::vector<Keyword> all = {{"ALL", "ALL"}};
+    return !matchKeyword(line, all).empty();
+}
 
 std::string selectionPrompt(std::size_t count) {
     return count == 0 ? "Select objects:" : std::to_string(count) + " found. Select objects or press Enter:";
@@ -18,7 +50,7 @@ void SelectThenExecuteTool::begin() {
 
 void SelectThenExecuteTool::textInput(const std::string& line) {
     if (line.empty()) return finishSelection();
-    if (engine::upperCase(line) == "ALL" && documentOrNull() != nullptr) {
+    if (isAllKeyword(line) && documentOrNull() != nullptr) {
         document().selection().add(selectAll(document()));
         setPrompt(selectionPrompt(document().selection().size()));
         return;
@@ -68,7 +100,7 @@ bool SelectionDialogue::take(const std::string& line) {
                     if (e != nullptr && document_.isSelectable(*e)) ids.push_back(e->id());
                 }
                 endSub();
-                apply(ids);
+                apply(std::move(ids));
                 return true;
             }
             endSub();
@@ -85,8 +117,6 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
         {"MULTIPLE", "M"}, {"SINGLE", "SI"}, {"AUTO", "AU"}, {"ALL", "ALL"}};
     const std::string word = matchKeyword(line, keywords);
     if (word == "ALL") {
-        // Adding all is the tool's own keyword; taking all out again is only known here.
-        if (!removing_) return false;
         apply(selectAll(document_));
     } else if (word == "WINDOW" || word == "CROSSING" || word == "BOX") {
         mode_ = word == "WINDOW" ? Mode::Window : word == "CROSSING" ? Mode::Crossing : Mode::Either;
@@ -108,8 +138,10 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
             const engine::Entity* e = document_.drawing().findById(id);
             if (e != nullptr && document_.isSelectable(*e)) ids.push_back(id);
         }
-        if (ids.empty()) host_.message("No previous selection set.");
-        else apply(ids);
+        if (ids.empty())
+            host_.message("No previous selection set.");
+        else
+            apply(std::move(ids));
     } else if (word == "GROUP") {
         state_ = State::GroupName;
         host_.overridePrompt("Enter group name:");
@@ -117,12 +149,7 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
         removing_ = word == "REMOVE";
         host_.overridePrompt(removing_ ? "Remove objects:" : "");
     } else if (word == "UNDO") {
-        if (history_.empty()) {
-            host_.message("Nothing to undo.");
-        } else {
-            document_.selection().set(std::move(history_.back()));
-            history_.pop_back();
-        }
+        undo();
     } else if (word == "SINGLE") {
         single_ = true;
     } else if (word == "MULTIPLE" || word == "AUTO") {
@@ -131,7 +158,7 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
         Vector2 p;
         if (!readPoint(line, p)) return false;
         if (const engine::Entity* e = pickEntity(document_, p)) {
-            apply({e->id()});
+            apply(withGroups(document_, {e->id()}));
         } else {
             mode_ = Mode::Either;
             points_ = {p};
@@ -163,19 +190,21 @@ void SelectionDialogue::takePoint(const std::string& line) {
     }
     // A box drawn from right to left takes what it crosses, as users know it.
     const bool crossing = mode_ == Mode::Crossing || (mode_ == Mode::Either && points_[1].x < points_[0].x);
-    const auto ids = selectBox(document_, points_[0], points_[1], crossing);
+    auto ids = withGroups(document_, selectBox(document_, points_[0], points_[1], crossing));
     endSub();
-    apply(ids);
+    apply(std::move(ids));
 }
 
 void SelectionDialogue::takePolygonPoint(const std::string& line) {
     static const std::vector<Keyword> undo = {{"UNDO", "U"}};
     if (line.empty()) {
         std::vector<std::uint64_t> ids;
-        if (fence_ && points_.size() >= 2) ids = selectFence(document_, points_);
-        else if (!fence_ && points_.size() >= 3) ids = selectPolygon(document_, points_, mode_ == Mode::Crossing);
+        if (fence_ && points_.size() >= 2)
+            ids = selectFence(document_, points_);
+        else if (!fence_ && points_.size() >= 3)
+            ids = selectPolygon(document_, points_, mode_ == Mode::Crossing);
         endSub();
-        apply(ids);
+        apply(withGroups(document_, std::move(ids)));
         return;
     }
     Vector2 p;
@@ -191,18 +220,29 @@ void SelectionDialogue::takePolygonPoint(const std::string& line) {
         host_.overridePrompt(fence_ ? "Specify next fence point or [Undo]:" : "Specify endpoint of line or [Undo]:");
 }
 
-void SelectionDialogue::apply(const std::vector<std::uint64_t>& ids) {
+void SelectionDialogue::apply(std::vector<std::uint64_t> ids) {
     doc::SelectionSet& selection = document_.selection();
     if (ids.empty()) return host_.message("0 found");
     picked_ = true;
-    std::vector<std::uint64_t> before = selection.ids();
+    std::erase_if(ids, [&](std::uint64_t id) { return selection.contains(id) != removing_; });
     if (removing_) {
         const std::size_t count = selection.remove(ids);
         host_.message(std::to_string(count) + " removed, " + std::to_string(selection.size()) + " total");
     } else {
         selection.add(ids);
     }
-    history_.push_back(std::move(before));
+    history_.push_back({removing_, std::move(ids)});
+}
+
+void SelectionDialogue::undo() {
+    if (history_.empty()) return host_.message("Nothing to undo.");
+    const Step step = std::move(history_.back());
+    history_.pop_back();
+    doc::SelectionSet& selection = document_.selection();
+    if (step.removed)
+        selection.add(step.ids);
+    else
+        selection.remove(step.ids);
 }
 
 void SelectionDialogue::endSub() {

@@ -14,6 +14,9 @@ namespace kova::cmd {
 /// Prompt of a selection after a line that is no keyword.
 inline constexpr const char* kSelectionHelpPrompt = "Select objects (pick, or ALL), Enter to finish:";
 
+/// True for ALL, the one word that every tool knows at a selection prompt.
+bool isAllKeyword(std::string_view line);
+
 /// "Select objects:", or the count so far and how to go on.
 std::string selectionPrompt(std::size_t count);
 
@@ -52,7 +55,7 @@ private:
 
 /// The selection dialogue that all tools share: takes the lines typed while a tool selects objects, before the tool
 /// sees them. It knows a point (pick, or first corner of a window on empty space), W, C, BOX, WP, CP, F, L, P, G, A, R, U,
-/// M, SI, AU, and ALL while removing; Enter, ALL and everything else are the tool's.
+/// M, SI, AU and ALL; Enter and everything else are the tool's.
 class SelectionDialogue {
 public:
     struct Host {
@@ -61,7 +64,7 @@ public:
     };
     SelectionDialogue(doc::Document& document, Host host) : document_(document), host_(std::move(host)) {}
 
-    /// Begins anew for a tool that starts selecting.
+    /// Begins anew for a tool that starts selecting; what P selects stays.
     void reset();
     /// True when the line was used here; the selection may have changed.
     bool take(const std::string& line);
@@ -78,7 +81,8 @@ private:
     bool takeIdle(const std::string& line);
     void takePoint(const std::string& line);
     void takePolygonPoint(const std::string& line);
-    void apply(const std::vector<std::uint64_t>& ids);
+    void apply(std::vector<std::uint64_t> ids);
+    void undo();
     void endSub();
     bool readPoint(const std::string& line, math::Vector2& point) const;
 
@@ -91,7 +95,12 @@ private:
     bool single_ = false;
     bool picked_ = false;
     std::vector<math::Vector2> points_;
-    std::vector<std::vector<std::uint64_t>> history_;
+    /// One answer and what it changed, so that U can take it back.
+    struct Step {
+        bool removed;
+        std::vector<std::uint64_t> ids;
+    };
+    std::vector<Step> history_;
     std::vector<std::uint64_t> previous_;
 };
 

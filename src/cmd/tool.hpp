@@ -33,7 +33,8 @@ public:
     virtual void message(const std::string& text) = 0;
     /// What the program around the commands offers (files, templates, scripts); null in a bare host.
     virtual AppServices* services() { return nullptr; }
-    virtual const CommandRegistry* registry() const { return nullptr; }
+    /// All commands, and their aliases to be listed and edited; null in a bare host.
+    virtual CommandRegistry* registry() { return nullptr; }
 };
 
 inline constexpr int kLeftButton = 1;
@@ -74,6 +75,8 @@ public:
     void activate() { active_ = true; }
     /// "-NAME" was typed: the command's variant that prompts instead of opening a dialog.
     void setCommandLineVariant(bool on) { commandLine_ = on; }
+    /// Words stood behind the command's name on its line; they follow as input right after begin.
+    void setInlineInput(bool on) { inlineInput_ = on; }
 
 protected:
     doc::Document& document() const { return *document_; }
@@ -83,6 +86,7 @@ protected:
     ToolHost* host() const { return host_; }
     const math::Vector2& cursor() const { return cursor_; }
     bool isCommandLineVariant() const { return commandLine_; }
+    bool hasInlineInput() const { return inlineInput_; }
     void setPrompt(std::string text);
     void message(const std::string& text) const;
     void repaint() const;
@@ -97,6 +101,7 @@ private:
     std::string prompt_;
     bool active_ = false;
     bool commandLine_ = false;
+    bool inlineInput_ = false;
     math::Vector2 cursor_;
 };
 

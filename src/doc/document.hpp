@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "doc/entity_actions.hpp"
 #include "doc/selection_set.hpp"
+#include "doc/symbol_actions.hpp"
 #include "doc/undo_history.hpp"
 #include "doc/undoable_action.hpp"
 #include "engine/document_reactor.hpp"
@@ -46,9 +48,11 @@ public:
     /// Closes the innermost level; closing the outermost commits the group to the history.
     void endGroup();
     bool isGroupOpen() const { return open_ != nullptr; }
-    /// Undoes what the open group recorded since its innermost level began, and closes that level.
+    /// Undoes what the open group recorded since its innermost level began, and closes that level. The outermost
+    /// level's group is gone afterwards without an entry in the history.
     void rollbackGroup();
-    /// Appends an already applied action to the open group (or to one of its own).
+    /// Appends an already applied action to the open group (or to one of its own). Passed over while an undo or redo
+    /// is at work: what reactors bring up to date then is derived data.
     void record(std::unique_ptr<IUndoableAction> action);
 
     // Undo -----------------------------------------------------------------------------------------------
@@ -73,11 +77,13 @@ public:
     void removeEntity(engine::Entity& entity);
     /// Removes all; ids that are gone are passed over. Gives the number removed.
     std::size_t removeEntities(const std::vector<std::uint64_t>& ids);
-    /// Lets `change` edit the entity in place and records its state before. The reference stays valid.
+    /// Lets `change` edit the entity in place and records its state before. The reference stays valid until an undo.
+    /// When `change` throws, what it did up to then is recorded too.
     void modifyEntity(engine::Entity& entity, const std::function<void(engine::Entity&)>& change);
     /// Puts another object in the entity's place, under its id and handle. Gives the object now in the drawing.
     engine::Entity& replaceEntity(engine::Entity& entity, std::unique_ptr<engine::Entity> with);
-    /// Transforms entities (circles under unequal scales become ellipses ...). Ids that are gone are passed over.
+    /// Transforms entities (circles under unequal scales become ellipses ...). Ids that are gone are passed over, and
+    /// repeated ones count once. A matrix that is not finite changes nothing.
     void transformEntities(const std::vector<std::uint64_t>& ids, const math::Matrix4& matrix);
     /// Rearranges a space's drawing order; false when `order` does not hold each entity exactly once.
     bool setDrawOrder(engine::EntityList& space, const std::vector<engine::Entity*>& order);
@@ -85,15 +91,33 @@ public:
     bool isSelectable(const engine::Entity& entity) const;
 
     // Tables, blocks, layouts, variables -----------------------------------------------------------------
-    /// Lets `change` edit a table and records it; see table_edits.hpp for the traits.
+    /// Lets `change` edit a table and records it; see table_edits.hpp for the traits. When `change` throws, the table
+    /// is as before.
     template <class Traits>
     void editTable(const std::function<void(engine::Table<typename Traits::Record>&)>& change);
+    /// Deletes a TextStyle, DimStyle, MLeaderStyle or TableStyle. False for an unknown, the current and the "Standard"
+    /// one. Whether something refers to it is for the caller to see, as with the other records below.
+    template <class Style>
+    bool deleteStyle(engine::Name name);
+    /// Null when the name is empty, taken or one of a space.
     engine::Block* addBlock(std::unique_ptr<engine::Block> block);
+    /// Adds several blocks as one action; those whose name addBlock would refuse are dropped. Gives the number added.
+    std::size_t addBlocks(std::vector<std::unique_ptr<engine::Block>> blocks);
+    /// False for an unknown name. References to the block stay, and draw nothing.
     bool deleteBlock(engine::Name name);
     void replaceBlockContents(engine::Block& block, std::vector<std::unique_ptr<engine::Entity>> contents);
+    /// Lets `change` edit what a block holds besides its name and entities.
+    void editBlock(engine::Block& block, const std::function<void(engine::Block&)>& change);
+    /// Null when the name is no valid one or taken.
     engine::Layout* addLayout(engine::Name name);
+    /// False for an unknown name and for the last layout. The next layout takes the place of an active one.
     bool deleteLayout(engine::Name name);
+    /// Lets `change` edit a layout's page setup and tab order.
+    void editLayout(engine::Layout& layout, const std::function<void(engine::Layout&)>& change);
+    /// False for an unknown layer, layer "0" and the current layer.
     bool deleteLayer(engine::Name name);
+    /// Lets `change` edit the drawing's own settings (see DrawingSettings): properties, current names, UCS, limits ...
+    void editSettings(const std::function<void(engine::Drawing&)>& change);
     /// Renames a table's record and everything that refers to it. Error text, empty on success.
     std::string renameSymbol(engine::SymbolKind kind, engine::Name from, engine::Name to);
     /// Sets a system variable, undoably unless it is program-wide. Error text, empty on success.
@@ -105,18 +129,35 @@ Q_SIGNALS:
     void spaceChanged();
 
 private:
+    /// Where a nested level of the open group began.
     struct Mark {
-        std::size_t actions;
-        std::uint8_t flag;
+        std::size_t actions;  ///< the group's number of actions then
+        std::uint8_t flag;    ///< not 0 while the level is rolled back: endGroup leaves it to the rollback
     };
+    class ImplicitGroup;
 
     void entityAdded(engine::EntityList& list, engine::Entity& entity) override;
     void entityRemoved(engine::EntityList& list, engine::Entity& entity) override;
     void entityChanged(engine::EntityList& list, engine::Entity& entity) override;
     void listChanged(engine::EntityList& list) override;
     SpatialIndex* knownIndex(const engine::EntityList& list);
+    /// Drops the indexes that hold references of blocks when the list is a block's.
+    void noteBlockChange(const engine::EntityList& list);
+    void adopt();
+    /// Lets reactors change what depends on the group's changes, while they can be recorded.
     void closing();
+    void replay(UndoGroup& group, bool forward);
+    /// Brings selection, reactors and current space up to date after changes that no editing operation announced.
     void restored();
+    void noteSpace();
+    void pruneSelection();
+    void compactLists();
+    SpacePlace placeOf(const engine::EntityList& list);
+    void notifyAdded(engine::Entity& entity);
+    void notifyModified(engine::Entity& entity);
+    void notifyErased(engine::Entity& entity);
+    void takeOut(engine::Entity& entity);
+    bool insertBlock(std::unique_ptr<engine::Block> block);
 
     std::unique_ptr<engine::Drawing> drawing_;
     SelectionSet selection_;
@@ -126,18 +167,31 @@ private:
     std::unique_ptr<UndoGroup> open_;
     std::vector<Mark> marks_;
     bool modified_ = false;
+    bool closing_ = false;
+    bool restoring_ = false;
+    CurrentSpace space_;               ///< as last announced
+    SpacePlace lastPlace_;             ///< of the list last edited
+    std::uint64_t styleRevision_ = 0;  ///< that the indexes were built for
 };
 
 /// Opens a group for a scope and closes it at the end.
 class GroupScope {
 public:
     GroupScope(Document& document, const std::string& label) : document_(document) { document_.beginGroup(label); }
-    ~GroupScope() { document_.endGroup(); }
+    ~GroupScope() {
+        if (open_) document_.endGroup();
+    }
     GroupScope(const GroupScope&) = delete;
     GroupScope& operator=(const GroupScope&) = delete;
+    /// Takes back everything since the scope began, and ends it.
+    void rollback() {
+        if (open_) document_.rollbackGroup();
+        open_ = false;
+    }
 
 private:
     Document& document_;
+    bool open_ = true;
 };
 
 }  // namespace kova::doc

@@ -13,17 +13,21 @@ class SelectionSet : public QObject {
 public:
     explicit SelectionSet(QObject* parent = nullptr);
 
-    const std::vector<std::uint64_t>& ids() const { return ids_; }
-    std::size_t size() const { return ids_.size(); }
-    bool empty() const { return ids_.empty(); }
+    const std::vector<std::uint64_t>& ids() const {
+        if (stale_) tidy();
+        return ids_;
+    }
+    std::size_t size() const { return members_.size(); }
+    bool empty() const { return members_.empty(); }
     bool contains(std::uint64_t id) const { return members_.contains(id); }
 
     /// Adds what is not selected yet; gives the number added. One signal for all.
     std::size_t add(const std::vector<std::uint64_t>& ids);
     bool add(std::uint64_t id);
-    /// Takes out what is selected; gives the number taken out. One signal for all; linear in the selection.
+    /// Takes out what is selected; gives the number taken out. One signal for all.
     std::size_t remove(const std::vector<std::uint64_t>& ids);
     bool remove(std::uint64_t id);
+    /// Selects just these; repeated ids count once.
     void set(std::vector<std::uint64_t> ids);
     void clear();
 
@@ -31,7 +35,13 @@ Q_SIGNALS:
     void selectionChanged();
 
 private:
-    std::vector<std::uint64_t> ids_;
+    /// Drops from the list what is no member any more.
+    void tidy() const;
+
+    // Removal takes the id out of the members only; the list follows when it is looked at or added to, so that
+    // taking out many one by one stays fast.
+    mutable std::vector<std::uint64_t> ids_;
+    mutable bool stale_ = false;
     std::set<std::uint64_t> members_;
 };
 

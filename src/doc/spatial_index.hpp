@@ -24,7 +24,11 @@ public:
     /// The entity nearest to p within `tolerance` that the filter accepts, the one drawn last among equals; null: none.
     engine::Entity* nearest(const math::Vector2& p, double tolerance,
                             const std::function<bool(const engine::Entity&)>& filter = {});
+    /// Extents of all entities, hidden ones too and those far out and unbounded left out; empty when there are none.
+    math::Bounds2 extents();
     bool isBuilt() const { return impl_ != nullptr; }
+    /// True while the index holds boxes of block references, which change with their blocks.
+    bool dependsOnBlocks() const;
 
     void added(engine::Entity& entity);
     void removed(engine::Entity& entity);

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QObject>
+#include <algorithm>
 #include <cstdint>
 #include <deque>
-#include <algorithm>
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "doc/undoable_action.hpp"
 
@@ -29,6 +31,10 @@ public:
     /// Labels of the groups on top; empty when there is none.
     std::string undoLabel() const;
     std::string redoLabel() const;
+    /// A group of the undo stack, counted from the top; null beyond the oldest.
+    const UndoGroup* undoGroup(std::size_t fromTop) const {
+        return fromTop < undo_.size() ? undo_[undo_.size() - 1 - fromTop].get() : nullptr;
+    }
     std::size_t undoCount() const { return undo_.size(); }
     std::size_t redoCount() const { return redo_.size(); }
     /// Sequence number of the top undo group; 0 when there is none.
@@ -38,7 +44,9 @@ public:
 
     std::size_t maxGroups() const { return maxGroups_; }
     std::size_t maxBytes() const { return maxBytes_; }
+    /// Drops at once what is over the new limits.
     void setLimits(std::size_t maxGroups, std::size_t maxBytes);
+    /// Destroys all groups; sequence numbers go on.
     void clear();
 
     /// Takes the top group off a stack; for the document, which puts it on the other one when it is done.
@@ -49,6 +57,8 @@ public:
 
 Q_SIGNALS:
     void historyChanged();
+    /// All groups were destroyed: nothing that was taken out of the drawing can come back.
+    void cleared();
 
 private:
     void forget(std::size_t bytes) { bytes_ -= std::min(bytes_, bytes); }

@@ -27,8 +27,8 @@ public:
 struct UndoGroup {
     std::string label;
     std::vector<std::unique_ptr<IUndoableAction>> actions;
-    std::uint64_t sequence = 0;   ///< given when the group enters the history; the first gets 1
-    std::size_t estimate = 0;     ///< bytes, as counted in the history's total
+    std::uint64_t sequence = 0;  ///< given when the group enters the history; the first gets 1
+    std::size_t estimate = 0;    ///< bytes, as counted in the history's total
 };
 
 }  // namespace kova::doc

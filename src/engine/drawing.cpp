@@ -118,10 +118,11 @@ std::unique_ptr<Block> Drawing::takeBlock(Name name) {
     return block;
 }
 
-void Drawing::putBlock(std::unique_ptr<Block> block) {
+void Drawing::putBlock(std::unique_ptr<Block> block, std::size_t position) {
     block->entities.attach(this);
     blockIndex_.emplace(block->name.key(), block.get());
-    blocks_.push_back(std::move(block));
+    blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(std::min(position, blocks_.size())),
+                   std::move(block));
 }
 
 bool Drawing::renameBlock(Name from, Name to) {

@@ -111,7 +111,8 @@ public:
     /// Adds an empty block; null when the name is taken or empty.
     Block* addBlock(Name name);
     std::unique_ptr<Block> takeBlock(Name name);
-    void putBlock(std::unique_ptr<Block> block);
+    /// Adds a block at a position of the table (at the end by default). Its name must not be taken.
+    void putBlock(std::unique_ptr<Block> block, std::size_t position = static_cast<std::size_t>(-1));
     bool renameBlock(Name from, Name to);
     /// The entities of a block or of a space under its block name; null when there is none.
     EntityList* spaceByBlockName(Name name);
@@ -153,6 +154,9 @@ public:
 
     /// Grows with every change of any entity list.
     std::uint64_t revision() const { return revision_; }
+    /// Grows with every change of a style or block property that may alter how entities look and how far they reach.
+    /// Whoever makes such a change outside the document counts it up.
+    std::uint64_t styleRevision = 0;
     /// Hears of every change of the entity lists; not owned, may be null.
     SpaceObserver* observer = nullptr;
 

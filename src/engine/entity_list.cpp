@@ -36,11 +36,16 @@ void EntityList::touch(Entity& entity) {
 }
 
 void EntityList::swapContents(std::vector<std::unique_ptr<Entity>>& contents) {
-    std::vector<std::unique_ptr<Entity>> old;
-    old.reserve(live_);
-    for (Entity* e : entities()) old.push_back(take(*e));
+    // Empty slots are kept on both sides, so that what was taken out of them before still finds its place.
+    std::vector<std::unique_ptr<Entity>> old(slots_.size());
+    for (Entity* e : entities()) old[e->slot_] = take(*e);
     slots_.clear();
-    for (auto& entity : contents) append(std::move(entity));
+    for (auto& entity : contents) {
+        if (entity)
+            append(std::move(entity));
+        else
+            slots_.emplace_back();
+    }
     contents = std::move(old);
     if (drawing_ != nullptr && drawing_->observer != nullptr) drawing_->observer->listChanged(*this);
 }

@@ -61,7 +61,8 @@ public:
     std::uint64_t revision() const { return revision_; }
     /// Notes a change made to an entity of this list in place.
     void touch(Entity& entity);
-    /// Exchanges the whole contents for others (already outside any drawing).
+    /// Exchanges the whole contents for others (already outside any drawing). A null stands for an empty slot, in
+    /// what is given and in what comes out.
     void swapContents(std::vector<std::unique_ptr<Entity>>& contents);
 
     template <class T>

@@ -31,7 +31,7 @@ struct OutlineStyle {
 
 struct StrokeOptions {
     /// Start and end width of every drawn element (Line, Arc, Cubic, and the closing line), in drawing units;
-    /// empty: a line without width.
+    /// empty: a line without width. Every element but Move counts, a closing line without length too.
     std::span<const math::Vector2> widths;
     bool patternThroughVertices = false;  ///< the dashes run on through vertices (LTGEN, curves)
     bool continuous = false;              ///< never dashed (arrows, frames)
@@ -39,9 +39,9 @@ struct StrokeOptions {
 
 /// A two-colour gradient; the consumer interpolates from `from` to `to`.
 struct GradientFill {
-    std::string name;      ///< "LINEAR", "CYLINDER", "INVCYLINDER", "SPHERICAL", "INVSPHERICAL", ...
-    double angle = 0.0;    ///< radians
-    double shift = 0.0;    ///< 0 centred, 1 shifted up left
+    std::string name;    ///< "LINEAR", "CYLINDER", "INVCYLINDER", "SPHERICAL", "INVSPHERICAL", ...
+    double angle = 0.0;  ///< radians
+    double shift = 0.0;  ///< 0 centred, 1 shifted up left
     Color from;
     Color to;
 };
@@ -55,8 +55,8 @@ struct FillOptions {
 /// One line of text in one font. A glyph point (gx, gy), in capital-letter heights from the start of the
 /// baseline, lies at origin + gx * xAxis + gy * yAxis; width factor, slant, rotation and mirroring are in the axes.
 struct TextRun {
-    std::string_view text;     ///< UTF-8, all codes already resolved
-    Name font;                 ///< font file ("txt.shx", "arial.ttf") or family
+    std::string_view text;  ///< UTF-8, all codes already resolved
+    Name font;              ///< font file ("txt.shx", "arial.ttf") or family
     Name bigFont;
     bool bold = false;
     bool italic = false;
@@ -64,7 +64,7 @@ struct TextRun {
     bool overline = false;
     bool strikeThrough = false;
     bool vertical = false;
-    double tracking = 1.0;     ///< factor on the advance between characters
+    double tracking = 1.0;  ///< factor on the advance between characters
     math::Vector2 origin;
     math::Vector2 xAxis{1, 0};
     math::Vector2 yAxis{0, 1};
@@ -139,6 +139,8 @@ OutlineStyle outlineStyle(const Entity& entity);
 /// reference's, layer "0" becomes the reference's layer.
 OutlineStyle nestedStyle(const Entity& entity, const OutlineStyle& outer);
 
+/// Extents of a path whose elements have widths (see StrokeOptions::widths); without joins between elements.
+math::Bounds2 strokeBounds(PathView path, std::span<const math::Vector2> widths);
 /// Extents of everything an entity emits (texts by their font metrics; unbounded lines by their base point).
 math::Bounds2 outlineBounds(const Entity& entity);
 /// The nearest point of an entity's emitted shape to p (inside a fill: p itself); p for an empty shape.

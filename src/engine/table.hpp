@@ -50,6 +50,23 @@ public:
         fresh.name = name;
         return add(std::move(fresh));
     }
+    /// Position of a record; size() when there is none of that name.
+    std::size_t indexOf(Name name) const {
+        const Record* record = find(name);
+        std::size_t i = 0;
+        while (i < records_.size() && records_[i].get() != record) ++i;
+        return i;
+    }
+    /// Adds a record before position `at` (at the end when that lies beyond), or replaces the one of the same name
+    /// where that stands.
+    Record& insert(std::size_t at, Record record) {
+        if (at >= records_.size() || contains(record.name)) return add(std::move(record));
+        auto fresh = std::make_unique<Record>(std::move(record));
+        Record& placed = *fresh;
+        records_.insert(records_.begin() + static_cast<std::ptrdiff_t>(at), std::move(fresh));
+        index_.emplace(placed.name.key(), &placed);
+        return placed;
+    }
     bool erase(Name name) {
         const auto it = index_.find(name.key());
         if (it == index_.end()) return false;

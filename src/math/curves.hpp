@@ -16,8 +16,7 @@ Vector2 unitAt(double radians);
 
 // Segments -----------------------------------------------------------------------------------------------
 
-/// Parameter in [0, 1] of the point of segment ab nearest to p; 0 for a segment shorter than 1e-10
-/// (its squared length is compared).
+/// Parameter in [0, 1] of the point of segment ab nearest to p; 0 for a segment without length.
 double closestParameterOnSegment(const Vector2& p, const Vector2& a, const Vector2& b);
 Vector2 closestOnSegment(const Vector2& p, const Vector2& a, const Vector2& b);
 

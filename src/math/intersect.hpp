@@ -8,7 +8,7 @@
 
 namespace kova::math {
 
-/// Up to two points, in the order of the first curve's parameter.
+/// Up to two points; those of a line come in the order of its direction.
 struct Hits {
     int count = 0;
     std::array<Vector2, 2> points;
@@ -41,7 +41,7 @@ Hits segmentCircle(const Vector2& a, const Vector2& b, const Vector2& center, do
 /// Circles that come within `eps` of touching touch once; coincident circles have no hits.
 Hits circleCircle(const Vector2& c1, double r1, const Vector2& c2, double r2, double eps = kTolerance);
 
-/// Arcs (any sense); ends count, within `eps`.
+/// Arcs (any sense); ends count, within `eps`. Arcs of one circle hit where an end of one lies on the other.
 bool onArc(const Vector2& p, const CircularArc& arc, double eps = kTolerance);
 Hits lineArc(const Vector2& a, const Vector2& b, const CircularArc& arc, double eps = kTolerance);
 Hits segmentArc(const Vector2& a, const Vector2& b, const CircularArc& arc, double eps = kTolerance);

@@ -26,7 +26,8 @@ struct SplineView {
     std::span<const double> z{};        ///< z of every point; empty: all 0
 
     /// True when the counts agree, the knots do not decrease, the domain is not empty, all numbers are finite and the
-    /// weights are above 0. All functions below give an empty result or the first point for an unusable spline.
+    /// weights are above 0. Looks at every value: ask once. The functions below check the counts only (an empty result
+    /// or the first point when they disagree) and end for any numbers.
     bool usable() const;
     /// True when it has weights that differ.
     bool rational() const;
@@ -79,9 +80,9 @@ struct CubicSpline {
     /// Parameter of every fit point that was used.
     std::vector<double> fitParameters;
 };
-/// How the curve begins or ends: in a direction (any length but 0), or free (zero vector: curvature 0).
 /// The cubic through the fit points with chord-length knots. Coincident neighbours count once. A closed curve runs
-/// back to its first point and is smooth there. Empty for fewer than two distinct points.
+/// back to its first point and is smooth there. A tangent is a direction of any length; the
+/// zero vector leaves that end free (no curvature). Empty for fewer than two distinct points.
 CubicSpline interpolateCubic(std::span<const Vector2> fitPoints, bool closed, const Vector2& startTangent = {},
                              const Vector2& endTangent = {});
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string_view>
+#include <vector>
 
 #include "engine/name.hpp"
 #include "engine/outline.hpp"
@@ -82,5 +83,26 @@ struct TextFrame {
     std::int32_t generation = 0;
 };
 void transformTextFrame(TextFrame& frame, const math::Matrix4& m);
+
+/// The fields of a line of text that a transform changes.
+struct TextLineFields {
+    math::Vector2& position;
+    math::Vector2& secondPoint;
+    bool hasSecondPoint;
+    double& height;
+    double& rotation;
+    double& widthFactor;
+    double& oblique;
+    std::int32_t& generation;
+};
+/// Text between two points that is turned over swaps them, so that it keeps its reading direction.
+void transformTextLine(const TextLineFields& fields, const math::Matrix4& m);
+
+/// Grips of a line of text: the alignment point, then the second point or the start of the baseline where they differ
+/// from it.
+std::vector<math::Vector2> textLineGrips(const TextLine& line, const Drawing* drawing);
+/// Moves one of these grips; of text between two points only that point moves, else the whole text.
+void moveTextLineGrip(const TextLineFields& fields, const TextLine& line, const Drawing* drawing, std::size_t index,
+                      const math::Vector2& to);
 
 }  // namespace kova::engine

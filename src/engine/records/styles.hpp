@@ -2,7 +2,11 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <variant>
 #include <vector>
 
 #include "engine/color.hpp"
@@ -51,8 +55,11 @@ struct Linetype {
     void describe(FieldVisitor& v);
 };
 
-/// A dimension style. Each member is the dimension variable named behind it.
+/// A dimension style. Each member is the dimension variable named behind it; the initial values are metric.
 struct DimStyle {
+    /// The style "Standard" with the imperial sizes, which are also those of members that a DXF record leaves out.
+    static DimStyle imperial();
+
     Name name = commonNames().standard;
     double arrowSize = 2.5;             // DIMASZ
     double textHeight = 2.5;            // DIMTXT
@@ -118,7 +125,7 @@ struct DimStyle {
     std::int32_t decimalSeparator = '.';  // DIMDSEP
     std::int32_t dimLineLineweight = -2;  // DIMLWD
     std::int32_t extLineLineweight = -2;  // DIMLWE
-    std::int32_t toleranceVertical = 1;  // DIMTOLJ
+    std::int32_t toleranceVertical = 0;  // DIMTOLJ
     std::int32_t toleranceZeros = 8;    // DIMTZIN
     std::int32_t altZeros = 0;          // DIMALTZ
     std::int32_t altToleranceZeros = 0;  // DIMALTTZ
@@ -151,6 +158,17 @@ struct DimVariable {
 std::span<const DimVariable> dimVariables();
 /// Null when there is no dimension variable of that name (case ignored).
 const DimVariable* findDimVariable(std::string_view name);
+
+/// A dimension variable's value as overrides hold it: numbers, switches (0, 1) and colours (bare index) as a number;
+/// names and texts as text.
+using DimValue = std::variant<double, std::string>;
+DimValue dimValue(const DimStyle& style, const DimVariable& variable);
+/// Sets the member; false, with nothing changed, when the value is of the wrong kind, not finite, outside the
+/// member's range or no colour.
+bool setDimValue(DimStyle& style, const DimVariable& variable, const DimValue& value);
+/// Puts overrides (by variable name) over a style; unknown names and unfit values are passed over.
+void overrideDimStyle(DimStyle& style, const std::map<std::string, double>& numbers,
+                      const std::map<std::string, std::string>& names);
 
 struct MLeaderStyle {
     Name name = commonNames().standard;

@@ -1,0 +1,111 @@
+#!/usr/bin/env python3
+"""Whole-process measurements of kovacad-cli, and the Google Benchmark programs.
+
+Every figure is measured in one run on one machine; start-up is given as a ratio to an empty Qt program that runs
+side by side. Prints a table; --json FILE also writes the figures.
+"""
+import argparse
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+import time
+
+
+def run(command, repeat=1, **kwargs):
+    """(wall, cpu, peak memory in bytes) of the fastest of `repeat` runs."""
+    best = None
+    for _ in range(repeat):
+        start = time.perf_counter()
+        process = subprocess.Popen([str(c) for c in command], stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, **kwargs)
+        _, status, usage = os.wait4(process.pid, 0)
+        wall = time.perf_counter() - start
+        if status != 0:
+            sys.exit(f"{command} failed: {process.stderr.read().decode()}")
+        process.stderr.close()
+        cpu = usage.ru_utime + usage.ru_stime
+        if best is None or wall < best[0]:
+            best = (wall, cpu, usage.ru_maxrss * 1024)
+    return best
+
+
+def line_script(path, count):
+    """A script of `count` LINE commands of one segment each: four fed lines a segment."""
+    with open(path, "w") as out:
+        for i in range(count):
+            x, y = (i % 1000) * 10, (i // 1000) * 10
+            out.write(f"LINE\n{x},{y}\n{x + 7.5},{y + 3.25}\n\n")
+
+
+def chain_script(path, count):
+    """One LINE command of `count` segments."""
+    with open(path, "w") as out:
+        out.write("LINE\n")
+        for i in range(count + 1):
+            out.write(f"{(i % 1000) * 10},{(i // 1000) * 10}\n")
+        out.write("\n")
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build", required=True)
+    parser.add_argument("--json")
+    parser.add_argument("--quick", action="store_true", help="a tenth of the sizes")
+    parser.add_argument("--skip-micro", action="store_true")
+    arguments = parser.parse_args()
+    build = pathlib.Path(arguments.build)
+    program = build / "kovacad-cli"
+    scale = 10 if arguments.quick else 1
+    million = 1_000_000 // scale
+    figures = {}
+
+    def report(name, value, unit, goal=""):
+        figures[name] = value
+        print(f"{name:<58} {value:>10.2f} {unit:<10} {goal}", flush=True)
+
+    with tempfile.TemporaryDirectory() as folder:
+        folder = pathlib.Path(folder)
+        # Alternating runs, so that both programs meet the same machine.
+        ours, empty = [], []
+        for _ in range(15):
+            ours.append(run([program, "run", "-c", "LINE", "-c", "0,0", "-c", "100,0", "-c", ""])[0])
+            empty.append(run([build / "bench" / "empty_qt"])[0])
+        ours.sort(), empty.sort()
+        report("start to exit with one LINE, median", ours[7] * 1e3, "ms")
+        report("start to exit of an empty Qt program, median", empty[7] * 1e3, "ms")
+        report("ratio", ours[7] / empty[7], "", "goal <= 3")
+
+        idle = run([program, "run"])
+        script = folder / "lines.scr"
+        commands = 250_000 // scale
+        line_script(script, commands)
+        wall, cpu, _ = run([program, "run", "--script", script], repeat=3)
+        report("fed lines per second of CPU time", 4 * commands / (cpu - idle[1]), "lines/s", "goal >= 200,000")
+
+        chain_script(script, million)
+        wall, cpu, peak = run([program, "run", "--script", script])
+        report(f"peak memory, {million:,} lines drawn by a script", peak / 1e6, "MB", "goal < 400 (a million)")
+
+        saved = folder / "million.kvcad"
+        _, cpu_all, _ = run([program, "run", "--script", script, "--save", saved])
+        size = saved.stat().st_size
+        report("native file, size", size / 1e6, "MB")
+        report("native file, saving (whole run less the run without)", size / 1e6 / max(cpu_all - cpu, 1e-9), "MB/s of CPU")
+        wall, cpu, peak = run([program, "run", "--open", saved], repeat=3)
+        report("native file, loading (whole run less an empty one)", size / 1e6 / (wall - idle[0]), "MB/s", "goal >= 40")
+        report("native file, peak memory of loading to file size", (peak - idle[2]) / size, "", "goal < 3")
+        report("bytes a line in the drawing, whole process", (peak - idle[2]) / million, "bytes")
+
+    if not arguments.skip_micro:
+        for program in sorted((build / "bench").glob("bench_*")):
+            if program.is_file() and os.access(program, os.X_OK):
+                print(f"\n{program.name}", flush=True)
+                subprocess.run([str(program)], check=True, env={**os.environ, "QT_QPA_PLATFORM": "offscreen"})
+    if arguments.json:
+        pathlib.Path(arguments.json).write_text(json.dumps(figures, indent=2) + "\n")
+
+
+if __name__ == "__main__":
+    main()

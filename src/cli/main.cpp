@@ -1,0 +1,32 @@
+#include <QApplication>
+
+#include "cli/logging.hpp"
+#include "cli/output.hpp"
+#include "cli/subcommands.hpp"
+#include "cli/usage.hpp"
+
+int main(int argc, char** argv) {
+    using namespace kova::cli;
+    // The program never shows a window, so it needs no display; a user never has to say so.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    try {
+        LogSettings log;
+        log.fileName = "kovacad-cli.log";
+        setUpLogging(log);
+
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        // Qt takes words such as -style out of what it is given; all arguments are this program's own.
+        int programOnly = 1;
+        QApplication application(programOnly, argv);
+        QCoreApplication::setApplicationName(QStringLiteral("KovaCAD CLI"));
+        QCoreApplication::setApplicationVersion(QString::fromLatin1(kVersion));
+        QGuiApplication::setQuitOnLastWindowClosed(false);
+
+        std::vector<std::string> arguments;
+        for (int i = 1; i < argc; ++i) arguments.push_back(QString::fromLocal8Bit(argv[i]).toStdString());
+        return dispatch(arguments);
+    } catch (const std::exception& error) {
+        printError(error.what());
+        return kExitFailed;
+    }
+}

@@ -1,0 +1,169 @@
+#include "cli/subcommands.hpp"
+
+#include <unistd.h>
+
+#include <QFile>
+#include <QImage>
+#include <QSettings>
+
+#include "cli/mcp_server.hpp"
+#include "cli/options.hpp"
+#include "cli/output.hpp"
+#include "cli/usage.hpp"
+#include "engine/sysvar.hpp"
+#include "headless/session.hpp"
+#include "script/python/interpreter.hpp"
+
+namespace kova::cli {
+
+namespace {
+
+/// Reads the program-wide variables from the user's settings, and turns file dialogs off.
+void applySettings() {
+    const QSettings settings(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("KovaCAD"),
+                             QStringLiteral("kovacad-cli"));
+    for (const engine::SysVarDef& def : engine::sysVarTable()) {
+        if ((def.saved & engine::saved::Profile) == 0 || def.readOnly) continue;
+        const QVariant value = settings.value(QStringLiteral("SystemVariables/") + QString::fromUtf8(def.name.data(), static_cast<qsizetype>(def.name.size())));
+        if (!value.isValid()) continue;
+        switch (def.type) {
+            case engine::SysVarType::Integer: engine::setProfileVariable(def.name, value.toInt()); break;
+            case engine::SysVarType::Real: engine::setProfileVariable(def.name, value.toDouble()); break;
+            case engine::SysVarType::String: engine::setProfileVariable(def.name, value.toString().toStdString()); break;
+            case engine::SysVarType::Point: break;
+        }
+    }
+    engine::setProfileVariable("FILEDIA", 0);
+}
+
+bool writePng(const QImage& image, const std::string& path) {
+    return !image.isNull() && image.save(QString::fromStdString(path), "PNG");
+}
+
+/// Starts Python, or says why it is not there; the program goes on without it.
+void startPython(script::python::Interpreter& interpreter) {
+    if (const std::string reason = interpreter.start(); !reason.empty()) printError("Python is not available: " + reason);
+}
+
+void printLines(const std::vector<std::string>& lines) {
+    for (const std::string& line : lines) printOut(line);
+}
+
+}  // namespace
+
+int runCommand(const std::vector<std::string>& arguments) {
+    std::string unexpected;
+    const auto options = parseRunOptions(arguments, unexpected);
+    if (!options) {
+        printError("run: unexpected argument '" + unexpected + "'\n\n" + usageText());
+        return kExitUsage;
+    }
+    std::vector<std::string> lines;
+    if (options->script) {
+        QFile file(QString::fromStdString(*options->script));
+        if (!file.open(QIODevice::ReadOnly)) {
+            printError("Cannot read " + *options->script);
+            return kExitFailed;
+        }
+        const QByteArray text = file.readAll();
+        lines = scriptLines({text.constData(), static_cast<std::size_t>(text.size())});
+    }
+    lines.insert(lines.end(), options->lines.begin(), options->lines.end());
+
+    script::python::Interpreter python;
+    startPython(python);
+    headless::Session session;
+    std::string error;
+    if (options->open) error = session.open(*options->open);
+    else if (options->templateName) error = session.newFromTemplate(*options->templateName);
+    if (!error.empty()) {
+        printError(error);
+        return kExitFailed;
+    }
+    printLines(session.takeOutput());
+    for (const std::string& line : lines) printLines(session.feed(line));
+    if (session.isWaiting()) {
+        printOut("(still waiting: " + session.currentPrompt() + " - cancelled)");
+        session.cancel();
+        session.takeOutput();
+    }
+    int status = kExitOk;
+    if (options->save) {
+        error = session.save(*options->save);
+        printLines(session.takeOutput());
+        if (!error.empty()) {
+            printError("Save failed: " + error);
+            status = kExitFailed;
+        }
+    }
+    if (options->png && !writePng(session.renderImage(options->size.width, options->size.height), *options->png)) {
+        printError("Could not write " + *options->png);
+        status = kExitFailed;
+    }
+    return status;
+}
+
+int renderCommand(const std::vector<std::string>& arguments) {
+    if (arguments.size() < 2) {
+        printError(usageText());
+        return kExitUsage;
+    }
+    const std::string& file = arguments[0];
+    const std::string& out = arguments[1];
+    ImageSize size;
+    if (arguments.size() > 3 && arguments[2] == "--size") size = parseSize(arguments[3]).value_or(size);
+    script::python::Interpreter python;
+    startPython(python);
+    headless::Session session;
+    if (const std::string error = session.open(file); !error.empty()) {
+        printError(error);
+        return kExitFailed;
+    }
+    if (!writePng(session.renderImage(size.width, size.height), out)) {
+        printError("Could not write " + out);
+        return kExitFailed;
+    }
+    printOut("Rendered " + file + " to " + out);
+    return kExitOk;
+}
+
+int mcpCommand(const std::vector<std::string>&) {
+    // The protocol keeps the real standard output to itself; whatever else prints goes to standard error.
+    const int out = ::dup(STDOUT_FILENO);
+    ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    script::python::Interpreter python;
+    startPython(python);
+    headless::Session session;
+    session.takeOutput();
+    McpTools tools(session);
+    McpServer server(tools);
+    printError("kovacad-cli 1.1.7 MCP server ready.");
+    return serveMcp(server, STDIN_FILENO, out);
+}
+
+int dispatch(const std::vector<std::string>& arguments) {
+    if (arguments.empty()) {
+        printOut(usageText());
+        return kExitUsage;
+    }
+    const std::string& word = arguments.front();
+    if (word == "help" || word == "--help" || word == "-h") {
+        printOut(usageText());
+        return kExitOk;
+    }
+    if (word == "--version" || word == "version") {
+        printOut(std::string("kovacad-cli ") + kVersion);
+        return kExitOk;
+    }
+    const std::vector<std::string> rest(arguments.begin() + 1, arguments.end());
+    if (word != "run" && word != "render" && word != "mcp") {
+        printError("Unknown command '" + word + "'.\n\n" + usageText());
+        return kExitUsage;
+    }
+    applySettings();
+    if (word == "run") return runCommand(rest);
+    if (word == "render") return renderCommand(rest);
+    return mcpCommand(rest);
+}
+
+}  // namespace kova::cli

@@ -1,0 +1,74 @@
+#include "cmd/picking.hpp"
+
+#include "cmd/shape_test.hpp"
+#include "doc/spatial_index.hpp"
+
+namespace kova::cmd {
+
+using math::Bounds2;
+using math::Vector2;
+
+namespace {
+
+/// Part of the diagonal of the drawing's extents within which a typed point picks.
+constexpr double kPickShare = 0.01;
+
+std::vector<std::uint64_t> selectRegion(doc::Document& document, const SelectionRegion& region, bool crossing) {
+    std::vector<std::uint64_t> ids;
+    ShapeTest test(document.drawing(), region, crossing ? ShapeTest::Mode::Touches : ShapeTest::Mode::Inside);
+    for (const engine::Entity* e : document.spatialIndex().query(region.bounds().inflated(region.tolerance())))
+        if (document.isSelectable(*e) && test.passes(*e)) ids.push_back(e->id());
+    return ids;
+}
+
+double diagonal(const Bounds2& box) { return box.is_empty() ? 0.0 : std::hypot(box.width(), box.height()); }
+
+}  // namespace
+
+double pickTolerance(doc::Document& document) {
+    const engine::Limits& limits = document.drawing().limits;
+    for (const double size : {diagonal(document.spatialIndex().extents()), diagonal({limits.lower, limits.upper})})
+        if (size > 0.0 && std::isfinite(size)) return size * kPickShare;
+    return kPickShare;
+}
+
+engine::Entity* pickEntity(doc::Document& document, const Vector2& p,
+                           const std::function<bool(const engine::Entity&)>& filter) {
+    return document.spatialIndex().nearest(p, pickTolerance(document), [&](const engine::Entity& e) {
+        return document.isSelectable(e) && (!filter || filter(e));
+    });
+}
+
+std::vector<std::uint64_t> selectAll(doc::Document& document) {
+    std::vector<std::uint64_t> ids;
+    const engine::EntityList& space = document.drawing().currentSpace();
+    ids.reserve(space.size());
+    for (const engine::Entity& e : space)
+        if (document.isSelectable(e)) ids.push_back(e.id());
+    return ids;
+}
+
+std::vector<std::uint64_t> selectBox(doc::Document& document, const Vector2& a, const Vector2& b, bool crossing) {
+    return selectRegion(document, SelectionRegion::box(a, b), crossing);
+}
+
+std::vector<std::uint64_t> selectPolygon(doc::Document& document, std::span<const Vector2> polygon, bool crossing) {
+    if (polygon.size() < 3) return {};
+    return selectRegion(document, SelectionRegion::polygon(polygon), crossing);
+}
+
+std::vector<std::uint64_t> selectFence(doc::Document& document, std::span<const Vector2> points) {
+    if (points.size() < 2) return {};
+    return selectRegion(document, SelectionRegion::fence(points), true);
+}
+
+std::uint64_t lastEntity(doc::Document& document) {
+    const engine::EntityList& space = document.drawing().currentSpace();
+    for (std::uint32_t slot = space.slotCount(); slot-- > 0;) {
+        const engine::Entity* e = space.atSlot(slot);
+        if (e != nullptr && document.isSelectable(*e)) return e->id();
+    }
+    return 0;
+}
+
+}  // namespace kova::cmd

@@ -1,0 +1,137 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "doc/undoable_action.hpp"
+#include "engine/drawing.hpp"
+#include "engine/symbols.hpp"
+
+namespace kova::doc {
+
+/// Estimated memory of a list's entities, and of a block or layout with its entities.
+std::size_t bytesOf(const engine::EntityList& list);
+std::size_t bytesOf(const engine::Block& block);
+std::size_t bytesOf(const engine::Layout& layout);
+
+/// Which space is current, and which layout is the active one.
+struct CurrentSpace {
+    bool tileMode = true;
+    engine::Name layout;
+
+    static CurrentSpace of(const engine::Drawing& drawing) { return {drawing.tileMode, drawing.activeLayoutName}; }
+    void apply(engine::Drawing& drawing) const;
+    /// The same space is current (the active layout counts only while it is shown).
+    bool sameSpace(const CurrentSpace& o) const { return tileMode == o.tileMode && (tileMode || layout == o.layout); }
+};
+
+/// Blocks came into the drawing.
+class AddBlocksAction final : public IUndoableAction {
+public:
+    explicit AddBlocksAction(std::vector<engine::Name> names) : names_(std::move(names)) {}
+    void undo(engine::Drawing& drawing) override;
+    void redo(engine::Drawing& drawing) override;
+    std::string description() const override { return "Add blocks"; }
+    std::size_t sizeInBytes() const override;
+
+private:
+    std::vector<engine::Name> names_;
+    std::vector<std::unique_ptr<engine::Block>> blocks_;  ///< while they are out of the drawing
+};
+
+class DeleteBlockAction final : public IUndoableAction {
+public:
+    DeleteBlockAction(std::unique_ptr<engine::Block> block, std::size_t position);
+    ~DeleteBlockAction() override;
+    void undo(engine::Drawing& drawing) override;
+    void redo(engine::Drawing& drawing) override;
+    std::string description() const override { return "Delete block " + name_.str(); }
+    std::size_t sizeInBytes() const override;
+
+private:
+    engine::Name name_;
+    std::unique_ptr<engine::Block> block_;
+    std::size_t position_;
+};
+
+/// The block's contents were exchanged for others.
+class ReplaceBlockContentsAction final : public IUndoableAction {
+public:
+    ReplaceBlockContentsAction(engine::Name name, std::vector<std::unique_ptr<engine::Entity>> before)
+        : name_(name), other_(std::move(before)) {}
+    void undo(engine::Drawing& drawing) override { swap(drawing); }
+    void redo(engine::Drawing& drawing) override { swap(drawing); }
+    std::string description() const override { return "Replace block contents"; }
+    std::size_t sizeInBytes() const override;
+
+private:
+    void swap(engine::Drawing& drawing);
+
+    engine::Name name_;
+    std::vector<std::unique_ptr<engine::Entity>> other_;
+};
+
+class DeleteLayerAction final : public IUndoableAction {
+public:
+    DeleteLayerAction(engine::Layer layer, std::size_t position) : layer_(std::move(layer)), position_(position) {}
+    void undo(engine::Drawing& drawing) override { drawing.layers.insert(position_, layer_); }
+    void redo(engine::Drawing& drawing) override { drawing.layers.erase(layer_.name); }
+    std::string description() const override { return "Delete layer " + layer_.name.str(); }
+    std::size_t sizeInBytes() const override { return sizeof *this + layer_.description.capacity(); }
+
+private:
+    engine::Layer layer_;
+    std::size_t position_;
+};
+
+class AddLayoutAction final : public IUndoableAction {
+public:
+    explicit AddLayoutAction(engine::Name name) : name_(name) {}
+    ~AddLayoutAction() override;
+    void undo(engine::Drawing& drawing) override;
+    void redo(engine::Drawing& drawing) override;
+    std::string description() const override { return "Add layout " + name_.str(); }
+    std::size_t sizeInBytes() const override;
+
+private:
+    engine::Name name_;
+    std::unique_ptr<engine::Layout> layout_;  ///< while it is out of the drawing
+};
+
+class DeleteLayoutAction final : public IUndoableAction {
+public:
+    /// `before` and `after`: the current space then, and the one that took its place when the layout went.
+    DeleteLayoutAction(std::unique_ptr<engine::Layout> layout, std::size_t position, CurrentSpace before,
+                       CurrentSpace after);
+    ~DeleteLayoutAction() override;
+    void undo(engine::Drawing& drawing) override;
+    void redo(engine::Drawing& drawing) override;
+    std::string description() const override { return "Delete layout " + name_.str(); }
+    std::size_t sizeInBytes() const override;
+
+private:
+    engine::Name name_;
+    std::unique_ptr<engine::Layout> layout_;
+    std::size_t position_;
+    CurrentSpace before_;
+    CurrentSpace after_;
+};
+
+class RenameSymbolAction final : public IUndoableAction {
+public:
+    RenameSymbolAction(engine::SymbolKind kind, engine::Name from, engine::Name to)
+        : kind_(kind), from_(from), to_(to) {}
+    void undo(engine::Drawing& drawing) override { engine::renameSymbolUnchecked(drawing, kind_, to_, from_); }
+    void redo(engine::Drawing& drawing) override { engine::renameSymbolUnchecked(drawing, kind_, from_, to_); }
+    std::string description() const override { return "Rename " + from_.str() + " to " + to_.str(); }
+    std::size_t sizeInBytes() const override { return sizeof *this; }
+
+private:
+    engine::SymbolKind kind_;
+    engine::Name from_;
+    engine::Name to_;
+};
+
+}  // namespace kova::doc

@@ -1,0 +1,93 @@
+#include "engine/entities/attribute_definition.hpp"
+
+#include "engine/entities/object_plane.hpp"
+
+namespace kova::engine {
+
+using math::Vector2;
+
+namespace {
+
+TextLineFields fieldsOf(AttributeDefinitionEntity& a) {
+    return {a.insertion, a.fitEnd,      a.hasSecondPoint(), a.textHeight,
+            a.rotation,  a.widthFactor, a.oblique,          a.generation};
+}
+
+}  // namespace
+
+TextLine AttributeDefinitionEntity::line() const {
+    return {constant && !defaultValue.empty() ? defaultValue : tag,
+            insertion,
+            fitEnd,
+            hasSecondPoint(),
+            textHeight,
+            rotation,
+            hAlign,
+            vAlign,
+            textStyle,
+            widthFactor,
+            oblique,
+            generation};
+}
+
+math::Bounds2 AttributeDefinitionEntity::bounds() const {
+    if (inWorldPlane(*this)) return textLineBounds(line(), drawing());
+    return outlineBounds(*this);
+}
+
+void AttributeDefinitionEntity::transform(const math::Matrix4& m) {
+    const math::Matrix4 plane = transformObjectPlane(*this, m);
+    transformTextLine(fieldsOf(*this), plane);
+}
+
+Vector2 AttributeDefinitionEntity::nearestPoint(const Vector2& p) const {
+    const auto inPlane = objectFromPlan(*this, p);
+    return inPlane ? planFromObject(*this, nearestOnTextLine(line(), drawing(), *inPlane))
+                   : planFromObject(*this, insertion);
+}
+
+double AttributeDefinitionEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
+
+std::vector<Vector2> AttributeDefinitionEntity::gripPoints() const {
+    std::vector<Vector2> grips = textLineGrips(line(), drawing());
+    for (Vector2& g : grips) g = planFromObject(*this, g);
+    return grips;
+}
+
+void AttributeDefinitionEntity::moveGrip(std::size_t index, const Vector2& to) {
+    if (const auto inPlane = objectFromPlan(*this, to))
+        moveTextLineGrip(fieldsOf(*this), line(), drawing(), index, *inPlane);
+}
+
+void AttributeDefinitionEntity::describe(FieldVisitor& v) {
+    v.text("tag", tag);
+    v.text("prompt", prompt);
+    v.text("defaultValue", defaultValue);
+    v.point("insertion", insertion);
+    v.length("textHeight", textHeight);
+    v.angle("rotation", rotation);
+    v.name("textStyle", textStyle);
+    v.boolean("invisible", invisible);
+    v.boolean("constant", constant);
+    v.boolean("verify", verify);
+    v.boolean("preset", preset);
+    v.integer("hAlign", hAlign);
+    v.integer("vAlign", vAlign);
+    v.integer("generation", generation);
+    v.number("widthFactor", widthFactor);
+    v.angle("oblique", oblique);
+    bool two = hasSecondPoint();
+    v.boolean("fit", two, false);
+    if (v.reading()) fit = two;
+    if (two || v.reading()) v.point("fitEnd", fitEnd);
+}
+
+void AttributeDefinitionEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
+    emitFromObjectPlane(*this, sink, [&](OutlineSink& s) { emitTextLine(line(), drawing(), s, style); });
+}
+
+std::size_t AttributeDefinitionEntity::sizeInBytes() const {
+    return sizeof *this + tag.capacity() + prompt.capacity() + defaultValue.capacity() + extrasSize();
+}
+
+}  // namespace kova::engine

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+
+#include "engine/entity.hpp"
+#include "engine/path.hpp"
+
+namespace kova::engine {
+
+struct Block;
+
+/// The value of an attribute as it stands at a block reference. Its place is that of a text in the reference's object
+/// plane: the start of the baseline for left / baseline alignment, else the alignment point.
+struct BlockAttribute {
+    std::string tag;
+    std::string value;
+    math::Vector2 position;
+    double textHeight = 2.5;
+    double rotation = 0.0;  ///< radians
+    Name textStyle = commonNames().standard;
+    bool invisible = false;
+    Name layer = commonNames().layerZero;
+    Color color;
+    std::int32_t hAlign = 0;      ///< 0 left, 1 centre, 2 right, 3 aligned, 4 middle, 5 fit
+    std::int32_t vAlign = 0;      ///< 0 baseline, 1 bottom, 2 middle, 3 top
+    std::int32_t generation = 0;  ///< 2 backward, 4 upside down
+    double widthFactor = 1.0;
+    double oblique = 0.0;  ///< radians
+
+    void describe(FieldVisitor& v);
+};
+
+/// A block definition placed in the drawing, singly or as a grid of copies.
+class BlockReferenceEntity final : public Entity {
+    KOVA_ENTITY(BlockReferenceEntity, BlockReference)
+
+    BlockReferenceEntity(Name block, const math::Vector2& at) : blockName(block), insert(at) {}
+
+    Name blockName;
+    math::Vector2 insert;  ///< in the object plane of the normal
+    double scaleX = 1.0;   ///< negative: mirrored; 0 is drawn as 1
+    double scaleY = 1.0;
+    std::optional<double> scaleZ;  ///< none: the size of scaleX
+    double rotation = 0.0;         ///< radians
+    std::int32_t rows = 1;
+    std::int32_t columns = 1;
+    double rowSpacing = 0.0;     ///< drawing units along the turned y axis, not scaled
+    double columnSpacing = 0.0;  ///< along the turned x axis
+    std::vector<BlockAttribute> attributes;
+    /// Clip polygon in block coordinates (those of the definition's entities), applied to the copy at row 0, column 0
+    /// and, for a grid, to the whole of it; two points are opposite corners of a rectangle.
+    std::vector<math::Vector2> clipBoundary;
+    bool clipInverted = false;                     ///< hides the inside of the boundary
+    bool clipEnabled = true;                       ///< counts only while there is a boundary
+    std::map<std::string, double> dynParamValues;  ///< by parameter name
+    std::map<std::string, double> dynFlipValues;   ///< by parameter name; 0 or 1
+    std::string activeVisibilityState;             ///< empty: all of the block is shown
+
+    /// The definition of that name in the drawing that holds the reference; null when there is none.
+    const Block* block() const;
+    /// From block coordinates to world coordinates for one copy of the grid.
+    math::Matrix4 blockMatrix(std::int32_t row = 0, std::int32_t column = 0) const;
+    /// The same for a given definition (a reference that stands outside the drawing finds none by name).
+    math::Matrix4 blockMatrix(const Block& definition, std::int32_t row = 0, std::int32_t column = 0) const;
+    /// Copies in the grid's directions, at least 1.
+    std::int32_t rowCount() const { return rows > 1 ? rows : 1; }
+    std::int32_t columnCount() const { return columns > 1 ? columns : 1; }
+    double effectiveScaleZ() const { return scaleZ.value_or(std::abs(scaleX)); }
+    bool isClipped() const { return clipEnabled && clipBoundary.size() >= 2; }
+    /// The clip polygon in block coordinates, a rectangle written out as four points; empty when there is none.
+    std::vector<math::Vector2> clipPolygon() const;
+    /// The attribute of that tag (without regard to case); null when there is none.
+    BlockAttribute* findAttribute(std::string_view tag);
+    const BlockAttribute* findAttribute(std::string_view tag) const {
+        return const_cast<BlockReferenceEntity*>(this)->findAttribute(tag);
+    }
+
+private:
+    math::Bounds2 contentBounds(const Block& definition) const;
+};
+
+// Limits of what one reference may draw, so that hostile or damaged drawings stay usable.
+inline constexpr int kMaxBlockNesting = 64;                    ///< references within references
+inline constexpr std::size_t kMaxBlockPlacements = 1'000'000;  ///< copies of definitions, grids included
+inline constexpr std::size_t kMaxNestedEntities = 20'000'000;  ///< entities emitted through references
+
+/// Emits the entities of a block under `placement` (block coordinates, the base point not taken off, to those of the
+/// sink), drawn as the contents of a reference in style `outer`: ByBlock properties and layer "0" take those of
+/// `outer`. `visible` (null: all) tells by position among the block's live entities which are shown. A block that is
+/// being emitted already, nesting beyond kMaxBlockNesting and what exceeds the limits above emit nothing.
+void emitBlock(const Block& block, const math::Matrix4& placement, OutlineSink& sink, const OutlineStyle& outer,
+               const std::vector<bool>* visible = nullptr);
+
+}  // namespace kova::engine

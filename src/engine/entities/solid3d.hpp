@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include "engine/entity.hpp"
+#include "engine/path.hpp"
+
+namespace kova::engine {
+
+struct ModelerEdges;
+
+/// A solid-modeller body: its data are kept as read. The edges in plan are found from the modeller's records (straight,
+/// elliptic and spline curves); silhouettes of curved faces are not.
+class Solid3DEntity final : public Entity {
+    KOVA_ENTITY(Solid3DEntity, Solid3D)
+
+    enum class BodyKind : std::uint8_t { Solid, Region, Body };
+
+    BodyKind kind = BodyKind::Solid;
+    std::int32_t modelerVersion = 1;  ///< 1: text, 2: binary in the interchange formats
+    std::string sat;                  ///< modeller text, decoded
+    std::string sab;                  ///< modeller binary, as bytes
+
+    bool hasBody() const { return !sat.empty() || !sab.empty(); }
+    /// The edges in space; kept until the data change.
+    const ModelerEdges& edges() const;
+
+private:
+    mutable std::shared_ptr<const ModelerEdges> edges_;
+    mutable std::size_t edgesKey_ = 0;
+};
+
+/// "Solid3D", "Region" or "Body".
+std::string_view bodyKindName(Solid3DEntity::BodyKind kind);
+
+}  // namespace kova::engine

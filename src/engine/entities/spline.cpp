@@ -1,0 +1,245 @@
+#include "engine/entities/spline.hpp"
+
+#include <cmath>
+
+#include "engine/entities/object_plane.hpp"
+#include "engine/outline.hpp"
+#include "math/nurbs.hpp"
+
+namespace kova::engine {
+
+using math::Vector2;
+using math::Vector3;
+
+namespace {
+
+/// Curves that cubics cannot hold are drawn within this part of the extents.
+constexpr double kPathTolerance = 1e-7;
+
+/// A usable B-spline for the entity's data: the data itself where it is complete, else with made-up knots or the
+/// cubic through the fit points.
+class Curve {
+public:
+    explicit Curve(const SplineEntity& e) {
+        view_.degree = e.degree;
+        view_.points = e.controlPoints;
+        view_.knots = e.knots;
+        const bool good =
+            std::all_of(e.weights.begin(), e.weights.end(), [](double w) { return w > 0.0 && std::isfinite(w); });
+        if (good && e.weights.size() == e.controlPoints.size()) view_.weights = e.weights;
+        if (e.controlPoints.size() >= 2) {
+            if (view_.usable()) {
+                usable_ = true;
+                return;
+            }
+            completeKnots(e);
+        } else if (const auto cubic = math::interpolateCubic(e.fitPoints, e.closed); !cubic.points.empty()) {
+            points_ = cubic.points;
+            knots_ = cubic.knots;
+            view_ = {3, points_, knots_};
+        }
+        usable_ = view_.usable();
+    }
+    Curve(const Curve&) = delete;
+    Curve& operator=(const Curve&) = delete;
+
+    bool usable() const { return usable_; }
+    const math::SplineView& view() const { return view_; }
+    /// Cubics hold it exactly.
+    bool simple() const { return view_.degree <= 3 && !view_.rational(); }
+
+private:
+    void completeKnots(const SplineEntity& e) {
+        const int most = static_cast<int>(std::min<std::size_t>(e.controlPoints.size() - 1, math::kMaxDegree));
+        view_.degree = std::clamp(e.degree, 1, most);
+        knots_ = math::clampedUniformKnots(view_.degree, e.controlPoints.size());
+        if (e.closed && e.knots.empty() && e.controlPoints.size() > 2) {
+            // Round and round: the first points follow the last ones again.
+            const auto p = static_cast<std::ptrdiff_t>(view_.degree);
+            points_ = e.controlPoints;
+            points_.insert(points_.end(), e.controlPoints.begin(), e.controlPoints.begin() + p);
+            knots_ = math::uniformKnots(view_.degree, points_.size());
+            view_.points = points_;
+            if (!view_.weights.empty()) {
+                weights_ = e.weights;
+                weights_.insert(weights_.end(), e.weights.begin(), e.weights.begin() + p);
+                view_.weights = weights_;
+            }
+        }
+        view_.knots = knots_;
+    }
+
+    math::SplineView view_;
+    std::vector<Vector2> points_;
+    std::vector<double> knots_;
+    std::vector<double> weights_;
+    bool usable_ = false;
+};
+
+/// The scale of a matrix that keeps all shapes in space similar; nothing for any other matrix.
+std::optional<double> similarityScale(const math::Matrix4& m) {
+    const Vector3 x = m.transform_direction(Vector3{1, 0, 0});
+    const Vector3 y = m.transform_direction(Vector3{0, 1, 0});
+    const Vector3 z = m.transform_direction(Vector3{0, 0, 1});
+    const double scale = x.length();
+    const double slack = 1e-9 * scale;
+    if (!(scale > 0.0) || std::abs(y.length() - scale) > slack || std::abs(z.length() - scale) > slack ||
+        std::abs(x.dot(y)) > slack * scale || std::abs(y.dot(z)) > slack * scale || std::abs(z.dot(x)) > slack * scale)
+        return std::nullopt;
+    return scale;
+}
+
+/// Direction of the curve at an end that is not free; zero at an end without curvature.
+Vector2 endTangent(const math::SplineView& view, bool atEnd) {
+    const double u = atEnd ? view.domainEnd() : view.domainStart();
+    const double width = view.domainEnd() - view.domainStart();
+    const math::SplineDerivatives d = math::splineDerivatives(view, u);
+    return std::abs(d.first.cross(d.second)) * width <= 1e-6 * d.first.length_squared() ? Vector2{} : d.first;
+}
+
+}  // namespace
+
+void HelixData::describe(FieldVisitor& v) {
+    v.pointObject("axisBase", axisBase);
+    v.pointObject("start", start);
+    v.pointObject("axis", axis);
+    v.length("topRadius", topRadius);
+    v.number("turns", turns);
+    v.length("turnHeight", turnHeight);
+    v.boolean("ccw", ccw);
+    v.integer("constraint", constraint);
+}
+
+Path SplineEntity::path() const {
+    Path path;
+    const Curve curve(*this);
+    if (!curve.usable()) {
+        // A single point, or nothing that can be drawn.
+        const std::vector<Vector2>& points = controlPoints.empty() ? fitPoints : controlPoints;
+        if (points.size() == 1) path.moveTo(points[0]).lineTo(points[0]);
+        return path;
+    }
+    math::Bounds2 extents;
+    for (const Vector2& p : curve.view().points) extents.expand(p);
+    const double size = std::hypot(extents.width(), extents.height());
+    const std::vector<math::Cubic> cubics = math::splineToCubics(curve.view(), kPathTolerance * size);
+    path.reserve(cubics.size() + 2);
+    for (const math::Cubic& c : cubics) {
+        if (path.empty() || path.current() != c[0]) path.moveTo(c[0]);
+        path.cubicTo(c[1], c[2], c[3]);
+    }
+    if (closed && !cubics.empty() && cubics.front()[0].distance_to(cubics.back()[3]) <= 1e-9 * size) path.close();
+    return path;
+}
+
+void SplineEntity::fitThroughPoints() {
+    math::CubicSpline cubic = math::interpolateCubic(fitPoints, closed);
+    if (cubic.points.empty()) return;
+    degree = 3;
+    controlPoints = std::move(cubic.points);
+    knots = std::move(cubic.knots);
+    weights.clear();
+    controlZ.clear();
+    helix.reset();
+}
+
+double SplineEntity::length() const { return pathLength(path()); }
+
+math::Bounds2 SplineEntity::bounds() const {
+    const Curve curve(*this);
+    return curve.usable() ? math::splineBounds(curve.view()) : pathBounds(path());
+}
+
+void SplineEntity::transform(const math::Matrix4& m) {
+    // The plane's own z stands in `elevation` for what has no z of its own.
+    const double oldElevation = elevation;
+    elevation = m.transform_point(Vector3{0, 0, oldElevation}).z;
+    std::vector<double> z(controlPoints.size());
+    bool level = true;
+    for (std::size_t i = 0; i < controlPoints.size(); ++i) {
+        const double own = i < controlZ.size() ? controlZ[i] : oldElevation;
+        const Vector3 moved = m.transform_point(Vector3(controlPoints[i], own));
+        controlPoints[i] = moved.xy();
+        z[i] = moved.z;
+        level = level && moved.z == z[0];
+    }
+    if (!controlZ.empty() || !level)
+        controlZ = std::move(z);
+    else if (!z.empty())
+        elevation = z[0];
+    for (Vector2& p : fitPoints) p = m.transform_point(Vector3(p, oldElevation)).xy();
+    transformExtrusion(*this, m);
+    if (!helix) return;
+    const auto scale = similarityScale(m);
+    if (!scale) {
+        helix.reset();  // still a curve, but no helix
+        return;
+    }
+    const Vector3 x = m.transform_direction(Vector3{1, 0, 0});
+    const Vector3 y = m.transform_direction(Vector3{0, 1, 0});
+    const Vector3 zAxis = m.transform_direction(Vector3{0, 0, 1});
+    helix->axisBase = m.transform_point(helix->axisBase);
+    helix->start = m.transform_point(helix->start);
+    helix->axis = m.transform_direction(helix->axis).normalized();
+    helix->topRadius *= *scale;
+    helix->turnHeight *= *scale;
+    if (x.cross(y).dot(zAxis) < 0.0) helix->ccw = !helix->ccw;
+}
+
+double SplineEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
+
+Vector2 SplineEntity::nearestPoint(const Vector2& p) const {
+    const Curve curve(*this);
+    if (!curve.usable() || curve.simple()) return nearestOnPath(path(), p);
+    return math::splinePoint(curve.view(), math::closestSplineParameter(curve.view(), p));
+}
+
+std::vector<Vector2> SplineEntity::gripPoints() const { return fitPoints.empty() ? controlPoints : fitPoints; }
+
+void SplineEntity::moveGrip(std::size_t index, const Vector2& to) {
+    if (fitPoints.empty()) {
+        if (index >= controlPoints.size()) return;
+        controlPoints[index] = to;
+        helix.reset();
+        return;
+    }
+    if (index >= fitPoints.size()) return;
+    fitPoints[index] = to;
+    if (controlPoints.empty()) return;
+    Vector2 first;
+    Vector2 last;
+    if (const Curve before(*this); before.usable() && !closed) {
+        first = endTangent(before.view(), false);
+        last = endTangent(before.view(), true);
+    }
+    fitThroughPoints();
+    if (first == Vector2{} && last == Vector2{}) return;
+    math::CubicSpline cubic = math::interpolateCubic(fitPoints, closed, first, last);
+    if (cubic.points.empty()) return;
+    controlPoints = std::move(cubic.points);
+    knots = std::move(cubic.knots);
+}
+
+void SplineEntity::describe(FieldVisitor& v) {
+    v.integer("degree", degree);
+    v.boolean("closed", closed);
+    v.points("controlPoints", controlPoints);
+    v.numbers("knots", knots);
+    v.points("fitPoints", fitPoints);
+    v.numbers("controlZ", controlZ, true);
+    v.numbers("weights", weights, true);
+    v.object("helix", helix);
+}
+
+void SplineEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
+    StrokeOptions options;
+    options.patternThroughVertices = true;
+    sink.stroke(path(), style, options);
+}
+
+std::size_t SplineEntity::sizeInBytes() const {
+    return sizeof *this + extrasSize() + (controlPoints.capacity() + fitPoints.capacity()) * sizeof(Vector2) +
+           (knots.capacity() + controlZ.capacity() + weights.capacity()) * sizeof(double);
+}
+
+}  // namespace kova::engine

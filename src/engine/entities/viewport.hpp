@@ -1,0 +1,47 @@
+#pragma once
+
+#include "engine/entity.hpp"
+
+namespace kova::engine {
+
+/// A window of a layout onto model space.
+class ViewportEntity final : public Entity {
+    KOVA_ENTITY(ViewportEntity, Viewport)
+
+    // Bits of statusFlags, those of DXF group 90.
+    static constexpr std::int32_t kPerspective = 1;
+    static constexpr std::int32_t kLocked = 16384;
+    static constexpr std::int32_t kNonRectangular = 65536;
+    static constexpr std::int32_t kOff = 131072;
+    /// vpId of the layout's own view of its sheet: not a window, never drawn and without extents.
+    static constexpr std::int32_t kSheetId = 1;
+
+    math::Vector2 center;  ///< in paper space
+    double width = 100.0;
+    double height = 100.0;
+    math::Vector2 viewTarget;  ///< the point of model space shown at the centre
+    double viewScale = 1.0;    ///< paper units for one model unit
+    double viewTwist = 0.0;    ///< radians; the view appears turned counter-clockwise by it
+    bool on = true;
+    bool locked = false;
+    std::int32_t vpId = 0;
+    math::Vector2 snapBase;
+    math::Vector2 snapSpacing{10, 10};
+    math::Vector2 gridSpacing{10, 10};
+    double snapAngle = 0.0;  ///< radians
+    std::int32_t statusFlags = 0;
+    std::vector<Name> vpFrozenLayers;
+
+    bool isSheet() const { return vpId == kSheetId; }
+    bool isFrozenHere(Name layer) const;
+    /// The frame on paper.
+    math::Bounds2 frame() const;
+    /// From model space to paper.
+    math::Matrix4 modelToPaper() const;
+    math::Vector2 toPaper(const math::Vector2& model) const { return modelToPaper().transform_point(model); }
+    math::Vector2 toModel(const math::Vector2& paper) const;
+    /// Extents in model space of what the window shows.
+    math::Bounds2 modelWindow() const;
+};
+
+}  // namespace kova::engine

@@ -1,0 +1,211 @@
+#include "engine/symbol_references.hpp"
+
+#include <array>
+
+#include "engine/drawing.hpp"
+
+namespace kova::engine {
+
+namespace {
+
+/// The kind of record that a name-valued dimension variable refers to.
+std::optional<SymbolKind> kindOfDimVariable(std::string_view variable) {
+    static constexpr std::pair<std::string_view, SymbolKind> kinds[] = {
+        {"DIMBLK", SymbolKind::Block},      {"DIMBLK1", SymbolKind::Block},      {"DIMBLK2", SymbolKind::Block},
+        {"DIMLDRBLK", SymbolKind::Block},   {"DIMTXSTY", SymbolKind::TextStyle}, {"DIMLTYPE", SymbolKind::Linetype},
+        {"DIMLTEX1", SymbolKind::Linetype}, {"DIMLTEX2", SymbolKind::Linetype},  {"DIMSTYLE", SymbolKind::DimStyle}};
+    for (const auto& [name, kind] : kinds)
+        if (name == variable) return kind;
+    return std::nullopt;
+}
+
+/// Passes on what the sink asked for.
+class Reporter {
+public:
+    Reporter(SymbolKinds kinds, ReferenceSink& sink) : kinds_(kinds), sink_(sink) {}
+
+    bool wants(SymbolKind kind) const { return (kinds_ & symbolBit(kind)) != 0; }
+    bool wantsAny(SymbolKinds kinds) const { return (kinds_ & kinds) != 0; }
+    void operator()(SymbolKind kind, Name& name, ReferenceStrength strength = ReferenceStrength::Hard) {
+        if (wants(kind) && !name.empty()) sink_.name(kind, name, strength);
+    }
+    void operator()(SymbolKind kind, std::string& name, ReferenceStrength strength = ReferenceStrength::Hard) {
+        if (wants(kind) && !name.empty()) sink_.text(kind, name, strength);
+    }
+    void dimOverrides(std::map<std::string, std::string>& overrides) {
+        for (auto& [variable, value] : overrides)
+            if (const auto kind = kindOfDimVariable(variable)) (*this)(*kind, value);
+    }
+
+private:
+    SymbolKinds kinds_;
+    ReferenceSink& sink_;
+};
+
+/// Finds the references among an entity's own fields by their keys, which mean the same in all kinds of entities.
+class FieldReferences final : public FieldVisitor {
+public:
+    explicit FieldReferences(Reporter& report) : report_(report) {}
+    void visit(Entity& entity) {
+        type_ = entity.type();
+        entity.describe(*this);
+    }
+
+protected:
+    void onName(const Field& f, Name& v) override {
+        if (const auto kind = kindOf(f.key)) report_(*kind, v);
+    }
+    void onText(const Field& f, std::string& v) override {
+        if (const auto kind = kindOf(f.key)) report_(*kind, v);
+    }
+    void onNames(const Field& f, std::vector<Name>& v) override {
+        if (f.key != "vpFrozenLayers") return;
+        for (Name& name : v) report_(SymbolKind::Layer, name, ReferenceStrength::Soft);
+    }
+    void onTextMap(const Field& f, std::map<std::string, std::string>& v) override {
+        if (f.key == "nameOverrides") report_.dimOverrides(v);
+    }
+    bool beginObject(const Field&, bool present) override { return present; }
+    bool beginList(const Field&, std::size_t& count) override { return count != 0; }
+
+    void onNumber(const Field&, double&) override {}
+    void onInteger(const Field&, std::int64_t&) override {}
+    void onBoolean(const Field&, bool&) override {}
+    void onHandle(const Field&, std::uint64_t&) override {}
+    void onColor(const Field&, Color&) override {}
+    void onPoint(const Field&, math::Vector2&) override {}
+    void onPoint3(const Field&, math::Vector3&) override {}
+    void onPointObject(const Field&, math::Vector2&) override {}
+    void onPointObject3(const Field&, math::Vector3&) override {}
+    void onPoints(const Field&, std::vector<math::Vector2>&) override {}
+    void onPoints3(const Field&, std::vector<math::Vector3>&) override {}
+    void onNumbers(const Field&, std::vector<double>&) override {}
+    void onIntegers(const Field&, std::vector<std::int32_t>&) override {}
+    void onBooleans(const Field&, std::vector<bool>&) override {}
+    void onHandles(const Field&, std::vector<std::uint64_t>&) override {}
+    void onTexts(const Field&, std::vector<std::string>&) override {}
+    void onIntegerLists(const Field&, std::vector<std::vector<std::int32_t>>&) override {}
+    void onTextLists(const Field&, std::vector<std::vector<std::string>>&) override {}
+    void onNumberMap(const Field&, std::map<std::string, double>&) override {}
+    void endObject() override {}
+    void beginItem(std::size_t) override {}
+    void endItem() override {}
+    void endList() override {}
+
+private:
+    std::optional<SymbolKind> kindOf(std::string_view key) const {
+        if (key == "textStyle") return SymbolKind::TextStyle;
+        if (key == "blockName" || key == "arrowBlock") return SymbolKind::Block;
+        if (key == "dimStyleName") return SymbolKind::DimStyle;
+        if (key == "layer") return SymbolKind::Layer;
+        if (key == "linetype") return SymbolKind::Linetype;
+        if (key != "styleName") return std::nullopt;
+        switch (type_) {
+            case EntityType::MLeader:
+                return SymbolKind::MLeaderStyle;
+            case EntityType::Table:
+                return SymbolKind::TableStyle;
+            case EntityType::Tolerance:
+            case EntityType::Leader:
+            case EntityType::Dimension:
+                return SymbolKind::DimStyle;
+            default:
+                return std::nullopt;
+        }
+    }
+
+    Reporter& report_;
+    EntityType type_ = EntityType::Line;
+};
+
+/// Layers that extended data names (group code 1003).
+void visitXData(Entity& entity, Reporter& report) {
+    const XData* data = entity.xdata();
+    if (data == nullptr || !report.wants(SymbolKind::Layer)) return;
+    for (XData::Application& application : entity.ensureXdata().applications)
+        for (XDataItem& item : application.items)
+            if (item.code == 1003)
+                if (auto* text = std::get_if<std::string>(&item.value)) report(SymbolKind::Layer, *text);
+}
+
+void visitEntities(EntityList& list, Reporter& report, FieldReferences& fields) {
+    for (Entity& entity : list) {
+        report(SymbolKind::Layer, entity.layer);
+        report(SymbolKind::Linetype, entity.linetype);
+        visitXData(entity, report);
+        fields.visit(entity);
+    }
+}
+
+void visitStyles(Drawing& drawing, Reporter& report) {
+    for (Linetype& linetype : drawing.linetypes)
+        for (LinetypeElement& element : linetype.elements) report(SymbolKind::TextStyle, element.style);
+    for (DimStyle& style : drawing.dimStyles) {
+        report(SymbolKind::TextStyle, style.textStyle);
+        for (Name* block : {&style.arrowBlock, &style.arrowBlock1, &style.arrowBlock2, &style.leaderArrowBlock})
+            report(SymbolKind::Block, *block);
+        for (Name* linetype : {&style.dimLineLinetype, &style.extLine1Linetype, &style.extLine2Linetype})
+            report(SymbolKind::Linetype, *linetype);
+    }
+    for (MLeaderStyle& style : drawing.mleaderStyles) {
+        report(SymbolKind::TextStyle, style.textStyle);
+        report(SymbolKind::Linetype, style.leaderLinetype);
+        report(SymbolKind::Block, style.arrowBlock);
+        report(SymbolKind::Block, style.block);
+    }
+    for (TableStyle& style : drawing.tableStyles) report(SymbolKind::TextStyle, style.textStyle);
+}
+
+void visitLayers(Drawing& drawing, Reporter& report) {
+    for (Layer& layer : drawing.layers) report(SymbolKind::Linetype, layer.linetype);
+    for (LayerFilter& filter : drawing.layerFilters)
+        for (Name& member : filter.members) report(SymbolKind::Layer, member, ReferenceStrength::Soft);
+    for (LayerState& state : drawing.layerStates)
+        for (auto& [layer, entry] : state.layers) {
+            report(SymbolKind::Layer, layer, ReferenceStrength::Soft);
+            report(SymbolKind::Linetype, entry.linetype, ReferenceStrength::Soft);
+        }
+}
+
+void visitSettings(Drawing& drawing, Reporter& report) {
+    report(SymbolKind::Layer, drawing.currentLayer);
+    report(SymbolKind::Linetype, drawing.currentLinetype);
+    report(SymbolKind::TextStyle, drawing.currentTextStyle);
+    report(SymbolKind::DimStyle, drawing.currentDimStyle);
+    report(SymbolKind::MLeaderStyle, drawing.currentMLeaderStyle);
+    report(SymbolKind::TableStyle, drawing.currentTableStyle);
+    report(SymbolKind::Ucs, drawing.currentUcs);
+    report(SymbolKind::Ucs, drawing.ucs.name, ReferenceStrength::Soft);
+    report(SymbolKind::View, drawing.currentView.name, ReferenceStrength::Soft);
+    report(SymbolKind::Layout, drawing.activeLayoutName);
+    report.dimOverrides(drawing.dimStyleNameOverrides);
+    // Variables that preset the layer, linetype or block of new objects.
+    static constexpr std::pair<std::string_view, SymbolKind> variables[] = {
+        {"CENTERLAYER", SymbolKind::Layer}, {"DIMLAYER", SymbolKind::Layer},  {"HPLAYER", SymbolKind::Layer},
+        {"TEXTLAYER", SymbolKind::Layer},   {"XREFLAYER", SymbolKind::Layer}, {"CENTERLTYPE", SymbolKind::Linetype},
+        {"INSNAME", SymbolKind::Block}};
+    for (const auto& [variable, kind] : variables)
+        if (const auto it = drawing.stringVariables.find(variable); it != drawing.stringVariables.end())
+            report(kind, it->second, ReferenceStrength::Soft);
+}
+
+}  // namespace
+
+void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink) {
+    Reporter report(kinds, sink);
+    constexpr SymbolKinds fieldKinds = symbolBit(SymbolKind::Block) | symbolBit(SymbolKind::DimStyle) |
+                                       symbolBit(SymbolKind::Layer) | symbolBit(SymbolKind::Linetype) |
+                                       symbolBit(SymbolKind::MLeaderStyle) | symbolBit(SymbolKind::TextStyle) |
+                                       symbolBit(SymbolKind::TableStyle);
+    if (report.wantsAny(fieldKinds)) {
+        FieldReferences fields(report);
+        visitEntities(drawing.modelSpace(), report, fields);
+        for (const auto& layout : drawing.layouts()) visitEntities(layout->entities, report, fields);
+        for (const auto& block : drawing.blocks()) visitEntities(block->entities, report, fields);
+    }
+    visitStyles(drawing, report);
+    visitLayers(drawing, report);
+    visitSettings(drawing, report);
+}
+
+}  // namespace kova::engine

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include "engine/symbols.hpp"
+
+namespace kova::engine {
+
+/// Which places visitReferences looks at: one bit a kind of symbol.
+using SymbolKinds = unsigned;
+constexpr SymbolKinds symbolBit(SymbolKind kind) { return 1U << static_cast<unsigned>(kind); }
+inline constexpr SymbolKinds kAllSymbolKinds = ~0U;
+
+/// How a place refers to a record. Records that only soft references name may be purged.
+enum class ReferenceStrength : std::uint8_t {
+    Hard,
+    Soft  ///< a list that may name what is gone: layer filters and states, layers frozen in a viewport
+};
+
+/// Is shown every place that refers to a table's record by its name. A place may be changed, unless the drawing
+/// is visited to look only. Empty names are passed over.
+class ReferenceSink {
+public:
+    virtual ~ReferenceSink() = default;
+    virtual void name(SymbolKind kind, Name& name, ReferenceStrength strength) = 0;
+    /// A name that stands as plain text: values of dimension overrides, extended data, system variables.
+    virtual void text(SymbolKind kind, std::string& name, ReferenceStrength strength) = 0;
+};
+
+/// Visits the references of these kinds in entities of all spaces and blocks, in records and current settings.
+/// Linear in the size of the drawing.
+void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink);
+
+}  // namespace kova::engine

@@ -1,0 +1,50 @@
+#include "headless/files.hpp"
+
+#include <filesystem>
+
+#include "engine/name.hpp"
+#include "engine/sysvar.hpp"
+#include "io/content.hpp"
+#include "io/native/native_file.hpp"
+
+namespace kova::headless {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Keeps the file that is about to be replaced as NAME.bak. A link costs nothing however large the file is.
+void keepBackup(const engine::Drawing& drawing, const std::string& path) {
+    if (engine::sysVarInt(drawing, "ISAVEBAK", 1) == 0) return;
+    std::error_code error;
+    const fs::path target(path);
+    if (!fs::is_regular_file(fs::symlink_status(target, error)) || error) return;
+    fs::path backup = target;
+    backup.replace_extension(".bak");
+    if (backup == target) return;
+    fs::remove(backup, error);
+    fs::create_hard_link(target, backup, error);
+    if (error) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, error);
+}
+
+}  // namespace
+
+std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenReport&) {
+    switch (io::recognise(path)) {
+        case io::FileKind::Dxf: return "DXF files cannot be read by this version of the program.";
+        case io::FileKind::Dwg:
+            return "Could not open DWG (" + path + "): DWG files cannot be read by this version of the program.";
+        case io::FileKind::Native: break;
+    }
+    return io::native::loadNative(path, drawing);
+}
+
+std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string&, SaveReport&) {
+    const std::string extension = engine::foldCase(fs::path(path).extension().string());
+    if (extension == ".dxf") return "DXF files cannot be written by this version of the program.";
+    if (extension == ".dwg") return "DWG files cannot be written by this version of the program.";
+    keepBackup(drawing, path);
+    return io::native::saveNative(drawing, path);
+}
+
+}  // namespace kova::headless

@@ -1,0 +1,213 @@
+#include "headless/session.hpp"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QMessageBox>
+#include <QPointer>
+#include <QTimer>
+#include <QWidget>
+#include <chrono>
+
+#include "headless/files.hpp"
+#include "headless/templates.hpp"
+
+namespace kova::headless {
+
+namespace {
+
+constexpr int kMaxScriptDepth = 100;
+constexpr std::size_t kMaxPendingLines = 20'000'000;
+// Posted events are delivered after every line; the full event loop, which asks the system, runs this often.
+constexpr std::int64_t kPumpIntervalNs = 20'000'000;
+
+std::int64_t nowNs() { return std::chrono::steady_clock::now().time_since_epoch().count(); }
+
+}  // namespace
+
+Session::Session(QObject* parent)
+    : QObject(parent), document_(freshDrawing()), registry_(cmd::CommandRegistry::instance()),
+      processor_(document_, registry_, [this](const std::string& text) { append(text); }) {
+    setObjectName(QStringLiteral("KovaCadHeadlessSession"));
+    processor_.setServices(this);
+    if (QCoreApplication::instance() != nullptr) QCoreApplication::instance()->installEventFilter(this);
+}
+
+Session::~Session() {
+    if (QCoreApplication::instance() != nullptr) QCoreApplication::instance()->removeEventFilter(this);
+}
+
+void Session::append(const std::string& line) {
+    if (!line.empty()) transcript_.push_back(line);
+}
+
+std::vector<std::string> Session::takeOutput() { return std::exchange(transcript_, {}); }
+
+std::string Session::currentPrompt() const {
+    if (processor_.isActive() && hasPromptOverride_) return promptOverride_;
+    return processor_.prompt();
+}
+
+void Session::setPromptOverride(std::string prompt) {
+    promptOverride_ = std::move(prompt);
+    hasPromptOverride_ = true;
+}
+
+void Session::clearPromptOverride() { hasPromptOverride_ = false; }
+
+void Session::cancel() {
+    if (processor_.cancel()) append("*Cancel*");
+    clearPromptOverride();
+}
+
+std::vector<std::string> Session::feed(const std::string& line) {
+    process(line);
+    if (!draining_) {
+        draining_ = true;
+        while (!pending_.empty()) {
+            const PendingLine next = std::move(pending_.front());
+            pending_.pop_front();
+            depth_ = next.depth;
+            process(next.text);
+        }
+        depth_ = 0;
+        draining_ = false;
+    }
+    return takeOutput();
+}
+
+void Session::queueLines(std::vector<std::string> lines) {
+    if (depth_ >= kMaxScriptDepth) return append("Scripts are nested too deeply.");
+    if (pending_.size() + lines.size() > kMaxPendingLines) return append("Too many lines are waiting.");
+    // In front of what waits already: a script called by a script runs before the rest of its caller.
+    for (auto it = lines.rbegin(); it != lines.rend(); ++it) pending_.push_front({std::move(*it), depth_ + 1});
+}
+
+void Session::process(const std::string& line) {
+    // An empty line at the idle prompt is the last command line, typed again.
+    std::string repeated;
+    if (line.empty() && !processor_.isActive()) repeated = lastLine_;
+    const std::string& text = repeated.empty() ? line : repeated;
+    transcript_.push_back(currentPrompt() + " " + text);
+
+    if (text.size() >= 2 && text.front() == '\'') {
+        const std::string name = text.substr(1);
+        switch (processor_.runTransparent(name)) {
+            case cmd::CommandProcessor::Start::Unknown: append("Unknown command: " + name); break;
+            case cmd::CommandProcessor::Start::Refused: append("'" + name + ": cannot be used transparently."); break;
+            case cmd::CommandProcessor::Start::Done: break;
+        }
+    } else if (processor_.isActive()) {
+        processor_.input(text);
+    } else {
+        processIdle(text);
+    }
+    pumpEvents();
+}
+
+void Session::processIdle(const std::string& line) {
+    if (line.empty()) return;
+    if (line.front() == '(' && lisp_) return evaluate(line);
+    // The command may feed lines itself, so what it is remembered by stands before it starts.
+    const std::string before = std::exchange(lastLine_, line);
+    clearPromptOverride();
+    if (processor_.startLine(line) != cmd::CommandProcessor::Start::Unknown) return;
+    lastLine_ = before;
+    if (!tryLisp(line)) append("Unknown command: " + line);
+}
+
+void Session::evaluate(const std::string& text) {
+    const LispEvaluator::Result result = lisp_->evaluate(text);
+    append(result.error.empty() ? result.printed : "; error: " + result.error);
+}
+
+bool Session::tryLisp(const std::string& line) {
+    if (!lisp_) return false;
+    const auto isWordCharacter = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == '-';
+    };
+    if (!std::all_of(line.begin(), line.end(), isWordCharacter)) return false;
+    const std::string symbol = "C:" + engine::upperCase(line);
+    if (lisp_->evaluate("(if (boundp '" + symbol + ") \"yes\" \"no\")").printed != "\"yes\"") return false;
+    evaluate("(" + symbol + ")");
+    return true;
+}
+
+void Session::pumpEvents() {
+    if (QCoreApplication::instance() == nullptr) return;
+    QCoreApplication::sendPostedEvents();
+    const std::int64_t now = nowNs();
+    if (!windowSeen_ && now - lastPump_ < kPumpIntervalNs) return;
+    windowSeen_ = false;
+    lastPump_ = now;
+    QCoreApplication::processEvents();
+}
+
+bool Session::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() != QEvent::Show || !watched->isWidgetType()) return QObject::eventFilter(watched, event);
+    auto* widget = static_cast<QWidget*>(watched);
+    const Qt::WindowType type = widget->windowType();
+    if (!widget->isWindow() || type == Qt::Popup || type == Qt::ToolTip) return QObject::eventFilter(watched, event);
+    if (const auto* box = qobject_cast<const QMessageBox*>(widget)) {
+        append(box->text().toStdString());
+        append(box->informativeText().toStdString());
+    } else {
+        const QString title = widget->windowTitle();
+        append("\"" + (title.isEmpty() ? std::string("a window") : title.toStdString()) +
+               "\" needs its dialog, which kovacad-cli cannot show; cancelled.");
+    }
+    windowSeen_ = true;
+    QTimer::singleShot(0, widget, [guard = QPointer<QWidget>(widget)] {
+        if (guard) guard->close();
+    });
+    return QObject::eventFilter(watched, event);
+}
+
+void Session::replaceDrawing(std::unique_ptr<engine::Drawing> drawing) {
+    document_.setDrawing(std::move(drawing));
+}
+
+std::string Session::open(const std::string& path) {
+    auto drawing = std::make_unique<engine::Drawing>();
+    OpenReport report;
+    if (std::string error = openDrawing(path, *drawing, report); !error.empty()) return error;
+    drawing->fileName = path;
+    for (const std::string& line : report.lines) append(line);
+    replaceDrawing(std::move(drawing));
+    return {};
+}
+
+std::string Session::newFromTemplate(const std::string& name) {
+    auto drawing = std::make_unique<engine::Drawing>();
+    if (std::string error = loadTemplate(name, *drawing); !error.empty()) return error;
+    drawing->fileName.clear();
+    replaceDrawing(std::move(drawing));
+    return {};
+}
+
+void Session::newDrawing(const std::string& templateName) {
+    if (templateName.empty()) {
+        replaceDrawing(freshDrawing());
+        return append("New drawing initialized.");
+    }
+    if (const std::string error = newFromTemplate(templateName); !error.empty()) {
+        replaceDrawing(freshDrawing());
+        return append(error + " Created a blank drawing.");
+    }
+    append("New drawing from template: " + templateName);
+}
+
+std::string Session::save(const std::string& path) {
+    engine::Drawing& drawing = document_.drawing();
+    const std::string target = path.empty() ? drawing.fileName : path;
+    if (target.empty()) return "The drawing has no file name yet: give one.";
+    SaveReport report;
+    const std::string version = property("kovaDwgVersion").toString().toStdString();
+    if (std::string error = saveDrawing(drawing, target, version, report); !error.empty()) return error;
+    for (const std::string& line : report.lines) append(line);
+    drawing.fileName = target;
+    document_.setModified(false);
+    append("Saved: " + target);
+    return {};
+}
+
+}  // namespace kova::headless

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <QObject>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "cmd/command.hpp"
+#include "cmd/processor.hpp"
+#include "doc/document.hpp"
+
+class QImage;
+
+namespace kova::headless {
+
+/// Evaluates LISP text for a session. Made by whoever links the LISP engine; see Session::setLisp.
+class LispEvaluator {
+public:
+    struct Result {
+        std::string printed;  ///< the value as it prints
+        std::string error;    ///< not empty: the evaluation failed with this text
+    };
+    virtual ~LispEvaluator() = default;
+    virtual Result evaluate(const std::string& text) = 0;
+};
+
+/// One drawing driven by command lines, without a window: takes lines as a user types them and gives the transcript
+/// that they produce. Opens, saves and renders, and stops any dialog that a command tries to show.
+///
+/// The property "kovaDwgVersion" (a string) names the DWG version that a save as .dwg writes.
+class Session final : public QObject, private cmd::AppServices {
+    Q_OBJECT
+public:
+    explicit Session(QObject* parent = nullptr);
+    ~Session() override;
+
+    /// Feeds one command line and gives the transcript lines collected so far, this line's included.
+    std::vector<std::string> feed(const std::string& line);
+    bool isWaiting() const { return processor_.isActive(); }
+    /// The prompt being shown; "Command:" when idle.
+    std::string currentPrompt() const;
+    /// Cancels the running command, if any, with the line "*Cancel*".
+    void cancel();
+    /// Moves out the lines collected so far.
+    std::vector<std::string> takeOutput();
+
+    // Errors are texts, empty on success. The open drawing stays as it was when something fails.
+    std::string open(const std::string& path) override;
+    /// Starts from a template: metric, metric-a4, imperial, or a file name or path.
+    std::string newFromTemplate(const std::string& name);
+    void newDrawing(const std::string& templateName = {}) override;
+    /// Saves by the path's extension; an empty path saves to the drawing's own file.
+    std::string save(const std::string& path) override;
+    /// The drawing as a picture; a null image when it cannot be rendered.
+    QImage renderImage(int width, int height);
+
+    doc::Document& document() { return document_; }
+    cmd::CommandRegistry& registry() { return registry_; }
+    cmd::CommandProcessor& processor() { return processor_; }
+    void setLisp(std::unique_ptr<LispEvaluator> lisp) { lisp_ = std::move(lisp); }
+    LispEvaluator* lisp() const { return lisp_.get(); }
+    /// A prompt shown instead of the running command's own; cleared on cancel and when a command starts.
+    void setPromptOverride(std::string prompt);
+    void clearPromptOverride();
+    /// Lines fed, in order, once the line being fed is done; for a script within a script they come first.
+    void queueLines(std::vector<std::string> lines) override;
+    /// Adds a line to the transcript; an empty one is no line.
+    void append(const std::string& line);
+
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    struct PendingLine {
+        std::string text;
+        int depth;
+    };
+
+    void process(const std::string& line);
+    void processIdle(const std::string& line);
+    bool tryLisp(const std::string& line);
+    void evaluate(const std::string& text);
+    void pumpEvents();
+    void replaceDrawing(std::unique_ptr<engine::Drawing> drawing);
+
+    doc::Document document_;
+    cmd::CommandRegistry& registry_;
+    cmd::CommandProcessor processor_;
+    std::unique_ptr<LispEvaluator> lisp_;
+    std::vector<std::string> transcript_;
+    std::string lastLine_;
+    std::string promptOverride_;
+    bool hasPromptOverride_ = false;
+    std::deque<PendingLine> pending_;
+    bool draining_ = false;
+    int depth_ = 0;
+    bool windowSeen_ = false;
+    std::int64_t lastPump_ = 0;
+};
+
+}  // namespace kova::headless

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace kova::engine {
+class Drawing;
+}
+
+namespace kova::io::native {
+
+/// What a save had to change so that the file loads again.
+struct SaveNotes {
+    std::size_t replacedNumbers = 0;  ///< infinite numbers and such that are none, written as 0
+};
+
+/// Saves a drawing as a native drawing file. Error text, empty on success; after a failure an older file of that name
+/// stands as it was.
+std::string saveNative(const engine::Drawing& drawing, const std::string& path, SaveNotes* notes = nullptr);
+
+/// Fills a new drawing from a native drawing file. Error text, empty on success; after a failure the drawing holds a
+/// part of the file and should be thrown away.
+std::string loadNative(const std::string& path, engine::Drawing& drawing);
+
+/// The same from and to memory.
+std::string loadNativeText(std::string_view text, engine::Drawing& drawing);
+std::string nativeText(const engine::Drawing& drawing);
+
+}  // namespace kova::io::native

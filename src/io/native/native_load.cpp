@@ -1,0 +1,292 @@
+#include <exception>
+#include <unordered_set>
+
+#include "io/mapped_file.hpp"
+#include "io/native/json_parser.hpp"
+#include "io/native/native_file.hpp"
+#include "io/native/native_sections.hpp"
+#include "io/native/record_reader.hpp"
+
+namespace kova::io::native {
+
+namespace {
+
+using engine::Drawing;
+using engine::Entity;
+using engine::EntityList;
+using engine::Name;
+using Index = JsonTree::Index;
+
+/// Everything that a file may hold besides blocks, entities and layouts.
+constexpr std::string_view kSections[] = {"format",
+                                          "properties",
+                                          "layers",
+                                          "currentLayer",
+                                          "layerFilters",
+                                          "shapeFiles",
+                                          "basePointX",
+                                          "basePointY",
+                                          "limits",
+                                          "snapBase",
+                                          "groups",
+                                          "textStyles",
+                                          "currentTextStyle",
+                                          "linetypes",
+                                          "currentLinetype",
+                                          "dimStyles",
+                                          "currentDimStyle",
+                                          "dimStyleOverrides",
+                                          "dimStyleNameOverrides",
+                                          "mleaderStyles",
+                                          "currentMLeaderStyle",
+                                          "tableStyles",
+                                          "currentTableStyle",
+                                          "nextHandle",
+                                          "hatchPatterns",
+                                          "objectDictionary",
+                                          "appIds",
+                                          "ucsList",
+                                          "currentUcs",
+                                          kUcsInForceKey,
+                                          "activeLayout",
+                                          "tilemode",
+                                          "currentColor",
+                                          "systemVariables",
+                                          "layerStates",
+                                          "layerStateMasks",
+                                          "namedViews",
+                                          "annotationScales",
+                                          "namedPageSetups"};
+
+/// Builds the drawing while the file is parsed, and finishes it from the tree afterwards.
+class Loader final : public RecordSink {
+public:
+    explicit Loader(Drawing& drawing) : drawing_(drawing), reader_(tree_) {}
+    ~Loader() override;
+    Loader(const Loader&) = delete;
+    Loader& operator=(const Loader&) = delete;
+
+    std::string load(std::string_view text);
+
+    bool wants(std::string_view topLevelKey) override {
+        return std::find(std::begin(kSections), std::end(kSections), topLevelKey) != std::end(kSections);
+    }
+    void beginBlocks() override {}
+    void beginLayouts() override;
+    void beginBlock() override;
+    void endBlock(Index record) override;
+    void beginLayout() override;
+    void endLayout(Index record) override;
+    void entity(Index record) override;
+
+private:
+    /// An entity whose handle is settled when all handles of the file are known.
+    struct Unsettled {
+        EntityList* list;
+        std::unique_ptr<Entity> entity;
+        std::uint64_t wanted;  ///< 0: any
+    };
+
+    std::unique_ptr<Entity> makeEntityOf(Index record);
+    /// A part that was taken in while parsing must have been an array.
+    void requireArray(Index object, std::string_view key) const;
+    void noteHandle(std::uint64_t handle) { highestHandle_ = std::max(highestHandle_, handle); }
+    void settleHandles();
+    void ensureStandardRecords();
+
+    Drawing& drawing_;
+    JsonTree tree_;
+    RecordReader reader_;
+    std::unique_ptr<engine::Block> block_;    ///< being read
+    std::unique_ptr<engine::Layout> layout_;  ///< being read
+    std::size_t ownerStart_ = 0;              ///< count of unsettled entities when the block began
+    std::vector<Unsettled> unsettled_;
+    std::uint64_t highestHandle_ = 0;
+    std::string lastTypeName_;
+    std::optional<engine::EntityType> lastType_;
+    const void* lastLayer_ = nullptr;
+    std::unordered_set<const void*> seenLayers_;
+    std::vector<Name> usedLayers_;
+};
+
+Loader::~Loader() {
+    // What was being read when loading failed leaves the drawing's indexes before it goes.
+    if (block_) block_->entities.attach(nullptr);
+    if (layout_) layout_->entities.attach(nullptr);
+}
+
+void Loader::requireArray(Index object, std::string_view key) const {
+    const Index i = tree_.find(object, key);
+    if (i != JsonTree::kNone && tree_.type(i) != JsonType::Array) throwTypeError(JsonType::Array, tree_.type(i));
+}
+
+void Loader::beginBlock() {
+    if (block_) block_->entities.attach(nullptr);
+    block_ = std::make_unique<engine::Block>(Name());
+    // Entities enter the drawing's indexes at once, so that a handle used twice is noticed.
+    block_->entities.attach(&drawing_);
+    ownerStart_ = unsettled_.size();
+}
+
+void Loader::endBlock(Index record) {
+    requireArray(record, "entities");
+    reader_.enter(record);
+    block_->describeHead(reader_);
+    block_->describeDynamic(reader_);
+    reader_.leave();
+    noteHandle(block_->handle);
+    const Name name = block_->name;
+    const bool isSpace = name == "*Model_Space" || name == "*Paper_Space";
+    if (name.empty() || isSpace || drawing_.findBlock(name) != nullptr) {
+        // Nobody could refer to it: the first block of a name is the one that counts.
+        unsettled_.resize(ownerStart_);
+        block_->entities.attach(nullptr);
+        block_.reset();
+        return;
+    }
+    drawing_.putBlock(std::move(block_));
+}
+
+void Loader::beginLayouts() {
+    while (!drawing_.layouts().empty()) drawing_.takeLayout(drawing_.layouts().back()->name);
+}
+
+void Loader::beginLayout() {
+    if (layout_) layout_->entities.attach(nullptr);
+    layout_ = std::make_unique<engine::Layout>(Name());
+    layout_->entities.attach(&drawing_);
+}
+
+void Loader::endLayout(Index record) {
+    requireArray(record, "entities");
+    LayoutRecord members{*layout_};
+    reader_.read(record, members);
+    noteHandle(layout_->handle);
+    // A layout must be reachable by its name; its entities are worth more than a name that is no good.
+    const auto usable = [&](Name name) {
+        return !name.empty() && !(name == "Model") && drawing_.findLayout(name) == nullptr;
+    };
+    for (int n = 1; !usable(layout_->name); ++n) layout_->name = Name("Layout" + std::to_string(n));
+    drawing_.putLayout(std::move(layout_), drawing_.layouts().size());
+}
+
+std::unique_ptr<Entity> Loader::makeEntityOf(Index record) {
+    const Index type = tree_.find(record, "type");
+    if (type == JsonTree::kNone) return nullptr;
+    const std::string_view name = tree_.text(type);
+    if (name != lastTypeName_) {
+        lastTypeName_ = name;
+        lastType_ = engine::entityTypeFromNativeName(name);
+    }
+    return lastType_ ? engine::makeEntity(*lastType_) : nullptr;
+}
+
+void Loader::entity(Index record) {
+    std::unique_ptr<Entity> entity = makeEntityOf(record);
+    if (!entity) return;
+    reader_.readEntity(record, *entity);
+    if (entity->layer.key() != lastLayer_) {
+        lastLayer_ = entity->layer.key();
+        if (seenLayers_.insert(lastLayer_).second) usedLayers_.push_back(entity->layer);
+    }
+    EntityList& list = block_ ? block_->entities : layout_ ? layout_->entities : drawing_.modelSpace();
+    const std::uint64_t wanted = entity->handle();
+    noteHandle(wanted);
+    Entity& placed = list.append(std::move(entity));
+    if (placed.handle() == wanted) return;
+    // None, or one that is taken: what it got may be another entity's further down. It keeps its place in the list.
+    unsettled_.push_back({&list, list.take(placed), wanted});
+}
+
+void Loader::settleHandles() {
+    const auto putBack = [&](Unsettled& u, std::uint64_t handle) {
+        u.entity->setHandle(handle);
+        noteHandle(u.list->putBack(std::move(u.entity)).handle());
+    };
+    // A handle may have been passed over because one without any held it for the moment.
+    for (Unsettled& u : unsettled_)
+        if (u.wanted != 0 && drawing_.findByHandle(u.wanted) == nullptr) putBack(u, u.wanted);
+    for (Unsettled& u : unsettled_)
+        if (u.entity) putBack(u, 0);
+    unsettled_.clear();
+}
+
+/// The records that every drawing has, and layers that entities name.
+void Loader::ensureStandardRecords() {
+    const engine::CommonNames& names = engine::commonNames();
+    drawing_.layers.ensure(names.layerZero);
+    for (const Name& layer : usedLayers_)
+        if (!layer.empty()) drawing_.layers.ensure(layer);
+    for (const Name& special : {names.byBlock, names.byLayer, names.continuous}) {
+        if (drawing_.linetypes.contains(special)) continue;
+        engine::Linetype linetype;
+        linetype.name = special;
+        linetype.standard = true;
+        if (special == names.continuous) linetype.description = "Solid line";
+        drawing_.linetypes.add(std::move(linetype));
+    }
+    drawing_.textStyles.ensure(names.standard);
+    drawing_.dimStyles.ensure(names.standard);
+    drawing_.mleaderStyles.ensure(names.standard);
+    drawing_.tableStyles.ensure(names.standard);
+    // Current names must lead somewhere.
+    if (!drawing_.layers.contains(drawing_.currentLayer)) drawing_.currentLayer = names.layerZero;
+    if (!drawing_.linetypes.contains(drawing_.currentLinetype)) drawing_.currentLinetype = names.byLayer;
+    if (!drawing_.textStyles.contains(drawing_.currentTextStyle)) drawing_.currentTextStyle = names.standard;
+    if (!drawing_.dimStyles.contains(drawing_.currentDimStyle)) drawing_.currentDimStyle = names.standard;
+    if (!drawing_.mleaderStyles.contains(drawing_.currentMLeaderStyle)) drawing_.currentMLeaderStyle = names.standard;
+    if (!drawing_.tableStyles.contains(drawing_.currentTableStyle)) drawing_.currentTableStyle = names.standard;
+    if (drawing_.activeLayout() == nullptr && !drawing_.layouts().empty())
+        drawing_.activeLayoutName = drawing_.layouts().front()->name;
+}
+
+std::string Loader::load(std::string_view text) {
+    const ParseOutcome outcome = parseDrawingText(text, tree_, *this);
+    if (!outcome.syntaxError.empty()) return "JSON parse error: " + outcome.syntaxError;
+    if (!outcome.otherError.empty()) return "Load error: " + outcome.otherError;
+    try {
+        const Index root = outcome.root;
+        const Index format = root == JsonTree::kNone ? root : tree_.find(root, "format");
+        if (format == JsonTree::kNone || tree_.text(format) != "kovacad") return "Not an KovaCAD file";
+
+        const auto checkPart = [](const std::exception_ptr& problem) {
+            if (problem) std::rethrow_exception(problem);
+        };
+        checkPart(outcome.otherSectionError);
+        reader_.enter(root);
+        readLeadingSections(tree_, root, reader_, drawing_);
+        checkPart(outcome.blocksError);
+        requireArray(root, "blocks");
+        checkPart(outcome.entitiesError);
+        requireArray(root, "entities");
+        checkPart(outcome.layoutsError);
+        requireArray(root, "layouts");
+        readTrailingSections(tree_, root, reader_, drawing_);
+        std::uint64_t nextHandle = 0;
+        reader_.handle("nextHandle", nextHandle);
+        drawing_.nextHandle = nextHandle != 0 ? nextHandle : std::max(drawing_.nextHandle, highestHandle_ + 1);
+        settleHandles();
+        ensureStandardRecords();
+        return {};
+    } catch (const std::exception& problem) {
+        return std::string("Load error: ") + problem.what();
+    }
+}
+
+}  // namespace
+
+std::string loadNativeText(std::string_view text, Drawing& drawing) {
+    try {
+        return Loader(drawing).load(text);
+    } catch (const std::exception& problem) {
+        return std::string("Load error: ") + problem.what();
+    }
+}
+
+std::string loadNative(const std::string& path, Drawing& drawing) {
+    MappedFile file;
+    if (std::string error = file.open(path); !error.empty()) return error;
+    return loadNativeText(file.view(), drawing);
+}
+
+}  // namespace kova::io::native

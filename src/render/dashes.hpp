@@ -1,0 +1,26 @@
+#pragma once
+
+#include <functional>
+#include <span>
+#include <vector>
+
+#include "math/bounds2.hpp"
+#include "math/vector2.hpp"
+
+namespace kova::render {
+
+/// A stretch of a dashed line that is drawn; a dot has two equal ends.
+struct Dash {
+    math::Vector2 from;
+    math::Vector2 to;
+};
+
+/// Lays a dash pattern along a chain of points (pixels). The pattern is centred, so that both ends of the line are
+/// drawn, as drafting asks; a line too short for it is continuous, and so is a pattern finer than a pixel can show.
+/// `marks` (optional) gets the position and direction where each pattern entry begins (complex linetypes).
+/// Returns false when the line is to be drawn continuous.
+bool layDashes(std::span<const math::Vector2> points, std::span<const double> pattern, const math::Bounds2& visible,
+               const std::function<void(std::span<const math::Vector2>)>& dash,
+               const std::function<void(std::size_t entry, const math::Vector2& at, double angle)>& mark = {});
+
+}  // namespace kova::render

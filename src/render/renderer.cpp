@@ -1,0 +1,164 @@
+#include "render/renderer.hpp"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <filesystem>
+
+#include "engine/entities/viewport.hpp"
+#include "engine/sysvar.hpp"
+#include "render/painter_sink.hpp"
+
+namespace kova::render {
+
+using math::Bounds2;
+using math::Vector2;
+
+namespace {
+
+constexpr double kMargin = 0.025;       // of the extents, on every side
+constexpr double kSmallestSize = 1e-6;  // a padded size below this becomes 1
+
+PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderRequest& request) {
+    PainterSink::Settings settings;
+    settings.dotsPerMillimetre = request.dotsPerMillimetre();
+    settings.linetypeScale = engine::sysVarReal(drawing, "LTSCALE", 1.0);
+    settings.defaultLineweight = std::clamp(engine::sysVarInt(drawing, "LWDEFAULT", 25), 0, 211);
+    settings.fill = engine::sysVarInt(drawing, "FILLMODE", 1) != 0;
+    settings.pointMode = engine::sysVarInt(drawing, "PDMODE", 0);
+    settings.pointSize = engine::sysVarReal(drawing, "PDSIZE", 0.0);
+    settings.textAsFrames = engine::sysVarInt(drawing, "QTEXTMODE", 0) != 0;
+    settings.background = request.background;
+    if (!drawing.fileName.empty()) settings.folder = std::filesystem::path(drawing.fileName).parent_path().string();
+    return settings;
+}
+
+/// Paints one entity if it is to be seen.
+void paintEntity(PainterSink& sink, const LayerLook& layers, const engine::Entity& entity) {
+    if (!entity.visible || !layers.isShown(entity.layer)) return;
+    entity.emit(sink, engine::outlineStyle(entity));
+}
+
+/// Paints a space; through the index when the view shows a part of it only.
+void paintSpace(QPainter& painter, const engine::Drawing& drawing, const engine::EntityList& space, const View& view,
+                const LayerLook& layers, const PainterSink::Settings& settings, const RenderRequest& request,
+                bool everything) {
+    PainterSink sink(painter, drawing, view, layers, settings);
+    if (request.query && !everything) {
+        for (const engine::Entity* entity :
+             request.query(const_cast<engine::EntityList&>(space), view.visible().inflated(2.0 / view.scale)))
+            paintEntity(sink, layers, *entity);
+        return;
+    }
+    for (const engine::Entity& entity : space) paintEntity(sink, layers, entity);
+}
+
+/// Shows model space through a viewport of a layout.
+void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engine::ViewportEntity& viewport,
+                   const View& paper, const RenderRequest& request) {
+    if (viewport.isSheet() || !viewport.on || (viewport.statusFlags & engine::ViewportEntity::kOff) != 0) return;
+    if (!(viewport.viewScale > 0.0) || !std::isfinite(viewport.viewScale)) return;
+    const Bounds2 frame = viewport.frame();
+    if (frame.is_empty() || !frame.min.is_finite() || !frame.max.is_finite()) return;
+    View view = paper.under(viewport.modelToPaper());
+    Bounds2 window;
+    window.expand(paper.map(frame.min));
+    window.expand(paper.map(frame.max));
+    if (!window.intersects(paper.pixels)) return;
+    view.pixels = Bounds2{{std::max(window.min.x, paper.pixels.min.x), std::max(window.min.y, paper.pixels.min.y)},
+                          {std::min(window.max.x, paper.pixels.max.x), std::min(window.max.y, paper.pixels.max.y)}};
+    painter.save();
+    painter.setClipRect(QRectF(window.min.x, window.min.y, window.width(), window.height()), Qt::IntersectClip);
+    const LayerLook layers(drawing, &viewport);
+    PainterSink::Settings settings = sinkSettings(drawing, request);
+    // With PSLTSCALE the dashes are as long on paper in every viewport.
+    if (engine::sysVarInt(drawing, "PSLTSCALE", 1) != 0) settings.linetypeScale /= viewport.viewScale;
+    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, settings, request, false);
+    painter.restore();
+}
+
+void renderLayout(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
+    const engine::PageSetup& page = request.layout->pageSetup;
+    const auto size = [](double v) { return std::isfinite(v) ? std::max(v, 1.0) : 1.0; };
+    const double paperWidth = size(page.paperWidth);
+    const double paperHeight = size(page.paperHeight);
+    const double scale = std::min(request.height / paperHeight, request.width / paperWidth);
+    const View view = View::centred(request.width, request.height, scale, {paperWidth / 2.0, paperHeight / 2.0});
+    const LayerLook layers(drawing);
+    const PainterSink::Settings settings = sinkSettings(drawing, request);
+    std::optional<PainterSink> sink;
+    for (const engine::Entity& entity : request.layout->entities) {
+        if (!entity.visible || !layers.isShown(entity.layer)) continue;
+        if (entity.type() == engine::EntityType::Viewport) {
+            // The viewport's picture changes the painter: the sheet's sink begins anew behind it.
+            sink.reset();
+            paintViewport(painter, drawing, static_cast<const engine::ViewportEntity&>(entity), view, request);
+        }
+        if (!sink) sink.emplace(painter, drawing, view, layers, settings);
+        paintEntity(*sink, layers, entity);
+    }
+}
+
+void renderModel(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
+    Bounds2 box;
+    bool everything = false;
+    if (request.area == Area::Display) {
+        const engine::NamedView& current = drawing.currentView;
+        // The whole current view is shown, whatever the picture's proportions.
+        const Vector2 half{std::abs(current.width) / 2.0, std::abs(current.height) / 2.0};
+        box = {current.center - half, current.center + half};
+    } else if (request.area == Area::Window) {
+        box = request.window;
+    } else {
+        box = drawing.extents(drawing.modelSpace());
+        everything = !request.useScale;
+    }
+    if (box.is_empty() || !box.min.is_finite() || !box.max.is_finite()) box = {{-100.0, -100.0}, {100.0, 100.0}};
+    double width = box.width();
+    double height = box.height();
+    if (request.area != Area::Display) {
+        width += 2.0 * kMargin * box.width();
+        height += 2.0 * kMargin * box.height();
+    }
+    if (width < kSmallestSize) width = 1.0;
+    if (height < kSmallestSize) height = 1.0;
+    const double dots = request.dotsPerMillimetre();
+    const double scale = request.useScale
+                             ? (request.scaleDrawing > 0.0 ? request.scalePaper / request.scaleDrawing : 1.0) * dots
+                             : std::min(request.width / width, request.height / height);
+    Vector2 center = box.center();
+    if (!request.centered) center += Vector2{request.offsetX, request.offsetY} * (dots / scale);
+    const View view = View::centred(request.width, request.height, scale, center);
+    const LayerLook layers(drawing);
+    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, sinkSettings(drawing, request), request, everything);
+}
+
+}  // namespace
+
+void render(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF page(0.0, 0.0, request.width, request.height);
+    painter.fillRect(page, QColor(request.background.red, request.background.green, request.background.blue));
+    painter.setClipRect(page);
+    if (request.layout != nullptr) renderLayout(painter, drawing, request);
+    else renderModel(painter, drawing, request);
+    painter.restore();
+}
+
+QImage renderImage(const engine::Drawing& drawing, int width, int height,
+                   const std::function<std::vector<engine::Entity*>(engine::EntityList&, const Bounds2&)>& query) {
+    QImage image(std::max(width, 16), std::max(height, 16), QImage::Format_ARGB32_Premultiplied);
+    if (image.isNull()) return image;
+    image.fill(Qt::white);
+    RenderRequest request;
+    request.width = image.width();
+    request.height = image.height();
+    request.query = query;
+    if (!drawing.isModelSpaceCurrent()) request.layout = drawing.activeLayout();
+    QPainter painter(&image);
+    render(painter, drawing, request);
+    painter.end();
+    return image;
+}
+
+}  // namespace kova::render

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "engine/color.hpp"
+#include "engine/drawing.hpp"
+#include "math/bounds2.hpp"
+
+namespace kova::render {
+
+/// What of a drawing is shown.
+enum class Area : std::int16_t { Default = 0, Extents = 1, Display = 2, Window = 3 };
+
+/// One picture of a drawing.
+struct RenderRequest {
+    double width = 1600.0;   ///< pixels
+    double height = 1000.0;  ///< pixels
+    double dpi = 150.0;
+    Area area = Area::Extents;
+    math::Bounds2 window;          ///< drawing units, for Area::Window
+    bool useScale = false;         ///< the fixed scale below instead of fitting
+    double scalePaper = 1.0;       ///< paper millimetres ...
+    double scaleDrawing = 1.0;     ///< ... per drawing units
+    double offsetX = 0.0;          ///< millimetres, when not centred
+    double offsetY = 0.0;
+    bool centered = true;
+    const engine::Layout* layout = nullptr;  ///< paper space; null: model space
+    engine::Rgb background{255, 255, 255};
+    /// Entities of a space whose extents meet a box, in drawing order: how a small window onto a large drawing is
+    /// found fast. Absent: all entities are looked at.
+    std::function<std::vector<engine::Entity*>(engine::EntityList&, const math::Bounds2&)> query;
+
+    double dotsPerMillimetre() const { return dpi / 25.4; }
+};
+
+}  // namespace kova::render

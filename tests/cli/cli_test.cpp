@@ -1,0 +1,161 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+
+#include "cli/options.hpp"
+
+namespace kova::cli {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+
+struct Result {
+    int status = -1;
+    std::string out;
+    std::string error;
+};
+
+Result run(const QStringList& arguments, const QString& workingDirectory = {}) {
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("QT_QPA_PLATFORM");
+    environment.remove("DISPLAY");
+    process.setProcessEnvironment(environment);
+    if (!workingDirectory.isEmpty()) process.setWorkingDirectory(workingDirectory);
+    process.start(QStringLiteral(KOVA_PROGRAM), arguments);
+    EXPECT_TRUE(process.waitForFinished(60000)) << process.errorString().toStdString();
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+            process.readAllStandardOutput().toStdString(), process.readAllStandardError().toStdString()};
+}
+
+struct CliTest : ::testing::Test {
+    QTemporaryDir directory;
+    QString path(const QString& name) { return directory.filePath(name); }
+    QString write(const QString& name, const QByteArray& text) {
+        QFile file(path(name));
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+        return path(name);
+    }
+    std::string read(const QString& name) {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : std::string("(missing)");
+    }
+};
+
+TEST_F(CliTest, HelpVersionAndUsageErrors) {
+    const Result none = run({});
+    EXPECT_EQ(none.status, 2);
+    EXPECT_THAT(none.out, StartsWith("kovacad-cli 1.1.7 - KovaCAD without its window\n\n  kovacad-cli run [options] "));
+    const std::string program = QFileInfo(QStringLiteral(KOVA_PROGRAM)).canonicalFilePath().toStdString();
+    EXPECT_THAT(none.out, ::testing::EndsWith("\nAdd it to an MCP client, e.g. Claude Code:\n"
+                                              "  claude mcp add --scope user kovacad -- \"" + program + "\" mcp\n"));
+    for (const char* word : {"help", "--help", "-h"}) {
+        const Result help = run({word});
+        EXPECT_EQ(help.status, 0);
+        EXPECT_EQ(help.out, none.out);
+    }
+    EXPECT_EQ(run({"--version"}).out, "kovacad-cli 1.1.7\n");
+    EXPECT_EQ(run({"version", "ignored"}).status, 0);
+    const Result unknown = run({"Run"});
+    EXPECT_EQ(unknown.status, 2);
+    EXPECT_EQ(unknown.out, "");
+    EXPECT_EQ(unknown.error, "Unknown command 'Run'.\n\n" + none.out);
+    for (const QStringList& bad : {QStringList{"help"}, {"-c"}, {"--save"}, {"--frob", "x"}}) {
+        const Result result = run(QStringList{"run"} + bad);
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.out, "");
+        EXPECT_EQ(result.error, "run: unexpected argument '" + bad.front().toStdString() + "'\n\n" + none.out);
+    }
+    EXPECT_THAT(run({"run", "--size", "15x100"}).error, StartsWith("run: unexpected argument '--size'\n"));
+    const Result few = run({"render", "only.kvcad"});
+    EXPECT_EQ(few.status, 2);
+    EXPECT_EQ(few.error, none.out);
+}
+
+TEST(Options, Sizes) {
+    const auto text = [](const std::string& s) {
+        const auto size = parseSize(s);
+        return size ? std::to_string(size->width) + " " + std::to_string(size->height) : "invalid";
+    };
+    EXPECT_EQ(text("800X600"), "800 600");
+    EXPECT_EQ(text("+100x 50abc"), "100 50");
+    EXPECT_EQ(text("100x200x300"), "100 200");
+    EXPECT_EQ(text("16x8192"), "16 8192");
+    for (const char* bad : {"15x100", "100x8193", "0x100x100", "x100", "100x", "100", "", "99999999999x100", "-20x20"})
+        EXPECT_EQ(text(bad), "invalid") << bad;
+}
+
+TEST(Options, RepeatsReplaceAndLinesAccumulate) {
+    std::string unexpected;
+    const auto options = parseRunOptions({"-c", "--save", "--save", "a", "--save", "b", "-c", ";", "-c", ""}, unexpected);
+    ASSERT_TRUE(options);
+    EXPECT_EQ(options->save, "b");
+    EXPECT_THAT(options->lines, ::testing::ElementsAre("--save", "", ""));
+}
+
+TEST(Options, ScriptText) {
+    EXPECT_THAT(scriptLines("\xEF\xBB\xBFLINE\r\n  0,0  \r\n\r\n;note\n  ; note\nEND"),
+                ::testing::ElementsAre("LINE", "0,0", "", "END"));
+    EXPECT_THAT(scriptLines("A\n"), ::testing::ElementsAre("A"));
+    EXPECT_THAT(scriptLines(""), ::testing::IsEmpty());
+}
+
+TEST_F(CliTest, RunFeedsScriptThenLinesAndSaves) {
+    const QString script = write("a.scr", "LINE\n0,0\n10,0\n\n");
+    const QString saved = path("out.kvcad");
+    const Result result = run({"run", "-c", "LINE", "-c", "1,1", "-c", "2,2", "--script", script, "--save", saved});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out,
+              "Command: LINE\nSpecify first point: 0,0\nSpecify next point or [Close/Undo]: 10,0\n"
+              "Specify next point or [Close/Undo]: \nCommand: LINE\nSpecify first point: 1,1\n"
+              "Specify next point or [Close/Undo]: 2,2\n"
+              "(still waiting: Specify next point or [Close/Undo]: - cancelled)\nSaved: " + saved.toStdString() + "\n");
+    EXPECT_EQ(result.error, "");
+    EXPECT_THAT(read("out.kvcad"), StartsWith("{\n  \"format\": \"kovacad\",\n  \"version\": 2,\n"));
+    const Result again = run({"run", "--open", saved, "-c", "ERASE", "-c", "ALL", "-c", "", "--save", path("empty.kvcad")});
+    EXPECT_EQ(again.status, 0);
+    EXPECT_THAT(read("empty.kvcad"), HasSubstr("\"entities\": []"));
+}
+
+TEST_F(CliTest, FailuresAreReportedInOrderAndLoseNothing) {
+    EXPECT_EQ(run({"run", "--script", path("none.scr"), "--open", path("none.kvcad")}).error,
+              "Cannot read " + path("none.scr").toStdString() + "\n");
+    const Result open = run({"run", "--open", path("none.kvcad"), "-c", "LINE"});
+    EXPECT_EQ(open.status, 1);
+    EXPECT_EQ(open.out, "");
+    EXPECT_EQ(open.error, "Cannot open file: " + path("none.kvcad").toStdString() + "\n");
+    EXPECT_EQ(run({"run", "--template", "none.dwt"}).error, "Template not found: none.dwt\n");
+
+    const Result save = run({"run", "-c", "FROB", "--save", path("no/such/x.kvcad")});
+    EXPECT_EQ(save.status, 1);
+    EXPECT_EQ(save.out, "Command: FROB\nUnknown command: FROB\n");
+    EXPECT_THAT(save.error, StartsWith("Save failed: Cannot open file for writing: "));
+
+    write("good.kvcad", "{\"format\": \"kovacad\"}");
+    const Result picture = run({"render", path("good.kvcad"), path("no/such.png")});
+    EXPECT_EQ(picture.status, 1);
+    EXPECT_THAT(picture.error, HasSubstr("Could not write " + path("no/such.png").toStdString() + "\n"));
+}
+
+TEST_F(CliTest, ABrokenPythonIsReportedAndTheRunGoesOn) {
+    qputenv("PYTHONHOME", "/nonexistent/python");
+    const Result result = run({"run", "-c", "LINE", "-c", ""});
+    qunsetenv("PYTHONHOME");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.error, HasSubstr("Python is not available: "));
+    EXPECT_THAT(result.out, StartsWith("Command: LINE\n"));
+}
+
+TEST_F(CliTest, FileDialogsAreOff) {
+    const Result result = run({"run", "-c", "FILEDIA", "-c", ""});
+    EXPECT_THAT(result.out, HasSubstr("<0>"));
+}
+
+}  // namespace
+}  // namespace kova::cli
