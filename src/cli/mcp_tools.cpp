@@ -236,7 +236,18 @@ ordered_json McpTools::listEntities(const json& arguments) {
         if (matching >= offset && static_cast<std::int64_t>(listed.size()) < limit) listed.push_back(&e);
         ++matching;
     }
-    return result(io::native::listingText(matching, listed));
+    io::native::JsonWriter out(1);
+    out.beginObject();
+    out.key("total_matching");
+    out.integer(matching);
+    out.key("returned");
+    out.integer(static_cast<std::int64_t>(listed.size()));
+    out.key("entities");
+    out.beginArray();
+    for (const engine::Entity* e : listed) io::native::writeListedEntity(out, *e);
+    out.endArray();
+    out.endObject();
+    return result(out.take());
 }
 
 ordered_json McpTools::renderImage(const json& arguments) {

@@ -152,8 +152,8 @@ std::string Document::setVariable(std::string_view name, const engine::SysVarVal
                                          settings->dimStyleNameOverrides == d.dimStyleNameOverrides &&
                                          settings->activeLayoutName == d.activeLayoutName);
         std::unique_ptr<IUndoableAction> action = sysVarAction(def->name, *before, *after);
-        GroupScope group(*this, action->description());
-        if (!exact) record(std::make_unique<EditSettingsAction>(std::move(*settings)));
+        ImplicitGroup group(*this);
+        if (!exact) record(std::make_unique<EditSettingsAction>(std::move(*settings), action->description()));
         record(std::move(action));
     }
     noteSpace();

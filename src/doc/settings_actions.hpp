@@ -41,14 +41,16 @@ struct DrawingSettings {
 
 class EditSettingsAction final : public IUndoableAction {
 public:
-    explicit EditSettingsAction(DrawingSettings before) : other_(std::move(before)) {}
+    explicit EditSettingsAction(DrawingSettings before, std::string description = "Edit settings")
+        : other_(std::move(before)), description_(std::move(description)) {}
     void undo(engine::Drawing& drawing) override { other_.swapWith(drawing); }
     void redo(engine::Drawing& drawing) override { other_.swapWith(drawing); }
-    std::string description() const override { return "Edit settings"; }
+    std::string description() const override { return description_; }
     std::size_t sizeInBytes() const override { return sizeof *this + other_.heldBytes(); }
 
 private:
     DrawingSettings other_;
+    std::string description_;
 };
 
 /// A layout's page setup and tab order.

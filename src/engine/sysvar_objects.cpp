@@ -237,9 +237,9 @@ std::vector<SysVarDef> objectVariables() {
                 "Drawing order of hatches: 0 as made, 1 back, 2 front, 3 behind and 4 before their boundary"),
         toggle("HPSEPARATE", 0, kProfile, "Several areas become several hatches"),
         toggle("HPBOUND", 1, kProfile, "BOUNDARY makes 0 regions, 1 polylines"),
-        string("HPCOLOR", ".", kDrawing, "Color of new hatches; . for the current color"),
-        string("HPLAYER", ".", kDrawing, "Layer of new hatches; . for the current layer"),
-        string("HPTRANSPARENCY", ".", kDrawing, "Transparency of new hatches; . for the current one"),
+        string("HPCOLOR", "", kDrawing, "Color of new hatches; empty: the current color"),
+        string("HPLAYER", "", kDrawing, "Layer of new hatches; empty: the current layer"),
+        string("HPTRANSPARENCY", "", kDrawing, "Transparency of new hatches; empty: the current one"),
     };
 }
 

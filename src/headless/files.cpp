@@ -39,12 +39,16 @@ std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenR
     return io::native::loadNative(path, drawing);
 }
 
-std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string&, SaveReport&) {
+std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string&, SaveReport& report) {
     const std::string extension = engine::foldCase(fs::path(path).extension().string());
     if (extension == ".dxf") return "DXF files cannot be written by this version of the program.";
     if (extension == ".dwg") return "DWG files cannot be written by this version of the program.";
     keepBackup(drawing, path);
-    return io::native::saveNative(drawing, path);
+    io::native::SaveNotes notes;
+    std::string error = io::native::saveNative(drawing, path, &notes);
+    if (error.empty() && notes.replacedNumbers > 0)
+        report.lines.push_back(std::to_string(notes.replacedNumbers) + " number(s) without a finite value were saved as 0.");
+    return error;
 }
 
 }  // namespace kova::headless

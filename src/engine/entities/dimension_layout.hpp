@@ -12,7 +12,8 @@
 
 namespace kova::engine {
 
-/// What a piece of a dimension's picture is; it decides colour, linetype and lineweight.
+/// What a piece of a dimension's picture is; it decides colour, linetype and lineweight. Frame: what belongs to the
+/// text.
 enum class DimPart : std::uint8_t { DimLine, ExtLine1, ExtLine2, CenterMark, Leader, Frame };
 
 /// A dimension worked out: everything that is drawn, in drawing coordinates.
@@ -27,16 +28,16 @@ struct DimensionPicture {
         double size = 0.0;
         Name block;
     };
+    /// A piece of the text: one as a rule, two when it is split by \X, three with inspection data.
+    struct Text {
+        MTextLayout layout;
+        math::Vector2 middle;  ///< of its box, from the middle of the whole text along its directions
+        math::Matrix4 matrix;  ///< from the layout's frame to the drawing
+    };
     DimStyle style;      ///< the style in force
     double scale = 1.0;  ///< DIMSCALE in force
     std::vector<Stroke> strokes;
     std::vector<Arrow> arrows;
-
-    /// The text: one block, or two (above and below the line) when it is split by \X.
-    struct Text {
-        MTextLayout layout;
-        math::Matrix4 matrix;  ///< from the layout's frame to the drawing
-    };
     std::vector<Text> texts;
     bool hasText = false;
     math::Vector2 textMiddle;   ///< middle of the text's box; also set when there is no text
@@ -53,7 +54,7 @@ struct DimensionPicture {
 
 /// Works out a dimension's picture. Degenerate or non-finite input gives an empty or partial picture.
 DimensionPicture layoutDimension(const DimensionEntity& dimension);
-/// Emits a picture; `style` is that of the dimension, its colours take the place of ByBlock ones.
+/// Emits a picture; `style` is that of the dimension, its properties take the place of ByBlock ones.
 void emitDimensionPicture(const DimensionPicture& picture, const Drawing* drawing, OutlineSink& sink,
                           const OutlineStyle& style);
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <map>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -8,22 +8,16 @@
 
 namespace kova::engine {
 
-class Drawing;
-
-/// Sets overrides of dimension variables in a style. Unknown names and values of a wrong kind are passed over.
-void applyDimOverrides(DimStyle& style, const std::map<std::string, double>& numbers,
-                       const std::map<std::string, std::string>& names);
-
 /// What a dimension measures.
 enum class DimMeasure : std::uint8_t { Length, Angle };
 
-/// Prefix of the measured text: "R", the diameter sign, or none.
+/// What the text of a dimension is made from, besides its style.
 struct DimTextInput {
-    double value = 0.0;  ///< drawing units, or radians
+    double value = 0.0;  ///< drawing units before DIMLFAC, or radians
     DimMeasure measure = DimMeasure::Length;
-    std::string_view prefix{};  ///< of the kind of dimension; left out when DIMPOST has a prefix of its own
-    std::string_view textOverride{};
-    const Drawing* drawing = nullptr;  ///< for the formats that are taken from the drawing (DIMLUNIT 6, DIMALTU 8)
+    std::string_view prefix{};        ///< of the kind of dimension ("R", "%%c"); DIMPOST's own takes its place
+    std::string_view textOverride{};  ///< DimensionEntity::textOverride
+    bool paperSpace = false;          ///< a negative DIMLFAC counts there only
 };
 
 /// The measured value as content of multiline text: units, rounding, DIMPOST, tolerances or limits (stacked), without
@@ -31,11 +25,11 @@ struct DimTextInput {
 std::string dimPrimaryText(const DimStyle& style, const DimTextInput& input);
 /// The alternate units without their brackets: what "[]" stands for; empty for angles.
 std::string dimAlternateText(const DimStyle& style, const DimTextInput& input);
-/// The whole text of a dimension as content of multiline text: "<>" and "[]" replaced, alternate units in brackets
-/// appended when DIMALT is on. Empty for a text override of blanks only.
+/// The whole text of a dimension as content of multiline text: "<>" and "[]" replaced; alternate units in brackets
+/// stand behind the measured value when DIMALT is on. Empty when the override holds blanks only.
 std::string dimTextContent(const DimStyle& style, const DimTextInput& input);
 
-/// Where \X parts a text: what stands above the dimension line, and what below.
+/// What the code \X parts: the text above the dimension line and the one below.
 struct DimTextSplit {
     std::string_view above;
     std::string_view below;

@@ -82,12 +82,13 @@ struct MTextLayout {
     std::vector<Piece> pieces;
     std::vector<Rule> rules;
     math::Bounds2 box;                   ///< the whole text's box: wrap width or text width, by its height
-    math::Bounds2 ink;                   ///< what is really drawn
     std::vector<math::Bounds2> columns;  ///< box of each column
     std::size_t lineCount = 0;
     double baseline = 0.0;      ///< y of the first line's baseline
     double lastBaseline = 0.0;  ///< y of the last line's baseline
 
+    /// Extents of what is really drawn, under a map of the layout's frame.
+    math::Bounds2 ink(const math::Matrix4& matrix) const;
     TextRun runOf(const Piece& piece) const {
         TextRun r = piece.run;
         r.text = std::string_view(text).substr(piece.offset, piece.size);

@@ -89,6 +89,7 @@ constexpr bool inOrder() {
         if (!(kVariables[i - 1].name < kVariables[i].name)) return false;
     return true;
 }
+static_assert(std::size(kVariables) == kDimVariableCount);
 static_assert(inOrder(), "dimension variables must stand in the order of their names");
 
 /// A whole number of an int32's range.

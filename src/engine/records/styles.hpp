@@ -154,6 +154,7 @@ struct DimVariable {
         member;              ///< monostate: DIMZIN, which is spread over three members
     std::int16_t dxfCode = 0;  ///< group code in a DXF DIMSTYLE record
 };
+inline constexpr std::size_t kDimVariableCount = 73;
 /// All dimension variables, in the order of their names.
 std::span<const DimVariable> dimVariables();
 /// Null when there is no dimension variable of that name (case ignored).

@@ -61,7 +61,7 @@ constexpr std::string_view kSections[] = {"format",
 /// Builds the drawing while the file is parsed, and finishes it from the tree afterwards.
 class Loader final : public RecordSink {
 public:
-    explicit Loader(Drawing& drawing) : drawing_(drawing), reader_(tree_) {}
+    explicit Loader(Drawing& drawing) : drawing_(drawing), reader_(tree_), firstHandle_(drawing.nextHandle) {}
     ~Loader() override;
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;
@@ -101,6 +101,7 @@ private:
     std::unique_ptr<engine::Layout> layout_;  ///< being read
     std::size_t ownerStart_ = 0;              ///< count of unsettled entities when the block began
     std::vector<Unsettled> unsettled_;
+    std::uint64_t firstHandle_;  ///< the new drawing's counter
     std::uint64_t highestHandle_ = 0;
     std::string lastTypeName_;
     std::optional<engine::EntityType> lastType_;
@@ -201,7 +202,7 @@ void Loader::entity(Index record) {
 void Loader::settleHandles() {
     const auto putBack = [&](Unsettled& u, std::uint64_t handle) {
         u.entity->setHandle(handle);
-        noteHandle(u.list->putBack(std::move(u.entity)).handle());
+        u.list->putBack(std::move(u.entity));
     };
     // A handle may have been passed over because one without any held it for the moment.
     for (Unsettled& u : unsettled_)
@@ -264,7 +265,7 @@ std::string Loader::load(std::string_view text) {
         readTrailingSections(tree_, root, reader_, drawing_);
         std::uint64_t nextHandle = 0;
         reader_.handle("nextHandle", nextHandle);
-        drawing_.nextHandle = nextHandle != 0 ? nextHandle : std::max(drawing_.nextHandle, highestHandle_ + 1);
+        drawing_.nextHandle = nextHandle != 0 ? nextHandle : std::max(firstHandle_, highestHandle_ + 1);
         settleHandles();
         ensureStandardRecords();
         return {};

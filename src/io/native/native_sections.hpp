@@ -87,8 +87,8 @@ void writeMembers(JsonWriter& out, std::string_view key, Record record) {
 void writeDrawing(JsonWriter& out, const engine::Drawing& drawing);
 
 void writeSystemVariables(JsonWriter& out, const engine::Drawing& drawing);
-/// Sets the variables of the object "systemVariables". `spaceIsGiven` tells that the file says elsewhere which space
-/// is current, so that CTAB and TILEMODE add nothing.
+/// Sets the variables of the object "systemVariables". `spaceIsGiven` tells that the file says elsewhere which tab
+/// is current, so that CTAB adds nothing.
 void readSystemVariables(JsonTree& tree, JsonTree::Index object, const RecordReader& reader, bool spaceIsGiven,
                          engine::Drawing& drawing);
 

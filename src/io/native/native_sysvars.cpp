@@ -131,8 +131,7 @@ void readSystemVariables(JsonTree& tree, JsonTree::Index object, const RecordRea
         if (!tree.isMember(i)) continue;
         const std::string_view name = tree.keyOf(i);
         if (engine::equalNoCase(name, "TILEMODE")) {
-            const std::int64_t v = reader.integerAt(i, name);
-            if (!spaceIsGiven) drawing.tileMode = v != 0;
+            drawing.tileMode = reader.integerAt(i, name) != 0;
             continue;
         }
         if (engine::equalNoCase(name, "CTAB")) {
