@@ -99,8 +99,8 @@ std::string McpServer::handle(const std::string& line) {
     if (method == "tools/call") {
         try {
             const std::string name = params.value("name", std::string());
-            const json arguments = params.contains("arguments") ? params["arguments"] : json::object();
-            return success(id, tools_.call(name, arguments));
+            const json arguments = params.contains("arguments") ? params["arguments"] : json();
+            return success(id, tools_.call(name, arguments.is_null() ? json::object() : arguments));
         } catch (const std::exception& error) {
             return success(id, failedTool(error.what()));
         }

@@ -32,6 +32,13 @@ std::string joined(const std::vector<std::string>& lines) {
     return text;
 }
 
+/// A colour as the drawing file holds it.
+ordered_json colorObject(const engine::Color& color) {
+    io::native::JsonWriter out(-1);
+    io::native::writeColor(out, color);
+    return ordered_json::parse(out.take());
+}
+
 struct Property {
     const char* name;
     const char* type;
@@ -130,7 +137,7 @@ ordered_json McpTools::drawingInfo() {
     info["layers"] = ordered_json::array();
     for (const engine::Layer& layer : drawing.layers)
         info["layers"].push_back({{"name", layer.name.str()},
-                                  {"color", engine::colorText(layer.color)},
+                                  {"color", colorObject(layer.color)},
                                   {"linetype", layer.linetype.str()},
                                   {"on", layer.on},
                                   {"frozen", layer.frozen},

@@ -19,6 +19,10 @@ public:
     virtual void newDrawing(const std::string& templateName) = 0;
     /// Lines that are fed, in order, when the running command's line is done.
     virtual void queueLines(std::vector<std::string> lines) = 0;
+    /// Version of DWG files that following saves write, as SAVEAS names it ("2013"). Default: nothing.
+    virtual void chooseDwgVersion(const std::string& version);
+    /// Waits, as DELAY asks; milliseconds. Default: sleeps.
+    virtual void wait(int milliseconds);
 };
 
 /// What a one-shot command works with.
@@ -40,7 +44,9 @@ struct CommandContext {
 class Command {
 public:
     Command(std::string name, std::string title, std::string category, std::vector<std::string> aliases = {})
-        : name_(std::move(name)), title_(std::move(title)), category_(std::move(category)),
+        : name_(std::move(name)),
+          title_(std::move(title)),
+          category_(std::move(category)),
           aliases_(std::move(aliases)) {}
     virtual ~Command() = default;
     Command(const Command&) = delete;
@@ -58,7 +64,8 @@ public:
 
     const std::string& name() const { return name_; }
     const std::string& title() const { return title_; }
-    /// "Draw", "Modify", "Edit", "View", "Format", "Insert", "Annotate", "Inquiry", "Settings", "Tools", "File", "Help".
+    /// "Draw", "Modify", "Edit", "View", "Format", "Insert", "Annotate", "Inquiry", "Settings", "Tools", "File",
+    /// "Help".
     const std::string& category() const { return category_; }
     const std::vector<std::string>& aliases() const { return aliases_; }
 

@@ -9,9 +9,7 @@ namespace kova::cmd {
 
 using math::Vector2;
 
-bool Answer::is(std::string_view keyword) const {
-    return kind == Kind::Keyword && engine::equalNoCase(word, keyword);
-}
+bool Answer::is(std::string_view keyword) const { return kind == Kind::Keyword && engine::equalNoCase(word, keyword); }
 
 Ask::Awaiter Ask::point(std::string prompt, std::string_view keywords, std::optional<Vector2> base) {
     return {*this, {Kind::Point, std::move(prompt), parseKeywords(keywords), base}};
@@ -30,8 +28,12 @@ Ask::Awaiter Ask::angle(std::string prompt, std::string_view keywords, std::opti
 }
 
 Ask::Awaiter Ask::integer(std::string prompt, int minimum, int maximum, std::string_view keywords) {
-    return {*this, {Kind::Integer, std::move(prompt), parseKeywords(keywords), {},
-                    Range{static_cast<double>(minimum), static_cast<double>(maximum)}}};
+    return {*this,
+            {Kind::Integer,
+             std::move(prompt),
+             parseKeywords(keywords),
+             {},
+             Range{static_cast<double>(minimum), static_cast<double>(maximum)}}};
 }
 
 Ask::Awaiter Ask::keyword(std::string prompt, std::string_view keywords) {
@@ -87,7 +89,8 @@ bool Ask::acceptMeasure(const std::string& line) {
         refuse(request_.keywords.empty() ? "Invalid value." : "Invalid option keyword.");
         return false;
     }
-    if (*value < request_.range.minimum || *value > request_.range.maximum || (request_.range.nonZero && *value == 0.0)) {
+    if (*value < request_.range.minimum || *value > request_.range.maximum ||
+        (request_.range.nonZero && *value == 0.0)) {
         refuse("Invalid value.");
         return false;
     }
@@ -125,8 +128,12 @@ bool Ask::accept(const std::string& line) {
         return true;
     }
     switch (request_.kind) {
-        case Kind::Text: answer_.kind = Answer::Kind::Text; return true;
-        case Kind::Keyword: refuse("Invalid option keyword."); return false;
+        case Kind::Text:
+            answer_.kind = Answer::Kind::Text;
+            return true;
+        case Kind::Keyword:
+            refuse("Invalid option keyword.");
+            return false;
         case Kind::Integer: {
             const auto value = parseInteger(line);
             if (!value || *value < request_.range.minimum || *value > request_.range.maximum) {
@@ -139,7 +146,8 @@ bool Ask::accept(const std::string& line) {
         }
         case Kind::Number:
         case Kind::Distance:
-        case Kind::Angle: return acceptMeasure(line);
+        case Kind::Angle:
+            return acceptMeasure(line);
         case Kind::Point: {
             const Vector2 base = request_.base.value_or(lastPoint());
             const auto p = parsePointInput(line, base, tool_.cursor() - base, PointContext::of(tool_.drawing()));
@@ -173,7 +181,8 @@ bool Ask::accept(const std::string& line) {
             answer_.id = entity->id();
             return true;
         }
-        case Kind::Selection: break;
+        case Kind::Selection:
+            break;
     }
     return false;
 }

@@ -49,7 +49,8 @@ class Task {
     };
 
 public:
-    struct promise_type : std::conditional_t<std::is_void_v<T>, VoidPromise, ValuePromise<std::conditional_t<std::is_void_v<T>, int, T>>> {
+    struct promise_type : std::conditional_t<std::is_void_v<T>, VoidPromise,
+                                             ValuePromise<std::conditional_t<std::is_void_v<T>, int, T>>> {
         Task get_return_object() { return Task(std::coroutine_handle<promise_type>::from_promise(*this)); }
     };
 
@@ -95,11 +96,11 @@ using Dialogue = Task<void>;
 struct Answer {
     enum class Kind { Enter, Keyword, Point, Number, Text, Object, Selection };
     Kind kind = Kind::Enter;
-    std::string word;              ///< Keyword: the whole word in upper case
-    math::Vector2 point;           ///< Point; Object: where it was picked
-    double number = 0.0;           ///< Number (distance, or angle in radians), integers too
-    std::string text;              ///< the line as typed
-    std::uint64_t id = 0;          ///< Object
+    std::string word;                ///< Keyword: the whole word in upper case
+    math::Vector2 point;             ///< Point; Object: where it was picked
+    double number = 0.0;             ///< Number (distance, or angle in radians), integers too
+    std::string text;                ///< the line as typed
+    std::uint64_t id = 0;            ///< Object
     std::vector<std::uint64_t> ids;  ///< Selection
 
     bool isEnter() const { return kind == Kind::Enter; }
@@ -139,9 +140,9 @@ public:
         std::optional<math::Vector2> base;  ///< relative input and distances start here; the last point when absent
         Range range;
         bool enterAllowed = true;
-        bool remember = true;               ///< a point becomes the command's last point
+        bool remember = true;  ///< a point becomes the command's last point
         std::function<bool(const engine::Entity&)> filter;
-        std::string refusal;                ///< instead of the shared text
+        std::string refusal;  ///< instead of the shared text
     };
     struct Awaiter {
         Ask& ask;

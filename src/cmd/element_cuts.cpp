@@ -94,8 +94,8 @@ void bernsteinRoots(const std::array<double, 4>& c, std::vector<double>& roots) 
     } else if (qb != 0.0) {
         stop(-qc / qb);
     }
+    if (count == 3 && stops[1] > stops[2]) std::swap(stops[1], stops[2]);
     stops[count++] = 1.0;
-    std::sort(stops.begin(), stops.begin() + static_cast<std::ptrdiff_t>(count));
     for (std::size_t i = 0; i + 1 < count; ++i) {
         double lo = stops[i];
         double hi = stops[i + 1];
@@ -152,11 +152,15 @@ void cutCubic(const PathElement& e, const Vector2& from, const Vector2& a, const
 void cutElement(const PathElement& e, const Vector2& from, const Vector2& a, const Vector2& b, double tolerance,
                 std::vector<double>& out) {
     switch (e.kind) {
-        case PathElement::Kind::Move: return;
+        case PathElement::Kind::Move:
+            return;
         case PathElement::Kind::Line:
-        case PathElement::Kind::Close: return cutLine(from, e.p, a, b, tolerance, out);
-        case PathElement::Kind::Arc: return cutArc(e, from, a, b, tolerance, out);
-        case PathElement::Kind::Cubic: return cutCubic(e, from, a, b, tolerance, out);
+        case PathElement::Kind::Close:
+            return cutLine(from, e.p, a, b, tolerance, out);
+        case PathElement::Kind::Arc:
+            return cutArc(e, from, a, b, tolerance, out);
+        case PathElement::Kind::Cubic:
+            return cutCubic(e, from, a, b, tolerance, out);
     }
 }
 

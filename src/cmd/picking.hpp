@@ -23,7 +23,8 @@ std::vector<std::uint64_t> selectAll(doc::Document& document);
 /// Inside the box of two corners; with `crossing` also what crosses its edge.
 std::vector<std::uint64_t> selectBox(doc::Document& document, const math::Vector2& a, const math::Vector2& b,
                                      bool crossing);
-std::vector<std::uint64_t> selectPolygon(doc::Document& document, std::span<const math::Vector2> polygon, bool crossing);
+std::vector<std::uint64_t> selectPolygon(doc::Document& document, std::span<const math::Vector2> polygon,
+                                         bool crossing);
 /// What crosses the open line of points.
 std::vector<std::uint64_t> selectFence(doc::Document& document, std::span<const math::Vector2> points);
 /// The last selectable entity in drawing order; 0: none.

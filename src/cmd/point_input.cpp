@@ -30,7 +30,8 @@ std::optional<double> parseNumber(std::string_view text) {
     }
     // from_chars also reads "inf" and "nan", which are no decimal numbers.
     const std::size_t first = !text.empty() && text.front() == '-' ? 1 : 0;
-    if (text.size() <= first || !((text[first] >= '0' && text[first] <= '9') || text[first] == '.')) return std::nullopt;
+    if (text.size() <= first || !((text[first] >= '0' && text[first] <= '9') || text[first] == '.'))
+        return std::nullopt;
     double value = 0.0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
     if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;

@@ -11,8 +11,8 @@ namespace kova::cmd {
 
 /// The settings that typed points depend on, read from a drawing once per input.
 struct PointContext {
-    double angleBase = 0.0;       ///< ANGBASE, radians
-    bool clockwise = false;       ///< ANGDIR 1
+    double angleBase = 0.0;            ///< ANGBASE, radians
+    bool clockwise = false;            ///< ANGDIR 1
     const engine::Ucs* ucs = nullptr;  ///< null: world coordinates
 
     static PointContext of(const engine::Drawing& drawing);

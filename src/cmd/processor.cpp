@@ -13,7 +13,8 @@ std::vector<std::string> splitWords(std::string_view line) {
         std::string word;
         bool quoted = false;
         for (; i < line.size() && (quoted || (line[i] != ' ' && line[i] != '\t')); ++i) {
-            if (line[i] == '"' && (quoted || word.empty()) && (quoted || line.find('"', i + 1) != std::string_view::npos))
+            if (line[i] == '"' && (quoted || word.empty()) &&
+                (quoted || line.find('"', i + 1) != std::string_view::npos))
                 quoted = !quoted;
             else
                 word += line[i];
@@ -24,7 +25,9 @@ std::vector<std::string> splitWords(std::string_view line) {
 }
 
 CommandProcessor::CommandProcessor(doc::Document& document, CommandRegistry& registry, MessageSink sink)
-    : document_(document), registry_(registry), sink_(std::move(sink)),
+    : document_(document),
+      registry_(registry),
+      sink_(std::move(sink)),
       selection_(document, {[this](const std::string& text) { message(text); },
                             [this](const std::string& text) { override_ = text; }}) {}
 

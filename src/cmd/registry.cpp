@@ -47,9 +47,15 @@ CommandRegistry::Resolved CommandRegistry::resolve(std::string_view name) const 
 bool CommandRegistry::add(std::unique_ptr<Command> command) {
     if (!byName_.emplace(command->name(), command.get()).second) return false;
     removeAlias(command->name());
-    for (const std::string& alias : command->aliases()) setAlias(alias, command->name());
+    addOwnAliases(*command);
     commands_.push_back(std::move(command));
     return true;
+}
+
+void CommandRegistry::addOwnAliases(const Command& command) {
+    // Whoever comes first keeps an alias.
+    for (const std::string& alias : command.aliases())
+        if (!byAlias_.contains(engine::upperCase(alias))) setAlias(alias, command.name());
 }
 
 std::vector<Command*> CommandRegistry::commands() const {
@@ -79,8 +85,7 @@ bool CommandRegistry::removeAlias(std::string_view alias) {
 void CommandRegistry::resetAliases() {
     aliases_.clear();
     byAlias_.clear();
-    for (const auto& command : commands_)
-        for (const std::string& alias : command->aliases()) setAlias(alias, command->name());
+    for (const auto& command : commands_) addOwnAliases(*command);
 }
 
 }  // namespace kova::cmd

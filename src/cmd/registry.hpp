@@ -36,7 +36,7 @@ public:
     std::vector<Command*> commands() const;
     /// Alias to command name, in the order of the aliases.
     const std::map<std::string, std::string>& aliases() const { return aliases_; }
-    /// False when the command is unknown, or the alias is empty or a command's name.
+    /// False when the command is unknown, or the alias is empty, a command's name or no single word.
     bool setAlias(std::string_view alias, std::string_view command);
     bool removeAlias(std::string_view alias);
     /// The aliases that the commands themselves name.
@@ -44,6 +44,7 @@ public:
 
 private:
     Command* lookup(std::string_view upper) const;
+    void addOwnAliases(const Command& command);
 
     std::vector<std::unique_ptr<Command>> commands_;
     std::unordered_map<std::string, Command*> byName_;
@@ -61,14 +62,14 @@ struct CommandRegistrar {
 
 /// In a command's own file: KOVA_TOOL_COMMAND(Circle, "CIRCLE", "Circle", "Draw", {"C"}) makes CircleCommand out of
 /// CircleTool and registers it. Aliases are optional.
-#define KOVA_TOOL_COMMAND(Base, ...)                                              \
-    class Base##Command final : public ::kova::cmd::ToolCommand<Base##Tool> {     \
-    public:                                                                       \
-        Base##Command() : ToolCommand(__VA_ARGS__) {}                             \
-    };                                                                            \
+#define KOVA_TOOL_COMMAND(Base, ...)                                          \
+    class Base##Command final : public ::kova::cmd::ToolCommand<Base##Tool> { \
+    public:                                                                   \
+        Base##Command() : ToolCommand(__VA_ARGS__) {}                         \
+    };                                                                        \
     KOVA_REGISTER_COMMAND(Base##Command)
 
 /// Registers a command class with a default constructor.
-#define KOVA_REGISTER_COMMAND(Class)                                              \
-    static const ::kova::cmd::CommandRegistrar register##Class(                   \
+#define KOVA_REGISTER_COMMAND(Class)                            \
+    static const ::kova::cmd::CommandRegistrar register##Class( \
         []() -> std::unique_ptr<::kova::cmd::Command> { return std::make_unique<Class>(); });

@@ -83,10 +83,15 @@ void SelectionDialogue::reset() {
 
 bool SelectionDialogue::take(const std::string& line) {
     switch (state_) {
-        case State::Idle: return takeIdle(line);
+        case State::Idle:
+            return takeIdle(line);
         case State::FirstCorner:
-        case State::SecondCorner: takePoint(line); return true;
-        case State::Points: takePolygonPoint(line); return true;
+        case State::SecondCorner:
+            takePoint(line);
+            return true;
+        case State::Points:
+            takePolygonPoint(line);
+            return true;
         case State::GroupName:
             if (!line.empty()) {
                 const engine::Group* group = document_.drawing().groups.find(line);
@@ -112,9 +117,9 @@ bool SelectionDialogue::take(const std::string& line) {
 bool SelectionDialogue::takeIdle(const std::string& line) {
     if (line.empty()) return false;
     static const std::vector<Keyword> keywords = {
-        {"WINDOW", "W"}, {"CROSSING", "C"}, {"BOX", "BOX"}, {"WPOLYGON", "WP"}, {"CPOLYGON", "CP"}, {"FENCE", "F"},
-        {"LAST", "L"}, {"PREVIOUS", "P"}, {"GROUP", "G"}, {"ADD", "A"}, {"REMOVE", "R"}, {"UNDO", "U"},
-        {"MULTIPLE", "M"}, {"SINGLE", "SI"}, {"AUTO", "AU"}, {"ALL", "ALL"}};
+        {"WINDOW", "W"},   {"CROSSING", "C"}, {"BOX", "BOX"}, {"WPOLYGON", "WP"}, {"CPOLYGON", "CP"}, {"FENCE", "F"},
+        {"LAST", "L"},     {"PREVIOUS", "P"}, {"GROUP", "G"}, {"ADD", "A"},       {"REMOVE", "R"},    {"UNDO", "U"},
+        {"MULTIPLE", "M"}, {"SINGLE", "SI"},  {"AUTO", "AU"}, {"ALL", "ALL"}};
     const std::string word = matchKeyword(line, keywords);
     if (word == "ALL") {
         apply(selectAll(document_));

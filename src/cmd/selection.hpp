@@ -54,8 +54,8 @@ private:
 };
 
 /// The selection dialogue that all tools share: takes the lines typed while a tool selects objects, before the tool
-/// sees them. It knows a point (pick, or first corner of a window on empty space), W, C, BOX, WP, CP, F, L, P, G, A, R, U,
-/// M, SI, AU and ALL; Enter and everything else are the tool's.
+/// sees them. It knows a point (pick, or first corner of a window on empty space), W, C, BOX, WP, CP, F, L, P, G, A, R,
+/// U, M, SI, AU and ALL; Enter and everything else are the tool's.
 class SelectionDialogue {
 public:
     struct Host {

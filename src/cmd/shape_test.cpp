@@ -49,8 +49,8 @@ PathElement straight(const Vector2& to) {
 SelectionRegion::SelectionRegion(Kind kind, std::span<const Vector2> points)
     : kind_(kind), points_(points.begin(), points.end()) {
     for (const Vector2& p : points_) bounds_.expand(p);
-    const double reach = std::max({std::abs(bounds_.min.x), std::abs(bounds_.min.y), std::abs(bounds_.max.x),
-                                   std::abs(bounds_.max.y), 1.0});
+    const double reach = std::max(
+        {std::abs(bounds_.min.x), std::abs(bounds_.min.y), std::abs(bounds_.max.x), std::abs(bounds_.max.y), 1.0});
     tolerance_ = std::max(math::kTolerance, std::isfinite(reach) ? reach * 1e-13 : 0.0);
 }
 
@@ -246,8 +246,8 @@ void ShapeTest::text(const engine::TextRun& run, const engine::OutlineStyle& /*s
     const Bounds2 box = engine::textRunBounds(upright);
     if (box.is_empty()) return;
     const auto place = [&](double x, double y) { return run.origin + run.xAxis * x + run.yAxis * y; };
-    const Vector2 corners[4] = {place(box.min.x, box.min.y), place(box.max.x, box.min.y),
-                                place(box.max.x, box.max.y), place(box.min.x, box.max.y)};
+    const Vector2 corners[4] = {place(box.min.x, box.min.y), place(box.max.x, box.min.y), place(box.max.x, box.max.y),
+                                place(box.min.x, box.max.y)};
     testArea(Path().polygon(corners), true);
 }
 

@@ -52,7 +52,8 @@ public:
 
     using OutlineSink::fill;
     using OutlineSink::stroke;
-    void stroke(engine::PathView path, const engine::OutlineStyle& style, const engine::StrokeOptions& options) override;
+    void stroke(engine::PathView path, const engine::OutlineStyle& style,
+                const engine::StrokeOptions& options) override;
     void fill(engine::PathView rings, const engine::OutlineStyle& style, const engine::FillOptions& options) override;
     void text(const engine::TextRun& run, const engine::OutlineStyle& style) override;
     void unbounded(const math::Vector2& base, const math::Vector2& direction, bool bothWays,

@@ -46,11 +46,16 @@ bool matchOne(char32_t c, std::u32string_view pattern, std::size_t& at) {
     }
     ++at;
     switch (p) {
-        case U'?': return true;
-        case U'#': return isDigit(c);
-        case U'@': return isLetter(c);
-        case U'.': return !isDigit(c) && !isLetter(c);
-        default: return p == c;
+        case U'?':
+            return true;
+        case U'#':
+            return isDigit(c);
+        case U'@':
+            return isLetter(c);
+        case U'.':
+            return !isDigit(c) && !isLetter(c);
+        default:
+            return p == c;
     }
 }
 

@@ -144,7 +144,7 @@ std::string Document::setVariable(std::string_view name, const engine::SysVarVal
     std::string error = engine::setSysVar(*drawing_, name, value);
     if (!error.empty()) return error;
     const std::optional<engine::SysVarValue> after = engine::getSysVar(*drawing_, name);
-    const bool undoable = (def->saved & engine::saved::Profile) == 0;
+    const bool undoable = !def->programWide();
     if (undoable && before && after && before->index() == after->index() && *before != *after) {
         const engine::Drawing& d = *drawing_;
         // Some variables leave more behind than their value: CTAB the active layout, dimension variables an override.

@@ -21,12 +21,18 @@ constexpr Rgb chromatic(int index) {
                    static_cast<std::uint8_t>(b / 800)};
     };
     switch (hue / 4) {
-        case 0: return rgb(high, rising, low);
-        case 1: return rgb(falling, high, low);
-        case 2: return rgb(low, high, rising);
-        case 3: return rgb(low, falling, high);
-        case 4: return rgb(rising, low, high);
-        default: return rgb(high, low, falling);
+        case 0:
+            return rgb(high, rising, low);
+        case 1:
+            return rgb(falling, high, low);
+        case 2:
+            return rgb(low, high, rising);
+        case 3:
+            return rgb(low, falling, high);
+        case 4:
+            return rgb(rising, low, high);
+        default:
+            return rgb(high, low, falling);
     }
 }
 
@@ -74,10 +80,14 @@ std::optional<Color> Color::fromBareIndex(int index) {
 
 int Color::bareIndex() const {
     switch (method) {
-        case ColorMethod::ByLayer: return kAciByLayer;
-        case ColorMethod::ByBlock: return kAciByBlock;
-        case ColorMethod::ACI: return aci;
-        case ColorMethod::RGB: return nearestAci({red, green, blue});
+        case ColorMethod::ByLayer:
+            return kAciByLayer;
+        case ColorMethod::ByBlock:
+            return kAciByBlock;
+        case ColorMethod::ACI:
+            return aci;
+        case ColorMethod::RGB:
+            return nearestAci({red, green, blue});
     }
     return kAciByLayer;
 }
@@ -117,8 +127,10 @@ std::uint8_t nearestAci(Rgb rgb) {
 
 std::string colorText(const Color& color) {
     switch (color.method) {
-        case ColorMethod::ByLayer: return "BYLAYER";
-        case ColorMethod::ByBlock: return "BYBLOCK";
+        case ColorMethod::ByLayer:
+            return "BYLAYER";
+        case ColorMethod::ByBlock:
+            return "BYBLOCK";
         case ColorMethod::ACI:
             if (color.aci >= 1 && color.aci <= 7) return std::string(kColorNames[color.aci - 1]);
             return std::to_string(color.aci);

@@ -34,7 +34,7 @@ Drawing::Drawing() : modelSpace_(this) {
     currentView.width = 420.0;
     currentView.height = 297.0;
     for (const SysVarDef& def : sysVarTable()) {
-        if (def.get != nullptr) continue;
+        if (def.get != nullptr || def.programWide()) continue;
         switch (def.type) {
             case SysVarType::Integer: integerVariables.emplace(def.name, std::get<std::int32_t>(def.fallback)); break;
             case SysVarType::Real: realVariables.emplace(def.name, std::get<double>(def.fallback)); break;

@@ -9,9 +9,9 @@ namespace kova::engine {
 
 namespace {
 
-constexpr std::size_t kMaxRecords = 20000;   ///< patterns or linetypes of one library
-constexpr std::size_t kMaxFamilies = 1000;   ///< line families of one pattern
-constexpr std::size_t kMaxDashes = 256;      ///< dashes of one family or linetype
+constexpr std::size_t kMaxRecords = 20000;  ///< patterns or linetypes of one library
+constexpr std::size_t kMaxFamilies = 1000;  ///< line families of one pattern
+constexpr std::size_t kMaxDashes = 256;     ///< dashes of one family or linetype
 constexpr std::size_t kMaxLineLength = 8192;
 constexpr std::size_t kMaxNameLength = 255;
 constexpr double kMaxNumber = 1e12;
@@ -140,12 +140,30 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
         const std::optional<double> value = number(text);
         if (!value) return std::nullopt;
         switch (option.front()) {
-            case 'S': case 's': element.scale = *value; break;
-            case 'X': case 'x': element.offsetX = *value; break;
-            case 'Y': case 'y': element.offsetY = *value; break;
-            case 'A': case 'a': element.flags |= 1; [[fallthrough]];
-            case 'R': case 'r': case 'U': case 'u': element.rotation = *value * toRadians; break;
-            default: return std::nullopt;
+            case 'S':
+            case 's':
+                element.scale = *value;
+                break;
+            case 'X':
+            case 'x':
+                element.offsetX = *value;
+                break;
+            case 'Y':
+            case 'y':
+                element.offsetY = *value;
+                break;
+            case 'A':
+            case 'a':
+                element.flags |= 1;
+                [[fallthrough]];
+            case 'R':
+            case 'r':
+            case 'U':
+            case 'u':
+                element.rotation = *value * toRadians;
+                break;
+            default:
+                return std::nullopt;
         }
     }
     return element;

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "engine/drawing.hpp"
+#include "engine/entities/dimension.hpp"
 
 namespace kova::engine {
 
@@ -134,6 +135,9 @@ void visitEntities(EntityList& list, Reporter& report, FieldReferences& fields) 
         report(SymbolKind::Linetype, entity.linetype);
         visitXData(entity, report);
         fields.visit(entity);
+        // The picture's block is no field of the dimension: files of other programs bring it along.
+        if (entity.type() == EntityType::Dimension)
+            report(SymbolKind::Block, static_cast<DimensionEntity&>(entity).blockName);
     }
 }
 

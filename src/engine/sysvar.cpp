@@ -91,11 +91,19 @@ bool inRange(const SysVarDef& def, const SysVarValue& value) {
 void store(Drawing& drawing, const SysVarDef& def, const SysVarValue& value) {
     const std::string name(def.name);
     switch (def.type) {
-        case SysVarType::Integer: drawing.integerVariables[name] = std::get<std::int32_t>(value); break;
-        case SysVarType::Real: drawing.realVariables[name] = std::get<double>(value); break;
-        case SysVarType::String: drawing.stringVariables[name] = std::get<std::string>(value); break;
+        case SysVarType::Integer:
+            drawing.integerVariables[name] = std::get<std::int32_t>(value);
+            break;
+        case SysVarType::Real:
+            drawing.realVariables[name] = std::get<double>(value);
+            break;
+        case SysVarType::String:
+            drawing.stringVariables[name] = std::get<std::string>(value);
+            break;
         // A point has no map of its own; it stands as text among the texts.
-        case SysVarType::Point: drawing.stringVariables[name] = sysVarText(value); break;
+        case SysVarType::Point:
+            drawing.stringVariables[name] = sysVarText(value);
+            break;
     }
 }
 

@@ -22,11 +22,11 @@ using SysVarValue = std::variant<std::int32_t, double, std::string, math::Vector
 
 /// Where a variable is kept, as a set of bits.
 namespace saved {
-inline constexpr unsigned Nowhere = 0;   ///< lives while the drawing is open
-inline constexpr unsigned Native = 1;    ///< in the native file's "systemVariables"
-inline constexpr unsigned Header = 2;    ///< in the DXF and DWG header
-inline constexpr unsigned Profile = 4;   ///< a setting of the program, never read from a file
-inline constexpr unsigned Session = 8;   ///< program-wide, too, but gone when the program ends
+inline constexpr unsigned Nowhere = 0;  ///< lives while the drawing is open
+inline constexpr unsigned Native = 1;   ///< in the native file's "systemVariables"
+inline constexpr unsigned Header = 2;   ///< in the DXF and DWG header
+inline constexpr unsigned Profile = 4;  ///< a setting of the program, never read from a file
+inline constexpr unsigned Session = 8;  ///< program-wide, too, but gone when the program ends
 }  // namespace saved
 
 /// Which command serves a variable of the same name.
@@ -43,23 +43,23 @@ inline constexpr double kSysVarNoLimit = 1e99;
 struct SysVarDef {
     std::string_view name;
     SysVarType type = SysVarType::Integer;
-    SysVarValue fallback;             ///< value in a new metric drawing
-    double minimum = 0.0;             ///< of numbers; meaningless unless minimum < maximum
+    SysVarValue fallback;  ///< value in a new metric drawing
+    double minimum = 0.0;  ///< of numbers; meaningless unless minimum < maximum
     double maximum = 0.0;
     bool readOnly = false;
     unsigned saved = saved::Native;
     SysVarCommand command = SysVarCommand::Plain;
     std::string_view description;
-    std::int16_t dxfCode = 0;         ///< group code of the value in a DXF header
-    bool degrees = false;             ///< held in radians, asked and shown in degrees at the prompt
+    std::int16_t dxfCode = 0;  ///< group code of the value in a DXF header
+    bool degrees = false;      ///< held in radians, asked and shown in degrees at the prompt
     /// A variable that is another view of the drawing (CLAYER, EXTMIN, DIMTXT ...) is read and set through these;
     /// null get: the value stands in the drawing's maps. set returns an error text, empty on success; a row may have
     /// a set alone, which checks and then stores the value in the maps itself.
     SysVarValue (*get)(const Drawing&) = nullptr;
     std::string (*set)(Drawing&, const SysVarValue&) = nullptr;
-    bool aboveMinimum = false;        ///< the minimum itself is refused
-    bool color = false;               ///< an integer that is a colour index: colour names are accepted when typed
-    bool changesLook = false;         ///< may alter how entities look and how far they reach
+    bool aboveMinimum = false;  ///< the minimum itself is refused
+    bool color = false;         ///< an integer that is a colour index: colour names are accepted when typed
+    bool changesLook = false;   ///< may alter how entities look and how far they reach
     /// A rule beyond type and range; null: none.
     bool (*accepts)(const SysVarValue&) = nullptr;
     /// The command's question without the default and the colon; empty: "Enter new value for NAME". One with
@@ -139,13 +139,13 @@ void resetProfileVariables();
 /// What read-only variables tell of the running session. The session fills these in at start; an empty one gives a
 /// harmless value.
 struct SysVarEnvironment {
-    std::function<std::int32_t()> modified;         ///< DBMOD: 0 when the drawing is as saved
-    std::function<std::int32_t()> commandActive;    ///< CMDACTIVE: bits 1 a command, 2 transparent, 4 script, 32 LISP
-    std::function<std::string()> commandNames;      ///< CMDNAMES: "LINE", or "LINE'ZOOM" with a transparent one
-    std::function<std::int32_t()> undoControl;      ///< UNDOCTL: bits 1 on, 4 automatic groups, 8 a group is open
-    std::function<std::int32_t()> undoMarks;        ///< UNDOMARKS
-    std::function<std::string()> lastPrompt;        ///< LASTPROMPT
-    std::function<std::int32_t(const Drawing&)> viewport;                  ///< CVPORT: number of the current viewport
+    std::function<std::int32_t()> modified;       ///< DBMOD: 0 when the drawing is as saved
+    std::function<std::int32_t()> commandActive;  ///< CMDACTIVE: bits 1 a command, 2 transparent, 4 script, 32 LISP
+    std::function<std::string()> commandNames;    ///< CMDNAMES: "LINE", or "LINE'ZOOM" with a transparent one
+    std::function<std::int32_t()> undoControl;    ///< UNDOCTL: bits 1 on, 4 automatic groups, 8 a group is open
+    std::function<std::int32_t()> undoMarks;      ///< UNDOMARKS
+    std::function<std::string()> lastPrompt;      ///< LASTPROMPT
+    std::function<std::int32_t(const Drawing&)> viewport;            ///< CVPORT: number of the current viewport
     std::function<std::string(Drawing&, std::int32_t)> setViewport;  ///< error text, empty on success
 };
 SysVarEnvironment& sysVarEnvironment();

@@ -31,7 +31,8 @@ constexpr Extra kExtras[] = {
     {"DIMALTTD", 0, 8, 70, "Decimals of tolerances in alternate units"},
     {"DIMALTTZ", 0, 15, 70, "Zeros left out of tolerances in alternate units"},
     {"DIMALTU", 1, 8, 70,
-     "Format of alternate units: 1 scientific, 2 decimal, 3 engineering, 4 architectural stacked, 5 fractional stacked, "
+     "Format of alternate units: 1 scientific, 2 decimal, 3 engineering, 4 architectural stacked, 5 fractional "
+     "stacked, "
      "6 architectural, 7 fractional, 8 as the drawing"},
     {"DIMALTZ", 0, 15, 70, "Zeros left out of alternate units"},
     {"DIMAPOST", 0, 0, 1, "Text round alternate units, with [] for the value"},
@@ -110,19 +111,15 @@ bool isArrow(std::string_view name) {
 }
 bool isLinetype(std::string_view name) { return name == "DIMLTYPE" || name == "DIMLTEX1" || name == "DIMLTEX2"; }
 
-/// The value in force: the override, else the style's. Numbers of the wrong kind in the overrides do not count.
+/// The value in force: the override, when it is one that the member can take, else the style's.
 DimValue valueInForce(const Drawing& d, const DimVariable& variable) {
-    const DimStyle& style = d.dimStyleOrStandard(d.currentDimStyle);
     const std::string name(variable.name);
-    const DimValue own = dimValue(style, variable);
-    if (std::holds_alternative<double>(own)) {
-        const auto it = d.dimStyleOverrides.find(name);
-        if (it != d.dimStyleOverrides.end()) return it->second;
-    } else {
-        const auto it = d.dimStyleNameOverrides.find(name);
-        if (it != d.dimStyleNameOverrides.end()) return it->second;
-    }
-    return own;
+    const auto number = d.dimStyleOverrides.find(name);
+    const auto text = d.dimStyleNameOverrides.find(name);
+    DimStyle style = d.dimStyleOrStandard(d.currentDimStyle);
+    if (number != d.dimStyleOverrides.end()) setDimValue(style, variable, number->second);
+    if (text != d.dimStyleNameOverrides.end()) setDimValue(style, variable, text->second);
+    return dimValue(style, variable);
 }
 
 /// A character as UTF-8, and the single character of a text; 0 when it has more or none.
@@ -164,7 +161,7 @@ SysVarValue getDimension(const Drawing& d, std::size_t index) {
     const double number = std::get<double>(value);
     if (variable.name == "DIMDSEP") return characterText(number);
     if (std::holds_alternative<double DimStyle::*>(variable.member)) return number;
-    return static_cast<std::int32_t>(std::clamp(number, -2147483647.0, 2147483647.0));
+    return static_cast<std::int32_t>(number);
 }
 
 /// Writes or removes the override that makes `value` the one in force.
@@ -306,9 +303,9 @@ std::vector<SysVarDef> dimensionVariables() {
                        .own()
                        .get([](const Drawing& d) -> SysVarValue { return d.currentDimStyle.str(); })
                        .set(setCurrentStyle));
-    rows.push_back(integer("DIMASSOC", 2, 0, 2, kHeader,
-                           "New dimensions: 0 exploded, 1 not linked, 2 linked to the geometry")
-                       .code(280));
+    rows.push_back(
+        integer("DIMASSOC", 2, 0, 2, kHeader, "New dimensions: 0 exploded, 1 not linked, 2 linked to the geometry")
+            .code(280));
     rows.push_back(toggle("DIMASO", 1, kHeader, "New dimensions are objects (old form of DIMASSOC)").code(70));
     rows.push_back(toggle("DIMSHO", 1, kHeader, "Dimensions are measured anew while dragged").code(70));
     rows.push_back(toggle("DIMCONTINUEMODE", 1, kProfile,

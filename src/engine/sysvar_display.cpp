@@ -23,7 +23,9 @@ std::vector<SysVarDef> displayVariables() {
             .prompt("Enter new linetype scale factor")
             .looks(),
         toggle("PSLTSCALE", 1, kHeader, "Linetypes in viewports are scaled with the viewport").code(70).looks(),
-        toggle("MSLTSCALE", 1, kHeader, "Linetypes in model space are scaled with the annotation scale").code(70).looks(),
+        toggle("MSLTSCALE", 1, kHeader, "Linetypes in model space are scaled with the annotation scale")
+            .code(70)
+            .looks(),
         toggle("LWDISPLAY", 0, kHeader, "Lineweights shown").code(290).looks(),
         toggle("FILLMODE", 1, kHeader, "Hatches, wide lines and solids filled")
             .code(70)
@@ -43,17 +45,21 @@ std::vector<SysVarDef> displayVariables() {
         toggle("WHIPARC", 0, kProfile, "Circles and arcs drawn as true curves"),
         integer("ATTMODE", 1, 0, 2, kHeader, "Attributes shown: 0 none, 1 the visible ones, 2 all").code(70).looks(),
         toggle("ANNOALLVISIBLE", 1, kDrawing, "Annotative objects without the current scale are shown").looks(),
-        integer("ANNOAUTOSCALE", 0, -4, 4, kProfile,
-                "A new current scale is added to annotative objects: 1 but on off, frozen or locked layers, 2 but on off "
-                "or frozen ones, 3 but on locked ones, 4 to all; negative: paused"),
+        integer(
+            "ANNOAUTOSCALE", 0, -4, 4, kProfile,
+            "A new current scale is added to annotative objects: 1 but on off, frozen or locked layers, 2 but on off "
+            "or frozen ones, 3 but on locked ones, 4 to all; negative: paused"),
         integer("FRAME", 3, 0, 3, kDrawing,
                 "Frames of images, clips and wipeouts: 0 hidden, 1 shown and plotted, 2 shown, 3 as each kind's own")
             .looks(),
         integer("IMAGEFRAME", 1, 0, 2, kDrawing, "Frames of images: 0 hidden, 1 shown and plotted, 2 shown").looks(),
-        integer("WIPEOUTFRAME", 1, 0, 2, kDrawing, "Frames of wipeouts: 0 hidden, 1 shown and plotted, 2 shown").looks(),
+        integer("WIPEOUTFRAME", 1, 0, 2, kDrawing, "Frames of wipeouts: 0 hidden, 1 shown and plotted, 2 shown")
+            .looks(),
         integer("PDFFRAME", 1, 0, 2, kDrawing, "Frames of PDF underlays: 0 hidden, 1 shown and plotted, 2 shown"),
-        integer("DWFFRAME", 2, 0, 2, kHeader, "Frames of DWF underlays: 0 hidden, 1 shown and plotted, 2 shown").code(280),
-        integer("DGNFRAME", 0, 0, 2, kHeader, "Frames of DGN underlays: 0 hidden, 1 shown and plotted, 2 shown").code(280),
+        integer("DWFFRAME", 2, 0, 2, kHeader, "Frames of DWF underlays: 0 hidden, 1 shown and plotted, 2 shown")
+            .code(280),
+        integer("DGNFRAME", 0, 0, 2, kHeader, "Frames of DGN underlays: 0 hidden, 1 shown and plotted, 2 shown")
+            .code(280),
         integer("XCLIPFRAME", 2, 0, 2, kHeader, "Frames of clipped references: 0 hidden, 1 shown and plotted, 2 shown")
             .code(280)
             .looks(),
@@ -87,7 +93,8 @@ std::vector<SysVarDef> displayVariables() {
 
         // Selecting
         integer("PICKADD", 2, 0, 2, kProfile, "A pick replaces the selection (0) or adds to it (1, 2)"),
-        integer("PICKAUTO", 5, 0, 7, kProfile, "A pick in empty space starts a window, sum of: 1 yes, 2 on objects, 4 lasso"),
+        integer("PICKAUTO", 5, 0, 7, kProfile,
+                "A pick in empty space starts a window, sum of: 1 yes, 2 on objects, 4 lasso"),
         integer("PICKBOX", 3, 0, 50, kProfile, "Size of the pick box in pixels"),
         integer("PICKDRAG", 2, 0, 2, kProfile, "Windows by 0 two clicks, 1 dragging, 2 either"),
         toggle("PICKFIRST", 1, kProfile, "Objects may be selected before a command"),
@@ -99,7 +106,8 @@ std::vector<SysVarDef> displayVariables() {
         colorIndex("CROSSINGAREACOLOR", 100, 1, kProfile, "Tint of crossing windows"),
         integer("SELECTIONCYCLING", -2, -2, 2, kProfile,
                 "Choice between objects that lie over each other: 1 badge, 2 badge and list; negative: off"),
-        integer("SELECTIONPREVIEW", 3, 0, 3, kProfile, "Objects under the cursor marked, sum of: 1 idle, 2 in commands"),
+        integer("SELECTIONPREVIEW", 3, 0, 3, kProfile,
+                "Objects under the cursor marked, sum of: 1 idle, 2 in commands"),
         integer("PREVIEWEFFECT", 2, 0, 2, kProfile, "How they are marked: 0 dashed, 1 thick, 2 both"),
         toggle("OBJECTISOLATIONMODE", 0, kProfile, "Hidden objects stay hidden when the drawing is opened again"),
         integer("CURSORSIZE", 5, 1, 100, kProfile, "Size of the crosshair in percent of the screen"),

@@ -92,10 +92,11 @@ std::vector<SysVarDef> draftingVariables() {
         string("POLARADDANG", "", kProfile, "Further polar angles in degrees, separated by semicolons"),
         size("POLARDIST", 0.0, kProfile, "Step along polar directions"),
         integer("POLARMODE", 0, 0, 15, kProfile, "Polar and object snap tracking"),
-        integer("OSMODE", 4133, 0, 32767, kProfile | saved::Header,
-                "Running object snaps, sum of: 1 end, 2 mid, 4 center, 8 node, 16 quadrant, 32 intersection, 64 insert, "
-                "128 perpendicular, 256 tangent, 512 nearest, 2048 apparent intersection, 4096 extension, "
-                "8192 parallel, 16384 off for now")
+        integer(
+            "OSMODE", 4133, 0, 32767, kProfile | saved::Header,
+            "Running object snaps, sum of: 1 end, 2 mid, 4 center, 8 node, 16 quadrant, 32 intersection, 64 insert, "
+            "128 perpendicular, 256 tangent, 512 nearest, 2048 apparent intersection, 4096 extension, "
+            "8192 parallel, 16384 off for now")
             .code(70),
         integer("OSNAPCOORD", 2, 0, 2, kProfile, "Typed coordinates: 0 snapped, 1 as typed, 2 as typed but in scripts"),
         integer("OSOPTIONS", 7, 0, 7, kProfile,
@@ -106,7 +107,8 @@ std::vector<SysVarDef> draftingVariables() {
         integer("TRACKPATH", 0, 0, 3, kProfile, "How tracking lines are shown"),
         integer("APERTURE", 10, 1, 50, kProfile, "Size of the object snap target in pixels")
             .prompt("Object snap target height (1-50 pixels)"),
-        integer("DYNMODE", 3, -3, 3, kProfile, "Input boxes at the cursor: 1 pointer, 2 dimensions; negative: off for now"),
+        integer("DYNMODE", 3, -3, 3, kProfile,
+                "Input boxes at the cursor: 1 pointer, 2 dimensions; negative: off for now"),
         toggle("DYNPICOORDS", 0, kProfile, "Second point in the pointer box relative (0) or absolute (1)"),
         integer("DRAGMODE", 2, 0, 2, kProfile, "Dragged previews: 0 off, 1 on request, 2 always").own(),
         toggle("BLIPMODE", 0, kProfile, "Marker crosses at picked points").prompt("Enter mode [ON/OFF]"),

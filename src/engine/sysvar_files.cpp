@@ -2,8 +2,8 @@
 #include <filesystem>
 
 #include "engine/drawing.hpp"
+#include "engine/sysvar_host.hpp"
 #include "engine/sysvar_rows.hpp"
-#include "engine/sysvar_time.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine::rows {
@@ -11,14 +11,6 @@ namespace kova::engine::rows {
 namespace {
 
 using Point = math::Vector3;
-
-std::string temporaryFolder() {
-    std::error_code error;
-    std::string folder = std::filesystem::temp_directory_path(error).string();
-    if (error || folder.empty()) folder = "/tmp";
-    if (folder.back() != '/') folder += '/';
-    return folder;
-}
 
 /// The part of the drawing's path before or behind the last slash.
 std::string folderOf(const std::string& path) {
@@ -98,6 +90,12 @@ SysVarValue elapsed(const Drawing& d) {
     const double opened = sysVarReal(d, "TDOPENED", 0.0);
     const double before = sysVarReal(d, "TDEDITED", 0.0);
     return opened > 0.0 ? before + std::max(0.0, julianNow() - opened) : before;
+}
+
+std::string setElapsed(Drawing& d, const SysVarValue& value) {
+    d.realVariables["TDEDITED"] = std::max(0.0, std::get<double>(value));
+    d.realVariables["TDOPENED"] = julianNow();
+    return {};
 }
 
 }  // namespace
@@ -200,8 +198,12 @@ std::vector<SysVarDef> fileVariables() {
         real("TDUCREATE", 0.0, kHeader, "When the drawing was made, universal time").code(40).readOnly(),
         real("TDUPDATE", 0.0, kHeader, "When the drawing was last saved, local time").code(40).readOnly(),
         real("TDUUPDATE", 0.0, kHeader, "When the drawing was last saved, universal time").code(40).readOnly(),
-        real("TDINDWG", 0.0, saved::Header, "Days for which the drawing has been open").code(40).readOnly().get(elapsed),
-        real("TDEDITED", 0.0, kDrawing, "Days for which the drawing was open before this time").readOnly(),
+        real("TDINDWG", 0.0, saved::Header, "Days for which the drawing has been open")
+            .code(40)
+            .readOnly()
+            .get(elapsed)
+            .set(setElapsed),
+        real("TDEDITED", 0.0, saved::Nowhere, "Days for which the drawing was open before this time").readOnly(),
         real("TDOPENED", 0.0, saved::Nowhere, "When the drawing was opened this time").readOnly(),
         real("TDUSRTIMER", 0.0, kHeader, "Days counted by the user's timer").code(40).readOnly(),
         toggle("USRTIMER", 1, kHeader, "The user's timer runs").code(70),

@@ -160,7 +160,7 @@ std::vector<SysVarDef> objectVariables() {
             .get(currentStyle<&Drawing::mleaderStyles, &Drawing::currentMLeaderStyle>)
             .set([](Drawing& d, const SysVarValue& v) {
                 return setCurrentStyle<&Drawing::mleaderStyles, &Drawing::currentMLeaderStyle>(d, v,
-                                                                                             "multileader style");
+                                                                                               "multileader style");
             }),
         real("ELEVATION", 0.0, kHeader, "Z of new objects").code(40),
         real("THICKNESS", 0.0, kHeader, "Extrusion of new flat objects").code(40),

@@ -20,15 +20,42 @@ using Setter = std::string (*)(Drawing&, const SysVarValue&);
 struct Row {
     SysVarDef def;
 
-    Row& code(int groupCode) { def.dxfCode = static_cast<std::int16_t>(groupCode); return *this; }
-    Row& own() { def.command = SysVarCommand::Own; return *this; }
-    Row& prompt(std::string_view text) { def.prompt = text; return *this; }
-    Row& degrees() { def.degrees = true; return *this; }
-    Row& looks() { def.changesLook = true; return *this; }
-    Row& readOnly() { def.readOnly = true; return *this; }
-    Row& get(Getter f) { def.get = f; return *this; }
-    Row& set(Setter f) { def.set = f; return *this; }
-    Row& accepts(bool (*f)(const SysVarValue&)) { def.accepts = f; return *this; }
+    Row& code(int groupCode) {
+        def.dxfCode = static_cast<std::int16_t>(groupCode);
+        return *this;
+    }
+    Row& own() {
+        def.command = SysVarCommand::Own;
+        return *this;
+    }
+    Row& prompt(std::string_view text) {
+        def.prompt = text;
+        return *this;
+    }
+    Row& degrees() {
+        def.degrees = true;
+        return *this;
+    }
+    Row& looks() {
+        def.changesLook = true;
+        return *this;
+    }
+    Row& readOnly() {
+        def.readOnly = true;
+        return *this;
+    }
+    Row& get(Getter f) {
+        def.get = f;
+        return *this;
+    }
+    Row& set(Setter f) {
+        def.set = f;
+        return *this;
+    }
+    Row& accepts(bool (*f)(const SysVarValue&)) {
+        def.accepts = f;
+        return *this;
+    }
     operator SysVarDef() const { return def; }  // NOLINT: rows are collected as definitions
 };
 

@@ -8,8 +8,8 @@
 #include <filesystem>
 
 #include "engine/drawing.hpp"
+#include "engine/sysvar_host.hpp"
 #include "engine/sysvar_rows.hpp"
-#include "engine/sysvar_time.hpp"
 
 namespace kova::engine {
 
@@ -45,6 +45,14 @@ double calendarNow() {
            (t.tm_hour * 10000.0 + t.tm_min * 100.0 + t.tm_sec + fraction) / 1e6;
 }
 
+std::string temporaryFolder() {
+    std::error_code error;
+    std::string folder = std::filesystem::temp_directory_path(error).string();
+    if (error || folder.empty()) folder = "/tmp";
+    if (folder.back() != '/') folder += '/';
+    return folder;
+}
+
 namespace rows {
 
 namespace {
@@ -60,15 +68,7 @@ std::string platformText() {
     return std::string(system.sysname) + " " + system.release + " (" + system.machine + ")";
 }
 
-std::string temporaryPrefix() {
-    std::error_code error;
-    std::string folder = std::filesystem::temp_directory_path(error).string();
-    if (error || folder.empty()) folder = "/tmp";
-    if (folder.back() != '/') folder += '/';
-    return folder;
-}
-
-/// Milliseconds since the program first asked, within an integer's range.
+/// Milliseconds of the machine's running clock, within an integer's range.
 SysVarValue milliseconds(const Drawing&) {
     using Clock = std::chrono::steady_clock;
     const auto count = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now().time_since_epoch()).count();
@@ -87,7 +87,8 @@ std::vector<SysVarDef> sessionVariables() {
         integer("DBMOD", 0, 0, 31, saved::Nowhere, "The drawing was changed since it was saved")
             .readOnly()
             .get([](const Drawing&) -> SysVarValue { return told(sysVarEnvironment().modified, 0); }),
-        integer("CMDACTIVE", 0, 0, 255, saved::Nowhere, "What is running, sum of: 1 command, 2 transparent, 4 script, 32 LISP")
+        integer("CMDACTIVE", 0, 0, 255, saved::Nowhere,
+                "What is running, sum of: 1 command, 2 transparent, 4 script, 32 LISP")
             .readOnly()
             .get([](const Drawing&) -> SysVarValue { return told(sysVarEnvironment().commandActive, 0); }),
         string("CMDNAMES", "", saved::Nowhere, "Names of the running commands")
@@ -96,7 +97,8 @@ std::vector<SysVarDef> sessionVariables() {
                 const auto& source = sysVarEnvironment().commandNames;
                 return source ? source() : std::string();
             }),
-        integer("UNDOCTL", 5, 0, 127, saved::Nowhere, "State of UNDO, sum of: 1 on, 4 groups by itself, 8 a group is open")
+        integer("UNDOCTL", 5, 0, 127, saved::Nowhere,
+                "State of UNDO, sum of: 1 on, 4 groups by itself, 8 a group is open")
             .readOnly()
             .get([](const Drawing&) -> SysVarValue { return told(sysVarEnvironment().undoControl, 5); }),
         integer("UNDOMARKS", 0, 0, 0x7fffffff, saved::Nowhere, "Number of marks set by UNDO")
@@ -140,7 +142,7 @@ std::vector<SysVarDef> sessionVariables() {
         string("PLATFORM", platformText(), saved::Nowhere, "Operating system").readOnly(),
         string("SYSCODEPAGE", "UTF-8", saved::Nowhere, "Code page of the system").readOnly(),
         string("DWGCODEPAGE", "UTF-8", saved::Nowhere, "Code page of the drawing").readOnly(),
-        string("TEMPPREFIX", temporaryPrefix(), saved::Nowhere, "Folder of temporary files").readOnly(),
+        string("TEMPPREFIX", temporaryFolder(), saved::Nowhere, "Folder of temporary files").readOnly(),
         string("MENUNAME", ".", saved::Nowhere, "Menu file").readOnly(),
         point("SCREENSIZE", {1024, 768, 0}, saved::Nowhere, "Size of the view in pixels").readOnly(),
         toggle("POPUPS", 0, saved::Nowhere, "Dialogs can be shown").readOnly(),

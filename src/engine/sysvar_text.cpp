@@ -39,7 +39,11 @@ bool asksOnOff(const SysVarDef& def) { return def.prompt.find("[ON/OFF") != std:
 std::string sysVarText(const SysVarValue& value, bool quoted) {
     if (const auto* i = std::get_if<std::int32_t>(&value)) return std::to_string(*i);
     if (const auto* d = std::get_if<double>(&value)) return math::shortest(plain(*d));
-    if (const auto* s = std::get_if<std::string>(&value)) return quoted ? "\"" + *s + "\"" : *s;
+    if (const auto* s = std::get_if<std::string>(&value)) {
+        std::string text(quoted ? 1 : 0, '"');
+        text.append(*s).append(quoted ? 1 : 0, '"');
+        return text;
+    }
     const auto& p = std::get<math::Vector3>(value);
     std::string text = math::shortest(plain(p.x)) + "," + math::shortest(plain(p.y));
     if (p.z != 0.0) text += "," + math::shortest(p.z);
@@ -57,7 +61,7 @@ std::string sysVarPromptText(const SysVarDef& def, const SysVarValue& value) {
 std::string sysVarPrompt(const Drawing& drawing, const SysVarDef& def) {
     std::string text = def.prompt.empty() ? "Enter new value for " + std::string(def.name) : std::string(def.prompt);
     std::string value = sysVarPromptText(def, getSysVar(drawing, def));
-    if (value.empty()) value = ".";
+    if (value.empty()) value.push_back('.');
     return text + " <" + value + ">:";
 }
 
@@ -67,8 +71,9 @@ std::string sysVarRefusal(const SysVarDef& def) {
     const std::string lead = "Invalid number. Enter ";
     if (def.maximum >= kSysVarNoLimit) {
         if (def.minimum <= -kSysVarNoLimit) return "Invalid value.";
-        return lead + (def.aboveMinimum ? "a number greater than " + bound(def.minimum)
-                                        : bound(def.minimum) + " or more") + ":";
+        return lead +
+               (def.aboveMinimum ? "a number greater than " + bound(def.minimum) : bound(def.minimum) + " or more") +
+               ":";
     }
     return lead + bound(def.minimum) + (def.minimum < 0.0 ? " to " : "-") + bound(def.maximum) + ":";
 }
@@ -76,7 +81,9 @@ std::string sysVarRefusal(const SysVarDef& def) {
 std::string parseSysVar(const SysVarDef& def, std::string_view text, SysVarValue& value) {
     text = trimmed(text);
     switch (def.type) {
-        case SysVarType::String: value = text == "." ? std::string() : std::string(text); return {};
+        case SysVarType::String:
+            value = text == "." ? std::string() : std::string(text);
+            return {};
         case SysVarType::Point: {
             SysVarValue p;
             if (std::string error = checkSysVar(def, std::string(text), p); !error.empty()) return error;

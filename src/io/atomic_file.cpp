@@ -24,6 +24,9 @@ std::string folderOf(const std::string& path) {
 
 bool isBelow(const std::string& path, std::string_view folder) { return path.compare(0, folder.size(), folder) == 0; }
 
+/// The links in these folders stand for open files, which may have no name of their own.
+bool namesOpenFile(const std::string& path) { return isBelow(path, "/proc/") || isBelow(path, "/dev/fd/"); }
+
 /// The path with links in its last part followed; the target need not exist. Empty when the links run in a circle.
 std::string followLinks(std::string path) {
     for (int i = 0; i < kMaxLinks; ++i) {
@@ -33,8 +36,7 @@ std::string followLinks(std::string path) {
         const ssize_t length = ::readlink(path.c_str(), text, sizeof text);
         if (length <= 0 || length == static_cast<ssize_t>(sizeof text)) return {};
         const std::string link(text, static_cast<std::size_t>(length));
-        // The links below /proc name open files, which may have no name of their own.
-        if (isBelow(path, "/proc/")) return path;
+        if (namesOpenFile(path)) return path;
         path = link.front() == '/' ? link : folderOf(path) + link;
     }
     return {};
@@ -86,8 +88,7 @@ std::string AtomicFile::open(const std::string& path) {
     // Replacing needs no permission on the file itself, but who protected it means it.
     if (exists && ::access(target_.c_str(), W_OK) != 0) return refusal;
 
-    const bool special =
-        exists && (!S_ISREG(info.st_mode) || isBelow(target_, "/proc/") || isBelow(target_, "/dev/fd/"));
+    const bool special = exists && (!S_ISREG(info.st_mode) || namesOpenFile(target_));
     if (!special) {
         if (openTemporary(exists, info.st_mode, info.st_uid, info.st_gid)) return {};
         if (errno != EACCES && errno != EPERM && errno != EROFS) return refusal;

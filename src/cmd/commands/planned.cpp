@@ -299,6 +299,8 @@ constexpr PlannedRow kPlanned[] = {
     {"ZOOM", "Zoom", "View", false, "Z"},
 };
 
+static_assert(std::ranges::is_sorted(kPlanned, {}, &PlannedRow::name));
+
 std::string notYet(const std::string& name) { return name + " is not available yet."; }
 
 class PlannedTool final : public Tool {

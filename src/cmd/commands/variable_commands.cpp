@@ -73,10 +73,13 @@ class ToggleVariableCommand final : public VariableCommand {
 std::unique_ptr<Command> makeCommand(const SysVarDef& def) {
     if (def.command == engine::SysVarCommand::Toggle) return std::make_unique<ToggleVariableCommand>(def);
     switch (def.type) {
-        case SysVarType::Integer: return std::make_unique<IntegerVariableCommand>(def);
-        case SysVarType::Real: return std::make_unique<RealVariableCommand>(def);
+        case SysVarType::Integer:
+            return std::make_unique<IntegerVariableCommand>(def);
+        case SysVarType::Real:
+            return std::make_unique<RealVariableCommand>(def);
         case SysVarType::String:
-        case SysVarType::Point: break;
+        case SysVarType::Point:
+            break;
     }
     return std::make_unique<StringVariableCommand>(def);
 }

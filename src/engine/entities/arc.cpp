@@ -16,7 +16,7 @@ constexpr double kFullTurn = math::kTwoPi - 1e-12;
 
 math::Bounds2 ArcEntity::bounds() const {
     if (!inWorldPlane(*this)) return outlineBounds(*this);
-    return pathBounds(Path().arc(center, radius, startAngle, startAngle + sweep()));
+    return math::boundsOf(math::EllipticArc{center, {radius, 0.0}, {0.0, radius}, startAngle, startAngle + sweep()});
 }
 
 void ArcEntity::transform(const math::Matrix4& m) {

@@ -106,6 +106,11 @@ class DimensionEntity final : public Entity {
     std::string text() const;
     /// The same with the inline codes of multiline text (stacked tolerances).
     std::string textContent() const;
+
+private:
+    void moveOrigin(math::Vector2& origin, const math::Vector2& to);
+    void moveDimLine(const math::Vector2& to);
+    void moveText(const math::Vector2& to);
 };
 
 }  // namespace kova::engine

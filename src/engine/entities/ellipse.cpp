@@ -74,7 +74,9 @@ void EllipseEntity::setConjugate(const Vector3& u, const Vector3& v, const Vecto
     endParam = math::normalizeAngle(reversed ? -first : last);
 }
 
-math::Bounds2 EllipseEntity::bounds() const { return pathBounds(path()); }
+math::Bounds2 EllipseEntity::bounds() const {
+    return math::boundsOf(math::EllipticArc{center, major, minor(), startParam, startParam + sweep()});
+}
 
 void EllipseEntity::transform(const math::Matrix4& m) {
     const Vector3 moved = m.transform_point(Vector3(center, elevation));

@@ -14,7 +14,7 @@ namespace {
 
 /// How far the arcs that stand for an elliptic arc may leave it, as a part of the ellipse's size.
 constexpr double kArcTolerance = 1e-5;
-constexpr int kMostArcs = 256;
+constexpr int kMostHalvings = 8;
 
 template <class... Kinds>
 std::unique_ptr<Entity> makeOneOf(EntityType type) {
@@ -49,33 +49,34 @@ struct ArcChain {
     std::vector<double> bulges;   ///< one more than the points
 };
 
-ArcChain arcsAlong(const math::EllipticArc& curve, const Vector2& from, const Vector2& to) {
-    const double allowed = kArcTolerance * std::max(curve.u.length(), curve.v.length());
-    ArcChain chain;
-    for (int count = 2;; count *= 2) {
-        chain.points.clear();
-        chain.bulges.clear();
-        bool good = true;
-        Vector2 a = from;
-        for (int i = 0; i < count; ++i) {
-            const auto at = [&](double part) {
-                return curve.pointAt(curve.t0 + (curve.t1 - curve.t0) * (i + part) / count);
-            };
-            const Vector2 b = i + 1 == count ? to : at(1.0);
-            const Vector2 middle = at(0.5);
-            chain.bulges.push_back(math::bulgeThrough(a, middle, b));
-            if (i + 1 < count) chain.points.push_back(b);
-            const auto arc = math::arcFromBulge(a, b, chain.bulges.back());
-            for (const double part : {0.25, 0.75}) {
-                const Vector2 p = at(part);
-                const double gap = arc ? std::abs(p.distance_to(arc->center) - arc->radius)
-                                       : p.distance_to(math::closestOnSegment(p, a, b));
-                good = good && gap <= allowed;
-            }
-            a = b;
-        }
-        if (good || count >= kMostArcs) return chain;
+/// Appends arcs that follow the curve between the parameters t0 and t1, where it has the points a and b.
+void followCurve(const math::EllipticArc& curve, double t0, const Vector2& a, double t1, const Vector2& b,
+                 double allowed, int halvings, ArcChain& chain) {
+    const double middle = 0.5 * (t0 + t1);
+    const Vector2 between = curve.pointAt(middle);
+    const double bulge = math::bulgeThrough(a, between, b);
+    const auto arc = math::arcFromBulge(a, b, bulge);
+    const auto follows = [&](double t) {
+        const Vector2 p = curve.pointAt(t);
+        return (arc ? std::abs(p.distance_to(arc->center) - arc->radius)
+                    : p.distance_to(math::closestOnSegment(p, a, b))) <= allowed;
+    };
+    // The whole arc is never taken as it is: three points in line say nothing about what lies between.
+    const bool whole = halvings == kMostHalvings;
+    if (halvings == 0 || (!whole && follows(0.5 * (t0 + middle)) && follows(0.5 * (middle + t1)))) {
+        if (!chain.bulges.empty()) chain.points.push_back(a);
+        chain.bulges.push_back(bulge);
+        return;
     }
+    followCurve(curve, t0, a, middle, between, allowed, halvings - 1, chain);
+    followCurve(curve, middle, between, t1, b, allowed, halvings - 1, chain);
+}
+
+ArcChain arcsAlong(const math::EllipticArc& curve, const Vector2& from, const Vector2& to) {
+    ArcChain chain;
+    followCurve(curve, curve.t0, from, curve.t1, to, kArcTolerance * std::max(curve.u.length(), curve.v.length()),
+                kMostHalvings, chain);
+    return chain;
 }
 
 /// A polyline with arcs under a map of its plane that makes ellipses of them: every arc becomes a chain of arcs that

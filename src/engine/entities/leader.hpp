@@ -38,7 +38,8 @@ class LeaderEntity final : public Entity {
     Path path() const;
     /// The text's layout input; valid while the leader stands unchanged.
     MTextBlock textBlock() const;
-    bool drawsText() const { return annotationHandle == 0 && !annotation.empty() && !vertices.empty(); }
+    /// The text stands in the leader itself: it has one, and no entity of its own carries it.
+    bool drawsText() const;
 };
 
 }  // namespace kova::engine

@@ -61,13 +61,10 @@ void LineEntity::moveGrip(std::size_t index, const Vector2& to) {
 void LineEntity::describe(FieldVisitor& v) {
     v.point("start", start);
     v.point("end", end);
-    double z = end3().z;
-    // A slanted line that comes down to z = 0 must be told from a level one.
-    if (!v.reading() && hasZ && std::abs(z) <= kFileTolerance && std::abs(elevation) > kFileTolerance)
-        v.length("endZ", z);
-    else
-        v.length("endZ", z, 0.0);
-    if (!v.reading() || z == end3().z) return;
+    // The file's end z is absolute, and 0 when it is not there; so a level line at a height has one too.
+    double z = v.reading() ? 0.0 : end3().z;
+    v.length("endZ", z, 0.0);
+    if (!v.reading()) return;
     hasZ = z != elevation;
     endZ = hasZ ? z : 0.0;
 }

@@ -11,6 +11,8 @@
 
 namespace kova::engine {
 
+struct Block;
+
 /// One leader line of a multileader: from the arrow to the landing point, where the dogleg begins.
 struct MLeaderHead {
     std::vector<math::Vector2> vertices;
@@ -60,10 +62,16 @@ class MLeaderEntity final : public Entity {
     MTextBlock textBlock() const;
     bool hasText() const { return contentType == MLeaderContent::MText && !textContent.empty(); }
 
-private:
+    /// The block shown when contentType is Block: blockName's, else the style's; null when there is none.
+    const Block* contentBlock() const;
+    /// From block coordinates to the drawing.
+    math::Matrix4 blockMatrix() const;
+    /// The content's box in drawing coordinates; contentPos when there is nothing to measure.
     math::Bounds2 contentBox() const;
-    Path headPath(const MLeaderHead& head, const math::Bounds2& box) const;
-    math::Vector2 connection(const MLeaderHead& head, const math::Bounds2& box) const;
+
+private:
+    math::Vector2 connection(const math::Vector2& from, const math::Bounds2& box) const;
+    void emitHeads(OutlineSink& sink, const OutlineStyle& style, const math::Bounds2& box) const;
 };
 
 }  // namespace kova::engine

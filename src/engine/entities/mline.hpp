@@ -56,6 +56,10 @@ class MLineEntity final : public Entity {
     std::vector<math::Vector2> miterSteps() const;
     /// Points of one element's line, as many as there are vertices.
     std::vector<math::Vector2> elementPoints(const MLineElement& element) const;
+
+private:
+    void emitJointsAndCaps(OutlineSink& sink, const OutlineStyle& style, const std::vector<math::Vector2>& steps,
+                           std::vector<double>& distances) const;
 };
 
 }  // namespace kova::engine

@@ -14,6 +14,9 @@ using math::Vector2;
 
 namespace {
 
+/// Polylines with more segments are drawn in pieces, so that their paths need not all be held at once.
+constexpr std::size_t kMostInOnePath = 1 << 18;
+
 /// A list with a value for every vertex in files; in memory a list of zeros is an empty one.
 void describeParallel(FieldVisitor& v, std::string_view key, std::vector<double>& list, std::size_t count) {
     if (v.reading()) {
@@ -172,6 +175,12 @@ Bounds2 PolylineEntity::bounds() const {
     Path arc;
     for (std::size_t i = 0; i < segmentCount(); ++i) {
         if (bulge(i) == 0.0) continue;
+        // Most arcs lie within what the vertices span already: they stay within their height of the chord.
+        const Vector2& a = vertices[i];
+        const double height = std::abs(bulge(i)) * 0.5 * a.distance_to(segmentEnd(i));
+        Bounds2 around{a, a};
+        around.expand(segmentEnd(i));
+        if (box.contains_box(around.inflated(height))) continue;
         arc.clear();
         arc.moveTo(vertices[i]).bulgeTo(segmentEnd(i), bulge(i));
         box.expand(pathBounds(arc));
@@ -210,10 +219,42 @@ void PolylineEntity::transform(const math::Matrix4& m) {
 double PolylineEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
 
 Vector2 PolylineEntity::nearestPoint(const Vector2& p) const {
-    if (inWorldPlane(*this)) return nearestOnPath(path(), p);
-    Path plan;
-    transformPath(path(), objectPlane(*this), plan);
-    return nearestOnPath(plan, p);
+    if (!inWorldPlane(*this)) {
+        Path plan;
+        transformPath(path(), objectPlane(*this), plan);
+        return nearestOnPath(plan, p);
+    }
+    if (vertices.empty()) return p;
+    // Without a path in between: picking asks this of every polyline near the cursor.
+    Vector2 best = vertices[0];
+    double bestSquared = (best - p).length_squared();
+    const auto offer = [&](const Vector2& q) {
+        const double squared = (q - p).length_squared();
+        if (!(squared < bestSquared) && !std::isnan(bestSquared)) return;
+        best = q;
+        bestSquared = squared;
+    };
+    const std::size_t segments = segmentCount();
+    for (std::size_t i = 0; i < segments; ++i) {
+        const Vector2& a = vertices[i];
+        const Vector2& b = segmentEnd(i);
+        const Vector2 onChord = math::closestOnSegment(p, a, b);
+        const double height = bulge(i);
+        if (height == 0.0) {
+            offer(onChord);
+            continue;
+        }
+        // The arc stays within its height of the chord.
+        const double reach = std::sqrt(bestSquared) + std::abs(height) * 0.5 * a.distance_to(b);
+        if ((onChord - p).length_squared() > reach * reach) continue;
+        const auto arc = math::arcFromBulge(a, b, height);
+        if (!arc)
+            offer(onChord);
+        else
+            offer(arc->sweep > 0.0 ? math::closestOnArc(p, arc->center, arc->radius, arc->start, arc->end())
+                                   : math::closestOnArc(p, arc->center, arc->radius, arc->end(), arc->start));
+    }
+    return best;
 }
 
 std::vector<Vector2> PolylineEntity::gripPoints() const {
@@ -243,21 +284,35 @@ void PolylineEntity::describe(FieldVisitor& v) {
 }
 
 void PolylineEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
+    const bool wide = hasWidths();
     emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) {
-        const Path outline = path();
         StrokeOptions options;
         options.patternThroughVertices = ltgen;
         std::vector<Vector2> widths;
-        if (hasWidths()) {
-            const std::size_t segments = segmentCount();
-            widths.reserve(segments + 1);
-            for (std::size_t i = 0; i < segments; ++i) widths.push_back({startWidth(i), endWidth(i)});
-            // Behind an arc back to the start comes a closing line without length.
-            if (outline.view().size() > widths.size() + 1 && !widths.empty())
-                widths.push_back({widths.back().y, widths.back().y});
-            options.widths = widths;
+        const auto stroke = [&](const Path& part, std::size_t first, std::size_t last) {
+            if (wide) {
+                widths.clear();
+                for (std::size_t i = first; i < last; ++i) widths.push_back({startWidth(i), endWidth(i)});
+                // Behind an arc back to the start comes a closing line without length.
+                if (part.view().size() > widths.size() + 1 && !widths.empty())
+                    widths.push_back({widths.back().y, widths.back().y});
+                options.widths = widths;
+            }
+            plane.stroke(part, style, options);
+        };
+        const std::size_t segments = segmentCount();
+        if (segments <= kMostInOnePath) {
+            stroke(path(), 0, segments);
+            return;
         }
-        plane.stroke(outline, style, options);
+        Path part;
+        for (std::size_t first = 0; first < segments; first += kMostInOnePath) {
+            const std::size_t last = std::min(first + kMostInOnePath, segments);
+            part.clear();
+            part.moveTo(vertices[first]);
+            for (std::size_t i = first; i < last; ++i) part.bulgeTo(segmentEnd(i), bulge(i));
+            stroke(part, first, last);
+        }
     });
 }
 

@@ -167,6 +167,8 @@ void SplineEntity::transform(const math::Matrix4& m) {
         controlZ = std::move(z);
     else if (!z.empty())
         elevation = z[0];
+    // Fit points have no z: they are given up when the curve leaves its plane.
+    if (!level && !isPlanar(m)) fitPoints.clear();
     for (Vector2& p : fitPoints) p = m.transform_point(Vector3(p, oldElevation)).xy();
     transformExtrusion(*this, m);
     if (!helix) return;

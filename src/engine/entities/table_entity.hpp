@@ -41,9 +41,13 @@ class TableEntity final : public Entity {
     /// Limits of what is laid out and drawn.
     static constexpr std::int32_t kMaxRows = 100000;
     static constexpr std::int32_t kMaxCols = 10000;
+    static constexpr std::int32_t kMaxCells = 4000000;
+    /// Rows and columns within these limits.
+    std::int32_t rowCount() const;
+    std::int32_t colCount() const;
 
     /// Sets the numbers of rows and columns; cells keep their places, new sizes are the style's defaults.
-    void resize(std::int32_t rowCount, std::int32_t colCount);
+    void resize(std::int32_t newRows, std::int32_t newCols);
     /// Null outside the table or where no cell is stored.
     TableCell* cell(std::int32_t row, std::int32_t col);
     const TableCell* cell(std::int32_t row, std::int32_t col) const;

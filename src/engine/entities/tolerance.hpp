@@ -8,7 +8,7 @@
 
 namespace kova::engine {
 
-/// One row of a feature control frame. Symbols are single letters of the GDT symbol font:
+/// One row of a feature control frame. Symbols are single letters of the GDT symbol font (names are understood too):
 /// a angularity, b perpendicularity, c flatness, d profile of a surface, e circularity, f parallelism,
 /// g cylindricity, h circular run-out, i symmetry, j position, k profile of a line, r concentricity, t total run-out,
 /// u straightness. Material conditions: m maximum, l least, s regardless of size, p projected zone; empty: none.
@@ -24,6 +24,7 @@ struct ToleranceRow {
     std::string datum2MC;
     std::string datum3;
     std::string datum3MC;
+    bool whole = false;  ///< the row is one text, toleranceValue, without cell marks (projected zone, datum identifier)
 
     bool empty() const;
     void describe(FieldVisitor& v);
@@ -40,8 +41,7 @@ class ToleranceEntity final : public Entity {
     Name styleName = commonNames().standard;  ///< dimension style
     double rotation = 0.0;                    ///< radians
     ToleranceRow first;
-    std::vector<ToleranceRow> rows;  ///< further rows; one with only toleranceValue is a line of text (projected zone,
-                                     ///< datum identifier)
+    std::vector<ToleranceRow> rows;  ///< further rows below it
 
     /// The content as DXF holds it: symbols as {\Fgdt;x}, cells parted by %%v, rows by '\n'.
     std::string contentText() const;
@@ -49,9 +49,12 @@ class ToleranceEntity final : public Entity {
     void setContentText(std::string_view content);
     /// The text height in force.
     double effectiveTextHeight() const;
+    static constexpr std::size_t kMaxRows = 64;
 };
 
 /// "Position", "Flatness" ... for a symbol letter; empty for any other text.
 std::string_view toleranceSymbolName(std::string_view letter);
+/// The letter for a symbol's letter or name, without regard to case; empty for any other text.
+std::string_view toleranceSymbolLetter(std::string_view letterOrName);
 
 }  // namespace kova::engine

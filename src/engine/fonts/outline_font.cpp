@@ -19,8 +19,11 @@ using math::Vector2;
 constexpr int kPixelSize = 1024;
 
 bool haveFontSystem() {
-    return qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
-           !QFontDatabase::families().isEmpty();
+    static bool found = false;  // asking is slow, and the fonts do not go away again
+    if (!found)
+        found = qobject_cast<QGuiApplication*>(QCoreApplication::instance()) != nullptr &&
+                !QFontDatabase::families().isEmpty();
+    return found;
 }
 
 /// File names of widespread fonts and their families; letters behind the stem tell bold and italic.

@@ -90,6 +90,7 @@ private:
     std::unique_ptr<Entity> makeEntityOf(Index record);
     /// A part that was taken in while parsing must have been an array.
     void requireArray(Index object, std::string_view key) const;
+    void readBasePoints(Index record);
     void noteHandle(std::uint64_t handle) { highestHandle_ = std::max(highestHandle_, handle); }
     void settleHandles();
     void ensureStandardRecords();
@@ -129,12 +130,25 @@ void Loader::beginBlock() {
     ownerStart_ = unsettled_.size();
 }
 
+/// A parameter's base point goes by two names: baseX, baseY and basePointX, basePointY.
+void Loader::readBasePoints(Index record) {
+    const Index array = tree_.find(record, "dynParams");
+    if (array == JsonTree::kNone) return;
+    std::size_t n = 0;
+    for (Index i = JsonTree::first(array); n < block_->dynParams.size(); i = tree_.next(i), ++n) {
+        math::Vector2& base = block_->dynParams[n].base;
+        if (const Index x = tree_.find(i, "basePointX"); x != JsonTree::kNone) base.x = tree_.number(x);
+        if (const Index y = tree_.find(i, "basePointY"); y != JsonTree::kNone) base.y = tree_.number(y);
+    }
+}
+
 void Loader::endBlock(Index record) {
     requireArray(record, "entities");
     reader_.enter(record);
     block_->describeHead(reader_);
     block_->describeDynamic(reader_);
     reader_.leave();
+    readBasePoints(record);
     noteHandle(block_->handle);
     const Name name = block_->name;
     const bool isSpace = name == "*Model_Space" || name == "*Paper_Space";

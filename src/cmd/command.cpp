@@ -1,0 +1,12 @@
+#include "cmd/command.hpp"
+
+#include <chrono>
+#include <thread>
+
+namespace kova::cmd {
+
+void AppServices::chooseDwgVersion(const std::string& /*version*/) {}
+
+void AppServices::wait(int milliseconds) { std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds)); }
+
+}  // namespace kova::cmd

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+
+namespace kova::engine {
+class Drawing;
+}
+
+namespace kova::cmd::commands {
+
+/// The line with which OPEN and SAVEAS give up when they would need the file dialog; empty: the name can be typed.
+std::string dialogRefusal(const engine::Drawing& drawing, const char* command);
+
+/// A typed path, without the double quotes that may stand round it.
+std::string typedPath(const std::string& line);
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "cmd/dialogue.hpp"
+
+namespace kova::cmd::commands {
+
+/// The dialogue of saved layer states: list, save, restore, rename, delete. `changing` is called before the first
+/// change, so that the caller can open its undo group.
+Task<void> layerStateDialogue(Ask& ask, doc::Document& document, std::function<void()> changing);
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,66 @@
+#include "cmd/commands/variable_prompt.hpp"
+#include "cmd/format.hpp"
+#include "cmd/registry.hpp"
+#include "cmd/wildcards.hpp"
+
+namespace kova::cmd::commands {
+
+namespace {
+
+class SetvarTool final : public DialogueTool {
+public:
+    /// `last`: the variable that Enter at the name takes, kept by the command.
+    explicit SetvarTool(const engine::SysVarDef*& last) : last_(last) {}
+
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        for (;;) {
+            std::string prompt = "Enter variable name or [?]";
+            if (last_ != nullptr) prompt += " <" + std::string(last_->name) + ">";
+            const Answer answer = co_await ask.text(prompt + ":", "?");
+            if (answer.is("?")) {
+                const Answer filter = co_await ask.text("Enter variable(s) to list <*>:");
+                list(filter.isEnter() ? "*" : filter.text);
+                co_return;
+            }
+            if (answer.isEnter() && last_ == nullptr) co_return;
+            if (!answer.isEnter()) {
+                const engine::SysVarDef* def = engine::findSysVar(trimmed(answer.text));
+                if (def == nullptr) {
+                    message("Unknown variable name " + quoted(trimmed(answer.text)) + ".");
+                    continue;
+                }
+                last_ = def;
+            }
+            co_return co_await editVariable(ask, document(), *last_, "SETVAR");
+        }
+    }
+
+private:
+    void list(const std::string& filter) const {
+        std::size_t count = 0;
+        for (const engine::SysVarDef& def : engine::sysVarTable()) {
+            if (!matchesWildcards(def.name, filter)) continue;
+            ++count;
+            message(variableLine(drawing(), def));
+        }
+        if (count == 0) message("No matching names found.");
+    }
+
+    const engine::SysVarDef*& last_;
+};
+
+class SetvarCommand final : public Command {
+public:
+    SetvarCommand() : Command("SETVAR", "Set Variable", "Settings", {"SET"}) {}
+    std::unique_ptr<Tool> createTool() override { return std::make_unique<SetvarTool>(last_); }
+
+private:
+    const engine::SysVarDef* last_ = nullptr;
+};
+
+}  // namespace
+
+KOVA_REGISTER_COMMAND(SetvarCommand)
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,28 @@
+#include "cmd/text_file.hpp"
+
+#include <filesystem>
+#include <fstream>
+
+namespace kova::cmd {
+
+namespace {
+constexpr std::uintmax_t kMaxBytes = 256u << 20;
+}
+
+std::optional<std::string> readTextFile(const std::string& path) {
+    std::error_code error;
+    // Only regular files have an end that is sure to come.
+    if (!std::filesystem::is_regular_file(path, error) || error) return std::nullopt;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size > kMaxBytes) return std::nullopt;
+    std::ifstream file(path, std::ios::binary);
+    if (!file) return std::nullopt;
+    std::string text(static_cast<std::size_t>(size), '\0');
+    file.read(text.data(), static_cast<std::streamsize>(text.size()));
+    if (file.bad()) return std::nullopt;
+    text.resize(static_cast<std::size_t>(file.gcount()));
+    if (text.starts_with("\xEF\xBB\xBF")) text.erase(0, 3);
+    return text;
+}
+
+}  // namespace kova::cmd
