@@ -4,6 +4,8 @@
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include <QtGlobal>
+#include <QString>
 #include <filesystem>
 
 #include "cli/output.hpp"
@@ -42,6 +44,14 @@ void setUpLogging(const LogSettings& settings) {
     logger->set_level(spdlog::level::debug);
     logger->flush_on(spdlog::level::warn);
     spdlog::set_default_logger(std::move(logger));
+    // Qt's own remarks (no runtime directory, a missing plugin ...) are for the log, not for the user's terminal.
+    qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString& text) {
+        const auto level = type == QtDebugMsg || type == QtInfoMsg ? spdlog::level::debug
+                           : type == QtWarningMsg                  ? spdlog::level::info
+                                                                   : spdlog::level::err;
+        spdlog::log(level, "{}", text.toStdString());
+        if (type == QtFatalMsg) printError(text.toStdString());
+    });
 }
 
 }  // namespace kova::cli

@@ -50,6 +50,9 @@ public:
     /// An entity without any shape passes neither test.
     bool passes(const engine::Entity& entity);
 
+    /// What has been fed by hand since the last passes() touches the region.
+    bool touched() const { return touched_; }
+
     using OutlineSink::fill;
     using OutlineSink::stroke;
     void stroke(engine::PathView path, const engine::OutlineStyle& style,

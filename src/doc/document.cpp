@@ -58,6 +58,11 @@ void Document::endGroup() {
     }
     if (!open_) return;
     closing();
+    if (open_->actions.empty()) {
+        // A command that changed nothing leaves no trace: no entry, no flag, and what can be redone stays.
+        open_.reset();
+        return;
+    }
     history_.push(std::move(open_));
     compactLists();
     modified_ = true;

@@ -273,6 +273,8 @@ void PainterSink::drawWide(Figure& figure, const Look& look, const engine::Strok
     }
     painter_.fillPath(area, look.color);
     // A taper that comes to nothing must not vanish before its end.
+    const bool thin = std::any_of(line.begin(), line.end(), [](const WidePoint& p) { return p.widthIn < 1.0 || p.widthOut < 1.0; });
+    if (!thin) return;
     Look hair = look;
     hair.width = 1.0;
     usePen(hair);

@@ -277,5 +277,23 @@ TEST_F(DocumentGroups, NewDrawingStartsAfresh) {
     EXPECT_TRUE(document.undo());
 }
 
+TEST(Document, AGroupWithoutActionsLeavesNoTrace) {
+    Document document;
+    addLine(document);
+    document.undo();
+    document.setModified(false);
+    int signals = 0;
+    QObject::connect(&document, &Document::documentModified, &document, [&] { ++signals; });
+    document.beginGroup("LIST");
+    document.beginGroup("nested");
+    document.endGroup();
+    document.endGroup();
+    EXPECT_FALSE(document.isGroupOpen());
+    EXPECT_FALSE(document.isModified());
+    EXPECT_FALSE(document.history().canUndo());
+    EXPECT_TRUE(document.history().canRedo());
+    EXPECT_EQ(signals, 0);
+}
+
 }  // namespace
 }  // namespace kova::doc

@@ -243,6 +243,7 @@ TEST(DimensionText, Angles) {
 TEST(DimensionText, TolerancesAndLimits) {
     DimStyle s;
     s.showTolerance = true;
+    s.toleranceVertical = 1;
     s.tolerancePlus = s.toleranceMinus = 0.1;
     EXPECT_EQ(plain(s, 25), "25±0.1");
     s.toleranceZeros = 0;
@@ -261,14 +262,15 @@ TEST(DimensionText, TolerancesAndLimits) {
 
     s = {};
     s.showLimits = true;
+    s.toleranceVertical = 2;
     s.tolerancePlus = 0.1;
     s.toleranceMinus = 0.25;
-    EXPECT_EQ(dimTextContent(s, {.value = 25, .prefix = "R"}), "{\\A1;\\SR25.1^ R24.75;}");
+    EXPECT_EQ(dimTextContent(s, {.value = 25, .prefix = "R"}), "{\\A2;\\SR25.1^ R24.75;}");
     // Fractions and affixes cannot break the stack.
     s.linearUnitFormat = 5;
     s.postfix = ";x";
-    EXPECT_EQ(dimTextContent(s, {.value = 25}), "{\\A1;\\S25\\;x^ 24 3\\/4\\;x;}");
-    EXPECT_EQ(plain(s, 25), "25;x/24 3/4;x");
+    EXPECT_EQ(dimTextContent(s, {.value = 25}), "{\\A2;\\S25\\;x^ 24 3\\/4\\;x;}");
+    EXPECT_EQ(plain(s, 25), "25;x 24 3/4;x");
 }
 
 TEST(DimensionText, AlternateUnits) {
@@ -278,8 +280,8 @@ TEST(DimensionText, AlternateUnits) {
     s.altDecimals = 1;
     s.altPostfix = "[]\"";
     EXPECT_EQ(plain(s, 254), "254 [10.0\"]");
-    s.altRounding = 4;
-    EXPECT_EQ(plain(s, 254), "254 [12.0\"]");
+    s.altRounding = 3;
+    EXPECT_EQ(plain(s, 254), "254 [9.0\"]");
     s.altRounding = 0;
     s.postfix = "<>\\X";  // below the line
     EXPECT_EQ(plain(s, 254), "254\n[10.0\"]");
@@ -324,7 +326,7 @@ TEST(DimensionText, OfTheKinds) {
     DimensionEntity d = linear({0, 0}, {20, 0}, {0, 9});
     d.styleOverrides = {{"DIMDEC", 1}, {"DIMZIN", 0}, {"DIMTOL", 1}, {"DIMTP", 0.2}, {"NOSUCH", 7}};
     d.nameOverrides = {{"DIMPOST", "<>cm"}};
-    EXPECT_EQ(d.text(), "20.0cm+0.2cm/ 0cm");
+    EXPECT_EQ(d.text(), "20.0cm+0.2cm  0cm");
 }
 
 // Lines of linear dimensions ---------------------------------------------------------------------------------------
@@ -594,6 +596,11 @@ TEST(DimensionLayout, Angular) {
     EXPECT_LT(parted[0].second, 45);
     EXPECT_GT(parted[1].first, 45);
     EXPECT_NEAR(parted[0].second + parted[1].first, 90, 1e-6);
+
+    // Text within a reflex arc stays clear of it: the arc is whole.
+    p = layoutDimension(angular({0, 0}, {10, 0}, {0, 10}, {-12, -12}));
+    EXPECT_EQ(arcs(p, DimPart::DimLine).size(), 1u);
+    for (const Vector2& corner : p.textBox()) EXPECT_LT(corner.length(), std::hypot(12, 12) - 0.5);
 
     // A small angle: arrows outside.
     p = layoutDimension(angular({0, 0}, {20, 0}, {20, 0.5}, {20, 0.2}));

@@ -55,7 +55,7 @@ TEST(Units, LinearFormats) {
         {6, kEngineering, 1, kZeroFeetInchesShown, "0'-6.0\""},
         {11.9999, kEngineering, 2, kZeroFeetInchesShown, "1'-0.00\""},
         {-143.999, kEngineering, 1, kZeroFeetHidden, "-12'-0.0\""},
-        {1e20, kEngineering, 0, 0, "8333333333333333504'"},
+        {1e20, kEngineering, 0, 0, "8333333333333332992'"},
         // Architectural.
         {15.5, kArchitectural, 4, 0, "1'-3 1/2\""},
         {12.5, kArchitectural, 4, 0, "1'-0 1/2\""},

@@ -22,7 +22,7 @@ void fillTable(Table<Record>& table, int seed) {
 
 /// What the general filling cannot know: edges of every sort.
 void completeEntity(Entity& entity) {
-    if (auto* hatch = dynamic_cast<HatchEntity*>(&entity)) {
+    if (entity.type() == EntityType::Hatch) {
         HatchLoop polyline;
         polyline.vertices = {{0, 0}, {4, 0}, {4, 4}};
         polyline.bulges = {0.0, 0.5, -0.25};
@@ -38,7 +38,7 @@ void completeEntity(Entity& entity) {
         spline.endTangent = {0.6, -0.8};
         edges.edges = {HatchLineEdge{{4, 0}, {5, 0}}, HatchArcEdge{{5, 1}, 1.0, 0.25, 2.5},
                        HatchEllipseEdge{{1, 1}, {2, 0}, {0, 1}, 0.5, 3.0}, spline, HatchLineEdge{{1, 2}, {0, 0}}};
-        hatch->loops = {polyline, edges};
+        static_cast<HatchEntity&>(entity).loops = {polyline, edges};
     }
 }
 
@@ -58,7 +58,7 @@ XData sampleXdata() {
 }
 
 void fillEntities(EntityList& list, int seed) {
-    for (int t = 0; t < kEntityTypeCount; ++t) list.append(filledEntity(static_cast<EntityType>(t), seed + t * 40));
+    for (int t = 0; t < kEntityTypeCount; ++t) addFilledEntity(list, static_cast<EntityType>(t), seed + t * 40);
 }
 
 }  // namespace
@@ -70,6 +70,13 @@ std::unique_ptr<Entity> filledEntity(EntityType type, int seed) {
     entity->describe(fill);
     completeEntity(*entity);
     entity->setXdata(sampleXdata());
+    return entity;
+}
+
+Entity& addFilledEntity(EntityList& list, EntityType type, int seed) {
+    Entity& entity = list.append(filledEntity(type, seed));
+    // Loading makes the layers that entities name.
+    list.drawing()->layers.ensure(entity.layer);
     return entity;
 }
 

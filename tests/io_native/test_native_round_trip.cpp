@@ -51,7 +51,7 @@ TEST_P(KindRoundTrip, KeepsEveryField) {
     Drawing drawing;
     const Entity& plain = drawing.modelSpace().append(makeEntity(type));
     for (int seed = 0; seed < 3; ++seed) {
-        const Entity& filled = drawing.modelSpace().append(test::filledEntity(type, seed * 7));
+        const Entity& filled = test::addFilledEntity(drawing.modelSpace(), type, seed * 7);
         // A field that filling left at its default is not tested.
         const auto before = test::fieldsOf(plain);
         const auto after = test::fieldsOf(filled);

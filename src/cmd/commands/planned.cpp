@@ -265,7 +265,7 @@ constexpr PlannedRow kPlanned[] = {
     {"TEXTMASK", "Mask Text", "Modify", false},
     {"TEXTTOFRONT", "Annotation to Front", "Modify", true},
     {"TEXTUNMASK", "Unmask Text", "Modify", false},
-    {"THEME", "Theme", "View", true, "COLORTHEME"},
+    {"THEME", "Theme", "View", true},
     {"TOLERANCE", "Tolerance", "Annotate", false, "TOL"},
     {"TOOLBAR", "Toolbar", "View", true, "TO"},
     {"TOOLPALETTES", "Tool Palettes", "Tools", true, "TP"},
@@ -323,7 +323,9 @@ public:
     bool isAvailable() const override { return false; }
     bool isInteractive() const override { return !oneShot_; }
     void execute(CommandContext& context) override { context.message(notYet(name())); }
-    std::unique_ptr<Tool> createTool() override { return std::make_unique<PlannedTool>(name()); }
+    std::unique_ptr<Tool> createTool() override {
+        return oneShot_ ? nullptr : std::make_unique<PlannedTool>(name());
+    }
 
 private:
     bool oneShot_;

@@ -9,6 +9,8 @@ using math::Vector2;
 
 namespace {
 
+constexpr double kNowhere = std::numeric_limits<double>::infinity();
+
 /// Angular and arc length dimensions. Places on the arc are lengths from its start.
 class AngularLayout {
 public:
@@ -98,7 +100,14 @@ private:
         const int side = b.textSide(tangent, rotation);
         const Vector2 out = math::unitAt(radial);
         const Vector2 up = side == 2 ? out : math::unitAt(readableAngle(tangent) + math::kPi / 2);
-        b.placeText(at(t) + up * b.textOffset(side, tangent, rotation), rotation);
+        double offset = b.textOffset(side, tangent, rotation);
+        if (side != 0 && (up * offset).dot(out) < 0.0) {
+            // Within the arc, whose ends come towards the corners of the text.
+            const double half = std::min(b.halfExtent(tangent, rotation) + b.gap, f.radius);
+            const double rise = f.radius - std::sqrt(f.radius * f.radius - half * half);
+            offset += offset < 0.0 ? -rise : rise;
+        }
+        b.placeText(at(t) + up * offset, rotation);
         return side == 0;
     }
 
@@ -131,24 +140,23 @@ private:
         const bool endTick = f.swapped ? b.ticks1 : b.ticks2;
         const double startGap = f.swapped ? b.arrowGap2() : b.arrowGap1();
         const double endGap = f.swapped ? b.arrowGap1() : b.arrowGap2();
-        const double low = startOff ? length / 2.0 : reachBack;
-        const double high = endOff ? length / 2.0 : std::max(length, reach);
+        const double half = length / 2.0;
         if (b.picture.arrowsInside) {
-            addArc(startOff ? low : std::min(reachBack, startTick ? 0.0 : startGap),
-                   endOff ? high : std::max(reach, endTick ? length : length - endGap));
+            addArc(startOff ? half : std::min(reachBack, startTick ? 0.0 : startGap),
+                   endOff ? half : std::max(reach, endTick ? length : length - endGap));
             if (!startOff) b.addArrow(at(0.0), arrowDirection(0.0, 1.0), f.swapped);
             if (!endOff) b.addArrow(at(length), arrowDirection(length, -1.0), !f.swapped);
             return;
         }
-        if (b.style().forceDimLineInside) addArc(startOff ? low : 0.0, endOff ? high : length);
+        if (b.style().forceDimLineInside) addArc(startOff ? half : 0.0, endOff ? half : length);
         if (suppressed) return;
         if (!startOff) {
             b.addArrow(at(0.0), arrowDirection(0.0, -1.0), f.swapped);
-            addArc(std::min(low, -2.0 * b.arrowSize), -startGap);
+            addArc(std::min(reachBack, -2.0 * b.arrowSize), -startGap);
         }
         if (!endOff) {
             b.addArrow(at(length), arrowDirection(length, 1.0), !f.swapped);
-            addArc(length + endGap, std::max(high, length + 2.0 * b.arrowSize));
+            addArc(length + endGap, std::max(reach, length + 2.0 * b.arrowSize));
         }
     }
 
@@ -167,8 +175,8 @@ private:
     DimensionBuilder& b;
     AngularFrame f;
     double length = 0.0;
-    double reach = 0.0;      ///< the arc is drawn out to here beyond its end
-    double reachBack = 0.0;  ///< and before its start
+    double reach = -kNowhere;     ///< the arc is drawn out to here beyond its end
+    double reachBack = kNowhere;  ///< and before its start
     bool wantsLeader = false;
     bool suppressed = false;
 };

@@ -9,6 +9,8 @@ using math::Vector2;
 
 namespace {
 
+constexpr double kNowhere = std::numeric_limits<double>::infinity();
+
 /// Lines of a linear dimension, as places along the dimension line from its first end.
 class LinearLayout {
 public:
@@ -179,9 +181,9 @@ private:
     LinearFrame f;
     double angle = 0.0;
     Vector2 up;
-    double extent = 0.0;     ///< of the text along the line
-    double reach = 0.0;      ///< the line is drawn out to here beyond its second end
-    double reachBack = 0.0;  ///< and beyond its first
+    double extent = 0.0;          ///< of the text along the line
+    double reach = -kNowhere;     ///< the line is drawn out to here beyond its second end
+    double reachBack = kNowhere;  ///< and beyond its first
     bool wantsLeader = false;
     bool suppressed = false;
 };
