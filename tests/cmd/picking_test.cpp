@@ -116,7 +116,7 @@ TEST(Picking, AreasTextsAndWideLines) {
     const auto point = c.add(engine::PointEntity(Vector2{500, 500})).id();
     EXPECT_EQ(box(c, {499, 499}, {501, 501}, false), Ids{point});
     EXPECT_EQ(polygon(c, {{499, 499}, {502, 499}, {499, 502}}, true), Ids{point});
-    EXPECT_EQ(polygon(c, {{499, 499}, {502, 499}, {499, 500.9}}, false), Ids{});
+    EXPECT_EQ(polygon(c, {{499, 499}, {502, 499}, {499, 500.1}}, false), Ids{});
 }
 
 TEST(Picking, FilledAreasCountInsideMasksByTheirFrame) {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "engine/entities/text_line.hpp"
 #include "engine/entity.hpp"
 #include "engine/path.hpp"
 
@@ -23,12 +24,14 @@ struct BlockAttribute {
     bool invisible = false;
     Name layer = commonNames().layerZero;
     Color color;
-    std::int32_t hAlign = 0;      ///< 0 left, 1 centre, 2 right, 3 aligned, 4 middle, 5 fit
-    std::int32_t vAlign = 0;      ///< 0 baseline, 1 bottom, 2 middle, 3 top
-    std::int32_t generation = 0;  ///< 2 backward, 4 upside down
+    std::int32_t hAlign = kHAlignLeft;      ///< TextHAlign
+    std::int32_t vAlign = kVAlignBaseline;  ///< TextVAlign
+    std::int32_t generation = 0;            ///< TextGeneration bits
     double widthFactor = 1.0;
     double oblique = 0.0;  ///< radians
 
+    /// The view of it that measuring and drawing take; valid while it stands unchanged.
+    TextLine line() const;
     void describe(FieldVisitor& v);
 };
 
@@ -56,7 +59,7 @@ class BlockReferenceEntity final : public Entity {
     bool clipEnabled = true;                       ///< counts only while there is a boundary
     std::map<std::string, double> dynParamValues;  ///< by parameter name
     std::map<std::string, double> dynFlipValues;   ///< by parameter name; 0 or 1
-    std::string activeVisibilityState;             ///< empty: all of the block is shown
+    std::string activeVisibilityState;             ///< empty: the block's own default
 
     /// The definition of that name in the drawing that holds the reference; null when there is none.
     const Block* block() const;
@@ -77,8 +80,15 @@ class BlockReferenceEntity final : public Entity {
         return const_cast<BlockReferenceEntity*>(this)->findAttribute(tag);
     }
 
+    /// Extents under a further map, as they are needed inside another block.
+    math::Bounds2 boundsUnder(const math::Matrix4& m) const;
+
 private:
-    math::Bounds2 contentBounds(const Block& definition) const;
+    /// Calls place(matrix) for the copies of the grid that differ; ends early when place gives false.
+    template <class Place>
+    void forEachCopy(const Block& definition, const Place& place) const;
+    void emitAttributes(OutlineSink& sink, const OutlineStyle& style) const;
+    bool showsAttribute(const BlockAttribute& attribute) const;
 };
 
 // Limits of what one reference may draw, so that hostile or damaged drawings stay usable.

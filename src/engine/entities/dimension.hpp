@@ -100,7 +100,7 @@ class DimensionEntity final : public Entity {
     /// The style in force: the named style, else "Standard", with the four size members and the overrides of this
     /// dimension.
     DimStyle style() const;
-    /// The measured value: drawing units without DIMLFAC, or radians.
+    /// The measured value, never negative: drawing units without DIMLFAC, or radians. 0 for degenerate input.
     double measurement() const;
     /// The text as it is displayed, without formatting codes; '\n' between lines.
     std::string text() const;

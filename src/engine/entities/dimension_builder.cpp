@@ -289,6 +289,7 @@ DimensionBuilder::Fit DimensionBuilder::fit(double length, double textLength) co
 }
 
 void DimensionBuilder::placeText(const Vector2& middle, double rotation) {
+    if (!middle.is_finite() || !std::isfinite(rotation)) return;
     picture.textMiddle = middle;
     picture.textRotation = rotation;
     placed_ = true;
@@ -296,7 +297,12 @@ void DimensionBuilder::placeText(const Vector2& middle, double rotation) {
 
 // Lines ------------------------------------------------------------------------------------------------------------
 
-void DimensionBuilder::addPath(DimPart part, Path path) { picture.strokes.push_back({part, std::move(path)}); }
+void DimensionBuilder::addPath(DimPart part, Path path) {
+    // Coordinates near the limits of numbers overflow on the way here.
+    for (const PathElement& e : path.view())
+        if (!e.p.is_finite() || !e.a.is_finite() || !e.b.is_finite() || !e.center.is_finite()) return;
+    picture.strokes.push_back({part, std::move(path)});
+}
 
 void DimensionBuilder::addLine(DimPart part, const Vector2& a, const Vector2& b) {
     if (a.near_equal(b, 1e-12) || !a.is_finite() || !b.is_finite()) return;
@@ -368,7 +374,7 @@ void DimensionBuilder::addExtension(DimPart part, const Vector2& origin, const V
 }
 
 void DimensionBuilder::addArrow(const Vector2& tip, const Vector2& direction, bool second) {
-    if (!(arrowSize > 0.0) || direction == Vector2{}) return;
+    if (!(arrowSize > 0.0) || direction == Vector2{} || !direction.is_finite() || !tip.is_finite()) return;
     picture.arrows.push_back({tip, direction, arrowSize, second ? arrow2 : arrow1});
 }
 

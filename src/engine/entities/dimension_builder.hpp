@@ -16,7 +16,7 @@ public:
     const DimStyle& style() const { return picture.style; }
 
     // Sizes in drawing units, DIMSCALE applied.
-    double arrowSize = 0.0;  ///< length of an arrow along its line; of ticks half of their block's size
+    double arrowSize = 0.0;  ///< of the arrow blocks; a tick of DIMTSZ is a block twice as large
     double textHeight = 0.0;
     double gap = 0.0;  ///< DIMGAP without its sign
     double extGap = 0.0;

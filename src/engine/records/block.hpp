@@ -92,16 +92,41 @@ struct Block {
 
     /// Anonymous blocks ("*D12", "*U3") belong to dimensions, tables and dynamic references.
     bool isAnonymous() const { return !name.empty() && name.view().front() == '*'; }
-    /// Extents of the contents in block coordinates; kept until an entity changes.
+    /// Extents of the contents as references show them (attribute definitions are not shown), in block coordinates;
+    /// kept until an entity changes.
     math::Bounds2 extents() const;
+    /// The same under an affine map of block coordinates, exact also for turned contents. `visible` (null: all) tells
+    /// by position among the live entities which count.
+    math::Bounds2 extents(const math::Matrix4& m, const std::vector<bool>* visible = nullptr) const;
+    /// Holds rays or construction lines, itself or through references: its shape reaches beyond its extents.
+    bool hasUnbounded() const;
+    /// Which entities a visibility state shows, by position among the live entities; nothing when all are shown. An
+    /// empty or unknown name takes the state that the block's visibility parameter names.
+    std::optional<std::vector<bool>> visibleEntities(std::string_view state) const;
     /// Fields before the entities, and those of the dynamic part behind them.
     void describeHead(FieldVisitor& v);
     void describeDynamic(FieldVisitor& v);
 
 private:
+    /// Extents under the linear part of a map, without its translation.
+    struct Placed {
+        double xx, xy, yx, yy;
+        math::Bounds2 box;
+    };
+    void refreshCache() const;
+    math::Bounds2 measure(const math::Matrix4* m, const std::vector<bool>* visible) const;
+
     mutable math::Bounds2 extents_;
-    mutable std::uint64_t extentsRevision_ = ~std::uint64_t{0};
-    mutable bool measuring_ = false;
+    mutable const Drawing* cacheDrawing_ = nullptr;
+    mutable std::uint64_t cacheRevision_ = 0;  ///< of the own list, or of the drawing when other blocks count too
+    mutable bool selfContained_ = false;
+    mutable bool measured_ = false;
+    mutable bool unbounded_ = false;
+    mutable std::vector<Placed> placed_;
+    mutable std::size_t nextPlaced_ = 0;
 };
+
+/// The box around the corners of a box under a map; empty for an empty box.
+math::Bounds2 boundsUnder(const math::Bounds2& box, const math::Matrix4& m);
 
 }  // namespace kova::engine

@@ -16,7 +16,7 @@ inline constexpr int kMaxWriteDepth = 400;
 /// Writes the fields of a record as members of the object that is open in the writer.
 ///
 /// A number that is not finite is left out where it is optional, and is 0 otherwise: the file loads again.
-class RecordWriter final : public engine::FieldVisitor {
+class RecordWriter : public engine::FieldVisitor {
 public:
     explicit RecordWriter(JsonWriter& out) : out_(out) {}
 

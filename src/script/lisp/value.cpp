@@ -250,6 +250,7 @@ SymbolTable::SymbolTable() {
 SymbolTable::~SymbolTable() {
     // Values may hold code that names other symbols: let go of all values while every symbol stands.
     for (auto& [name, symbol] : symbols_) symbol->value = Value();
+    for (auto& [name, symbol] : symbols_) Heap::release(sizeof(Symbol) + name.size());
 }
 
 Symbol* SymbolTable::intern(std::string_view name) {
@@ -288,19 +289,23 @@ bool eqValues(const Value& a, const Value& b) {
 }
 
 bool equalValues(const Value& a, const Value& b, double fuzz) {
+    const auto near = [fuzz](double x, double y) { return x == y || std::abs(x - y) <= fuzz; };
+    // Structures that share their parts can be far larger than their memory.
+    constexpr std::size_t kMaxPairs = 100'000'000;
+    std::size_t pairs = 0;
     std::vector<std::pair<const Value*, const Value*>> waiting{{&a, &b}};
     while (!waiting.empty()) {
         auto [x, y] = waiting.back();
         waiting.pop_back();
         while (x->isCons() && y->isCons()) {
             if (x->object() == y->object()) break;
+            if (++pairs > kMaxPairs) throw LispError("EQUAL: the lists are too large");
             const Value& hx = x->car();
             const Value& hy = y->car();
             if (hx.isCons() && hy.isCons()) {
                 waiting.emplace_back(&hx, &hy);
             } else if (hx.isNumber() && hy.isNumber()) {
-                const double d = hx.number() - hy.number();
-                if (!(std::abs(d) <= fuzz)) return false;
+                if (!near(hx.number(), hy.number())) return false;
             } else if (!eqValues(hx, hy)) {
                 return false;
             }
@@ -309,7 +314,7 @@ bool equalValues(const Value& a, const Value& b, double fuzz) {
         }
         if (x->isCons() && y->isCons()) continue;
         if (x->isNumber() && y->isNumber()) {
-            if (!(std::abs(x->number() - y->number()) <= fuzz)) return false;
+            if (!near(x->number(), y->number())) return false;
         } else if (!eqValues(*x, *y)) {
             return false;
         }

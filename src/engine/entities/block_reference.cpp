@@ -1,0 +1,327 @@
+#include "engine/entities/block_reference.hpp"
+
+#include "engine/drawing.hpp"
+#include "engine/entities/block_nesting.hpp"
+#include "engine/entities/object_plane.hpp"
+#include "engine/outline.hpp"
+#include "math/angles.hpp"
+
+namespace kova::engine {
+
+using math::Bounds2;
+using math::Matrix4;
+using math::Vector2;
+using math::Vector3;
+
+namespace {
+
+/// A scale that can be drawn: nothing is gained by collapsing the block to a line.
+double drawnScale(double scale) { return scale == 0.0 || !std::isfinite(scale) ? 1.0 : scale; }
+
+double finiteOr(double value, double fallback) { return std::isfinite(value) ? value : fallback; }
+
+}  // namespace
+
+void BlockAttribute::describe(FieldVisitor& v) {
+    v.text("tag", tag);
+    v.text("value", value);
+    v.point("pos", position);
+    v.length("textHeight", textHeight);
+    v.angle("rotation", rotation);
+    v.name("textStyle", textStyle);
+    v.boolean("invisible", invisible);
+    v.name("layer", layer);
+    v.color("color", color);
+    v.integer("hAlign", hAlign);
+    v.integer("vAlign", vAlign);
+    v.integer("generation", generation);
+    v.number("widthFactor", widthFactor);
+    v.angle("oblique", oblique);
+}
+
+TextLine BlockAttribute::line() const {
+    TextLine l;
+    l.content = value;
+    l.position = position;
+    l.height = textHeight;
+    l.rotation = rotation;
+    l.hAlign = hAlign;
+    l.vAlign = vAlign;
+    l.textStyle = textStyle;
+    l.widthFactor = widthFactor;
+    l.oblique = oblique;
+    l.generation = generation;
+    return l;
+}
+
+void BlockReferenceEntity::describe(FieldVisitor& v) {
+    v.name("blockName", blockName);
+    v.point("insert", insert);
+    v.number("scaleX", scaleX);
+    v.number("scaleY", scaleY);
+    // Written only when it differs from what it would be by itself.
+    double z = v.reading() ? std::numeric_limits<double>::quiet_NaN() : effectiveScaleZ();
+    v.number("scaleZ", z, std::abs(scaleX));
+    if (v.reading()) scaleZ = std::isnan(z) ? std::nullopt : std::optional<double>(z);
+    v.angle("rotation", rotation);
+    v.integer("rows", rows);
+    v.integer("columns", columns);
+    v.length("rowSpacing", rowSpacing);
+    v.length("columnSpacing", columnSpacing);
+    v.objects("attributes", attributes, true);
+    v.points("clipBoundary", clipBoundary, true);
+    v.boolean("clipInverted", clipInverted, false);
+    v.boolean("clipEnabled", clipEnabled, true);
+    v.numberMap("dynParamValues", dynParamValues);
+    v.numberMap("dynFlipValues", dynFlipValues);
+    v.text("activeVisibilityState", activeVisibilityState, "");
+}
+
+const Block* BlockReferenceEntity::block() const {
+    const Drawing* d = drawing();
+    return d != nullptr ? d->findBlock(blockName) : nullptr;
+}
+
+Matrix4 BlockReferenceEntity::blockMatrix(const Block& definition, std::int32_t row, std::int32_t column) const {
+    const double sx = drawnScale(scaleX);
+    return objectPlane(*this) * Matrix4::translation(insert) * Matrix4::rotation_z(finiteOr(rotation, 0.0)) *
+           Matrix4::translation(finiteOr(columnSpacing, 0.0) * column, finiteOr(rowSpacing, 0.0) * row) *
+           Matrix4::scaling(sx, drawnScale(scaleY), drawnScale(scaleZ.value_or(std::abs(sx)))) *
+           Matrix4::translation(-definition.base);
+}
+
+Matrix4 BlockReferenceEntity::blockMatrix(std::int32_t row, std::int32_t column) const {
+    if (const Block* definition = block()) return blockMatrix(*definition, row, column);
+    return blockMatrix(Block(blockName), row, column);
+}
+
+std::vector<Vector2> BlockReferenceEntity::clipPolygon() const {
+    if (!isClipped()) return {};
+    if (clipBoundary.size() > 2) return clipBoundary;
+    const Vector2 a = clipBoundary[0];
+    const Vector2 b = clipBoundary[1];
+    return {a, {b.x, a.y}, b, {a.x, b.y}};
+}
+
+BlockAttribute* BlockReferenceEntity::findAttribute(std::string_view tag) {
+    for (BlockAttribute& a : attributes)
+        if (equalNoCase(a.tag, tag)) return &a;
+    return nullptr;
+}
+
+bool BlockReferenceEntity::showsAttribute(const BlockAttribute& attribute) const {
+    std::int32_t mode = 1;  // ATTMODE: 0 none is shown, 1 as they say themselves, 2 all are shown
+    if (const Drawing* d = drawing()) {
+        const auto it = d->integerVariables.find(std::string_view("ATTMODE"));
+        if (it != d->integerVariables.end()) mode = it->second;
+    }
+    return mode == 2 || (mode != 0 && !attribute.invisible);
+}
+
+// Extents ---------------------------------------------------------------------------------------------------
+
+Bounds2 BlockReferenceEntity::boundsUnder(const Matrix4& m) const {
+    Bounds2 box;
+    if (const Block* definition = block()) {
+        const std::optional<std::vector<bool>> visible = definition->visibleEntities(activeVisibilityState);
+        const Matrix4 first = m * blockMatrix(*definition);
+        const Bounds2 copy = definition->extents(first, visible ? &*visible : nullptr);
+        if (!copy.is_empty()) {
+            // Copies differ by a translation, so the corners of the grid tell the extents of all of it.
+            box = copy;
+            for (const auto& [row, column] : {std::pair{rowCount() - 1, 0}, std::pair{0, columnCount() - 1},
+                                              std::pair{rowCount() - 1, columnCount() - 1}}) {
+                const Matrix4 other = m * blockMatrix(*definition, row, column);
+                const Vector2 shift{other(0, 3) - first(0, 3), other(1, 3) - first(1, 3)};
+                if (shift.is_finite()) box.expand(Bounds2{copy.min + shift, copy.max + shift});
+            }
+        }
+        if (isClipped() && !clipInverted && !box.is_empty()) {
+            Bounds2 clip;
+            for (const Vector2& p : clipPolygon()) clip.expand(first.transform_point(p));
+            box = Bounds2{{std::max(box.min.x, clip.min.x), std::max(box.min.y, clip.min.y)},
+                          {std::min(box.max.x, clip.max.x), std::min(box.max.y, clip.max.y)}};
+            if (box.is_empty()) box = {};
+        }
+    }
+    if (attributes.empty()) return box;
+    const Matrix4 plane = m * objectPlane(*this);
+    const bool straight = plane(0, 1) == 0.0 && plane(1, 0) == 0.0;
+    for (const BlockAttribute& a : attributes) {
+        if (!showsAttribute(a) || a.value.empty()) continue;
+        if (straight) {
+            box.expand(engine::boundsUnder(textLineBounds(a.line(), drawing()), plane));
+        } else {
+            const TextLinePlacement placement = placeTextLine(a.line(), drawing());
+            if (!placement.valid) continue;
+            for (const Vector2& corner : placement.box()) box.expand(plane.transform_point(corner));
+        }
+    }
+    return box;
+}
+
+Bounds2 BlockReferenceEntity::bounds() const { return boundsUnder({}); }
+
+Vector2 BlockReferenceEntity::nearestPoint(const Vector2& p) const {
+    // Without anything to see, the insertion point stands for the reference.
+    if (bounds().is_empty()) return planFromObject(*this, insert);
+    return nearestOnOutline(*this, p);
+}
+
+double BlockReferenceEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
+
+// Editing ---------------------------------------------------------------------------------------------------
+
+void BlockReferenceEntity::transform(const Matrix4& m) {
+    const double alongNormal = m.transform_direction(normal()).length();
+    const double oldScaleZ = effectiveScaleZ();
+    const Matrix4 plane = transformObjectPlane(*this, m);
+
+    const Vector2 oldX = Vector2::from_angle(rotation);
+    const Vector2 oldY = oldX.perpendicular();
+    const Vector2 newX = plane.transform_direction(oldX);
+    const Vector2 newY = plane.transform_direction(oldY);
+    const double sx = drawnScale(scaleX);
+    const double sy = drawnScale(scaleY);
+    const double stretch = newX.length();
+    insert = plane.transform_point(insert);
+    for (BlockAttribute& a : attributes) {
+        a.position = plane.transform_point(a.position);
+        TextFrame frame{a.rotation, a.textHeight, a.widthFactor, a.oblique, a.generation};
+        transformTextFrame(frame, plane);
+        a.rotation = frame.rotation;
+        a.textHeight = frame.height;
+        a.widthFactor = frame.widthFactor;
+        a.oblique = frame.oblique;
+        a.generation = frame.generation;
+    }
+    if (stretch < math::kTolerance || !newX.is_finite() || !newY.is_finite()) return;
+
+    // A slant cannot be held; the y scale then keeps the area.
+    const double signedArea = newX.cross(newY);
+    double turnedX = sx * stretch;
+    double turnedY = sy * signedArea / stretch;
+    const Vector2 axis = newX / stretch;
+    double turn = std::atan2(oldX.cross(axis), oldX.dot(axis));
+    if (turn != 0.0) turn = math::normalizeAngle(rotation + turn) - rotation;
+    double angle = rotation + turn;
+    if (signedArea < 0.0) {
+        // Of the two ways to write a mirror image, the one that turns the block less.
+        const Vector2 direction = Vector2::from_angle(angle);
+        const bool left = direction.x < -1e-12 || (std::abs(direction.x) <= 1e-12 && direction.y < 0.0);
+        if (left) {
+            turnedX = -turnedX;
+            turnedY = -turnedY;
+            angle = math::normalizeAngle(angle + math::kPi);
+        }
+    }
+    const Vector2 gridX = Vector2::from_angle(angle);
+    columnSpacing = (newX * columnSpacing).dot(gridX);
+    rowSpacing = (newY * rowSpacing).dot(gridX.perpendicular());
+    rotation = angle;
+    scaleX = turnedX;
+    scaleY = turnedY;
+    const double newScaleZ = oldScaleZ * alongNormal;
+    scaleZ = std::abs(newScaleZ - std::abs(scaleX)) <= 1e-9 * std::abs(scaleX) ? std::nullopt
+                                                                               : std::optional<double>(newScaleZ);
+}
+
+std::vector<Vector2> BlockReferenceEntity::gripPoints() const {
+    std::vector<Vector2> grips{planFromObject(*this, insert)};
+    for (const BlockAttribute& a : attributes) grips.push_back(planFromObject(*this, a.position));
+    return grips;
+}
+
+void BlockReferenceEntity::moveGrip(std::size_t index, const Vector2& to) {
+    const std::optional<Vector2> target = objectFromPlan(*this, to);
+    if (!target || index > attributes.size()) return;
+    if (index > 0) {
+        attributes[index - 1].position = *target;
+        return;
+    }
+    const Vector2 shift = *target - insert;
+    insert = *target;
+    for (BlockAttribute& a : attributes) a.position += shift;
+}
+
+std::size_t BlockReferenceEntity::sizeInBytes() const {
+    std::size_t size = sizeof *this + extrasSize() + attributes.capacity() * sizeof(BlockAttribute) +
+                       clipBoundary.capacity() * sizeof(Vector2) +
+                       (dynParamValues.size() + dynFlipValues.size()) * 96 + activeVisibilityState.capacity();
+    for (const BlockAttribute& a : attributes) size += a.tag.capacity() + a.value.capacity();
+    return size;
+}
+
+// Emission --------------------------------------------------------------------------------------------------
+
+void emitBlock(const Block& block, const Matrix4& placement, OutlineSink& sink, const OutlineStyle& outer,
+               const std::vector<bool>* visible) {
+    BlockNesting nesting(BlockNesting::Purpose::Emit, block);
+    if (!nesting.entered()) return;
+    TransformSink placed(sink, placement);
+    std::size_t position = 0;
+    for (const Entity& e : block.entities) {
+        const std::size_t at = position++;
+        if (!e.visible || (visible != nullptr && (at >= visible->size() || !(*visible)[at]))) continue;
+        // References show the values of attributes, not their definitions.
+        if (e.type() == EntityType::AttributeDefinition) continue;
+        if (!nesting.takeEntity()) return;
+        const OutlineStyle style = nestedStyle(e, outer);
+        if (placed.wantsLayer(style.layer)) e.emit(placed, style);
+    }
+}
+
+template <class Place>
+void BlockReferenceEntity::forEachCopy(const Block& definition, const Place& place) const {
+    // Copies that fall on each other are one.
+    const std::int32_t lastRow = rowSpacing != 0.0 ? rowCount() : 1;
+    const std::int32_t lastColumn = columnSpacing != 0.0 ? columnCount() : 1;
+    for (std::int32_t row = 0; row < lastRow; ++row)
+        for (std::int32_t column = 0; column < lastColumn; ++column)
+            if (!place(blockMatrix(definition, row, column))) return;
+}
+
+void BlockReferenceEntity::emitAttributes(OutlineSink& sink, const OutlineStyle& style) const {
+    emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) {
+        for (const BlockAttribute& a : attributes) {
+            if (!showsAttribute(a) || a.value.empty()) continue;
+            OutlineStyle own = style;
+            if (a.layer != commonNames().layerZero) own.layer = a.layer;
+            if (a.color.method != ColorMethod::ByBlock) own.color = a.color;
+            if (plane.wantsLayer(own.layer)) emitTextLine(a.line(), drawing(), plane, own);
+        }
+    });
+}
+
+void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
+    const Block* definition = block();
+    if (definition == nullptr) {
+        emitAttributes(sink, style);
+        return;
+    }
+    BlockNesting nesting(BlockNesting::Purpose::Emit);
+    const bool clipped = isClipped();
+    if (clipped) {
+        const Matrix4 first = blockMatrix(*definition);
+        Path boundary;
+        std::vector<Vector2> polygon = clipPolygon();
+        for (Vector2& p : polygon) p = first.transform_point(p);
+        boundary.polygon(polygon);
+        sink.pushClip(boundary, clipInverted);
+    }
+    const std::optional<std::vector<bool>> visible = definition->visibleEntities(activeVisibilityState);
+    const bool unbounded = definition->hasUnbounded();
+    const Bounds2 box = definition->extents();
+    if (!box.is_empty() || unbounded) {
+        forEachCopy(*definition, [&](const Matrix4& m) {
+            if (!nesting.takePlacement()) return false;
+            if (unbounded || sink.wants(engine::boundsUnder(box, m)))
+                emitBlock(*definition, m, sink, style, visible ? &*visible : nullptr);
+            return true;
+        });
+    }
+    emitAttributes(sink, style);
+    if (clipped) sink.popClip();
+}
+
+}  // namespace kova::engine

@@ -1,0 +1,122 @@
+#pragma once
+
+// What the DXF writer and the DXF reader must agree on: names, codes, and the layouts of the program's own data.
+//
+// Own data
+// --------
+// Fields of an entity or record that DXF has no group for are kept as "own data": one JSON object whose members are
+// the fields' names and values as in the native drawing file (see describe.hpp), holding only what the native groups of
+// the record do not give back exactly. A reader builds the record from its native groups first and then runs the own
+// data through the record's describe functions (applyOwnData): members that are there replace what was read. An
+// entity's object may hold common members ("elevation", "annotative" ...) and members of its kind side by side.
+//
+// Where the text stands:
+//   * entities, table records, dictionary objects: extended data `1001 APPLICATION`, then the text in pieces of at
+//     most kOwnPieceInXdata bytes, each a `1000` group. APPLICATION is ownApplication(kind) for entities, and
+//     kOwnRecordApplication for table records and objects (kTableStyleApplication, kLeaderStyleApplication for these
+//     styles). The first piece begins with "{": extended data of the same application that begins otherwise belongs
+//     to the user and is no own data. When the entity has extended data of that application already, the own data
+//     goes under kOwnFallbackApplication.
+//   * a text longer than kOwnXdataLimit bytes: an XRECORD in the record's extension dictionary under the application's
+//     name, `280 1`, then the pieces as `1` groups of at most kOwnPieceInXrecord bytes.
+//   * the drawing: an XRECORD in the root dictionary under kDrawingKey, in the same form. Its members are those of the
+//     native file's top level that have no other place: see "The drawing's own record" below.
+//   * attributes of a block reference (ATTRIB): none, all their fields are native.
+// Within the text a backslash before "U+" or "M+" is followed by the JSON escape of the letter, so that a reader that
+// resolves \U+XXXX in all texts leaves it whole.
+//
+// The drawing's own record (kDrawingKey in the root dictionary)
+// --------------------------------------------------------------
+//   "layerFilters", "shapeFiles", "snapBase", "dimStyleOverrides", "dimStyleNameOverrides", "hatchPatterns",
+//   "objectDictionary" (entries that a DXF dictionary cannot hold; see below), "appIds" (the drawing's own list, in its
+//   order), "currentUcs", "currentUcsAxes", "nextHandle", "systemVariables" (those without a header variable in
+//   kHeaderVariables), "layerStateExtras" (by state name: description, mask and entries with what XRECORDs cannot
+//   say), "currentColor", "properties", "currentView", "lastPoint", "tableOrder".
+//
+// Marks of records that the writer had to add
+// --------------------------------------------
+// A record that some other record names but the drawing does not hold (a linetype, a text style, a dimension style, a
+// block) is written with defaults and the own data {"placeholder":true}: a reader does not take it into its tables.
+// The pictures of dimensions ("*D1") and tables ("*T1") are anonymous blocks marked the same way on their
+// BLOCK_RECORD: readers of this program drop them and rebuild the picture.
+//
+// Blocks: own data on the BLOCK_RECORD holds the members of Block::describeHead and describeDynamic that BLOCK and
+// BLOCK_RECORD lack; its application is kDynamicBlockApplication when the block is dynamic.
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "engine/entity_type.hpp"
+
+namespace kova::io::dxf {
+
+// The stream --------------------------------------------------------------------------------------------------
+
+inline constexpr std::string_view kVersion = "AC1027";
+inline constexpr int kMaintenanceVersion = 125;
+inline constexpr std::string_view kSeedPlaceholder = "@@HANDSEED@@";
+
+/// A custom object class, as the CLASSES section lists it.
+struct ClassRow {
+    std::string_view record;
+    std::string_view className;
+    std::string_view application;
+    std::int32_t proxyFlags;
+    bool isEntity;
+};
+std::span<const ClassRow> classTable();
+
+/// The header variables that are written, in order, without "$". Codes stand in the system-variable table.
+std::span<const std::string_view> headerVariables();
+
+/// The lineweights that DXF knows, in hundredths of a millimetre, and the nearest of them (negative ones stay).
+std::int32_t nearestLineweight(std::int32_t lineweight);
+bool isLineweight(std::int32_t lineweight);
+
+// Own data ----------------------------------------------------------------------------------------------------
+
+inline constexpr std::string_view kOwnRecordApplication = "KOVA_FIELDS";
+inline constexpr std::string_view kOwnFallbackApplication = "KOVA_FIELDS";
+inline constexpr std::string_view kTableStyleApplication = "KOVA_TABLESTYLE";
+inline constexpr std::string_view kLeaderStyleApplication = "KOVA_LEADERSTYLE";
+inline constexpr std::string_view kDynamicBlockApplication = "KOVA_DYNBLOCK";
+inline constexpr std::string_view kDrawingKey = "KOVA_DRAWING";
+
+inline constexpr std::size_t kOwnPieceInXdata = 240;
+inline constexpr std::size_t kOwnPieceInXrecord = 2000;
+inline constexpr std::size_t kOwnXdataLimit = 8000;
+
+/// The application under which an entity of this kind keeps its own data.
+std::string_view ownApplication(engine::EntityType type);
+/// The applications that are registered in every file.
+std::span<const std::string_view> registeredApplications();
+/// True when extended data under this name may be own data (its first item then tells).
+bool isOwnApplication(std::string_view application);
+
+// Angles ------------------------------------------------------------------------------------------------------
+
+/// Radians as the text of degrees: the shortest text from which radiansFromDegrees() gives the same number again.
+/// `out` has room for 48 characters; returns the length. Not for infinite numbers.
+std::size_t degreesText(double radians, char* out);
+/// Radians from the text of degrees (more digits than a double holds count). False when the text is no number.
+bool radiansFromDegrees(std::string_view text, double& radians);
+/// The same from a value that was parsed already; exact for texts of up to 17 digits.
+double radiansFromDegrees(double degrees);
+
+// Transparency: group 440 and the layer's 1071 ------------------------------------------------------------------
+
+inline constexpr std::int32_t kTransparencyExplicit = 0x02000000;
+inline constexpr std::int32_t kTransparencyByBlock = 0x01000000;
+/// Percent (0..100) to the group's value and back.
+constexpr std::int32_t transparencyCode(std::int32_t percent) {
+    return kTransparencyExplicit | (255 * (100 - percent) / 100);
+}
+constexpr std::int32_t transparencyPercent(std::int32_t code) {
+    return (code & kTransparencyExplicit) != 0 ? (100 * 255 - (code & 0xFF) * 100 + 127) / 255 : 0;
+}
+
+}  // namespace kova::io::dxf

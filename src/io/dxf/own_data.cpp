@@ -1,0 +1,199 @@
+#include "io/dxf/own_data.hpp"
+
+#include "io/native/json_parser.hpp"
+
+namespace kova::io::dxf {
+
+using engine::Field;
+
+namespace {
+
+/// Keeps every member of the top-level object.
+class KeepAll final : public native::RecordSink {
+public:
+    bool wants(std::string_view) override { return true; }
+    void beginBlocks() override {}
+    void beginLayouts() override {}
+    void beginBlock() override {}
+    void endBlock(native::JsonTree::Index) override {}
+    void beginLayout() override {}
+    void endLayout(native::JsonTree::Index) override {}
+    void entity(native::JsonTree::Index) override {}
+};
+
+}  // namespace
+
+bool OwnFieldWriter::wanted(const Field& f) {
+    if (depth_ > 0) return true;
+    const bool chosen = std::find(keys_.begin(), keys_.end(), f.key) != keys_.end();
+    any_ = any_ || chosen;
+    return chosen;
+}
+
+void OwnFieldWriter::onNumber(const Field& f, double& v) {
+    if (wanted(f)) RecordWriter::onNumber(f, v);
+}
+
+void OwnFieldWriter::onInteger(const Field& f, std::int64_t& v) {
+    if (wanted(f)) RecordWriter::onInteger(f, v);
+}
+
+void OwnFieldWriter::onBoolean(const Field& f, bool& v) {
+    if (wanted(f)) RecordWriter::onBoolean(f, v);
+}
+
+void OwnFieldWriter::onText(const Field& f, std::string& v) {
+    if (wanted(f)) RecordWriter::onText(f, v);
+}
+
+void OwnFieldWriter::onName(const Field& f, engine::Name& v) {
+    if (wanted(f)) RecordWriter::onName(f, v);
+}
+
+void OwnFieldWriter::onHandle(const Field& f, std::uint64_t& v) {
+    if (wanted(f)) RecordWriter::onHandle(f, v);
+}
+
+void OwnFieldWriter::onColor(const Field& f, engine::Color& v) {
+    if (wanted(f)) RecordWriter::onColor(f, v);
+}
+
+void OwnFieldWriter::onPoint(const Field& f, math::Vector2& v) {
+    if (wanted(f)) RecordWriter::onPoint(f, v);
+}
+
+void OwnFieldWriter::onPoint3(const Field& f, math::Vector3& v) {
+    if (wanted(f)) RecordWriter::onPoint3(f, v);
+}
+
+void OwnFieldWriter::onPointObject(const Field& f, math::Vector2& v) {
+    if (wanted(f)) RecordWriter::onPointObject(f, v);
+}
+
+void OwnFieldWriter::onPointObject3(const Field& f, math::Vector3& v) {
+    if (wanted(f)) RecordWriter::onPointObject3(f, v);
+}
+
+void OwnFieldWriter::onPoints(const Field& f, std::vector<math::Vector2>& v) {
+    if (wanted(f)) RecordWriter::onPoints(f, v);
+}
+
+void OwnFieldWriter::onPoints3(const Field& f, std::vector<math::Vector3>& v) {
+    if (wanted(f)) RecordWriter::onPoints3(f, v);
+}
+
+void OwnFieldWriter::onNumbers(const Field& f, std::vector<double>& v) {
+    if (wanted(f)) RecordWriter::onNumbers(f, v);
+}
+
+void OwnFieldWriter::onIntegers(const Field& f, std::vector<std::int32_t>& v) {
+    if (wanted(f)) RecordWriter::onIntegers(f, v);
+}
+
+void OwnFieldWriter::onBooleans(const Field& f, std::vector<bool>& v) {
+    if (wanted(f)) RecordWriter::onBooleans(f, v);
+}
+
+void OwnFieldWriter::onHandles(const Field& f, std::vector<std::uint64_t>& v) {
+    if (wanted(f)) RecordWriter::onHandles(f, v);
+}
+
+void OwnFieldWriter::onTexts(const Field& f, std::vector<std::string>& v) {
+    if (wanted(f)) RecordWriter::onTexts(f, v);
+}
+
+void OwnFieldWriter::onNames(const Field& f, std::vector<engine::Name>& v) {
+    if (wanted(f)) RecordWriter::onNames(f, v);
+}
+
+void OwnFieldWriter::onIntegerLists(const Field& f, std::vector<std::vector<std::int32_t>>& v) {
+    if (wanted(f)) RecordWriter::onIntegerLists(f, v);
+}
+
+void OwnFieldWriter::onTextLists(const Field& f, std::vector<std::vector<std::string>>& v) {
+    if (wanted(f)) RecordWriter::onTextLists(f, v);
+}
+
+void OwnFieldWriter::onNumberMap(const Field& f, std::map<std::string, double>& v) {
+    if (wanted(f)) RecordWriter::onNumberMap(f, v);
+}
+
+void OwnFieldWriter::onTextMap(const Field& f, std::map<std::string, std::string>& v) {
+    if (wanted(f)) RecordWriter::onTextMap(f, v);
+}
+
+bool OwnFieldWriter::beginObject(const Field& f, bool present) {
+    if (!wanted(f) || !RecordWriter::beginObject(f, present)) return false;
+    ++depth_;
+    return true;
+}
+
+void OwnFieldWriter::endObject() {
+    --depth_;
+    RecordWriter::endObject();
+}
+
+bool OwnFieldWriter::beginList(const Field& f, std::size_t& count) {
+    if (!wanted(f) || !RecordWriter::beginList(f, count)) return false;
+    ++depth_;
+    return true;
+}
+
+void OwnFieldWriter::endList() {
+    --depth_;
+    RecordWriter::endList();
+}
+
+std::string ownDataOf(const engine::Entity& entity, const FieldKeys& common, const FieldKeys& own) {
+    if (common.empty() && own.empty()) return {};
+    native::JsonWriter out(-1);
+    auto& e = const_cast<engine::Entity&>(entity);  // the visitor only looks
+    out.beginObject();
+    OwnFieldWriter commonWriter(out, common);
+    if (!common.empty()) e.describeCommon(commonWriter);
+    OwnFieldWriter ownWriter(out, own);
+    if (!own.empty()) e.describe(ownWriter);
+    out.endObject();
+    return commonWriter.any() || ownWriter.any() ? out.take() : std::string();
+}
+
+void protectEscapes(std::string& json) {
+    // Two backslashes stand for one in the JSON text, so "\\\\U+" is what a text with \U+ looks like.
+    for (std::size_t at = 0; (at = json.find('+', at)) != std::string::npos; ++at) {
+        if (at < 2 || json[at - 2] != '\\' || (json[at - 1] != 'U' && json[at - 1] != 'M')) continue;
+        const char* escape = json[at - 1] == 'U' ? "\\u0055" : "\\u004d";
+        json.replace(at - 1, 1, escape);
+        at += 5;
+    }
+}
+
+bool OwnDataTree::parse(std::string_view json) {
+    try {
+        KeepAll sink;
+        const native::ParseOutcome outcome = native::parseDrawingText(json, tree_, sink);
+        if (!outcome.syntaxError.empty() || !outcome.otherError.empty() || outcome.otherSectionError) return false;
+        root_ = outcome.root;
+    } catch (const std::exception&) {
+        return false;
+    }
+    return root_ != native::JsonTree::kNone;
+}
+
+bool applyOwnData(std::string_view json, engine::Entity& entity) {
+    OwnDataTree data;
+    if (!data.parse(json)) return false;
+    try {
+        native::RecordReader reader(data.tree());
+        reader.readEntity(data.root(), entity);
+    } catch (const std::exception&) {
+        return false;
+    }
+    return true;
+}
+
+bool isPlaceholder(std::string_view json) {
+    OwnDataTree data;
+    return data.parse(json) && data.tree().find(data.root(), "placeholder") != native::JsonTree::kNone;
+}
+
+}  // namespace kova::io::dxf
