@@ -13,7 +13,7 @@ ALLOWED = {
     "render": ["math", "engine"],
     "io": ["math", "engine"],
     "io/native": ["math", "engine", "io"],
-    "io/dxf": ["math", "engine", "io"],
+    "io/dxf": ["math", "engine", "io", "io/native"],
     "io/dwg": ["math", "engine", "io", "io/dxf", "kdraw"],
     "kdraw": ["math"],
     "script/lisp": ["math", "engine", "doc", "cmd"],

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QMetaObject>
+#include <deque>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -45,6 +46,28 @@ ordered_json initializeResult(const json& params) {
             {"instructions", kInstructions}};
 }
 
+/// Values nested deeper than this are no message: what handles them works recursively.
+constexpr int kMaxDepth = 500;
+
+bool nestedTooDeeply(const std::string& line) {
+    int depth = 0;
+    bool quoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quoted) {
+            if (c == '\\') ++i;
+            else if (c == '"') quoted = false;
+        } else if (c == '"') {
+            quoted = true;
+        } else if (c == '[' || c == '{') {
+            if (++depth > kMaxDepth) return true;
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return false;
+}
+
 ordered_json failedTool(const std::string& text) {
     return {{"content", ordered_json::array({{{"type", "text"}, {"text", text}}})}, {"isError", true}};
 }
@@ -83,7 +106,7 @@ void writeAll(int out, std::string_view text) {
 }  // namespace
 
 std::string McpServer::handle(const std::string& line) {
-    const json message = json::parse(line, nullptr, false);
+    const json message = nestedTooDeeply(line) ? json() : json::parse(line, nullptr, false);
     if (!message.is_object()) return failure(nullptr, -32700, "Parse error");
     const auto member = [&](const char* key) { return message.contains(key) ? message[key] : json(); };
     const bool notification = !message.contains("id");
@@ -108,19 +131,56 @@ std::string McpServer::handle(const std::string& line) {
     return failure(id, -32601, "Method not found: " + method);
 }
 
+namespace {
+
+/// Handles posted lines one after another. A tool may let the event loop run, which delivers further lines: they wait
+/// until the one being handled has its reply.
+class LineQueue {
+public:
+    LineQueue(McpServer& server, int out) : server_(server), out_(out) {}
+
+    void post(std::string line) {
+        waiting_.push_back(std::move(line));
+        work();
+    }
+    /// Quits the application when all lines have their replies.
+    void end() {
+        ended_ = true;
+        work();
+    }
+
+private:
+    void work() {
+        if (busy_) return;
+        busy_ = true;
+        while (!waiting_.empty()) {
+            const std::string line = std::move(waiting_.front());
+            waiting_.pop_front();
+            std::string reply = server_.handle(line);
+            if (!reply.empty()) writeAll(out_, reply += '\n');
+        }
+        busy_ = false;
+        if (ended_) QCoreApplication::quit();
+    }
+
+    McpServer& server_;
+    int out_;
+    std::deque<std::string> waiting_;
+    bool busy_ = false;
+    bool ended_ = false;
+};
+
+}  // namespace
+
 int serveMcp(McpServer& server, int in, int out) {
     QCoreApplication* application = QCoreApplication::instance();
-    std::thread reader([&server, application, in, out] {
+    LineQueue queue(server, out);
+    std::thread reader([&queue, application, in] {
         readLines(in, [&](std::string line) {
             QMetaObject::invokeMethod(
-                application,
-                [&server, out, line = std::move(line)] {
-                    std::string reply = server.handle(line);
-                    if (!reply.empty()) writeAll(out, reply += '\n');
-                },
-                Qt::QueuedConnection);
+                application, [&queue, line = std::move(line)] { queue.post(line); }, Qt::QueuedConnection);
         });
-        QMetaObject::invokeMethod(application, [] { QCoreApplication::quit(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(application, [&queue] { queue.end(); }, Qt::QueuedConnection);
     });
     const int result = QCoreApplication::exec();
     reader.join();

@@ -1,5 +1,6 @@
 #include "cli/subcommands.hpp"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <QFile>
@@ -13,6 +14,7 @@
 #include "engine/sysvar.hpp"
 #include "headless/session.hpp"
 #include "script/python/interpreter.hpp"
+#include "script/python/runner.hpp"
 
 namespace kova::cli {
 
@@ -40,10 +42,25 @@ bool writePng(const QImage& image, const std::string& path) {
     return !image.isNull() && image.save(QString::fromStdString(path), "PNG");
 }
 
-/// Starts Python, or says why it is not there; the program goes on without it.
-void startPython(script::python::Interpreter& interpreter) {
-    if (const std::string reason = interpreter.start(); !reason.empty()) printError("Python is not available: " + reason);
+/// Finds out whether Python can run, or says why not; the program goes on without it. It starts when it is first used.
+bool checkPython(script::python::Interpreter& interpreter) {
+    const std::string reason = interpreter.check();
+    if (!reason.empty()) printError("Python is not available: " + reason);
+    return reason.empty();
 }
+
+/// Python for the server's tool.
+class ServerPython final : public PythonRunner {
+public:
+    explicit ServerPython(script::python::Runner& runner) : runner_(runner) {}
+    Result run(const std::string& code) override {
+        script::python::Runner::Result done = runner_.run(code);
+        return {std::move(done.output), std::move(done.error), done.failed};
+    }
+
+private:
+    script::python::Runner& runner_;
+};
 
 void printLines(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) printOut(line);
@@ -71,8 +88,10 @@ int runCommand(const std::vector<std::string>& arguments) {
     lines.insert(lines.end(), options->lines.begin(), options->lines.end());
 
     script::python::Interpreter python;
-    startPython(python);
+    const bool withPython = checkPython(python);
     headless::Session session;
+    std::optional<script::python::Runner> runner;
+    if (withPython) runner.emplace(python, session);
     std::string error;
     if (options->open) error = session.open(*options->open);
     else if (options->templateName) error = session.newFromTemplate(*options->templateName);
@@ -113,7 +132,7 @@ int renderCommand(const std::vector<std::string>& arguments) {
     ImageSize size;
     if (arguments.size() > 3 && arguments[2] == "--size") size = parseSize(arguments[3]).value_or(size);
     script::python::Interpreter python;
-    startPython(python);
+    checkPython(python);
     headless::Session session;
     if (const std::string error = session.open(file); !error.empty()) {
         printError(error);
@@ -131,14 +150,26 @@ int mcpCommand(const std::vector<std::string>&) {
     // The protocol keeps the real standard output to itself; whatever else prints goes to standard error.
     const int out = ::dup(STDOUT_FILENO);
     ::dup2(STDERR_FILENO, STDOUT_FILENO);
+    // Nor does anything else read its input, a program that Python starts for instance.
+    const int in = ::dup(STDIN_FILENO);
+    if (const int nothing = ::open("/dev/null", O_RDONLY | O_CLOEXEC); nothing >= 0) {
+        ::dup2(nothing, STDIN_FILENO);
+        ::close(nothing);
+    }
+    ::fcntl(out, F_SETFD, FD_CLOEXEC);
+    ::fcntl(in, F_SETFD, FD_CLOEXEC);
     script::python::Interpreter python;
-    startPython(python);
+    const bool withPython = checkPython(python);
     headless::Session session;
     session.takeOutput();
-    McpTools tools(session);
+    std::optional<script::python::Runner> runner;
+    if (withPython) runner.emplace(python, session);
+    std::optional<ServerPython> serverPython;
+    if (runner) serverPython.emplace(*runner);
+    McpTools tools(session, serverPython ? &*serverPython : nullptr);
     McpServer server(tools);
     printError("kovacad-cli 1.1.7 MCP server ready.");
-    return serveMcp(server, STDIN_FILENO, out);
+    return serveMcp(server, in, out);
 }
 
 int dispatch(const std::vector<std::string>& arguments) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -7,6 +8,18 @@
 #include "cmd/tool.hpp"
 
 namespace kova::cmd {
+
+/// Runs Python files for commands. What they print, and their errors, go to the transcript.
+class PythonHost {
+public:
+    virtual ~PythonHost() = default;
+    /// Runs a file as a program of its own.
+    virtual void runFile(const std::string& path) = 0;
+    /// Runs a file whose definitions stay (commands, functions), and notes it for reloadFiles.
+    virtual void loadFile(const std::string& path) = 0;
+    /// Loads all files again that were loaded, in their order.
+    virtual void reloadFiles() = 0;
+};
 
 /// What the program around the commands offers: files, templates, scripts. Errors are texts, empty on success.
 class AppServices {
@@ -21,8 +34,14 @@ public:
     virtual void queueLines(std::vector<std::string> lines) = 0;
     /// Version of DWG files that following saves write, as SAVEAS names it ("2013"). Default: nothing.
     virtual void chooseDwgVersion(const std::string& version);
+    /// Loads the LISP files that were loaded so far again; prints its lines itself. Default: nothing.
+    virtual void reloadLisp();
     /// Waits, as DELAY asks; milliseconds. Default: sleeps.
     virtual void wait(int milliseconds);
+    /// Null where there is no Python.
+    virtual PythonHost* python() { return nullptr; }
+    /// Runs `work` when the line that is being fed is done, its command ended or waiting. Default: at once.
+    virtual void afterLine(std::function<void()> work);
 };
 
 /// What a one-shot command works with.

@@ -166,6 +166,9 @@ bool Ask::accept(const std::string& line) {
             if (upper == "L" || upper == "LAST") {
                 entity = tool_.drawing().findById(lastEntity(tool_.document()));
                 if (entity != nullptr) answer_.point = entity->nearestPoint(entity->bounds().center());
+            } else if (const auto named = parseNamedPick(tool_.document(), line)) {
+                entity = named->entity;
+                answer_.point = named->point;
             } else if (const auto p = parsePointInput(line, lastPoint(), {}, PointContext::of(tool_.drawing()))) {
                 entity = pickEntity(tool_.document(), *p);
                 answer_.point = *p;

@@ -128,6 +128,9 @@ class DialogueTool;
 /// The asking side of a dialogue: each function gives an object to co_await. Options are passed as one string of
 /// words that show their short form in capitals ("3P 2P Ttr"); Enter is always an answer (Kind::Enter), and what it
 /// means is the caller's. Anything else is refused in one line and asked again.
+///
+/// A statement with co_await holds no braced list and no ?: whose branches make objects (std::string): g++ 12 rejects
+/// the one and destroys the other's temporaries twice. Such values go into a variable first.
 class Ask {
 public:
     explicit Ask(DialogueTool& tool) : tool_(tool) {}

@@ -1,7 +1,11 @@
 #include "cmd/picking.hpp"
 
+#include "cmd/point_input.hpp"
+#include "cmd/point_input.hpp"
 #include "cmd/shape_test.hpp"
 #include "doc/spatial_index.hpp"
+#include "math/number_text.hpp"
+#include "math/number_text.hpp"
 
 namespace kova::cmd {
 
@@ -69,6 +73,38 @@ std::uint64_t lastEntity(doc::Document& document) {
         if (e != nullptr && document.isSelectable(*e)) return e->id();
     }
     return 0;
+}
+
+std::optional<NamedPick> parseNamedPick(doc::Document& document, std::string_view line) {
+    constexpr std::string_view kStart = "(handent \"";
+    if (line.size() <= kStart.size() || !engine::equalNoCase(line.substr(0, kStart.size()), kStart)) return {};
+    line.remove_prefix(kStart.size());
+    std::uint64_t handle = 0;
+    const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), handle, 16);
+    line.remove_prefix(static_cast<std::size_t>(end - line.data()));
+    if (error != std::errc{} || !line.starts_with("\")")) return {};
+    line = trimmed(line.substr(2));
+    NamedPick pick;
+    std::optional<Vector2> point;
+    if (!line.empty()) {
+        point = parsePointInput(line, {}, {}, {});
+        if (!point) return {};
+    }
+    engine::Entity* entity = document.drawing().findByHandle(handle);
+    if (entity != nullptr && document.isSelectable(*entity)) {
+        pick.entity = entity;
+        const math::Bounds2 box = entity->bounds();
+        pick.point = point ? *point : entity->nearestPoint(box.is_empty() ? Vector2{} : box.center());
+    }
+    return pick;
+}
+
+std::string namedPick(std::uint64_t handle, const Vector2* point) {
+    char text[24];
+    const auto end = std::to_chars(text, text + sizeof text, handle, 16).ptr;
+    std::string line = "(handent \"" + std::string(text, end) + "\")";
+    if (point != nullptr) line += " " + math::shortest(point->x) + "," + math::shortest(point->y);
+    return line;
 }
 
 }  // namespace kova::cmd

@@ -43,6 +43,9 @@ public:
     /// Cancels the active tool as Escape would; false when there was none.
     bool cancel();
     Tool* tool() { return tool_.get(); }
+    /// What P selects, by id; programs that select themselves set it too.
+    const std::vector<std::uint64_t>& previousSelection() const { return selection_.previous(); }
+    void setPreviousSelection(std::vector<std::uint64_t> ids) { selection_.setPrevious(std::move(ids)); }
     void setViewport(Viewport* viewport) { viewport_ = viewport; }
     /// Forgets what P would select and ends any command without a word: the document is replaced. A command that is
     /// itself replacing the document ends by itself.

@@ -121,7 +121,9 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
         {"LAST", "L"},     {"PREVIOUS", "P"}, {"GROUP", "G"}, {"ADD", "A"},       {"REMOVE", "R"},    {"UNDO", "U"},
         {"MULTIPLE", "M"}, {"SINGLE", "SI"},  {"AUTO", "AU"}, {"ALL", "ALL"}};
     const std::string word = matchKeyword(line, keywords);
-    if (word == "ALL") {
+    if (const auto named = parseNamedPick(document_, line)) {
+        apply(named->entity != nullptr ? std::vector{named->entity->id()} : std::vector<std::uint64_t>{});
+    } else if (word == "ALL") {
         apply(selectAll(document_));
     } else if (word == "WINDOW" || word == "CROSSING" || word == "BOX") {
         mode_ = word == "WINDOW" ? Mode::Window : word == "CROSSING" ? Mode::Crossing : Mode::Either;

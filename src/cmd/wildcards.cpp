@@ -8,8 +8,8 @@ namespace kova::cmd {
 
 namespace {
 
-std::u32string codePoints(std::string_view text) {
-    const std::string folded = engine::foldCase(text);
+std::u32string codePoints(std::string_view text, bool fold) {
+    const std::string folded = fold ? engine::foldCase(text) : std::string(text);
     std::u32string out;
     for (std::size_t i = 0; i < folded.size();) out += engine::nextCodePoint(folded, i);
     return out;
@@ -120,11 +120,11 @@ void forEachPiece(std::string_view list, char escape, Take&& take) {
 
 }  // namespace
 
-bool matchesWildcards(std::string_view text, std::string_view patterns) {
-    const std::u32string letters = codePoints(text);
+bool matchesWildcards(std::string_view text, std::string_view patterns, bool caseMatters) {
+    const std::u32string letters = codePoints(text, !caseMatters);
     bool found = false;
     forEachPiece(patterns, '`', [&](std::string_view piece) {
-        found = matchPattern(letters, codePoints(piece));
+        found = matchPattern(letters, codePoints(piece, !caseMatters));
         return !found;
     });
     return found;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,8 +41,12 @@ struct ModelerEdges {
 /// over; data that are no body give no edges.
 ModelerEdges modelerEdges(std::string_view data);
 
-/// Applies a transform to a body in modeller text or binary, through the body's transform record, which is added when
-/// there is none. False, and no change, when the data are not understood or the matrix is singular.
+/// The matrix of the numbers of a transform record: three rows that act on row vectors, the shift, the scale; nothing
+/// when there are fewer than 13 finite numbers.
+std::optional<math::Matrix4> modelerMatrix(const std::vector<double>& numbers);
+
+/// Applies an affine transform to a body in modeller text or binary, through the body's transform record, which is
+/// added when there is none. False, and no change, when the data are not understood or the matrix is singular.
 bool transformModelerData(std::string& data, const math::Matrix4& m);
 
 }  // namespace kova::engine

@@ -5,6 +5,8 @@
 #include "engine/name.hpp"
 #include "engine/sysvar.hpp"
 #include "io/content.hpp"
+#include "io/dxf/dxf_load.hpp"
+#include "io/dxf/dxf_save.hpp"
 #include "io/native/native_file.hpp"
 
 namespace kova::headless {
@@ -27,27 +29,54 @@ void keepBackup(const engine::Drawing& drawing, const std::string& path) {
     if (error) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, error);
 }
 
+std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, SaveReport& report) {
+    keepBackup(drawing, path);
+    io::dxf::DxfSaveReport notes;
+    std::string error = io::dxf::saveDxf(drawing, path, &notes);
+    if (!error.empty()) return error;
+    if (notes.droppedSat > 0)
+        report.lines.push_back(
+            "DXF: " + std::to_string(notes.droppedSat) +
+            " ACIS solid(s) held only as SAT text could not be written; save as .kvcad to keep them.");
+    if (notes.dropped > notes.droppedSat)
+        report.lines.push_back("DXF: " + std::to_string(notes.dropped - notes.droppedSat) + " of " +
+                               std::to_string(notes.total) +
+                               " entities could not be written (unsupported kind or degenerate geometry).");
+    if (notes.replacedNumbers > 0)
+        report.lines.push_back(std::to_string(notes.replacedNumbers) +
+                               " number(s) without a finite value were saved as 0.");
+    return error;
+}
+
 }  // namespace
 
-std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenReport&) {
+std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenReport& report) {
     switch (io::recognise(path)) {
-        case io::FileKind::Dxf: return "DXF files cannot be read by this version of the program.";
+        case io::FileKind::Dxf: {
+            io::dxf::DxfLoadReport notes;
+            std::string error = io::dxf::loadDxf(path, drawing, &notes);
+            report.lines = std::move(notes.lines);
+            return error;
+        }
         case io::FileKind::Dwg:
             return "Could not open DWG (" + path + "): DWG files cannot be read by this version of the program.";
-        case io::FileKind::Native: break;
+        case io::FileKind::Native:
+            break;
     }
     return io::native::loadNative(path, drawing);
 }
 
-std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string&, SaveReport& report) {
+std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string&,
+                        SaveReport& report) {
     const std::string extension = engine::foldCase(fs::path(path).extension().string());
-    if (extension == ".dxf") return "DXF files cannot be written by this version of the program.";
+    if (extension == ".dxf") return saveAsDxf(drawing, path, report);
     if (extension == ".dwg") return "DWG files cannot be written by this version of the program.";
     keepBackup(drawing, path);
     io::native::SaveNotes notes;
     std::string error = io::native::saveNative(drawing, path, &notes);
     if (error.empty() && notes.replacedNumbers > 0)
-        report.lines.push_back(std::to_string(notes.replacedNumbers) + " number(s) without a finite value were saved as 0.");
+        report.lines.push_back(std::to_string(notes.replacedNumbers) +
+                               " number(s) without a finite value were saved as 0.");
     return error;
 }
 

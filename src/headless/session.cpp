@@ -9,6 +9,7 @@
 #include <chrono>
 
 #include "headless/files.hpp"
+#include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"
 
 namespace kova::headless {
@@ -30,6 +31,7 @@ Session::Session(QObject* parent)
     setObjectName(QStringLiteral("KovaCadHeadlessSession"));
     processor_.setServices(this);
     if (QCoreApplication::instance() != nullptr) QCoreApplication::instance()->installEventFilter(this);
+    startLisp();
 }
 
 Session::~Session() {
@@ -43,6 +45,7 @@ void Session::append(const std::string& line) {
 std::vector<std::string> Session::takeOutput() { return std::exchange(transcript_, {}); }
 
 std::string Session::currentPrompt() const {
+    if (isLispWaiting()) return lisp_->prompt();
     if (processor_.isActive() && hasPromptOverride_) return promptOverride_;
     return processor_.prompt();
 }
@@ -55,11 +58,18 @@ void Session::setPromptOverride(std::string prompt) {
 void Session::clearPromptOverride() { hasPromptOverride_ = false; }
 
 void Session::cancel() {
-    if (processor_.cancel()) append("*Cancel*");
+    const bool evaluating = isLispWaiting();
+    if (processor_.cancel() || evaluating) append("*Cancel*");
     clearPromptOverride();
+    if (evaluating) report(lisp_->cancel());
 }
 
 std::vector<std::string> Session::feed(const std::string& line) {
+    feedQuietly(line);
+    return takeOutput();
+}
+
+void Session::feedQuietly(const std::string& line) {
     process(line);
     if (!draining_) {
         draining_ = true;
@@ -72,7 +82,6 @@ std::vector<std::string> Session::feed(const std::string& line) {
         depth_ = 0;
         draining_ = false;
     }
-    return takeOutput();
 }
 
 void Session::queueLines(std::vector<std::string> lines) {
@@ -85,7 +94,7 @@ void Session::queueLines(std::vector<std::string> lines) {
 void Session::process(const std::string& line) {
     // An empty line at the idle prompt is the last command line, typed again.
     std::string repeated;
-    if (line.empty() && !processor_.isActive()) repeated = lastLine_;
+    if (line.empty() && !isWaiting()) repeated = lastLine_;
     const std::string& text = repeated.empty() ? line : repeated;
     transcript_.push_back(currentPrompt() + " " + text);
 
@@ -96,12 +105,23 @@ void Session::process(const std::string& line) {
             case cmd::CommandProcessor::Start::Refused: append("'" + name + ": cannot be used transparently."); break;
             case cmd::CommandProcessor::Start::Done: break;
         }
+    } else if (isLispWaiting()) {
+        report(lisp_->feed(text));
     } else if (processor_.isActive()) {
         processor_.input(text);
     } else {
         processIdle(text);
     }
+    runAfterLine();
     pumpEvents();
+}
+
+void Session::runAfterLine() {
+    while (!afterLine_.empty()) {
+        const std::function<void()> work = std::move(afterLine_.front());
+        afterLine_.pop_front();
+        work();
+    }
 }
 
 void Session::processIdle(const std::string& line) {
@@ -115,8 +135,9 @@ void Session::processIdle(const std::string& line) {
     if (!tryLisp(line)) append("Unknown command: " + line);
 }
 
-void Session::evaluate(const std::string& text) {
-    const LispEvaluator::Result result = lisp_->evaluate(text);
+void Session::evaluate(const std::string& text) { report(lisp_->evaluate(text)); }
+
+void Session::report(const LispEvaluator::Result& result) {
     append(result.error.empty() ? result.printed : "; error: " + result.error);
 }
 
@@ -163,6 +184,8 @@ bool Session::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Session::replaceDrawing(std::unique_ptr<engine::Drawing> drawing) {
+    // A program that waits for an answer was about the old drawing.
+    if (isLispWaiting()) lisp_->cancel();
     document_.setDrawing(std::move(drawing));
 }
 

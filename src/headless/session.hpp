@@ -10,21 +10,13 @@
 #include "cmd/command.hpp"
 #include "cmd/processor.hpp"
 #include "doc/document.hpp"
+#include "script/lisp/evaluator.hpp"
 
 class QImage;
 
 namespace kova::headless {
 
-/// Evaluates LISP text for a session. Made by whoever links the LISP engine; see Session::setLisp.
-class LispEvaluator {
-public:
-    struct Result {
-        std::string printed;  ///< the value as it prints
-        std::string error;    ///< not empty: the evaluation failed with this text
-    };
-    virtual ~LispEvaluator() = default;
-    virtual Result evaluate(const std::string& text) = 0;
-};
+using LispEvaluator = script::lisp::LispEvaluator;
 
 /// One drawing driven by command lines, without a window: takes lines as a user types them and gives the transcript
 /// that they produce. Opens, saves and renders, and stops any dialog that a command tries to show.
@@ -38,10 +30,15 @@ public:
 
     /// Feeds one command line and gives the transcript lines collected so far, this line's included.
     std::vector<std::string> feed(const std::string& line);
-    bool isWaiting() const { return processor_.isActive(); }
+    /// Feeds one command line and leaves its transcript lines with those collected.
+    void feedQuietly(const std::string& line);
+    /// The lines collected so far, which stay.
+    const std::vector<std::string>& output() const { return transcript_; }
+    /// A command runs and waits for input, or a LISP evaluation does.
+    bool isWaiting() const { return processor_.isActive() || isLispWaiting(); }
     /// The prompt being shown; "Command:" when idle.
     std::string currentPrompt() const;
-    /// Cancels the running command, if any, with the line "*Cancel*".
+    /// Cancels the running command or evaluation, if any, with the line "*Cancel*".
     void cancel();
     /// Moves out the lines collected so far.
     std::vector<std::string> takeOutput();
@@ -59,13 +56,20 @@ public:
     doc::Document& document() { return document_; }
     cmd::CommandRegistry& registry() { return registry_; }
     cmd::CommandProcessor& processor() { return processor_; }
+    /// Puts another evaluator in the place of the session's own.
     void setLisp(std::unique_ptr<LispEvaluator> lisp) { lisp_ = std::move(lisp); }
     LispEvaluator* lisp() const { return lisp_.get(); }
+    /// What runs Python for commands; not owned, may be null.
+    void setPython(cmd::PythonHost* python) { python_ = python; }
+    cmd::PythonHost* python() override { return python_; }
+    void afterLine(std::function<void()> work) override { afterLine_.push_back(std::move(work)); }
     /// A prompt shown instead of the running command's own; cleared on cancel and when a command starts.
     void setPromptOverride(std::string prompt);
     void clearPromptOverride();
     /// Lines fed, in order, once the line being fed is done; for a script within a script they come first.
     void queueLines(std::vector<std::string> lines) override;
+    /// Loads the LISP files that were loaded so far again.
+    void reloadLisp() override;
     /// Adds a line to the transcript; an empty one is no line.
     void append(const std::string& line);
 
@@ -81,13 +85,21 @@ private:
     void processIdle(const std::string& line);
     bool tryLisp(const std::string& line);
     void evaluate(const std::string& text);
+    bool isLispWaiting() const { return lisp_ && lisp_->isWaiting(); }
+    void report(const LispEvaluator::Result& result);
+    void startLisp();
+    void runAfterLine();
     void pumpEvents();
     void replaceDrawing(std::unique_ptr<engine::Drawing> drawing);
 
     doc::Document document_;
     cmd::CommandRegistry& registry_;
     cmd::CommandProcessor processor_;
+    class LispLink;
+    std::unique_ptr<LispLink> lispLink_;
     std::unique_ptr<LispEvaluator> lisp_;
+    cmd::PythonHost* python_ = nullptr;
+    std::deque<std::function<void()>> afterLine_;
     std::vector<std::string> transcript_;
     std::string lastLine_;
     std::string promptOverride_;

@@ -123,9 +123,7 @@ TEST_F(Scripted, NumbersAndMeasures) {
 }
 
 TEST_F(Scripted, AnglesObeyTheDrawingsSettings) {
-    command->body = [&](Ask& ask, ScriptedTool&) -> Dialogue {
-        got = co_await ask.angle("Angle:", "", Vector2{0, 0});
-    };
+    command->body = [&](Ask& ask, ScriptedTool&) -> Dialogue { got = co_await ask.angle("Angle:", "", Vector2{0, 0}); };
     feed("SCRIPTED 30");
     EXPECT_NEAR(got.number, math::kPi / 6.0, 1e-12);
     feed("SCRIPTED 0,5");

@@ -26,14 +26,16 @@ void expectPoint(std::string_view text, double x, double y, Vector2 base = kBase
 }
 
 TEST(Numbers, AreDecimalAndConsumedWhole) {
-    const std::pair<const char*, double> good[] = {{"12", 12}, {"-2.5", -2.5}, {".5", 0.5}, {"5.", 5}, {"1e3", 1000},
-                                                   {"+7", 7}, {" \t4 \t", 4}, {"-.25E-1", -0.025}, {"1e+2", 100}};
+    const std::pair<const char*, double> good[] = {{"12", 12},     {"-2.5", -2.5},      {".5", 0.5},
+                                                   {"5.", 5},      {"1e3", 1000},       {"+7", 7},
+                                                   {" \t4 \t", 4}, {"-.25E-1", -0.025}, {"1e+2", 100}};
     for (const auto& [text, value] : good) {
         ASSERT_TRUE(parseNumber(text)) << text;
         EXPECT_DOUBLE_EQ(*parseNumber(text), value) << text;
     }
-    for (const char* text : {"", " ", "3/4", "10mm", "1,5", "0x10", "inf", "-inf", "nan", "infinity", "1e", "--1", "+-1",
-                             "-+1", "+ 1", "- 1", ".", "-", "e5", "1e999", "-1e999", "1 2", "1_000", "\n1"})
+    for (const char* text :
+         {"",    " ",   "3/4", "10mm", "1,5", "0x10", "inf", "-inf",  "nan",    "infinity", "1e",    "--1",
+          "+-1", "-+1", "+ 1", "- 1",  ".",   "-",    "e5",  "1e999", "-1e999", "1 2",      "1_000", "\n1"})
         EXPECT_FALSE(parseNumber(text)) << text;
     EXPECT_EQ(parseInteger(" +12 "), 12);
     EXPECT_EQ(parseInteger("-3"), -3);
@@ -52,8 +54,9 @@ TEST(Points, CartesianAndPolarAbsoluteAndRelative) {
     expectPoint("@3<0", 4, 1);
     expectPoint("@2<180", -1, 1);
     expectPoint("-2<0", -2, 0);
-    for (const char* text : {"", " ", "@", "@*", "@,", "<", ",", "@<", "1,", ",1", "1,2,x", "1,2,3,4", "1<", "<90",
-                             "1,2<3", "1<2,3", "1 2", "3/4,1", "@@1,1", "x,y", "1e999,0", "nan,0", "*5,5"})
+    for (const char* text :
+         {"",   " ",   "@",     "@*",    "@,",  "<",     ",",     "@<",  "1,",      ",1",    "1,2,x", "1,2,3,4",
+          "1<", "<90", "1,2<3", "1<2,3", "1 2", "3/4,1", "@@1,1", "x,y", "1e999,0", "nan,0", "*5,5"})
         EXPECT_FALSE(point(text)) << text;
     // The result must stay a number.
     EXPECT_FALSE(point("@1.7e308,0", {1.7e308, 0}));
@@ -98,9 +101,9 @@ TEST(Points, UserCoordinateSystems) {
 TEST(Keywords, OnlyTheWholeWordOrItsShortForm) {
     const auto options = parseKeywords("3P  2P Ttr eXit LAyer ON Undo ?");
     ASSERT_EQ(options.size(), 8u);
-    const std::pair<const char*, const char*> good[] = {{"3p", "3P"}, {"t", "TTR"}, {"TTR", "TTR"}, {"x", "EXIT"},
-                                                        {"Exit", "EXIT"}, {"la", "LAYER"}, {"_LAYER", "LAYER"},
-                                                        {"_la", "LAYER"}, {"on", "ON"}, {"?", "?"}};
+    const std::pair<const char*, const char*> good[] = {
+        {"3p", "3P"},    {"t", "TTR"},        {"TTR", "TTR"},   {"x", "EXIT"}, {"Exit", "EXIT"},
+        {"la", "LAYER"}, {"_LAYER", "LAYER"}, {"_la", "LAYER"}, {"on", "ON"},  {"?", "?"}};
     for (const auto& [typed, word] : good) EXPECT_EQ(matchKeyword(typed, options), word) << typed;
     for (const char* typed : {"", "_", "e", "ex", "l", "lay", "o", "un", " u", "u ", "__u", "tt", "3"})
         EXPECT_EQ(matchKeyword(typed, options), "") << typed;

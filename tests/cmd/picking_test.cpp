@@ -193,8 +193,7 @@ public:
     using OutlineSink::stroke;
     void stroke(engine::PathView path, const engine::OutlineStyle&, const engine::StrokeOptions&) override {
         for (const auto& figure : engine::flattenPath(path, 1e-6))
-            for (std::size_t i = 0; i + 1 < figure.size(); ++i)
-                addChord(figure[i], figure[i + 1]);
+            for (std::size_t i = 0; i + 1 < figure.size(); ++i) addChord(figure[i], figure[i + 1]);
     }
     void fill(engine::PathView, const engine::OutlineStyle&, const engine::FillOptions&) override {}
     void text(const engine::TextRun&, const engine::OutlineStyle&) override {}
@@ -213,9 +212,13 @@ std::unique_ptr<engine::Entity> randomEntity(std::mt19937& random) {
     std::uniform_real_distribution<double> angle(0.0, math::kTwoPi);
     const auto p = [&] { return Vector2{place(random), place(random)}; };
     switch (random() % 5) {
-        case 0: return std::make_unique<engine::LineEntity>(p(), p());
-        case 1: return std::make_unique<engine::CircleEntity>(p(), std::abs(place(random)) + 0.1);
-        case 2: return std::make_unique<engine::ArcEntity>(p(), std::abs(place(random)) + 0.1, angle(random), angle(random));
+        case 0:
+            return std::make_unique<engine::LineEntity>(p(), p());
+        case 1:
+            return std::make_unique<engine::CircleEntity>(p(), std::abs(place(random)) + 0.1);
+        case 2:
+            return std::make_unique<engine::ArcEntity>(p(), std::abs(place(random)) + 0.1, angle(random),
+                                                       angle(random));
         case 3: {
             auto line = std::make_unique<engine::PolylineEntity>(Points{p(), p(), p()}, random() % 2 == 0);
             line->setBulge(random() % 3, place(random) / 20.0);
@@ -240,8 +243,8 @@ TEST(Picking, AgreesWithSamplesOfTheShape) {
         const std::unique_ptr<engine::Entity> entity = randomEntity(random);
         Points corners;
         for (int i = 0; i < 5; ++i) corners.push_back({place(random), place(random)});
-        const SelectionRegion region = round % 2 == 0 ? SelectionRegion::box(corners[0], corners[1])
-                                                      : SelectionRegion::polygon(corners);
+        const SelectionRegion region =
+            round % 2 == 0 ? SelectionRegion::box(corners[0], corners[1]) : SelectionRegion::polygon(corners);
         ChordSink sink;
         entity->emit(sink, engine::outlineStyle(*entity));
         constexpr double kMargin = 0.6 * ChordSink::kSpacing;
@@ -255,8 +258,8 @@ TEST(Picking, AgreesWithSamplesOfTheShape) {
             if (edge < kMargin) {
                 unsure = true;
             } else {
-                const bool inside = region.isBox() ? region.bounds().contains_point(p)
-                                                   : math::pointInPolygon(p, corners);
+                const bool inside =
+                    region.isBox() ? region.bounds().contains_point(p) : math::pointInPolygon(p, corners);
                 (inside ? anyInside : anyOutside) = true;
             }
         }

@@ -116,13 +116,20 @@ TEST(Registry, EveryAliasReachesItsOwnCommand) {
             EXPECT_EQ(found->name(), command->name()) << alias;
         }
     const std::pair<const char*, const char*> known[] = {
-        {"L", "LINE"}, {"C", "CIRCLE"}, {"A", "ARC"}, {"PL", "PLINE"}, {"REC", "RECTANGLE"}, {"RECTANG", "RECTANGLE"},
-        {"DT", "TEXT"}, {"DTEXT", "TEXT"}, {"MT", "MTEXT"}, {"T", "MTEXT"}, {"DO", "DONUT"}, {"DOUGHNUT", "DONUT"},
-        {"H", "HATCH"}, {"BH", "HATCH"}, {"I", "INSERT"}, {"B", "BLOCK"}, {"E", "ERASE"}, {"DEL", "ERASE"},
-        {"M", "MOVE"}, {"CO", "COPY"}, {"RO", "ROTATE"}, {"SC", "SCALE"}, {"MI", "MIRROR"}, {"O", "OFFSET"},
-        {"TR", "TRIM"}, {"EX", "EXTEND"}, {"F", "FILLET"}, {"CHA", "CHAMFER"}, {"BR", "BREAK"}, {"X", "EXPLODE"},
-        {"S", "STRETCH"}, {"J", "JOIN"}, {"AR", "ARRAY"}, {"AL", "ALIGN"}, {"AA", "AREA"}, {"LA", "LAYER"},
-        {"Z", "ZOOM"}, {"U", "UNDO"}, {"ADC", "ADCENTER"}, {"DC", "ADCENTER"}, {"-VP", "VPOINT"}, {"VP", "DDVPOINT"}};
+        {"L", "LINE"},      {"C", "CIRCLE"},      {"A", "ARC"},
+        {"PL", "PLINE"},    {"REC", "RECTANGLE"}, {"RECTANG", "RECTANGLE"},
+        {"DT", "TEXT"},     {"DTEXT", "TEXT"},    {"MT", "MTEXT"},
+        {"T", "MTEXT"},     {"DO", "DONUT"},      {"DOUGHNUT", "DONUT"},
+        {"H", "HATCH"},     {"BH", "HATCH"},      {"I", "INSERT"},
+        {"B", "BLOCK"},     {"E", "ERASE"},       {"DEL", "ERASE"},
+        {"M", "MOVE"},      {"CO", "COPY"},       {"RO", "ROTATE"},
+        {"SC", "SCALE"},    {"MI", "MIRROR"},     {"O", "OFFSET"},
+        {"TR", "TRIM"},     {"EX", "EXTEND"},     {"F", "FILLET"},
+        {"CHA", "CHAMFER"}, {"BR", "BREAK"},      {"X", "EXPLODE"},
+        {"S", "STRETCH"},   {"J", "JOIN"},        {"AR", "ARRAY"},
+        {"AL", "ALIGN"},    {"AA", "AREA"},       {"LA", "LAYER"},
+        {"Z", "ZOOM"},      {"U", "UNDO"},        {"ADC", "ADCENTER"},
+        {"DC", "ADCENTER"}, {"-VP", "VPOINT"},    {"VP", "DDVPOINT"}};
     for (const auto& [alias, name] : known) {
         ASSERT_NE(registry().find(alias), nullptr) << alias;
         EXPECT_EQ(registry().find(alias)->name(), name) << alias;

@@ -106,7 +106,7 @@ TEST(VariableCommands, TextsPointsAndProgramWideOnes) {
 TEST(VariableCommands, SetvarAsksForNameThenValue) {
     Console c;
     c.feed("SETVAR");
-    EXPECT_EQ(c.prompt(), "Enter variable name or [?]:");
+    EXPECT_TRUE(c.prompt().starts_with("Enter variable name or [?]"));
     EXPECT_EQ(c.feed("NOSUCH"), Lines{"Unknown variable name \"NOSUCH\"."});
     c.feed("ltscale");
     EXPECT_EQ(c.prompt(), "Enter new linetype scale factor <1>:");

@@ -7,14 +7,14 @@ namespace {
 
 TEST(Wildcards, MatchNamesWithoutRegardToCase) {
     const std::pair<const char*, const char*> good[] = {
-        {"Walls", "walls"}, {"WALLS", "*"}, {"Walls", "w*s"}, {"Walls", "*l*l*"}, {"A1", "@#"}, {"A-1", "?.?"},
-        {"b", "[abc]"}, {"d", "[~abc]"}, {"k", "[a-m]"}, {"Walls", "x,~y*,z"}, {"Doors", "walls,doors"},
-        {"a*b", "a`*b"}, {"", "*"}, {"", ""}, {"[", "["}, {"x[y", "x[y"}, {"Wände", "W?NDE"}, {"abcabd", "*abd"},
-        {"A,B", "A[,]B"}};
+        {"Walls", "walls"},       {"WALLS", "*"},     {"Walls", "w*s"},   {"Walls", "*l*l*"}, {"A1", "@#"},
+        {"A-1", "?.?"},           {"b", "[abc]"},     {"d", "[~abc]"},    {"k", "[a-m]"},     {"Walls", "x,~y*,z"},
+        {"Doors", "walls,doors"}, {"a*b", "a`*b"},    {"", "*"},          {"", ""},           {"[", "["},
+        {"x[y", "x[y"},           {"Wände", "W?NDE"}, {"abcabd", "*abd"}, {"A,B", "A[,]B"}};
     for (const auto& [text, pattern] : good) EXPECT_TRUE(matchesWildcards(text, pattern)) << text << " " << pattern;
     const std::pair<const char*, const char*> bad[] = {
-        {"Walls", "wall"}, {"Walls", "w?s"}, {"A1", "##"}, {"A1", "."}, {"b", "[~abc]"}, {"Walls", "~w*"}, {"", "?"},
-        {"axb", "a`*b"}, {"abc", "*abd"}, {"n", "[a-m]"}};
+        {"Walls", "wall"}, {"Walls", "w?s"}, {"A1", "##"},    {"A1", "."},     {"b", "[~abc]"},
+        {"Walls", "~w*"},  {"", "?"},        {"axb", "a`*b"}, {"abc", "*abd"}, {"n", "[a-m]"}};
     for (const auto& [text, pattern] : bad) EXPECT_FALSE(matchesWildcards(text, pattern)) << text << " " << pattern;
 }
 

@@ -104,6 +104,24 @@ TEST(Hostile, ChangedFilesDoNoHarm) {
     }
 }
 
+TEST(Hostile, PartsThatComeTwiceAndByTheThousand) {
+    Drawing drawing;
+    EXPECT_EQ(loadNativeText(R"({"format":"kovacad","layouts":[{"entities":[{"type":"Line"},{"type":"Line"}]}],
+        "layouts":[{"entities":[{"type":"Line"}]}],"blocks":[{"name":"A","entities":[{"type":"Line"}]}],
+        "blocks":[{"name":"A","entities":[{"type":"Line"}]},{"name":"B"}],
+        "entities":[{"type":"Line"}],"entities":[{"type":"Line"}]})",
+                             drawing),
+              "");
+    EXPECT_EQ(drawing.layouts().size(), 2U);
+    EXPECT_EQ(drawing.blocks().size(), 2U);
+    EXPECT_EQ(drawing.entityCount(), 6U);
+    for (const char* part : {"layouts", "blocks", "layers", "groups", "textStyles", "entities"}) {
+        std::string many = "{\"format\":\"kovacad\",\"" + std::string(part) + "\":[{}";
+        for (int i = 0; i < 30'000; ++i) many += i % 2 == 0 ? ",{}" : ",{\"name\":\"n" + std::to_string(i) + "\"}";
+        feed(many + "]}");
+    }
+}
+
 TEST(Hostile, EndlessListsAndWideObjects) {
     std::string list = "{\"format\":\"kovacad\",\"entities\":[{\"type\":\"Polyline\",\"vertices\":[";
     for (int i = 0; i < 200'000; ++i) list += "{\"x\":1,\"y\":2},";

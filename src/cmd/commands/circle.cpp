@@ -118,9 +118,10 @@ private:
     /// A radius above 0; with a centre also as a point of the circle, or by its diameter. Nothing: given up.
     Task<std::optional<double>> askRadius(Ask& ask, std::optional<Vector2> center, bool diameter) {
         const double last = lastRadius();
+        const char* keywords = diameter ? "Diameter" : "";
         std::string prompt =
             radiusPrompt(diameter ? "Specify radius of circle or [Diameter]" : "Specify radius of circle");
-        Answer answer = co_await ask.distance(std::move(prompt), diameter ? "Diameter" : "", center, kPositive);
+        Answer answer = co_await ask.distance(std::move(prompt), keywords, center, kPositive);
         double share = 1.0;
         if (answer.is("DIAMETER")) {
             std::string text = "Specify diameter of circle";

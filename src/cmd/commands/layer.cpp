@@ -110,7 +110,8 @@ private:
         prompt += currentByDefault ? " <" + drawing().currentLayer.str() + ">:" : ":";
         for (;;) {
             const Answer answer = co_await ask.text(prompt);
-            if (answer.isEnter()) co_return currentByDefault ? Names(1, drawing().currentLayer) : Names();
+            if (answer.isEnter() && !currentByDefault) co_return Names();
+            if (answer.isEnter()) co_return Names(1, drawing().currentLayer);
             std::optional<Names> found = match(answer.text);
             if (found) co_return std::move(*found);
         }
@@ -122,7 +123,8 @@ private:
         std::vector<std::string> names = splitNames(answer.text);
         // A comma belongs to no layer name: such an answer is refused as the one name it is.
         if (names.size() > 1) co_return answer.text;
-        co_return names.empty() ? std::string() : std::move(names.front());
+        if (names.empty()) co_return std::string();
+        co_return std::move(names.front());
     }
 
     bool isValid(const std::string& name) const {

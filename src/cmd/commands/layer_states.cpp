@@ -148,9 +148,9 @@ Task<void> layerStateDialogue(Ask& ask, doc::Document& document, std::function<v
             [&](engine::Table<LayerState>& table) { table.rename(state->name, Name(name)); });
     } else {
         const bool restoring = option.is("RESTORE");
-        const std::optional<LayerState> state = co_await askState(
-            ask, document,
-            restoring ? "Enter name of layer state to restore:" : "Enter name of layer state to delete:");
+        const char* prompt =
+            restoring ? "Enter name of layer state to restore:" : "Enter name of layer state to delete:";
+        const std::optional<LayerState> state = co_await askState(ask, document, prompt);
         if (!state) co_return;
         changing();
         if (restoring)

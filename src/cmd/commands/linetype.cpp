@@ -23,9 +23,9 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         message("Current line type: " + quoted(drawing().currentLinetype));
         for (;;) {
-            const Answer option = co_await ask.keyword("Enter an option [?/Load/Set]:", "? List Load Set");
+            const Answer option = co_await ask.keyword("Enter an option [?/Load/Set]:", "? Load Set");
             if (option.isEnter()) co_return;
-            if (option.is("?") || option.is("LIST")) co_await list(ask);
+            if (option.is("?")) co_await list(ask);
             if (option.is("LOAD")) co_await load(ask);
             if (option.is("SET")) co_await set(ask);
         }

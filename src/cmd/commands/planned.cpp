@@ -323,9 +323,7 @@ public:
     bool isAvailable() const override { return false; }
     bool isInteractive() const override { return !oneShot_; }
     void execute(CommandContext& context) override { context.message(notYet(name())); }
-    std::unique_ptr<Tool> createTool() override {
-        return oneShot_ ? nullptr : std::make_unique<PlannedTool>(name());
-    }
+    std::unique_ptr<Tool> createTool() override { return oneShot_ ? nullptr : std::make_unique<PlannedTool>(name()); }
 
 private:
     bool oneShot_;

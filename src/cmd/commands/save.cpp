@@ -33,9 +33,9 @@ protected:
         }
         std::string extension;
         for (;;) {
-            const std::string& own = drawing().fileName;
-            const Answer answer =
-                co_await ask.text("Save drawing as" + (own.empty() ? std::string() : " <" + own + ">") + ":");
+            std::string prompt = "Save drawing as";
+            if (!drawing().fileName.empty()) prompt += " <" + drawing().fileName + ">";
+            const Answer answer = co_await ask.text(prompt + ":");
             if (chooseFormat(engine::upperCase(trimmed(answer.text)), extension)) continue;
             std::filesystem::path path(typedPath(answer.text));
             if (!path.empty() && !path.has_extension()) path += extension;

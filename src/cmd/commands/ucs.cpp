@@ -130,7 +130,8 @@ private:
 
     Dialogue fromThreePoints(Ask& ask) {
         const Answer origin = co_await ask.point("Specify new origin point <0,0,0>:", {}, drawing().ucs.origin);
-        co_await threePoints(ask, origin.isPoint() ? origin.point : drawing().ucs.origin);
+        const Vector2 start = origin.isPoint() ? origin.point : drawing().ucs.origin;
+        co_await threePoints(ask, start);
     }
 
     Dialogue move(Ask& ask) {
@@ -183,12 +184,16 @@ private:
         if (option == "SAVE") co_return co_await save(ask);
         if (option == "?") {
             const Answer filter = co_await ask.text("Enter UCS name(s) to list <*>:");
-            co_return list(filter.isEnter() ? "*" : filter.text);
+            if (filter.isEnter())
+                list("*");
+            else
+                list(filter.text);
+            co_return;
         }
         const bool restoring = option == "RESTORE";
+        const char* prompt = restoring ? "Enter name of UCS to restore or [?]:" : "Enter UCS name(s) to delete:";
         for (;;) {
-            const Answer answer =
-                co_await ask.text(restoring ? "Enter name of UCS to restore or [?]:" : "Enter UCS name(s) to delete:");
+            const Answer answer = co_await ask.text(prompt);
             if (answer.isEnter()) co_return;
             if (restoring && answer.text == "?") {
                 list("*");

@@ -1,8 +1,16 @@
 #include "engine/entities/block_nesting.hpp"
 
+#include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
 
 namespace kova::engine {
+
+bool hiddenInReferences(const Entity& entity) {
+    if (!entity.visible) return true;
+    if (entity.type() != EntityType::AttributeDefinition) return false;
+    const auto& definition = static_cast<const AttributeDefinitionEntity&>(entity);
+    return !definition.constant || definition.invisible;
+}
 
 struct BlockNesting::State {
     std::vector<const Block*> open;

@@ -5,6 +5,11 @@
 namespace kova::engine {
 
 struct Block;
+class Entity;
+
+/// True for what stands in a block but is not shown by its references: hidden entities, and attribute definitions
+/// (whose values the reference shows) unless they are constant and visible.
+bool hiddenInReferences(const Entity& entity);
 
 /// Keeps account of blocks within blocks while one is emitted or measured, so that self-containing definitions, deep
 /// nesting and references that multiply at every level come to an end. The two purposes are counted apart: measuring

@@ -4,7 +4,7 @@
 #include "engine/entities/block_nesting.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
-#include "math/angles.hpp"
+#include "math/curves.hpp"
 
 namespace kova::engine {
 
@@ -83,11 +83,17 @@ const Block* BlockReferenceEntity::block() const {
 }
 
 Matrix4 BlockReferenceEntity::blockMatrix(const Block& definition, std::int32_t row, std::int32_t column) const {
-    const double sx = drawnScale(scaleX);
-    return objectPlane(*this) * Matrix4::translation(insert) * Matrix4::rotation_z(finiteOr(rotation, 0.0)) *
-           Matrix4::translation(finiteOr(columnSpacing, 0.0) * column, finiteOr(rowSpacing, 0.0) * row) *
-           Matrix4::scaling(sx, drawnScale(scaleY), drawnScale(scaleZ.value_or(std::abs(sx)))) *
-           Matrix4::translation(-definition.base);
+    // Written out, since drawings have many references: move to the insertion point and the place in the grid, turn,
+    // scale, take off the base point.
+    const Vector2 x = math::unitAt(finiteOr(rotation, 0.0));
+    const Vector2 y = x.perpendicular();
+    const Vector2 u = x * drawnScale(scaleX);
+    const Vector2 v = y * drawnScale(scaleY);
+    const Vector2 origin = insert + x * (finiteOr(columnSpacing, 0.0) * column) +
+                           y * (finiteOr(rowSpacing, 0.0) * row) - u * definition.base.x - v * definition.base.y;
+    Matrix4 m;
+    m.m = {u.x, v.x, 0, origin.x, u.y, v.y, 0, origin.y, 0, 0, drawnScale(effectiveScaleZ()), elevation, 0, 0, 0, 1};
+    return inWorldPlane(*this) ? m : Matrix4::object_to_world(normal()) * m;
 }
 
 Matrix4 BlockReferenceEntity::blockMatrix(std::int32_t row, std::int32_t column) const {
@@ -124,14 +130,20 @@ Bounds2 BlockReferenceEntity::boundsUnder(const Matrix4& m) const {
     Bounds2 box;
     if (const Block* definition = block()) {
         const std::optional<std::vector<bool>> visible = definition->visibleEntities(activeVisibilityState);
-        const Matrix4 first = m * blockMatrix(*definition);
+        const bool plain = m == Matrix4{};
+        const auto placement = [&](std::int32_t row, std::int32_t column) {
+            const Matrix4 own = blockMatrix(*definition, row, column);
+            return plain ? own : m * own;
+        };
+        const Matrix4 first = placement(0, 0);
         const Bounds2 copy = definition->extents(first, visible ? &*visible : nullptr);
         if (!copy.is_empty()) {
             // Copies differ by a translation, so the corners of the grid tell the extents of all of it.
             box = copy;
             for (const auto& [row, column] : {std::pair{rowCount() - 1, 0}, std::pair{0, columnCount() - 1},
                                               std::pair{rowCount() - 1, columnCount() - 1}}) {
-                const Matrix4 other = m * blockMatrix(*definition, row, column);
+                if (row == 0 && column == 0) continue;
+                const Matrix4 other = placement(row, column);
                 const Vector2 shift{other(0, 3) - first(0, 3), other(1, 3) - first(1, 3)};
                 if (shift.is_finite()) box.expand(Bounds2{copy.min + shift, copy.max + shift});
             }
@@ -202,9 +214,8 @@ void BlockReferenceEntity::transform(const Matrix4& m) {
     double turnedX = sx * stretch;
     double turnedY = sy * signedArea / stretch;
     const Vector2 axis = newX / stretch;
-    double turn = std::atan2(oldX.cross(axis), oldX.dot(axis));
-    if (turn != 0.0) turn = math::normalizeAngle(rotation + turn) - rotation;
-    double angle = rotation + turn;
+    const double turn = std::atan2(oldX.cross(axis), oldX.dot(axis));
+    double angle = turn != 0.0 ? math::normalizeAngle(rotation + turn) : rotation;
     if (signedArea < 0.0) {
         // Of the two ways to write a mirror image, the one that turns the block less.
         const Vector2 direction = Vector2::from_angle(angle);
@@ -246,8 +257,8 @@ void BlockReferenceEntity::moveGrip(std::size_t index, const Vector2& to) {
 
 std::size_t BlockReferenceEntity::sizeInBytes() const {
     std::size_t size = sizeof *this + extrasSize() + attributes.capacity() * sizeof(BlockAttribute) +
-                       clipBoundary.capacity() * sizeof(Vector2) +
-                       (dynParamValues.size() + dynFlipValues.size()) * 96 + activeVisibilityState.capacity();
+                       clipBoundary.capacity() * sizeof(Vector2) + (dynParamValues.size() + dynFlipValues.size()) * 96 +
+                       activeVisibilityState.capacity();
     for (const BlockAttribute& a : attributes) size += a.tag.capacity() + a.value.capacity();
     return size;
 }
@@ -262,9 +273,7 @@ void emitBlock(const Block& block, const Matrix4& placement, OutlineSink& sink, 
     std::size_t position = 0;
     for (const Entity& e : block.entities) {
         const std::size_t at = position++;
-        if (!e.visible || (visible != nullptr && (at >= visible->size() || !(*visible)[at]))) continue;
-        // References show the values of attributes, not their definitions.
-        if (e.type() == EntityType::AttributeDefinition) continue;
+        if (hiddenInReferences(e) || (visible != nullptr && (at >= visible->size() || !(*visible)[at]))) continue;
         if (!nesting.takeEntity()) return;
         const OutlineStyle style = nestedStyle(e, outer);
         if (placed.wantsLayer(style.layer)) e.emit(placed, style);

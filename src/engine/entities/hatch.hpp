@@ -127,6 +127,12 @@ class HatchEntity final : public Entity {
     void setFinalPattern(const std::vector<HatchFamily>& families);
     /// Area inside the rings, from a polygon approximation within 1e-6 of the extents.
     double area() const;
+
+private:
+    /// The pattern before scale, angle and origin; lines at 45 degrees for a name that nothing knows.
+    const std::vector<HatchFamily>* definition() const;
+    void transformPattern(const math::Matrix4& plane, bool uniform);
+    void transformLoop(HatchLoop& loop, const math::Matrix4& plane, bool uniform) const;
 };
 
 /// A family of a pattern definition as drawn with this scale, angle and origin.

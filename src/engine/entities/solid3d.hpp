@@ -9,8 +9,9 @@ namespace kova::engine {
 
 struct ModelerEdges;
 
-/// A solid-modeller body: its data are kept as read. The edges in plan are found from the modeller's records (straight,
-/// elliptic and spline curves); silhouettes of curved faces are not.
+/// A solid-modeller body: its data are kept as read. Its edges are found from the modeller's records, text or binary
+/// (straight, elliptic and spline curves); the silhouettes of curved faces are not drawn, so a sphere shows nothing.
+/// A transform goes to the body's transform record; data that are not understood stay as they are.
 class Solid3DEntity final : public Entity {
     KOVA_ENTITY(Solid3DEntity, Solid3D)
 

@@ -84,7 +84,8 @@ std::optional<std::vector<bool>> Block::visibleEntities(std::string_view state) 
     if (shown == nullptr) return std::nullopt;
     std::vector<bool> visible(entities.size(), false);
     for (const std::int32_t index : shown->visibleEntityIndices)
-        if (index >= 0 && static_cast<std::size_t>(index) < visible.size()) visible[static_cast<std::size_t>(index)] = true;
+        if (index >= 0 && static_cast<std::size_t>(index) < visible.size())
+            visible[static_cast<std::size_t>(index)] = true;
     return visible;
 }
 

@@ -92,7 +92,7 @@ struct Block {
 
     /// Anonymous blocks ("*D12", "*U3") belong to dimensions, tables and dynamic references.
     bool isAnonymous() const { return !name.empty() && name.view().front() == '*'; }
-    /// Extents of the contents as references show them (attribute definitions are not shown), in block coordinates;
+    /// Extents of the contents as references show them (without attribute definitions), in block coordinates;
     /// kept until an entity changes.
     math::Bounds2 extents() const;
     /// The same under an affine map of block coordinates, exact also for turned contents. `visible` (null: all) tells

@@ -68,8 +68,10 @@ void Block::refreshCache() const {
             case EntityType::Dimension:
             case EntityType::Leader:
             case EntityType::MLeader:
-            case EntityType::Table: return true;
-            default: return false;
+            case EntityType::Table:
+                return true;
+            default:
+                return false;
         }
     });
     cacheDrawing_ = drawing;
@@ -88,10 +90,10 @@ math::Bounds2 Block::measure(const math::Matrix4* m, const std::vector<bool>* vi
     std::size_t position = 0;
     for (const Entity& e : entities) {
         const std::size_t at = position++;
-        if (!e.visible || (visible != nullptr && (at >= visible->size() || !(*visible)[at]))) continue;
-        if (e.type() == EntityType::AttributeDefinition) continue;
+        if (hiddenInReferences(e) || (visible != nullptr && (at >= visible->size() || !(*visible)[at]))) continue;
         if (!nesting.takeEntity()) break;
         if (e.type() == EntityType::BlockReference) {
+            if (!nesting.takePlacement()) break;
             box.expand(static_cast<const BlockReferenceEntity&>(e).boundsUnder(m != nullptr ? *m : math::Matrix4{}));
         } else if (exactCorners) {
             box.expand(m != nullptr ? engine::boundsUnder(e.bounds(), *m) : e.bounds());

@@ -115,6 +115,17 @@ std::string_view ownApplication(engine::EntityType type) {
     }
 }
 
+bool isReservedRootKey(std::string_view key) {
+    constexpr std::string_view keys[] = {
+        "ACAD_GROUP",        "ACAD_LAYOUT",        "ACAD_MLINESTYLE", "ACAD_MLEADERSTYLE",      "ACAD_TABLESTYLE",
+        "ACAD_IMAGE_DICT",   "ACAD_PLOTSTYLENAME", "DWGPROPS",        "ACAD_PLOTSETTINGS",      "ACAD_SCALELIST",
+        "ACAD_IMAGE_VARS",   "ACAD_MATERIAL",      "ACAD_COLOR",      "AcDbVariableDictionary", "ACAD_VISUALSTYLE",
+        "ACAD_WIPEOUT_VARS", kDrawingKey,
+    };
+    return std::any_of(std::begin(keys), std::end(keys),
+                       [&](std::string_view known) { return engine::equalNoCase(known, key); });
+}
+
 bool isOwnApplication(std::string_view application) {
     return application.size() > 5 && engine::equalNoCase(application.substr(0, 5), "KOVA_");
 }
@@ -124,9 +135,23 @@ double radiansFromDegrees(double degrees) {
 }
 
 bool radiansFromDegrees(std::string_view text, double& radians) {
+    // A text of up to 17 digits names a double; only a longer one says more than that.
+    std::size_t digits = 0;
+    for (const char c : text) {
+        if (c == 'e' || c == 'E') break;
+        if (c >= '0' && c <= '9' && (digits > 0 || c != '0')) ++digits;
+    }
+    const char* const last = text.data() + text.size();
+    if (digits <= 17) {
+        double degrees = 0.0;
+        const auto [end, error] = std::from_chars(text.data(), last, degrees);
+        if (error != std::errc() || end != last) return false;
+        radians = radiansFromDegrees(degrees);
+        return true;
+    }
     long double degrees = 0.0L;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), degrees);
-    if (error != std::errc() || end != text.data() + text.size()) return false;
+    const auto [end, error] = std::from_chars(text.data(), last, degrees);
+    if (error != std::errc() || end != last) return false;
     radians = static_cast<double>(degrees * kPi / 180.0L);
     return true;
 }
@@ -145,7 +170,7 @@ std::size_t degreesText(double radians, char* out) {
     if (radiansFromDegrees(degrees) == radians)
         end = std::to_chars(out, out + 40, degrees).ptr;
     else
-        end = std::to_chars(out, out + 40, wide).ptr;
+        end = std::to_chars(out, out + 40, wide, std::chars_format::scientific, 20).ptr;
     if (std::find_if(out, end, [](char c) { return c == '.' || c == 'e'; }) == end) {
         *end++ = '.';
         *end++ = '0';

@@ -27,11 +27,15 @@
 //
 // The drawing's own record (kDrawingKey in the root dictionary)
 // --------------------------------------------------------------
-//   "layerFilters", "shapeFiles", "snapBase", "dimStyleOverrides", "dimStyleNameOverrides", "hatchPatterns",
-//   "objectDictionary" (entries that a DXF dictionary cannot hold; see below), "appIds" (the drawing's own list, in its
-//   order), "currentUcs", "currentUcsAxes", "nextHandle", "systemVariables" (those without a header variable in
-//   kHeaderVariables), "layerStateExtras" (by state name: description, mask and entries with what XRECORDs cannot
-//   say), "currentColor", "properties", "currentView", "lastPoint", "tableOrder".
+// Members of the native file's top level, in its form, so that native::readLeadingSections and readTrailingSections
+// take them: "properties", "layerFilters", "shapeFiles", "snapBase", "dimStyleOverrides" and "dimStyleNameOverrides"
+// (there even when empty: the header's dimension variables then add nothing), "hatchPatterns", "objectDictionary"
+// (only entries that a DXF dictionary cannot hold: see namedObjectIsNative; the others are objects under the root
+// dictionary in their order), "appIds" (the drawing's own list in its order; APPID holds the program's besides),
+// "currentUcs", "currentUcsAxes", "activeLayout", "tilemode", "currentColor", "systemVariables" (all that the native
+// file holds; header variables win, as another program may have changed them), "layerStates", "layerStateMasks", and
+// besides "nextHandle" (the counter before saving: it counts when it is above all entity handles), "currentView" (a
+// NamedView record) and "lastPoint" (x, y).
 //
 // Marks of records that the writer had to add
 // --------------------------------------------
@@ -94,6 +98,8 @@ inline constexpr std::size_t kOwnXdataLimit = 8000;
 std::string_view ownApplication(engine::EntityType type);
 /// The applications that are registered in every file.
 std::span<const std::string_view> registeredApplications();
+/// The keys of the root dictionary that the writer makes itself.
+bool isReservedRootKey(std::string_view key);
 /// True when extended data under this name may be own data (its first item then tells).
 bool isOwnApplication(std::string_view application);
 

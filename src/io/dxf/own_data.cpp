@@ -21,6 +21,18 @@ public:
     void entity(native::JsonTree::Index) override {}
 };
 
+/// True when there is a member that is not one of those that all entities have.
+bool hasKindMembers(OwnDataTree& data) {
+    constexpr std::string_view common[] = {"elevation",     "thickness",  "normalX",         "normalY",
+                                           "normalZ",       "annotative", "annotationScale", "objectScales",
+                                           "plotStyleName", "lineweight", "transparency",    "linetypeScale",
+                                           "linetype",      "layer",      "color",           "visible"};
+    const native::JsonTree& tree = data.tree();
+    for (auto i = native::JsonTree::first(data.root()), last = tree.end(data.root()); i != last; i = tree.next(i))
+        if (std::find(std::begin(common), std::end(common), tree.keyOf(i)) == std::end(common)) return true;
+    return false;
+}
+
 }  // namespace
 
 bool OwnFieldWriter::wanted(const Field& f) {
@@ -184,7 +196,10 @@ bool applyOwnData(std::string_view json, engine::Entity& entity) {
     if (!data.parse(json)) return false;
     try {
         native::RecordReader reader(data.tree());
-        reader.readEntity(data.root(), entity);
+        reader.enter(data.root());
+        entity.describeCommon(reader);
+        // Some kinds take a missing member for its default: they are asked only when one of theirs is there.
+        if (hasKindMembers(data)) entity.describe(reader);
     } catch (const std::exception&) {
         return false;
     }

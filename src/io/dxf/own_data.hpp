@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "engine/entity.hpp"
+#include "engine/records/records.hpp"
 #include "io/native/record_reader.hpp"
 #include "io/native/record_writer.hpp"
 
@@ -116,5 +117,24 @@ bool applyOwnData(std::string_view json, Record& record) requires(!std::is_base_
 }
 /// True when the own data marks a record that the writer only added to be complete.
 bool isPlaceholder(std::string_view json);
+
+/// The own data of a layout: its fields and those of its page setup side by side.
+struct LayoutOwnFields {
+    engine::Layout& layout;
+
+    void describe(engine::FieldVisitor& v) {
+        v.name("layoutName", layout.name);
+        v.integer("tabOrder", layout.tabOrder);
+        v.handle("handle", layout.handle);
+        layout.pageSetup.describe(v);
+    }
+};
+
+/// The view of the drawing's own record.
+struct CurrentView {
+    engine::NamedView& view;
+
+    void describe(engine::FieldVisitor& v) { view.describe(v); }
+};
 
 }  // namespace kova::io::dxf

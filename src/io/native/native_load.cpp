@@ -90,7 +90,6 @@ private:
     std::unique_ptr<Entity> makeEntityOf(Index record);
     /// A part that was taken in while parsing must have been an array.
     void requireArray(Index object, std::string_view key) const;
-    void readBasePoints(Index record);
     void noteHandle(std::uint64_t handle) { highestHandle_ = std::max(highestHandle_, handle); }
     void settleHandles();
     void ensureStandardRecords();
@@ -100,7 +99,10 @@ private:
     RecordReader reader_;
     std::unique_ptr<engine::Block> block_;    ///< being read
     std::unique_ptr<engine::Layout> layout_;  ///< being read
-    std::size_t ownerStart_ = 0;              ///< count of unsettled entities when the block began
+    bool hasLayouts_ = false;                 ///< the file has some
+    std::unordered_set<const void*> layoutNames_;
+    unsigned nextLayoutNumber_ = 1;
+    std::size_t ownerStart_ = 0;  ///< count of unsettled entities when the block began
     std::vector<Unsettled> unsettled_;
     std::uint64_t firstHandle_;  ///< the new drawing's counter
     std::uint64_t highestHandle_ = 0;
@@ -130,25 +132,12 @@ void Loader::beginBlock() {
     ownerStart_ = unsettled_.size();
 }
 
-/// A parameter's base point goes by two names: baseX, baseY and basePointX, basePointY.
-void Loader::readBasePoints(Index record) {
-    const Index array = tree_.find(record, "dynParams");
-    if (array == JsonTree::kNone) return;
-    std::size_t n = 0;
-    for (Index i = JsonTree::first(array); n < block_->dynParams.size(); i = tree_.next(i), ++n) {
-        math::Vector2& base = block_->dynParams[n].base;
-        if (const Index x = tree_.find(i, "basePointX"); x != JsonTree::kNone) base.x = tree_.number(x);
-        if (const Index y = tree_.find(i, "basePointY"); y != JsonTree::kNone) base.y = tree_.number(y);
-    }
-}
-
 void Loader::endBlock(Index record) {
     requireArray(record, "entities");
     reader_.enter(record);
     block_->describeHead(reader_);
     block_->describeDynamic(reader_);
     reader_.leave();
-    readBasePoints(record);
     noteHandle(block_->handle);
     const Name name = block_->name;
     const bool isSpace = name == "*Model_Space" || name == "*Paper_Space";
@@ -163,6 +152,9 @@ void Loader::endBlock(Index record) {
 }
 
 void Loader::beginLayouts() {
+    // Those of the new drawing go, once.
+    if (hasLayouts_) return;
+    hasLayouts_ = true;
     while (!drawing_.layouts().empty()) drawing_.takeLayout(drawing_.layouts().back()->name);
 }
 
@@ -178,10 +170,10 @@ void Loader::endLayout(Index record) {
     reader_.read(record, members);
     noteHandle(layout_->handle);
     // A layout must be reachable by its name; its entities are worth more than a name that is no good.
-    const auto usable = [&](Name name) {
-        return !name.empty() && !(name == "Model") && drawing_.findLayout(name) == nullptr;
+    const auto taken = [&](Name name) {
+        return name.empty() || name == "Model" || !layoutNames_.insert(name.key()).second;
     };
-    for (int n = 1; !usable(layout_->name); ++n) layout_->name = Name("Layout" + std::to_string(n));
+    while (taken(layout_->name)) layout_->name = Name("Layout" + std::to_string(nextLayoutNumber_++));
     drawing_.putLayout(std::move(layout_), drawing_.layouts().size());
 }
 

@@ -26,6 +26,7 @@ struct BuiltinDef {
 struct BuiltinGroup {
     std::string_view title;
     std::span<const BuiltinDef> rows;
+    bool cad = false;  ///< works on the drawing or the command line
 };
 /// Special forms: what the compiler knows. Listed in the manual before the functions.
 struct FormDef {

@@ -249,6 +249,7 @@ void Compiler::setq(Unit& unit, const Value& rest) {
 }
 
 void Compiler::closure(Unit& unit, const std::string& name, const Value& rest, const char* form) {
+    if (!rest.isCons()) return raise(unit, std::string(form) + ": expected params and body");
     const Value made = Value::object(new Code);
     Unit inner{made.as<Code>(), &unit};
     inner.code->name = name;
@@ -284,6 +285,7 @@ void Compiler::function(Unit& unit, const Value& rest, const char* form) {
         if (unit.code->variables.size() >= kMaxVariables) return fail("too many parameters");
         unit.code->variables.push_back(v->asSymbol());
         unit.visible.push_back(true);
+        ++unit.code->bound;
         if (!locals) ++unit.code->parameters;
     }
     sequence(unit, rest.cdr(), true);

@@ -194,7 +194,7 @@ Environment* Environment::make(Code* code, Environment* parent) {
     made->parent_ = parent;
     if (parent != nullptr) ++parent->refs;
     made->size_ = slots;
-    for (std::uint32_t i = 0; i < slots; ++i) new (made->slots() + i) Value;
+    for (std::uint32_t i = 0; i < slots; ++i) new (made->slots() + i) Value(i < code->bound ? Value() : Value::unbound());
     return made;
 }
 
@@ -290,6 +290,7 @@ bool eqValues(const Value& a, const Value& b) {
 
 bool equalValues(const Value& a, const Value& b, double fuzz) {
     const auto near = [fuzz](double x, double y) { return x == y || std::abs(x - y) <= fuzz; };
+    if (!a.isCons() || !b.isCons()) return a.isNumber() && b.isNumber() ? near(a.number(), b.number()) : eqValues(a, b);
     // Structures that share their parts can be far larger than their memory.
     constexpr std::size_t kMaxPairs = 100'000'000;
     std::size_t pairs = 0;

@@ -193,6 +193,7 @@ struct Code final : Object {
     Code() : Object(Kind::Code) {}
     std::string name = "LAMBDA";
     std::uint32_t parameters = 0;
+    std::uint32_t bound = 0;  ///< parameters and locals; loop variables follow
     std::vector<Symbol*> variables;
     std::vector<Instruction> code;
     std::vector<Value> constants;

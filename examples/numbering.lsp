@@ -1,0 +1,30 @@
+; NUMBERING: writes a running number beside each circle of a selection, from left to right, then from bottom to top.
+
+(defun circle-list (set / i out e)
+  (setq i 0)
+  (repeat (sslength set)
+    (setq e (entget (ssname set i))
+          out (cons (list (cdr (assoc 10 e)) (cdr (assoc 40 e))) out)
+          i (1+ i)))
+  out)
+
+(defun before (a b / p q)
+  (setq p (car a) q (car b))
+  (if (equal (car p) (car q) 1e-6) (< (cadr p) (cadr q)) (< (car p) (car q))))
+
+(defun c:numbering (/ set start height)
+  (princ "Circles to be numbered. ")
+  (setq set (ssget '((0 . "CIRCLE"))))
+  (if (null set)
+    (princ "No circles.")
+    (progn
+      (initget 4)
+      (setq start (getint "First number <1>: "))
+      (if (null start) (setq start 1))
+      (setq height (getvar "TEXTSIZE"))
+      (foreach item (vl-sort (circle-list set) 'before)
+        (entmake (list '(0 . "TEXT") '(8 . "Numbers") (cons 10 (polar (car item) (/ pi 4) (* 1.2 (cadr item))))
+                       (cons 40 height) (cons 1 (itoa start))))
+        (setq start (1+ start)))
+      (princ (strcat (itoa (sslength set)) " circles numbered."))))
+  (princ))

@@ -1,0 +1,121 @@
+#include "engine/entities/viewport.hpp"
+
+#include "engine/outline.hpp"
+#include "engine/path.hpp"
+#include "math/angles.hpp"
+
+namespace kova::engine {
+
+using math::Matrix4;
+using math::Vector2;
+
+bool ViewportEntity::isFrozenHere(Name layer) const {
+    return std::find(vpFrozenLayers.begin(), vpFrozenLayers.end(), layer) != vpFrozenLayers.end();
+}
+
+math::Bounds2 ViewportEntity::frame() const {
+    const Vector2 half{std::abs(width) / 2.0, std::abs(height) / 2.0};
+    return {center - half, center + half};
+}
+
+Matrix4 ViewportEntity::modelToPaper() const {
+    return Matrix4::translation(center) * Matrix4::rotation_z(viewTwist) *
+           Matrix4::scaling(viewScale, viewScale, viewScale) * Matrix4::translation(-viewTarget);
+}
+
+Vector2 ViewportEntity::toModel(const Vector2& paper) const {
+    const auto inverse = modelToPaper().inverse();
+    return inverse ? inverse->transform_point(paper) : viewTarget;
+}
+
+math::Bounds2 ViewportEntity::modelWindow() const {
+    math::Bounds2 box;
+    const math::Bounds2 paper = frame();
+    for (const Vector2& p :
+         {paper.min, Vector2{paper.max.x, paper.min.y}, paper.max, Vector2{paper.min.x, paper.max.y}})
+        box.expand(toModel(p));
+    return box;
+}
+
+math::Bounds2 ViewportEntity::bounds() const { return isSheet() ? math::Bounds2{} : frame(); }
+
+void ViewportEntity::transform(const Matrix4& m) {
+    const math::PlaneParts parts = math::planeParts(m);
+    center = m.transform_point(center);
+    // The frame stays along the axes of the sheet: it takes quarter turns, the view inside it every turn. The view
+    // grows with the window, so that the window shows the same part of the model.
+    width *= parts.scaleX;
+    height *= parts.scaleY;
+    if (std::lround(parts.rotation / (math::kPi / 2.0)) % 2 != 0) std::swap(width, height);
+    const double scale = std::sqrt(std::abs(m.plane_determinant()));
+    if (scale > 0.0 && std::isfinite(scale)) viewScale *= scale;
+    if (!parts.mirrored && parts.rotation != 0.0) viewTwist = math::normalizeAngle(viewTwist + parts.rotation);
+}
+
+double ViewportEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
+
+Vector2 ViewportEntity::nearestPoint(const Vector2& p) const {
+    const math::Bounds2 f = frame();
+    Path path;
+    const std::array<Vector2, 4> box{f.min, Vector2{f.max.x, f.min.y}, f.max, Vector2{f.min.x, f.max.y}};
+    path.polygon(box);
+    return nearestOnPath(path, p);
+}
+
+std::vector<Vector2> ViewportEntity::gripPoints() const {
+    const math::Bounds2 f = frame();
+    return {f.min, {f.max.x, f.min.y}, f.max, {f.min.x, f.max.y}, center};
+}
+
+void ViewportEntity::moveGrip(std::size_t index, const Vector2& to) {
+    if (index == 4) {
+        center = to;
+        return;
+    }
+    if (index > 3) return;
+    const Vector2 fixed = gripPoints()[(index + 2) % 4];
+    const Vector2 size = to - fixed;
+    if (!(std::abs(size.x) > math::kTolerance) || !(std::abs(size.y) > math::kTolerance) || !size.is_finite()) return;
+    // What is seen keeps its place on the sheet.
+    const Vector2 middle = (to + fixed) / 2.0;
+    viewTarget = toModel(middle);
+    center = middle;
+    width = std::abs(size.x);
+    height = std::abs(size.y);
+}
+
+void ViewportEntity::describe(FieldVisitor& v) {
+    v.point("center", center);
+    v.length("width", width);
+    v.length("height", height);
+    v.point("viewTarget", viewTarget);
+    v.number("viewScale", viewScale);
+    v.angle("viewTwist", viewTwist);
+    v.boolean("on", on);
+    v.boolean("locked", locked);
+    v.integer("vpId", vpId);
+    v.pointObject("snapBase", snapBase);
+    v.pointObject("snapSpacing", snapSpacing);
+    v.pointObject("gridSpacing", gridSpacing);
+    v.angle("snapAngle", snapAngle);
+    v.integer("statusFlags", statusFlags);
+    v.names("vpFrozenLayers", vpFrozenLayers);
+}
+
+void ViewportEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
+    if (isSheet()) return;
+    const math::Bounds2 f = frame();
+    const std::array<Vector2, 4> corners{f.min, Vector2{f.max.x, f.min.y}, f.max, Vector2{f.min.x, f.max.y}};
+    Path path;
+    path.polygon(corners);
+    sink.viewport(*this, style);
+    StrokeOptions frameLine;
+    frameLine.continuous = true;
+    sink.stroke(path, style, frameLine);
+}
+
+std::size_t ViewportEntity::sizeInBytes() const {
+    return sizeof *this + extrasSize() + vpFrozenLayers.capacity() * sizeof(Name);
+}
+
+}  // namespace kova::engine

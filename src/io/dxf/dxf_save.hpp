@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+namespace kova::engine {
+class Drawing;
+}
+
+namespace kova::io::dxf {
+
+/// What a save had to leave out or change.
+struct DxfSaveReport {
+    std::size_t total = 0;            ///< entities of the drawing, those in blocks and layouts included
+    std::size_t dropped = 0;          ///< could not be written: degenerate (no vertices, no size, not finite)
+    std::size_t droppedSat = 0;       ///< solids held only as modeller text, which this version of DXF cannot hold
+    std::size_t replacedNumbers = 0;  ///< infinite numbers and such that are none, written as 0
+};
+
+/// Saves a drawing as an AC1027 text DXF file. Error text ("Failed to open file for writing: ", "Write error on file: "
+/// and the path), empty on success; after a failure an older file of that name stands as it was.
+std::string saveDxf(const engine::Drawing& drawing, const std::string& path, DxfSaveReport* report = nullptr);
+
+/// The same to memory.
+std::string dxfText(const engine::Drawing& drawing, DxfSaveReport* report = nullptr);
+
+}  // namespace kova::io::dxf

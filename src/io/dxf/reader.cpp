@@ -1,0 +1,183 @@
+#include "io/dxf/reader.hpp"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <new>
+
+#include "io/mapped_file.hpp"
+
+namespace kova::io::dxf {
+
+using engine::Name;
+
+Reader::Reader(std::string_view text, engine::Drawing& drawing, DxfLoadReport& report, const std::string& folder)
+    : drawing_(drawing), report_(report), reader_(text), folder_(folder) {}
+
+void Reader::skipSection() {
+    while (reader_.next(record_)) {
+        if (!endsSection(record_)) continue;
+        if (record_.type != "ENDSEC") reader_.unread();
+        return;
+    }
+}
+
+void Reader::readSections() {
+    // The layouts of the new drawing give way to those of the file.
+    while (!drawing_.layouts().empty()) drawing_.takeLayout(drawing_.layouts().back()->name);
+    while (reader_.next(record_)) {
+        if (record_.type == "EOF") {
+            complete_ = true;
+            return;
+        }
+        if (record_.type != "SECTION") continue;
+        const Tag* title = record_.find(2);
+        const std::string section = title != nullptr ? engine::upperCase(title->trimmed()) : std::string();
+        if (section == "HEADER")
+            readHeader(record_);
+        else if (section == "TABLES")
+            readTables();
+        else if (section == "BLOCKS")
+            readBlocks();
+        else if (section == "ENTITIES")
+            readEntities();
+        else if (section == "OBJECTS")
+            indexObjects();
+        else if (section == "ACDSDATA")
+            readDataStorage();
+        else
+            skipSection();
+    }
+}
+
+/// The records that every drawing has, and those that entities name.
+void Reader::ensureRecords() {
+    const engine::CommonNames& names = engine::commonNames();
+    drawing_.layers.ensure(names.layerZero);
+    // A drawing that this program wrote has the layers that it had.
+    if (!own_)
+        for (const Name layer : usedLayers_) drawing_.layers.ensure(layer);
+    for (const Name special : {names.byBlock, names.byLayer, names.continuous}) {
+        if (drawing_.linetypes.contains(special)) continue;
+        engine::Linetype linetype;
+        linetype.name = special;
+        linetype.standard = true;
+        if (special == names.continuous) linetype.description = "Solid line";
+        drawing_.linetypes.add(std::move(linetype));
+    }
+    drawing_.textStyles.ensure(names.standard);
+    drawing_.dimStyles.ensure(names.standard);
+    drawing_.mleaderStyles.ensure(names.standard);
+    drawing_.tableStyles.ensure(names.standard);
+    if (!drawing_.layers.contains(drawing_.currentLayer)) drawing_.currentLayer = names.layerZero;
+    if (!drawing_.linetypes.contains(drawing_.currentLinetype)) drawing_.currentLinetype = names.byLayer;
+    if (!drawing_.textStyles.contains(drawing_.currentTextStyle)) drawing_.currentTextStyle = names.standard;
+    if (!drawing_.dimStyles.contains(drawing_.currentDimStyle)) drawing_.currentDimStyle = names.standard;
+    if (!drawing_.mleaderStyles.contains(drawing_.currentMLeaderStyle)) drawing_.currentMLeaderStyle = names.standard;
+    if (!drawing_.tableStyles.contains(drawing_.currentTableStyle)) drawing_.currentTableStyle = names.standard;
+    if (std::find(drawing_.appIds.begin(), drawing_.appIds.end(), Name("ACAD")) == drawing_.appIds.end() && !own_)
+        drawing_.appIds.insert(drawing_.appIds.begin(), Name("ACAD"));
+}
+
+void Reader::finish() {
+    settleBodies();
+    readObjects();
+    settleStyles();
+    settleExtensions();
+    settleImages();
+    joinColumns();
+    settleDrawOrder();
+    // Layouts that no object names, from files of releases without such objects.
+    for (const auto& [block, layout] : papers_) {
+        if (!layout->name.view().starts_with('\x01')) continue;
+        for (int n = 1; n < 100000 && !drawing_.renameLayout(layout->name, Name("Layout" + std::to_string(n))); ++n) {
+        }
+    }
+    if (own_) dropPictures();
+    if (drawing_.layouts().empty() && !own_) drawing_.addLayout(Name("Layout1"));
+    for (const auto& [block, layout] : papers_)
+        if (block == "*Paper_Space") drawing_.activeLayoutName = layout->name;
+    if (drawing_.activeLayout() == nullptr && !drawing_.layouts().empty())
+        drawing_.activeLayoutName = drawing_.layouts().front()->name;
+    drawing_.nextHandle = std::max({drawing_.nextHandle, seed_ < kMaxHandle ? seed_ : 0, highestHandle_ + 1});
+    applyHeader();
+    readDrawingRecord(dictionaryEntry(rootDictionary_, "KOVA_DRAWING"));
+    settleExternalReferences();
+    ensureRecords();
+    if (ownNextHandle_ != 0) drawing_.nextHandle = ownNextHandle_;
+    ++drawing_.styleRevision;
+}
+
+void Reader::tellSkipped() {
+    if (!report_.skipped.empty()) {
+        std::size_t count = 0;
+        std::string list;
+        for (const auto& [type, n] : report_.skipped) {
+            count += n;
+            std::string shown;
+            for (const char c : type) shown += std::isprint(static_cast<unsigned char>(c)) != 0 ? c : '?';
+            if (!list.empty()) list += ", ";
+            list += std::to_string(n) + " " + shown;
+        }
+        report_.lines.push_back(std::to_string(count) + " entities could not be read: " + list + ".");
+    }
+    TagReader& tags = reader_.tags();
+    if (tags.damage() > 0)
+        report_.lines.push_back("The file is damaged at line " + std::to_string(tags.lineAt(tags.firstDamage())) +
+                                "; what could be read was kept.");
+    else if (!complete_)
+        report_.lines.push_back("The file ends without its end mark; what could be read was kept.");
+}
+
+std::string Reader::run() {
+    readSections();
+    finish();
+    tellSkipped();
+    return {};
+}
+
+namespace {
+
+/// True when the bytes may be ASCII DXF: the first line that is not blank holds a group code.
+bool looksLikeDxf(std::string_view text) {
+    TagReader tags(text.substr(0, 65536));
+    Tag tag;
+    return tags.next(tag) && tags.damage() == 0;
+}
+
+std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport* report, const std::string& folder) {
+    DxfLoadReport unused;
+    DxfLoadReport& out = report != nullptr ? *report : unused;
+    try {
+        std::string converted;
+        std::string_view text = bytes;
+        if (isBinaryDxf(bytes)) {
+            const std::string problem = binaryToText(bytes, converted);
+            if (!problem.empty()) out.lines.push_back("The file is damaged: " + problem + "; what could be read was kept.");
+            text = converted;
+        }
+        if (!looksLikeDxf(text)) return "DXF read failed: not a DXF file (no group code at line 1)";
+        return Reader(text, drawing, out, folder).run();
+    } catch (const std::exception& problem) {
+        return std::string("DXF read failed: ") + problem.what();
+    } catch (...) {
+        return "DXF read failed: unrecognised error";
+    }
+}
+
+}  // namespace
+
+std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report) {
+    return load(text, drawing, report, {});
+}
+
+std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report) {
+    std::error_code error;
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (!error && size > kMaxDxfFileSize) return "DXF file rejected: size exceeds the 256 MB safety limit.";
+    MappedFile file;
+    if (!file.open(path).empty()) return "Failed to open file: " + path;
+    return load(file.view(), drawing, report, std::filesystem::path(path).parent_path().string());
+}
+
+}  // namespace kova::io::dxf

@@ -1,0 +1,124 @@
+#include "script/python/convert.hpp"
+
+#include "script/python/package.hpp"
+#include "script/python/runner.hpp"
+
+namespace kova::script::python {
+
+namespace {
+
+Runner* theRunner = nullptr;
+
+/// The text of the Python error that is set, which is cleared.
+std::string takeErrorText() {
+    PyObject *type = nullptr, *value = nullptr, *trace = nullptr;
+    PyErr_Fetch(&type, &value, &trace);
+    PyErr_NormalizeException(&type, &value, &trace);
+    const Ref kind(type), object(value), frames(trace);
+    const Ref shown(object ? PyObject_Str(object.get()) : nullptr);
+    const char* text = shown ? PyUnicode_AsUTF8(shown.get()) : nullptr;
+    PyErr_Clear();
+    return text != nullptr ? text : "unknown error";
+}
+
+}  // namespace
+
+Runner::Runner(Interpreter& interpreter, headless::Session& session) : interpreter_(interpreter), binding_(session) {
+    theRunner = this;
+    session.setPython(this);
+}
+
+Runner::~Runner() {
+    binding_.session().setPython(nullptr);
+    theRunner = nullptr;
+}
+
+Runner* Runner::current() { return theRunner; }
+
+std::string Runner::start() {
+    if (std::string reason = interpreter_.start(); !reason.empty()) return reason;
+    try {
+        installPackage();
+        return {};
+    } catch (const PythonError&) {
+        return takeErrorText();
+    }
+}
+
+PyObject* Runner::call(const char* function, const std::string& label, PyObject* arguments, std::string& error) {
+    const Ref owned(arguments);
+    PyObject* result = nullptr;
+    try {
+        binding_.beginRun(label);
+    } catch (const std::exception& refusal) {
+        error = refusal.what();
+        return nullptr;
+    }
+    if (const Ref harness{PyImport_ImportModule("kova._harness")})
+        if (const Ref callee{PyObject_GetAttrString(harness.get(), function)})
+            result = PyObject_CallObject(callee.get(), owned.get());
+    if (result == nullptr) error = takeErrorText();
+    binding_.endRun();
+    return result;
+}
+
+Runner::Result Runner::run(const std::string& code) {
+    if (const std::string reason = start(); !reason.empty()) return {{}, "Python is not available: " + reason, true};
+    Result result;
+    const Ref arguments(
+        Py_BuildValue("(N)", PyUnicode_DecodeUTF8(code.data(), static_cast<Py_ssize_t>(code.size()), "replace")));
+    const Ref answer(call("run_code", "Python", Py_XNewRef(arguments.get()), result.error));
+    const char* output = nullptr;
+    const char* error = nullptr;
+    Py_ssize_t size = 0;
+    if (answer && PyTuple_Check(answer.get()) && PyTuple_GET_SIZE(answer.get()) == 2) {
+        output = PyUnicode_AsUTF8AndSize(PyTuple_GET_ITEM(answer.get(), 0), &size);
+        PyObject* text = PyTuple_GET_ITEM(answer.get(), 1);
+        if (output != nullptr) result.output.assign(output, static_cast<std::size_t>(size));
+        result.failed = text != Py_None;
+        if (result.failed) error = PyUnicode_AsUTF8(text);
+        if (error != nullptr) result.error = error;
+    } else {
+        result.failed = true;
+        if (result.error.empty()) result.error = "unknown error";
+    }
+    PyErr_Clear();
+    return result;
+}
+
+void Runner::callForCommand(const char* function, const std::string& label, PyObject* arguments) {
+    std::string error;
+    const Ref done(call(function, label, arguments, error));
+    if (!done) binding_.session().append(error);
+}
+
+void Runner::runFile(const std::string& path) {
+    if (const std::string reason = start(); !reason.empty())
+        return binding_.session().append("Python is not available: " + reason);
+    callForCommand("run_file", "PYSCRIPT", Py_BuildValue("(s)", path.c_str()));
+}
+
+void Runner::loadFile(const std::string& path) {
+    if (const std::string reason = start(); !reason.empty())
+        return binding_.session().append("Python is not available: " + reason);
+    callForCommand("load_file", "PYLOAD", Py_BuildValue("(s)", path.c_str()));
+}
+
+void Runner::reloadFiles() {
+    if (const std::string reason = start(); !reason.empty())
+        return binding_.session().append("Python is not available: " + reason);
+    callForCommand("reload_files", "PYRELOAD", PyTuple_New(0));
+}
+
+void Runner::runCommand(const std::string& name, const std::vector<std::string>& arguments) {
+    if (const std::string reason = start(); !reason.empty())
+        return binding_.session().append("Python is not available: " + reason);
+    Ref words(PyList_New(0));
+    for (const std::string& argument : arguments) {
+        const Ref word(PyUnicode_DecodeUTF8(argument.data(), static_cast<Py_ssize_t>(argument.size()), "replace"));
+        if (word) PyList_Append(words.get(), word.get());
+    }
+    callForCommand("run_command", name, Py_BuildValue("(sN)", name.c_str(), words.release()));
+}
+
+}  // namespace kova::script::python
