@@ -45,8 +45,9 @@ void entmakeLines(benchmark::State& state) {
         state.PauseTiming();
         auto session = std::make_unique<Session>();
         state.ResumeTiming();
-        eval(*session, "(progn (setq i 0) (repeat 100000 (entmake (list '(0 . \"LINE\") (list 10 i 0.0 0.0)"
-                       " (list 11 i 10.0 0.0))) (setq i (1+ i))))");
+        eval(*session,
+             "(progn (setq i 0) (repeat 100000 (entmake (list '(0 . \"LINE\") (list 10 i 0.0 0.0)"
+             " (list 11 i 10.0 0.0))) (setq i (1+ i))))");
         if (session->document().drawing().modelSpace().size() != 100'000) std::abort();
         state.PauseTiming();
         session.reset();
@@ -59,7 +60,9 @@ void entgetLines(benchmark::State& state) {
     Session session;
     eval(session, "(repeat 10000 (entmake '((0 . \"LINE\") (10 0.0 0.0 0.0) (11 1.0 1.0 0.0))))");
     for (auto _ : state)
-        eval(session, "(progn (setq e (entnext) n 0) (while e (if (assoc 10 (entget e)) (setq n (1+ n))) (setq e (entnext e))) n)");
+        eval(session,
+             "(progn (setq e (entnext) n 0) (while e (if (assoc 10 (entget e)) (setq n (1+ n))) (setq e (entnext e))) "
+             "n)");
 }
 BENCHMARK(entgetLines)->Unit(benchmark::kMillisecond);
 

@@ -25,7 +25,7 @@
   (setq from (getpoint "Foot of the stairs: ")
         to (getpoint from "Head of the stairs: ")
         old (getvar "CMDECHO"))
-  (if (<= (cadr to) (cadr from)) (progn (princ "The head must lie above the foot.") (exit)))
+  (if (<= (cadr to) (cadr from)) (progn (princ "The head must lie above the foot.\n") (exit)))
   (setvar "CMDECHO" 0)
   (setq result (stairs from to))
   (setvar "CMDECHO" old)

@@ -33,6 +33,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     headless::Session session;
     SealedServices services(session);
     session.processor().setServices(&services);
+    // LISP could write files; it has a target of its own.
+    session.setLisp(nullptr);
 
     std::string_view text(reinterpret_cast<const char*>(data), size);
     while (!text.empty()) {

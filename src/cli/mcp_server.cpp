@@ -25,7 +25,9 @@ constexpr const char* kInstructions =
 - A command still waiting for input takes the next line as its answer: send [""] or call cancel_command (or set cancel_first) before starting another command.
 - Check results with drawing_info, list_entities and render_image. Save with save_drawing (.dwg, .dxf or .kvcad); nothing is saved unless you save it. Units are the drawing's (INSUNITS).)";
 
-std::string dump(const ordered_json& reply) { return reply.dump(-1, ' ', false, ordered_json::error_handler_t::replace); }
+std::string dump(const ordered_json& reply) {
+    return reply.dump(-1, ' ', false, ordered_json::error_handler_t::replace);
+}
 
 std::string success(const json& id, ordered_json result) {
     return dump({{"jsonrpc", "2.0"}, {"id", ordered_json(id)}, {"result", std::move(result)}});
@@ -55,8 +57,10 @@ bool nestedTooDeeply(const std::string& line) {
     for (std::size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];
         if (quoted) {
-            if (c == '\\') ++i;
-            else if (c == '"') quoted = false;
+            if (c == '\\')
+                ++i;
+            else if (c == '"')
+                quoted = false;
         } else if (c == '"') {
             quoted = true;
         } else if (c == '[' || c == '{') {
@@ -180,7 +184,8 @@ int serveMcp(McpServer& server, int in, int out) {
             QMetaObject::invokeMethod(
                 application, [&queue, line = std::move(line)] { queue.post(line); }, Qt::QueuedConnection);
         });
-        QMetaObject::invokeMethod(application, [&queue] { queue.end(); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            application, [&queue] { queue.end(); }, Qt::QueuedConnection);
     });
     const int result = QCoreApplication::exec();
     reader.join();

@@ -1,8 +1,9 @@
 #include "cli/mcp_tools.hpp"
 
 #include <QBuffer>
-#include <QVariant>
 #include <QImage>
+#include <QVariant>
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <set>
 
@@ -39,6 +40,22 @@ ordered_json colorObject(const engine::Color& color) {
     return ordered_json::parse(out.take());
 }
 
+/// An argument that is a whole number, which JSON may also write as 2.0. Any other type fails as the JSON library's own
+/// conversions do, which would take true for 1.
+std::int64_t integerArgument(const json& arguments, const char* name, std::int64_t fallback) {
+    if (!arguments.is_object()) return arguments.value(name, fallback);  // which throws
+    const auto it = arguments.find(name);
+    if (it == arguments.end()) return fallback;
+    if (it->is_number_integer()) {
+        if (it->is_number_unsigned() && it->get<std::uint64_t>() > INT64_MAX) return INT64_MAX;
+        return it->get<std::int64_t>();
+    }
+    if (it->is_number_float() && std::trunc(it->get<double>()) == it->get<double>())
+        return static_cast<std::int64_t>(std::clamp(it->get<double>(), -9e15, 9e15));
+    throw std::invalid_argument("[json.exception.type_error.302] type must be integer, but is " +
+                                std::string(it->type_name()));
+}
+
 struct Property {
     const char* name;
     const char* type;
@@ -72,26 +89,29 @@ const ordered_json& McpTools::descriptions() {
                      "The open drawing: file, unsaved changes, units, current layer, layers, layouts, entity counts by "
                      "type, extents, and the command prompt waiting for input (if any).",
                      {}),
-        describeTool("new_drawing", "Start a new drawing, discarding the current one unless saved.",
-                     {{"template", "string",
-                       "\"metric\" (mm, A3), \"metric-a4\", \"imperial\" (inches), or the path of a .dwt / .kvcad / .dxf "
-                       "template. Blank if omitted."}}),
+        describeTool(
+            "new_drawing", "Start a new drawing, discarding the current one unless saved.",
+            {{"template", "string",
+              "\"metric\" (mm, A3), \"metric-a4\", \"imperial\" (inches), or the path of a .dwt / .kvcad / .dxf "
+              "template. Blank if omitted."}}),
         describeTool("open_drawing", "Open a DWG, DXF or KovaCAD (.kvcad) file, replacing the current drawing.",
                      {{"path", "string", "Full path of the file.", {}, {}, true}}),
         describeTool("save_drawing",
                      "Save the drawing: as DWG, DXF or KovaCAD (.kvcad) by the path's extension, or to its own file.",
                      {{"path", "string", "Where to save. Omit to save to the drawing's file."},
                       {"dwg_version", "string", "For .dwg: R2018 (default), R2013, R2010, R2007, R2004 or R2000."}}),
-        describeTool("run_commands",
-                     "Run KovaCAD command-line input, one line per entry, as typed at AutoCAD's command line (a command, "
-                     "then each answer to its prompts; \"\" is Enter). Returns the transcript and the prompt still waiting.",
-                     {{"commands", "array", "e.g. [\"LINE\", \"0,0\", \"100,0\", \"100,50\", \"\"]", {}, {}, true},
-                      {"cancel_first", "boolean", "End any command still waiting first (Escape)."}}),
+        describeTool(
+            "run_commands",
+            "Run KovaCAD command-line input, one line per entry, as typed at AutoCAD's command line (a command, "
+            "then each answer to its prompts; \"\" is Enter). Returns the transcript and the prompt still waiting.",
+            {{"commands", "array", "e.g. [\"LINE\", \"0,0\", \"100,0\", \"100,50\", \"\"]", {}, {}, true},
+             {"cancel_first", "boolean", "End any command still waiting first (Escape)."}}),
         describeTool("cancel_command", "End the command waiting for input (Escape).", {}),
-        describeTool("run_python",
-                     "Run Python with the `kova` module bound to the drawing (kova.doc.current(), kova.ent entity classes, "
-                     "kova.geom, kova.cmd.run(name)). Returns what it printed, or the error.",
-                     {{"code", "string", nullptr, {}, {}, true}}),
+        describeTool(
+            "run_python",
+            "Run Python with the `kova` module bound to the drawing (kova.doc.current(), kova.ent entity classes, "
+            "kova.geom, kova.cmd.run(name)). Returns what it printed, or the error.",
+            {{"code", "string", nullptr, {}, {}, true}}),
         describeTool("list_entities",
                      "Entities with their properties and geometry as JSON (type, layer, colour, points...).",
                      {{"space", "string", "\"model\" (default), or a layout name for its paper space."},
@@ -99,14 +119,14 @@ const ordered_json& McpTools::descriptions() {
                       {"layer", "string", "Only entities on this layer."},
                       {"offset", "integer", nullptr, 0},
                       {"limit", "integer", "At most this many (default 200).", 1, 2000}}),
-        describeTool("render_image",
-                     "A PNG picture of the drawing, fitted (model space, or the current layout in paper space), to look at "
-                     "what was drawn.",
-                     {{"width", "integer", nullptr, 64, 4096},
-                      {"height", "integer", nullptr, 64, 4096},
-                      {"save_to", "string", "Also write the PNG to this path."}}),
-        describeTool("list_commands",
-                     "KovaCAD's command names (and aliases), optionally only those containing a text.",
+        describeTool(
+            "render_image",
+            "A PNG picture of the drawing, fitted (model space, or the current layout in paper space), to look at "
+            "what was drawn.",
+            {{"width", "integer", nullptr, 64, 4096},
+             {"height", "integer", nullptr, 64, 4096},
+             {"save_to", "string", "Also write the PNG to this path."}}),
+        describeTool("list_commands", "KovaCAD's command names (and aliases), optionally only those containing a text.",
                      {{"contains", "string"}}),
     });
     return all;
@@ -149,10 +169,10 @@ ordered_json McpTools::drawingInfo() {
     for (const engine::Entity& e : drawing.modelSpace()) ++counts[static_cast<std::size_t>(e.type())];
     info["model_entities_by_type"] = ordered_json::object();
     for (std::size_t i = 0; i < counts.size(); ++i)
-        if (counts[i] > 0) info["model_entities_by_type"][engine::displayName(static_cast<engine::EntityType>(i))] = counts[i];
+        if (counts[i] > 0)
+            info["model_entities_by_type"][engine::displayName(static_cast<engine::EntityType>(i))] = counts[i];
     const math::Bounds2 box = drawing.extents(drawing.modelSpace());
-    if (!box.is_empty())
-        info["model_extents"] = {{"min", {box.min.x, box.min.y}}, {"max", {box.max.x, box.max.y}}};
+    if (!box.is_empty()) info["model_extents"] = {{"min", {box.min.x, box.min.y}}, {"max", {box.max.x, box.max.y}}};
     info["command_waiting"] = session_.isWaiting();
     info["prompt"] = session_.currentPrompt();
     return result(info.dump(2, ' ', false, ordered_json::error_handler_t::replace));
@@ -161,8 +181,10 @@ ordered_json McpTools::drawingInfo() {
 ordered_json McpTools::newDrawing(const json& arguments) {
     const std::string name = arguments.value("template", std::string());
     std::string error;
-    if (name.empty()) session_.newDrawing();
-    else error = session_.newFromTemplate(name);
+    if (name.empty())
+        session_.newDrawing();
+    else
+        error = session_.newFromTemplate(name);
     // The lines of the session speak of what the reply says; the next run_commands begins clean.
     session_.takeOutput();
     return error.empty() ? result("New drawing started.") : result(error, true);
@@ -177,8 +199,7 @@ ordered_json McpTools::openDrawing(const json& arguments) {
 
 ordered_json McpTools::saveDrawing(const json& arguments) {
     if (arguments.contains("dwg_version"))
-        session_.setProperty("kovaDwgVersion",
-                             QString::fromStdString(arguments["dwg_version"].get<std::string>()));
+        session_.setProperty("kovaDwgVersion", QString::fromStdString(arguments["dwg_version"].get<std::string>()));
     const std::string error = session_.save(arguments.value("path", std::string()));
     const std::string lines = joined(session_.takeOutput());
     return error.empty() ? result(lines) : result(error, true);
@@ -193,7 +214,8 @@ ordered_json McpTools::runCommands(const json& arguments) {
     for (const json& command : arguments["commands"])
         for (std::string& line : session_.feed(command.is_string() ? command.get<std::string>() : command.dump()))
             lines.push_back(std::move(line));
-    return result(joined(lines) + (session_.isWaiting() ? "\n[waiting] " + session_.currentPrompt() : "\n[ready] Command:"));
+    return result(joined(lines) +
+                  (session_.isWaiting() ? "\n[waiting] " + session_.currentPrompt() : "\n[ready] Command:"));
 }
 
 ordered_json McpTools::cancelCommand() {
@@ -233,8 +255,8 @@ ordered_json McpTools::listEntities(const json& arguments) {
     }
     std::optional<engine::Name> layer;
     if (arguments.contains("layer")) layer = engine::Name(arguments["layer"].get<std::string>());
-    const std::int64_t offset = std::max<std::int64_t>(0, arguments.value("offset", std::int64_t{0}));
-    const std::int64_t limit = std::clamp<std::int64_t>(arguments.value("limit", std::int64_t{200}), 1, 2000);
+    const std::int64_t offset = std::max<std::int64_t>(0, integerArgument(arguments, "offset", 0));
+    const std::int64_t limit = std::clamp<std::int64_t>(integerArgument(arguments, "limit", 200), 1, 2000);
 
     std::int64_t matching = 0;
     std::vector<const engine::Entity*> listed;
@@ -258,8 +280,12 @@ ordered_json McpTools::listEntities(const json& arguments) {
 }
 
 ordered_json McpTools::renderImage(const json& arguments) {
-    const int width = arguments.value("width", 1200);
-    const int height = arguments.value("height", 800);
+    const auto size = [&](const char* name, int fallback) {
+        return static_cast<int>(
+            std::clamp<std::int64_t>(integerArgument(arguments, name, fallback), INT32_MIN, INT32_MAX));
+    };
+    const int width = size("width", 1200);
+    const int height = size("height", 800);
     const std::string path = arguments.value("save_to", std::string());
     const QImage image = session_.renderImage(width, height);
     if (image.isNull()) return result("The drawing cannot be rendered by this version of the program.", true);
@@ -268,7 +294,8 @@ ordered_json McpTools::renderImage(const json& arguments) {
     buffer.open(QIODevice::WriteOnly);
     image.save(&buffer, "PNG");
     ordered_json reply = {
-        {"content", ordered_json::array({{{"type", "image"}, {"data", png.toBase64().toStdString()}, {"mimeType", "image/png"}}})},
+        {"content",
+         ordered_json::array({{{"type", "image"}, {"data", png.toBase64().toStdString()}, {"mimeType", "image/png"}}})},
         {"isError", false}};
     if (arguments.contains("save_to")) {
         const bool saved = image.save(QString::fromStdString(path), "PNG");

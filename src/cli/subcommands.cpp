@@ -26,13 +26,22 @@ void applySettings() {
                              QStringLiteral("kovacad-cli"));
     for (const engine::SysVarDef& def : engine::sysVarTable()) {
         if ((def.saved & engine::saved::Profile) == 0 || def.readOnly) continue;
-        const QVariant value = settings.value(QStringLiteral("SystemVariables/") + QString::fromUtf8(def.name.data(), static_cast<qsizetype>(def.name.size())));
+        const QVariant value =
+            settings.value(QStringLiteral("SystemVariables/") +
+                           QString::fromUtf8(def.name.data(), static_cast<qsizetype>(def.name.size())));
         if (!value.isValid()) continue;
         switch (def.type) {
-            case engine::SysVarType::Integer: engine::setProfileVariable(def.name, value.toInt()); break;
-            case engine::SysVarType::Real: engine::setProfileVariable(def.name, value.toDouble()); break;
-            case engine::SysVarType::String: engine::setProfileVariable(def.name, value.toString().toStdString()); break;
-            case engine::SysVarType::Point: break;
+            case engine::SysVarType::Integer:
+                engine::setProfileVariable(def.name, value.toInt());
+                break;
+            case engine::SysVarType::Real:
+                engine::setProfileVariable(def.name, value.toDouble());
+                break;
+            case engine::SysVarType::String:
+                engine::setProfileVariable(def.name, value.toString().toStdString());
+                break;
+            case engine::SysVarType::Point:
+                break;
         }
     }
     engine::setProfileVariable("FILEDIA", 0);
@@ -93,8 +102,10 @@ int runCommand(const std::vector<std::string>& arguments) {
     std::optional<script::python::Runner> runner;
     if (withPython) runner.emplace(python, session);
     std::string error;
-    if (options->open) error = session.open(*options->open);
-    else if (options->templateName) error = session.newFromTemplate(*options->templateName);
+    if (options->open)
+        error = session.open(*options->open);
+    else if (options->templateName)
+        error = session.newFromTemplate(*options->templateName);
     if (!error.empty()) {
         printError(error);
         return kExitFailed;

@@ -102,6 +102,7 @@ TEST_F(SessionTest, CancelEndsTheCommandAndSaysSo) {
 }
 
 TEST_F(SessionTest, LispLinesGoToTheEngineOnlyWhenIdle) {
+    session.setLisp(nullptr);
     EXPECT_THAT(session.feed("(+ 1 2)"), ElementsAre("Command: (+ 1 2)", "Unknown command: (+ 1 2)"));
     auto owned = std::make_unique<FakeLisp>();
     FakeLisp& lisp = *owned;

@@ -46,7 +46,8 @@ std::string groups(std::string_view compact, std::string_view eol = "\n") {
 }
 
 std::string header(std::string_view version, std::string_view more = {}) {
-    return groups("0 SECTION|2 HEADER|9 $ACADVER|1 " + std::string(version) + (more.empty() ? "" : "|" + std::string(more)) + "|0 ENDSEC");
+    return groups("0 SECTION|2 HEADER|9 $ACADVER|1 " + std::string(version) +
+                  (more.empty() ? "" : "|" + std::string(more)) + "|0 ENDSEC");
 }
 
 std::string entities(std::string_view compact) {
@@ -102,9 +103,19 @@ TEST(DxfReader, BinaryFilesOfBothFormsHoldTheSameAsText) {
             bytes += static_cast<char>(c & 255);
             if (wide || c >= 255) bytes += static_cast<char>(c >> 8);
         };
-        const auto text = [&](unsigned c, const char* v) { code(c); bytes += v; bytes += '\0'; };
-        const auto real = [&](unsigned c, double v) { code(c); bytes.append(reinterpret_cast<const char*>(&v), 8); };
-        const auto small = [&](unsigned c, std::int16_t v) { code(c); bytes.append(reinterpret_cast<const char*>(&v), 2); };
+        const auto text = [&](unsigned c, const char* v) {
+            code(c);
+            bytes += v;
+            bytes += '\0';
+        };
+        const auto real = [&](unsigned c, double v) {
+            code(c);
+            bytes.append(reinterpret_cast<const char*>(&v), 8);
+        };
+        const auto small = [&](unsigned c, std::int16_t v) {
+            code(c);
+            bytes.append(reinterpret_cast<const char*>(&v), 2);
+        };
         text(0, "SECTION");
         text(2, "ENTITIES");
         text(0, "LINE");
@@ -158,7 +169,8 @@ TEST(DxfReader, TextsAreDecodedByVersionAndCodePage) {
     // From AC1021 on in UTF-8, and the code page where it is none.
     EXPECT_EQ(content("AC1027", "ANSI_1251", "\xC3\x84"), "\xC3\x84");
     EXPECT_EQ(content("AC1027", "ANSI_1252", "\xC4"), "\xC3\x84");
-    EXPECT_EQ(content("AC1015", "ANSI_1252", "94\\U+00B0 \\M+193FA \\U+D83D\\U+DE00"), "94\xC2\xB0 \xE6\x97\xA5 \xF0\x9F\x98\x80");
+    EXPECT_EQ(content("AC1015", "ANSI_1252", "94\\U+00B0 \\M+193FA \\U+D83D\\U+DE00"),
+              "94\xC2\xB0 \xE6\x97\xA5 \xF0\x9F\x98\x80");
     EXPECT_EQ(content("AC1027", "ANSI_1252", "a^Jb^ c^Id %%c"), "a\nb^c\td %%c");
     EXPECT_EQ(content("AC1027", "ANSI_1252", "   leading"), "   leading");
     EXPECT_EQ(content("AC1027", "ANSI_1252", "\\U+12"), "\\U+12");
@@ -167,14 +179,19 @@ TEST(DxfReader, TextsAreDecodedByVersionAndCodePage) {
 TEST(DxfReader, OldReleasesHavePolylinesOfVerticesAndNoMarkers) {
     Drawing d;
     DxfLoadReport report;
-    ASSERT_EQ(loadDxfText(header("AC1009", "9 $DIMTXT|40 3.5|9 $LTSCALE|40 2.5|9 $CLAYER|8 PIPES") +
-                              groups("0 SECTION|2 BLOCKS|0 BLOCK|8 0|2 DOOR|70 2|10 1|20 2|30 0|0 POINT|8 0|10 3|20 4|0 ENDBLK|0 ENDSEC") +
-                              entities("0 POLYLINE|8 0|66 1|70 1|40 0.5|41 0.25|0 VERTEX|8 0|10 0|20 0|42 1|0 VERTEX|8 0|10 4|20 0|40 2|0 "
-                                       "SEQEND|8 0|0 INSERT|8 0|66 1|2 DOOR|10 5|20 6|50 90|0 ATTRIB|8 0|10 1|20 1|40 2|1 value|2 TAG|70 1|0 "
-                                       "SEQEND|0 POLYLINE|8 0|70 64|71 3|72 1|0 VERTEX|10 0|20 0|30 1|70 192|0 VERTEX|10 1|20 0|30 1|70 "
-                                       "192|0 VERTEX|10 0|20 1|30 1|70 192|0 VERTEX|70 128|71 1|72 -2|73 3|0 SEQEND"),
-                          d, &report),
-              "");
+    ASSERT_EQ(
+        loadDxfText(
+            header("AC1009", "9 $DIMTXT|40 3.5|9 $LTSCALE|40 2.5|9 $CLAYER|8 PIPES") +
+                groups("0 SECTION|2 BLOCKS|0 BLOCK|8 0|2 DOOR|70 2|10 1|20 2|30 0|0 POINT|8 0|10 3|20 4|0 ENDBLK|0 "
+                       "ENDSEC") +
+                entities(
+                    "0 POLYLINE|8 0|66 1|70 1|40 0.5|41 0.25|0 VERTEX|8 0|10 0|20 0|42 1|0 VERTEX|8 0|10 4|20 0|40 2|0 "
+                    "SEQEND|8 0|0 INSERT|8 0|66 1|2 DOOR|10 5|20 6|50 90|0 ATTRIB|8 0|10 1|20 1|40 2|1 value|2 TAG|70 "
+                    "1|0 "
+                    "SEQEND|0 POLYLINE|8 0|70 64|71 3|72 1|0 VERTEX|10 0|20 0|30 1|70 192|0 VERTEX|10 1|20 0|30 1|70 "
+                    "192|0 VERTEX|10 0|20 1|30 1|70 192|0 VERTEX|70 128|71 1|72 -2|73 3|0 SEQEND"),
+            d, &report),
+        "");
     EXPECT_TRUE(report.lines.empty());
     const auto list = d.modelSpace().entities();
     ASSERT_EQ(list.size(), 3u);
@@ -199,11 +216,15 @@ TEST(DxfReader, OldReleasesHavePolylinesOfVerticesAndNoMarkers) {
 
 TEST(DxfReader, PlanesAnglesAndDimensionsKeepTheirMeaning) {
     Drawing d;
-    ASSERT_EQ(loadDxfText(entities("0 ARC|8 0|10 5|20 1|30 7|40 2|50 0|51 90|210 0|220 0|230 -1|0 DIMENSION|8 0|100 AcDbEntity|8 0|100 "
-                                   "AcDbDimension|2 *D1|10 0|20 5|11 3|21 6|70 161|3 Standard|100 AcDbAlignedDimension|13 0|23 0|14 6|24 0|1001 "
-                                   "ACAD|1000 DSTYLE|1002 {|1070 140|1040 4.5|1070 176|1070 3|1002 }"),
-                          d),
-              "");
+    ASSERT_EQ(
+        loadDxfText(
+            entities(
+                "0 ARC|8 0|10 5|20 1|30 7|40 2|50 0|51 90|210 0|220 0|230 -1|0 DIMENSION|8 0|100 AcDbEntity|8 0|100 "
+                "AcDbDimension|2 *D1|10 0|20 5|11 3|21 6|70 161|3 Standard|100 AcDbAlignedDimension|13 0|23 0|14 6|24 "
+                "0|1001 "
+                "ACAD|1000 DSTYLE|1002 {|1070 140|1040 4.5|1070 176|1070 3|1002 }"),
+            d),
+        "");
     auto* arc = first<ArcEntity>(d);
     ASSERT_NE(arc, nullptr);
     EXPECT_EQ(arc->normal(), (math::Vector3{0, 0, -1}));
@@ -224,8 +245,10 @@ TEST(DxfReader, PlanesAnglesAndDimensionsKeepTheirMeaning) {
 
 TEST(DxfReader, HatchEdgesRunAsTheFileSays) {
     Drawing d;
-    ASSERT_EQ(loadDxfText(entities("0 HATCH|8 0|100 AcDbEntity|8 0|100 AcDbHatch|10 0|20 0|30 0|2 ANSI31|70 0|71 0|91 1|92 1|93 2|72 1|10 -1|20 "
-                                   "0|11 1|21 0|72 2|10 0|20 0|40 1|50 180|51 360|73 0|97 0|75 0|76 1|52 45|41 2|77 0|78 1|53 90|43 0|44 0|45 "
+    ASSERT_EQ(loadDxfText(entities("0 HATCH|8 0|100 AcDbEntity|8 0|100 AcDbHatch|10 0|20 0|30 0|2 ANSI31|70 0|71 0|91 "
+                                   "1|92 1|93 2|72 1|10 -1|20 "
+                                   "0|11 1|21 0|72 2|10 0|20 0|40 1|50 180|51 360|73 0|97 0|75 0|76 1|52 45|41 2|77 "
+                                   "0|78 1|53 90|43 0|44 0|45 "
                                    "-6.35|46 0|79 2|49 3|49 -1|98 1|10 0|20 0.5"),
                           d),
               "");
@@ -244,10 +267,12 @@ TEST(DxfReader, HatchEdgesRunAsTheFileSays) {
 TEST(DxfReader, WhatCannotBeReadIsCountedAndSaid) {
     Drawing d;
     DxfLoadReport report;
-    ASSERT_EQ(loadDxfText(entities("0 LINE|8 0|10 nan|20 0|11 1|21 1|0 CIRCLE|8 0|10 0|20 1.#IND|40 1|0 ACAD_PROXY_ENTITY|5 9|90 1|310 00FF|0 "
-                                   "LWPOLYLINE|8 0|90 5|0 CIRCLE|5 9|8 0|10 1|20 1|40 2|0 CIRCLE|5 9|8 0|10 1|20 1|40 3"),
-                          d, &report),
-              "");
+    ASSERT_EQ(
+        loadDxfText(entities("0 LINE|8 0|10 nan|20 0|11 1|21 1|0 CIRCLE|8 0|10 0|20 1.#IND|40 1|0 ACAD_PROXY_ENTITY|5 "
+                             "9|90 1|310 00FF|0 "
+                             "LWPOLYLINE|8 0|90 5|0 CIRCLE|5 9|8 0|10 1|20 1|40 2|0 CIRCLE|5 9|8 0|10 1|20 1|40 3"),
+                    d, &report),
+        "");
     EXPECT_EQ(d.modelSpace().size(), 2u);
     EXPECT_EQ(report.skipped["LINE"], 1u);
     EXPECT_EQ(report.skipped["CIRCLE"], 1u);
@@ -278,25 +303,34 @@ TEST(DxfReader, DamageIsSteppedOver) {
 
 TEST(DxfReader, HostileCountsAndCyclesAreHarmless) {
     Drawing d;
-    EXPECT_EQ(loadDxfText(groups("0 SECTION|2 BLOCKS|0 BLOCK|2 A|10 0|20 0|0 INSERT|8 0|2 B|10 0|20 0|0 ENDBLK|0 BLOCK|2 B|10 0|20 0|0 INSERT|8 "
-                                 "0|2 A|10 0|20 0|0 ENDBLK|0 ENDSEC") +
-                              groups("0 SECTION|2 OBJECTS|0 DICTIONARY|5 C|100 AcDbDictionary|3 LOOP|350 D|0 DICTIONARY|5 D|100 "
-                                     "AcDbDictionary|3 BACK|350 D|3 ROOT|350 C|0 ENDSEC") +
-                              entities("0 INSERT|8 0|2 A|10 0|20 0|70 32767|71 32767|0 HATCH|8 0|100 AcDbHatch|2 SOLID|70 1|91 2147483647|92 "
-                                       "2|72 0|73 1|93 2147483647|10 0|20 0|10 1|20 0|10 1|20 1|97 2147483647|75 0|0 SPLINE|8 0|71 99999|72 "
-                                       "2000000000|73 2000000000|10 0|20 0|10 1|20 1|0 ACAD_TABLE|8 0|100 AcDbTable|91 2147483647|92 2147483647|171 1|1 "
-                                       "x|0 MESH|8 0|100 AcDbSubDMesh|92 2000000000|10 0|20 0|30 0|93 2000000000|90 2000000000|90 0"),
-                          d),
-              "");
+    EXPECT_EQ(
+        loadDxfText(
+            groups("0 SECTION|2 BLOCKS|0 BLOCK|2 A|10 0|20 0|0 INSERT|8 0|2 B|10 0|20 0|0 ENDBLK|0 BLOCK|2 B|10 0|20 "
+                   "0|0 INSERT|8 "
+                   "0|2 A|10 0|20 0|0 ENDBLK|0 ENDSEC") +
+                groups("0 SECTION|2 OBJECTS|0 DICTIONARY|5 C|100 AcDbDictionary|3 LOOP|350 D|0 DICTIONARY|5 D|100 "
+                       "AcDbDictionary|3 BACK|350 D|3 ROOT|350 C|0 ENDSEC") +
+                entities("0 INSERT|8 0|2 A|10 0|20 0|70 32767|71 32767|0 HATCH|8 0|100 AcDbHatch|2 SOLID|70 1|91 "
+                         "2147483647|92 "
+                         "2|72 0|73 1|93 2147483647|10 0|20 0|10 1|20 0|10 1|20 1|97 2147483647|75 0|0 SPLINE|8 0|71 "
+                         "99999|72 "
+                         "2000000000|73 2000000000|10 0|20 0|10 1|20 1|0 ACAD_TABLE|8 0|100 AcDbTable|91 2147483647|92 "
+                         "2147483647|171 1|1 "
+                         "x|0 MESH|8 0|100 AcDbSubDMesh|92 2000000000|10 0|20 0|30 0|93 2000000000|90 2000000000|90 0"),
+            d),
+        "");
     EXPECT_GE(d.modelSpace().size(), 4u);
     for (const Entity& e : d.modelSpace()) e.bounds();
 }
 
 TEST(DxfReader, TruncationAndRandomBytesNeverCrash) {
-    const std::string whole = header("AC1027") +
-                              groups("0 SECTION|2 TABLES|0 TABLE|2 LAYER|5 2|70 1|0 LAYER|5 10|2 A|70 0|62 -3|6 Continuous|0 ENDTAB|0 ENDSEC") +
-                              entities(std::string(kLine) + "|0 MTEXT|8 0|100 AcDbMText|10 0|20 0|40 1|71 1|3 abc|1 def|1001 ACAD|1000 "
-                                       "ACAD_MTEXT_COLUMN_INFO_BEGIN|1070 75|1070 2|1070 50|1070 99|1040 1|1000 ACAD_MTEXT_COLUMN_INFO_END");
+    const std::string whole =
+        header("AC1027") +
+        groups(
+            "0 SECTION|2 TABLES|0 TABLE|2 LAYER|5 2|70 1|0 LAYER|5 10|2 A|70 0|62 -3|6 Continuous|0 ENDTAB|0 ENDSEC") +
+        entities(std::string(kLine) +
+                 "|0 MTEXT|8 0|100 AcDbMText|10 0|20 0|40 1|71 1|3 abc|1 def|1001 ACAD|1000 "
+                 "ACAD_MTEXT_COLUMN_INFO_BEGIN|1070 75|1070 2|1070 50|1070 99|1040 1|1000 ACAD_MTEXT_COLUMN_INFO_END");
     for (std::size_t n = 0; n < whole.size(); ++n) {
         Drawing d;
         loadDxfText(std::string_view(whole).substr(0, n), d);
@@ -329,11 +363,21 @@ TEST(DxfReader, SeedsAndTheirMutations) {
             for (int k = 0; k < 1 + round % 6; ++k) {
                 const std::size_t at = random() % text.size();
                 switch (random() % 5) {
-                    case 0: text[at] = static_cast<char>(random()); break;
-                    case 1: text.erase(at, random() % 20); break;
-                    case 2: text.insert(at, seed.substr(random() % seed.size(), random() % 60)); break;
-                    case 3: text.insert(at, std::to_string(static_cast<std::int64_t>(random()) * 1000 - 5)); break;
-                    default: text[at] = static_cast<char>('0' + random() % 10); break;
+                    case 0:
+                        text[at] = static_cast<char>(random());
+                        break;
+                    case 1:
+                        text.erase(at, random() % 20);
+                        break;
+                    case 2:
+                        text.insert(at, seed.substr(random() % seed.size(), random() % 60));
+                        break;
+                    case 3:
+                        text.insert(at, std::to_string(static_cast<std::int64_t>(random()) * 1000 - 5));
+                        break;
+                    default:
+                        text[at] = static_cast<char>('0' + random() % 10);
+                        break;
                 }
             }
             Drawing d;

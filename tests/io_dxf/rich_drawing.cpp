@@ -125,10 +125,13 @@ void fillTables(Drawing& d) {
     record.name = "THEIR_DATA";
     record.type = "XRECORD";
     record.data = {"280", "1", "1", "a text", "40", "2.5"};
+    record.handle = 0x9001;
     DictionaryEntry folder;
     folder.name = "THEIR_FOLDER";
     folder.type = "DICTIONARY";
+    folder.handle = 0x9002;
     folder.entries = {record};
+    folder.entries[0].handle = 0x9003;
     d.objectDictionary = {record, folder};
 }
 

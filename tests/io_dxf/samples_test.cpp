@@ -16,6 +16,7 @@
 #include "engine/entities/solid3d.hpp"
 #include "engine/entities/spline.hpp"
 #include "io/dxf/dxf_load.hpp"
+#include "io/dxf/dxf_save.hpp"
 
 namespace kova::test {
 
@@ -66,16 +67,28 @@ void count(const EntityList& list, Counts& counts) {
             case EntityType::Polyline:
             case EntityType::Polyline3D:
             case EntityType::Mesh:
-            case EntityType::Polyface: name = "polylines"; break;
-            case EntityType::Dimension: name = "dimensions"; break;
-            case EntityType::Solid2D: name = static_cast<const Solid2DEntity&>(e).trace ? "TRACE" : "SOLID"; break;
+            case EntityType::Polyface:
+                name = "polylines";
+                break;
+            case EntityType::Dimension:
+                name = "dimensions";
+                break;
+            case EntityType::Solid2D:
+                name = static_cast<const Solid2DEntity&>(e).trace ? "TRACE" : "SOLID";
+                break;
             case EntityType::Solid3D: {
                 const auto kind = static_cast<const Solid3DEntity&>(e).kind;
-                name = kind == Solid3DEntity::BodyKind::Solid ? "3DSOLID" : kind == Solid3DEntity::BodyKind::Region ? "REGION" : "BODY";
+                name = kind == Solid3DEntity::BodyKind::Solid    ? "3DSOLID"
+                       : kind == Solid3DEntity::BodyKind::Region ? "REGION"
+                                                                 : "BODY";
                 break;
             }
-            case EntityType::Spline: name = static_cast<const SplineEntity&>(e).helix ? "HELIX" : "SPLINE"; break;
-            default: name = std::string(dxfName(e.type())); break;
+            case EntityType::Spline:
+                name = static_cast<const SplineEntity&>(e).helix ? "HELIX" : "SPLINE";
+                break;
+            default:
+                name = std::string(dxfName(e.type()));
+                break;
         }
         ++counts[name];
         if (const auto* reference = dynamic_cast<const BlockReferenceEntity*>(&e))
@@ -155,11 +168,36 @@ TEST(DxfSamples, ReleasesOfOneDrawingAgree) {
         std::ostringstream shape;
         const auto box = d.extents(d.modelSpace());
         shape.precision(9);
-        shape << describe(entitiesOf(d)) << d.layers.size() << " " << d.blocks().size() << " " << d.layouts().size() << " "
-              << d.textStyles.size() << " " << box.min.x << " " << box.min.y << " " << box.max.x << " " << box.max.y;
+        shape << describe(entitiesOf(d)) << d.layers.size() << " " << d.blocks().size() << " " << d.layouts().size()
+              << " " << d.textStyles.size() << " " << box.min.x << " " << box.min.y << " " << box.max.x << " "
+              << box.max.y;
         for (const auto& layout : d.layouts()) shape << " " << layout->name.view() << ":" << layout->entities.size();
         if (first.empty()) first = shape.str();
         EXPECT_EQ(shape.str(), first);
+    }
+}
+
+/// What another program wrote holds the same entities after this program has saved it.
+TEST(DxfSamples, SavedAgainTheyHoldTheSame) {
+    const auto files = samples();
+    if (files.empty()) GTEST_SKIP() << "no sample drawings beside the checkout (" << samplesFolder() << ")";
+    for (const fs::path& path : files) {
+        SCOPED_TRACE(path.filename().string());
+        Drawing first;
+        ASSERT_EQ(io::dxf::loadDxf(path.string(), first), "");
+        io::dxf::DxfSaveReport saved;
+        Drawing second;
+        io::dxf::DxfLoadReport report;
+        ASSERT_EQ(io::dxf::loadDxfText(io::dxf::dxfText(first, &saved), second, &report), "");
+        EXPECT_TRUE(report.lines.empty()) << report.lines.front();
+        EXPECT_EQ(second.entityCount() + saved.dropped, first.entityCount());
+        const auto before = first.extents(first.modelSpace());
+        const auto after = second.extents(second.modelSpace());
+        EXPECT_EQ(before.min, after.min);
+        EXPECT_EQ(before.max, after.max);
+        EXPECT_EQ(first.layers.size(), second.layers.size());
+        EXPECT_EQ(first.blocks().size(), second.blocks().size());
+        EXPECT_EQ(first.layouts().size(), second.layouts().size());
     }
 }
 

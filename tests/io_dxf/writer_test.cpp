@@ -8,8 +8,10 @@
 
 #include "engine/entities/all.hpp"
 #include "io/dxf/dxf_facts.hpp"
+#include "io/dxf/dxf_load.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/writer_stream.hpp"
+#include "io/native/native_file.hpp"
 #include "io_dxf/dxf_tools.hpp"
 #include "io_dxf/rich_drawing.hpp"
 
@@ -199,6 +201,16 @@ TEST(DxfWriter, RichDrawingIsSoundAndWritesEveryEntity) {
         EXPECT_GE(countRecords(groups, kind), 1U) << kind;
     // Saving says the same every time.
     EXPECT_EQ(firstDifference(text, dxfText(drawing)), "");
+}
+
+TEST(DxfWriter, RichDrawingComesBackWhole) {
+    Drawing drawing;
+    fillRichDrawing(drawing);
+    Drawing again;
+    ASSERT_EQ(loadDxfText(dxfText(drawing), again), "");
+    EXPECT_EQ(firstDifference(io::native::nativeText(drawing), io::native::nativeText(again)), "");
+    // And a second time to the letter.
+    EXPECT_EQ(firstDifference(dxfText(drawing), dxfText(again)), "");
 }
 
 TEST(DxfWriter, OtherSoftwareFindsNothingToMend) {

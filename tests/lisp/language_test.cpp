@@ -146,9 +146,10 @@ TEST_F(LispTest, DeepAndEndlessThingsEnd) {
     EXPECT_EQ(eval("(defun loop () (loop))(loop)"), "; error: The evaluation takes too long");
     engine().machine().setStepLimit(Machine::kDefaultSteps);
     // Long and deep lists are made, printed, compared and released without recursion.
-    EXPECT_EQ(eval("(progn (setq l nil) (repeat 300000 (setq l (list l))) (setq m nil) (repeat 300000 (setq m (list m))) "
-                   "(equal l m))"),
-              "T");
+    EXPECT_EQ(
+        eval("(progn (setq l nil) (repeat 300000 (setq l (list l))) (setq m nil) (repeat 300000 (setq m (list m))) "
+             "(equal l m))"),
+        "T");
     EXPECT_EQ(eval("l").size(), 600'000u + 3u);
     EXPECT_EQ(eval("(progn (setq l nil m nil) (repeat 1000000 (setq l (cons 1 l))) (length l))"), "1000000");
     EXPECT_EQ(eval("(setq l nil)"), "nil");
@@ -177,13 +178,13 @@ TEST_F(LispTest, MemoryIsBoundedAndGivenBack) {
 TEST_F(LispTest, NumbersAndTexts) {
     EXPECT_EQ(eval("(list (rtos 15.5 1 2) (rtos 15.5 4 4) (rtos 15.5 5 3) (rtos 15.5 3 2))"),
               "(\"1.55E+01\" \"1'-3 1/2\\\"\" \"15 1/2\" \"1'-3.5\\\"\")");
-    EXPECT_EQ(eval("(list (angtos 0.785398163 0 2) (angtos pi 2 1) (angtos pi 3 2))"),
-              "(\"45\" \"200g\" \"3.14r\")");
+    EXPECT_EQ(eval("(list (angtos 0.785398163 0 2) (angtos pi 2 1) (angtos pi 3 2))"), "(\"45\" \"200g\" \"3.14r\")");
     EXPECT_EQ(eval("(mapcar '(lambda (p) (wcmatch \"Wall-12a\" p)) '(\"W*\" \"w*\" \"~W*\" \"*##@\" \"Wall.12?\" "
                    "\"[A-Z]all*\" \"[~W]*\" \"x,Wall*\"))"),
               "(T nil nil T T T nil T)");
-    EXPECT_EQ(eval("(list (strlen \"\xC3\xA4\xC3\xB6\") (substr \"\xC3\xA4\xC3\xB6\xC3\xBC\" 2 1) (strcase \"\xC3\xA4\"))"),
-              "(2 \"\xC3\xB6\" \"\xC3\x84\")");
+    EXPECT_EQ(
+        eval("(list (strlen \"\xC3\xA4\xC3\xB6\") (substr \"\xC3\xA4\xC3\xB6\xC3\xBC\" 2 1) (strcase \"\xC3\xA4\"))"),
+        "(2 \"\xC3\xB6\" \"\xC3\x84\")");
     EXPECT_EQ(eval("(list (atoi \"-12x\") (atof \"1e3z\") (atof \"abc\") (atof \"0x10\"))"), "(-12 1000.0 0.0 0.0)");
     EXPECT_EQ(eval("(list (substr \"abc\" 5) (substr \"abc\" 2) (vl-string-subst \"-\" \"b\" \"abc\"))"),
               "(\"\" \"bc\" \"a-c\")");

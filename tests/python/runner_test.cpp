@@ -41,6 +41,36 @@ TEST_F(PythonTest, NothingEndsTheProgram) {
     EXPECT_THAT(bad(std::string("x = 1\0", 6)), HasSubstr("null bytes"));
 }
 
+// Values whose conversion changes what is being worked on.
+TEST_F(PythonTest, HostileValues) {
+    good(
+        "class Deleting:\n    def __float__(self):\n        l.delete(); return 1.0\n"
+        "class Clearing:\n    def __float__(self):\n        points.clear(); return 1.0\n"
+        "class Renewing:\n    def __float__(self):\n        doc.new(); return 1.0\n"
+        "l = ms.add(Line((0, 0), (1, 1)))");
+    EXPECT_THAT(bad("l.end_z = Deleting()"), HasSubstr("EntityGoneError"));
+    good("points = [(Clearing(), 1), (2, 2), (3, 3)]\np = Polyline(vertices=points)\nassert len(p.vertices) == 3");
+    good("points = [[Clearing(), 1], [2, 2]]\npoints[0].extend([0])\np = Polyline(vertices=points)");
+    EXPECT_THAT(bad("l = ms.add(Line((0, 0), (1, 1)))\nl.end_z = Renewing()"), HasSubstr("EntityGoneError"));
+    // Spaces that change while they are passed over, or while entities come in.
+    good("ms.extend([Circle((i, 0), 1) for i in range(100)])\nfor e in ms:\n    ms.clear()\nassert len(ms) == 0");
+    good(
+        "def some():\n    for i in range(10):\n        if i == 5: doc.new()\n        yield Circle((i, 0), "
+        "1)\nms.extend(some())");
+    EXPECT_EQ(show("len(ms)"), "5");
+    EXPECT_FALSE(document().isGroupOpen());
+    EXPECT_THAT(bad("it = iter(d.layouts[0])\nd.layouts.add('Z')\nd.layouts.remove(d.layouts[0].name)\nnext(it)"),
+                HasSubstr("KeyError"));
+    EXPECT_THAT(bad("object.__new__(Line)"), HasSubstr("not safe"));
+    EXPECT_THAT(bad("Line.start.__get__(5)"), HasSubstr("an entity is wanted"));
+    EXPECT_THAT(bad("import pickle; pickle.dumps(Line())"), HasSubstr("cannot pickle"));
+    good(
+        "import copy, gc, weakref\nl = Line((1, 2), (3, 4))\nassert copy.deepcopy(l).end == l.end\nr = weakref.ref(l); "
+        "del l\n"
+        "assert r() is None\nclass Mine(Circle): pass\nm = Mine((0, 0), 4); m.note = m; del m; gc.collect()\n"
+        "x = ms.add(Mine((0, 0), 4)); assert ms[-1] == x");
+}
+
 TEST_F(PythonTest, OutputIsBounded) {
     const Runner::Result result = runner.run("for i in range(40): print('x' * 1000000)");
     EXPECT_FALSE(result.failed);

@@ -95,7 +95,7 @@ class Blocks(Mapping):
     def __getitem__(self, name: str) -> Block: ...
     def __iter__(self) -> Iterator[str]: ...
     def __len__(self) -> int: ...
-    def add(self, name: str, entities=(), base=(0, 0), description: str = ) -> Block:
+    def add(self, name: str, entities=(), base=(0, 0), description: str = '') -> Block:
         """Defines a block, with new entities as its contents."""
     def remove(self, name: str) -> None:
         """Deletes a definition that nothing refers to."""
@@ -203,9 +203,9 @@ class Document:
         """The selected entities, in the order of their selection. May be set."""
     @selection.setter
     def selection(self, value: List[Entity]) -> None: ...
-    def transaction(self, name: str = Python) -> Transaction:
+    def transaction(self, name: str = 'Python') -> Transaction:
         """See kova.doc.transaction."""
-    def save(self, path: Any = ) -> None:
+    def save(self, path: Any = '') -> None:
         """Saves by the path's extension (.dwg, .dxf, .kvcad), or to the drawing's own file."""
     def undo(self) -> Optional[str]:
         """Takes the last undo group back; gives its name, or None when there is nothing to undo."""
@@ -214,7 +214,7 @@ class Document:
 
 class Transaction:
     """A context manager: commits one undo group, or takes everything back when the block raises."""
-    def __init__(self, name: str = Python): ...
+    def __init__(self, name: str = 'Python'): ...
     def __enter__(self) -> Transaction: ...
     def __exit__(self, kind: Any, error: Any, trace: Any) -> bool: ...
     def rollback(self) -> None:
@@ -223,7 +223,7 @@ class Transaction:
 def current() -> Document:
     """The open document."""
 
-def transaction(name: str = Python) -> Transaction:
+def transaction(name: str = 'Python') -> Transaction:
     """`with transaction("Walls"): ...` makes one undo group, which is taken back when the block raises.
 
     Transactions may be nested; the outermost name is the group's."""
@@ -231,10 +231,10 @@ def transaction(name: str = Python) -> Transaction:
 def open(path: Any) -> Document:
     """Opens a .dwg, .dxf or .kvcad file in the place of the present drawing. OSError when it cannot be read."""
 
-def new(template: str = ) -> Document:
+def new(template: str = '') -> Document:
     """Starts a new drawing: "metric", "metric-a4", "imperial", or a template file's path."""
 
-def save(path: Any = ) -> None:
+def save(path: Any = '') -> None:
     """Saves by the path's extension (.dwg, .dxf, .kvcad), or to the drawing's own file. OSError when that fails."""
 
 def undo() -> Optional[str]:

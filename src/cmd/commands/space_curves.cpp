@@ -36,13 +36,14 @@ protected:
         for (;;) {
             if (!co_await askCorner(ask, 2)) co_return;
             if (!co_await askCorner(ask, 3)) {
-                // Three corners: the next face goes on from the edge of the last two.
                 corners_[3] = corners_[2];
                 hidden_[3] = false;
             }
             add();
-            corners_[0] = corners_[2];
-            corners_[1] = corners_[3];
+            // The next face begins with the last edge.
+            const bool triangle = corners_[3] == corners_[2];
+            corners_[0] = corners_[triangle ? 1 : 2];
+            corners_[1] = corners_[triangle ? 2 : 3];
             hidden_[0] = false;
             hidden_[1] = false;
         }
@@ -70,7 +71,6 @@ private:
 
     void add() {
         auto face = std::make_unique<engine::Face3DEntity>();
-        // The corners are asked for round the face; those of the next one begin with its last two, reversed.
         face->corners = corners_;
         for (int i = 0; i < 4; ++i)
             if (hidden_[static_cast<std::size_t>(i)]) face->edgeFlags |= 1 << i;

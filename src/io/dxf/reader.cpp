@@ -153,7 +153,8 @@ std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport
         std::string_view text = bytes;
         if (isBinaryDxf(bytes)) {
             const std::string problem = binaryToText(bytes, converted);
-            if (!problem.empty()) out.lines.push_back("The file is damaged: " + problem + "; what could be read was kept.");
+            if (!problem.empty())
+                out.lines.push_back("The file is damaged: " + problem + "; what could be read was kept.");
             text = converted;
         }
         if (!looksLikeDxf(text)) return "DXF read failed: not a DXF file (no group code at line 1)";

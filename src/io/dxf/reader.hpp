@@ -260,8 +260,8 @@ private:
     RecordReader reader_;
     std::string folder_;
     TextDecoder decoder_;
-    Record record_;      ///< being read
-    Record subRecord_;   ///< vertices, attributes
+    Record record_;       ///< being read
+    Record subRecord_;    ///< vertices, attributes
     int version_ = 1009;  ///< 1032 for AC1032
     bool own_ = false;    ///< written by this program
     bool unusable_ = false;
@@ -275,7 +275,7 @@ private:
     };
     std::vector<HeaderValue> header_;
     std::unordered_map<std::uint64_t, engine::Name> tableNames_;
-    std::unordered_map<std::uint64_t, engine::Name> shapeStyles_;  ///< STYLE records that are shape files
+    std::unordered_map<std::uint64_t, engine::Name> shapeStyles_;       ///< STYLE records that are shape files
     std::unordered_map<const void*, std::uint64_t> blockDictionaries_;  ///< by block name: extension dictionary
     std::unordered_set<const void*> placeholderBlocks_;
     struct BlockRecordData {
@@ -314,11 +314,11 @@ private:
         engine::Entity* entity;
         std::uint64_t handle;
     };
-    std::vector<Link> extensions_;    ///< extension dictionaries
-    std::vector<Link> images_;        ///< IMAGEDEF
-    std::vector<Link> leaderStyles_;  ///< MLEADERSTYLE
-    std::vector<Link> tableStyles_;   ///< TABLESTYLE
-    std::vector<Link> mlineStyles_;   ///< MLINESTYLE
+    std::vector<Link> extensions_;                                      ///< extension dictionaries
+    std::vector<Link> images_;                                          ///< IMAGEDEF
+    std::vector<Link> leaderStyles_;                                    ///< MLEADERSTYLE
+    std::vector<Link> tableStyles_;                                     ///< TABLESTYLE
+    std::vector<Link> mlineStyles_;                                     ///< MLINESTYLE
     std::unordered_map<const engine::Entity*, std::string> ownMLines_;  ///< own data, to be applied over their styles
     struct ColumnLink {
         engine::Entity* entity;

@@ -112,14 +112,23 @@ void Reader::readBlock(const Record& record) {
     for (const Tag& tag : head.all) {
         if (axis(tag, 10, base)) continue;
         switch (tag.code) {
-            case 2: blockName = name(tag); break;
+            case 2:
+                blockName = name(tag);
+                break;
             case 3:
                 if (blockName.empty()) blockName = name(tag);
                 break;
-            case 1: path = text(tag); break;
-            case 4: description = text(tag); break;
-            case 70: flags = tag.integer(); break;
-            default: break;
+            case 1:
+                path = text(tag);
+                break;
+            case 4:
+                description = text(tag);
+                break;
+            case 70:
+                flags = tag.integer();
+                break;
+            default:
+                break;
         }
     }
     noteHandle(head.handle);

@@ -40,12 +40,18 @@ std::unique_ptr<Entity> Reader::buildLwPolyline(const EntityTags& tags) {
     };
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
-            case 10: line->vertices.push_back({real(tag), 0.0}); break;
+            case 10:
+                line->vertices.push_back({real(tag), 0.0});
+                break;
             case 20:
                 if (!line->vertices.empty()) line->vertices.back().y = real(tag);
                 break;
-            case 40: grow(line->startWidths, real(tag)); break;
-            case 41: grow(line->endWidths, real(tag)); break;
+            case 40:
+                grow(line->startWidths, real(tag));
+                break;
+            case 41:
+                grow(line->endWidths, real(tag));
+                break;
             case 42:
                 if (bulged) grow(line->bulges, real(tag));
                 break;
@@ -57,16 +63,24 @@ std::unique_ptr<Entity> Reader::buildLwPolyline(const EntityTags& tags) {
                     line->records.push_back(record);
                 }
                 break;
-            case 43: constantWidth = real(tag); break;
-            case 38: elevation = real(tag); break;
-            case 39: thickness = real(tag); break;
+            case 43:
+                constantWidth = real(tag);
+                break;
+            case 38:
+                elevation = real(tag);
+                break;
+            case 39:
+                thickness = real(tag);
+                break;
             case 70: {
                 const std::int64_t flags = tag.integer();
                 line->closed = (flags & 1) != 0;
                 line->ltgen = (flags & 128) != 0;
                 break;
             }
-            default: axis(tag, 210, normal); break;
+            default:
+                axis(tag, 210, normal);
+                break;
         }
     }
     if (line->vertices.empty()) return nullptr;
@@ -119,17 +133,38 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, base) || axis(tag, 210, normal)) continue;
         switch (tag.code) {
-            case 38: base.z = real(tag); break;
-            case 39: thickness = real(tag); break;
-            case 40: startWidth = real(tag); break;
-            case 41: endWidth = real(tag); break;
-            case 70: flags = tag.integer(); break;
-            case 71: m = small(tag); break;
-            case 72: n = small(tag); break;
-            case 73: smoothM = small(tag); break;
-            case 74: smoothN = small(tag); break;
-            case 75: curve = small(tag); break;
-            default: break;
+            case 38:
+                base.z = real(tag);
+                break;
+            case 39:
+                thickness = real(tag);
+                break;
+            case 40:
+                startWidth = real(tag);
+                break;
+            case 41:
+                endWidth = real(tag);
+                break;
+            case 70:
+                flags = tag.integer();
+                break;
+            case 71:
+                m = small(tag);
+                break;
+            case 72:
+                n = small(tag);
+                break;
+            case 73:
+                smoothM = small(tag);
+                break;
+            case 74:
+                smoothN = small(tag);
+                break;
+            case 75:
+                curve = small(tag);
+                break;
+            default:
+                break;
         }
     }
 
@@ -160,21 +195,52 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
         for (const Tag& tag : subRecord_.tags) {
             if (tag.code >= 1000) break;
             switch (tag.code) {
-                case 5: noteHandle(tag.handle()); break;
-                case 10: vertex.p.x = real(tag); break;
-                case 20: vertex.p.y = real(tag); break;
-                case 30: vertex.p.z = real(tag); break;
-                case 40: vertex.startWidth = real(tag); vertex.hasStartWidth = true; break;
-                case 41: vertex.endWidth = real(tag); vertex.hasEndWidth = true; break;
-                case 42: vertex.bulge = real(tag); break;
-                case 50: vertex.tangent = angle(tag); break;
-                case 70: vertex.flags = tag.integer(); break;
-                case 71: vertex.corners[0] = small(tag); break;
-                case 72: vertex.corners[1] = small(tag); break;
-                case 73: vertex.corners[2] = small(tag); break;
-                case 74: vertex.corners[3] = small(tag); break;
-                case 91: vertex.id = small(tag); break;
-                default: break;
+                case 5:
+                    noteHandle(tag.handle());
+                    break;
+                case 10:
+                    vertex.p.x = real(tag);
+                    break;
+                case 20:
+                    vertex.p.y = real(tag);
+                    break;
+                case 30:
+                    vertex.p.z = real(tag);
+                    break;
+                case 40:
+                    vertex.startWidth = real(tag);
+                    vertex.hasStartWidth = true;
+                    break;
+                case 41:
+                    vertex.endWidth = real(tag);
+                    vertex.hasEndWidth = true;
+                    break;
+                case 42:
+                    vertex.bulge = real(tag);
+                    break;
+                case 50:
+                    vertex.tangent = angle(tag);
+                    break;
+                case 70:
+                    vertex.flags = tag.integer();
+                    break;
+                case 71:
+                    vertex.corners[0] = small(tag);
+                    break;
+                case 72:
+                    vertex.corners[1] = small(tag);
+                    break;
+                case 73:
+                    vertex.corners[2] = small(tag);
+                    break;
+                case 74:
+                    vertex.corners[3] = small(tag);
+                    break;
+                case 91:
+                    vertex.id = small(tag);
+                    break;
+                default:
+                    break;
             }
         }
         if (faces) {
@@ -227,8 +293,9 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
     if (mesh) {
         // A smoothed mesh keeps its frame before the surface; the surface is what is shown.
         if (mesh->vertices.empty()) mesh->vertices = std::move(frame);
-        const bool smooth = curve != 0 && smoothM > 0 && smoothN > 0 &&
-                            mesh->vertices.size() == static_cast<std::size_t>(smoothM) * static_cast<std::size_t>(smoothN);
+        const bool smooth =
+            curve != 0 && smoothM > 0 && smoothN > 0 &&
+            mesh->vertices.size() == static_cast<std::size_t>(smoothM) * static_cast<std::size_t>(smoothN);
         mesh->rows = smooth ? smoothM : m;
         mesh->cols = smooth ? smoothN : n;
         mesh->closedM = (flags & 1) != 0;
@@ -269,17 +336,30 @@ std::unique_ptr<Entity> Reader::buildSpline(const EntityTags& tags) {
         if (inHelix) {
             if (axis(tag, 10, helix.axisBase) || axis(tag, 11, helix.start) || axis(tag, 12, helix.axis)) continue;
             switch (tag.code) {
-                case 40: helix.topRadius = real(tag); break;
-                case 41: helix.turns = real(tag); break;
-                case 42: helix.turnHeight = real(tag); break;
-                case 290: helix.ccw = tag.integer() != 0; break;
-                case 280: helix.constraint = small(tag); break;
-                default: break;
+                case 40:
+                    helix.topRadius = real(tag);
+                    break;
+                case 41:
+                    helix.turns = real(tag);
+                    break;
+                case 42:
+                    helix.turnHeight = real(tag);
+                    break;
+                case 290:
+                    helix.ccw = tag.integer() != 0;
+                    break;
+                case 280:
+                    helix.constraint = small(tag);
+                    break;
+                default:
+                    break;
             }
             continue;
         }
         switch (tag.code) {
-            case 10: spline->controlPoints.push_back({real(tag), 0.0}); break;
+            case 10:
+                spline->controlPoints.push_back({real(tag), 0.0});
+                break;
             case 20:
                 if (!spline->controlPoints.empty()) spline->controlPoints.back().y = real(tag);
                 break;
@@ -291,15 +371,27 @@ std::unique_ptr<Entity> Reader::buildSpline(const EntityTags& tags) {
                 tilted = tilted || z != spline->controlZ.front();
                 break;
             }
-            case 11: spline->fitPoints.push_back({real(tag), 0.0}); break;
+            case 11:
+                spline->fitPoints.push_back({real(tag), 0.0});
+                break;
             case 21:
                 if (!spline->fitPoints.empty()) spline->fitPoints.back().y = real(tag);
                 break;
-            case 40: spline->knots.push_back(real(tag)); break;
-            case 41: spline->weights.push_back(real(tag)); break;
-            case 70: spline->closed = (tag.integer() & 1) != 0; break;
-            case 71: spline->degree = small(tag); break;
-            default: axis(tag, 210, normal); break;
+            case 40:
+                spline->knots.push_back(real(tag));
+                break;
+            case 41:
+                spline->weights.push_back(real(tag));
+                break;
+            case 70:
+                spline->closed = (tag.integer() & 1) != 0;
+                break;
+            case 71:
+                spline->degree = small(tag);
+                break;
+            default:
+                axis(tag, 210, normal);
+                break;
         }
     }
     if (spline->controlPoints.empty() && spline->fitPoints.empty()) return nullptr;
@@ -329,17 +421,34 @@ std::unique_ptr<Entity> Reader::buildMLine(const EntityTags& tags) {
     double elevation = 0.0;
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
-            case 2: line->styleName = name(tag); break;
-            case 340: pendingMLineStyle_ = tag.handle(); break;
-            case 40: line->scale = real(tag); break;
-            case 70:
-                line->justification = static_cast<engine::MLineJustification>(std::clamp<std::int64_t>(tag.integer(), 0, 2));
+            case 2:
+                line->styleName = name(tag);
                 break;
-            case 71: flags = tag.integer(); break;
-            case 10: start.x = real(tag); break;
-            case 20: start.y = real(tag); break;
-            case 30: elevation = real(tag); break;
-            case 11: line->vertices.push_back({real(tag), 0.0}); break;
+            case 340:
+                pendingMLineStyle_ = tag.handle();
+                break;
+            case 40:
+                line->scale = real(tag);
+                break;
+            case 70:
+                line->justification =
+                    static_cast<engine::MLineJustification>(std::clamp<std::int64_t>(tag.integer(), 0, 2));
+                break;
+            case 71:
+                flags = tag.integer();
+                break;
+            case 10:
+                start.x = real(tag);
+                break;
+            case 20:
+                start.y = real(tag);
+                break;
+            case 30:
+                elevation = real(tag);
+                break;
+            case 11:
+                line->vertices.push_back({real(tag), 0.0});
+                break;
             case 21:
                 if (!line->vertices.empty()) line->vertices.back().y = real(tag);
                 break;
@@ -351,7 +460,9 @@ std::unique_ptr<Entity> Reader::buildMLine(const EntityTags& tags) {
                 if (firstOfElement && drawn && line->vertices.size() == 1) offsets.push_back(real(tag));
                 firstOfElement = false;
                 break;
-            default: axis(tag, 210, normal); break;
+            default:
+                axis(tag, 210, normal);
+                break;
         }
     }
     if (line->vertices.empty()) return nullptr;
@@ -362,8 +473,10 @@ std::unique_ptr<Entity> Reader::buildMLine(const EntityTags& tags) {
     double shift = 0.0;
     if (!offsets.empty()) {
         const auto [low, high] = std::minmax_element(offsets.begin(), offsets.end());
-        if (line->justification == engine::MLineJustification::Zero) shift = 0.0;
-        else shift = line->justification == engine::MLineJustification::Top ? -(*low + *high) / 2 : -(*low + *high) / 2;
+        if (line->justification == engine::MLineJustification::Zero)
+            shift = 0.0;
+        else
+            shift = line->justification == engine::MLineJustification::Top ? -(*low + *high) / 2 : -(*low + *high) / 2;
     }
     const double scale = line->scale != 0.0 ? line->scale : 1.0;
     for (const double offset : offsets) {
@@ -382,10 +495,17 @@ std::unique_ptr<Entity> Reader::buildSubdivisionMesh(const EntityTags& tags) {
     std::int64_t corners = 0;  // of the face being read, still to come
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
-            case 92: part = Part::Vertices; break;
-            case 93: part = Part::Faces; corners = 0; break;
+            case 92:
+                part = Part::Vertices;
+                break;
+            case 93:
+                part = Part::Faces;
+                corners = 0;
+                break;
             case 94:
-            case 95: part = Part::Rest; break;
+            case 95:
+                part = Part::Rest;
+                break;
             case 10:
                 if (part == Part::Vertices) faces->vertices.push_back({real(tag), 0, 0});
                 break;
@@ -401,12 +521,13 @@ std::unique_ptr<Entity> Reader::buildSubdivisionMesh(const EntityTags& tags) {
                     corners = std::max<std::int64_t>(tag.integer(), 0);
                     if (corners > 0) faces->faces.emplace_back();
                 } else {
-                    faces->faces.back().push_back(static_cast<std::int32_t>(
-                        std::clamp<std::int64_t>(tag.integer(), -1, INT32_MAX - 1) + 1));
+                    faces->faces.back().push_back(
+                        static_cast<std::int32_t>(std::clamp<std::int64_t>(tag.integer(), -1, INT32_MAX - 1) + 1));
                     --corners;
                 }
                 break;
-            default: break;
+            default:
+                break;
         }
     }
     if (faces->vertices.empty()) return nullptr;

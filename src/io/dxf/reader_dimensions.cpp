@@ -32,17 +32,31 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
     bool leader = false;
     double horizontal = 0.0;
     for (const Tag& tag : tags.body) {
-        if (axis(tag, 10, p10) || axis(tag, 11, p11) || axis(tag, 13, p13) || axis(tag, 14, p14) || axis(tag, 15, p15) ||
-            axis(tag, 16, p16) || axis(tag, 210, normal))
+        if (axis(tag, 10, p10) || axis(tag, 11, p11) || axis(tag, 13, p13) || axis(tag, 14, p14) ||
+            axis(tag, 15, p15) || axis(tag, 16, p16) || axis(tag, 210, normal))
             continue;
         switch (tag.code) {
-            case 1: out->textOverride = text(tag); break;
-            case 2: out->blockName = name(tag); break;
-            case 3: out->dimStyleName = name(tag); break;
-            case 50: out->linearRotation = angle(tag); break;
-            case 51: horizontal = angle(tag); break;
-            case 52: out->obliqueAngle = angle(tag); break;
-            case 53: out->textRotation = angle(tag); break;
+            case 1:
+                out->textOverride = text(tag);
+                break;
+            case 2:
+                out->blockName = name(tag);
+                break;
+            case 3:
+                out->dimStyleName = name(tag);
+                break;
+            case 50:
+                out->linearRotation = angle(tag);
+                break;
+            case 51:
+                horizontal = angle(tag);
+                break;
+            case 52:
+                out->obliqueAngle = angle(tag);
+                break;
+            case 53:
+                out->textRotation = angle(tag);
+                break;
             case 70:
                 // An arc length dimension has a second one in its own part.
                 if (kindSeen)
@@ -54,7 +68,8 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
             case 71:
                 if (tags.type == "ARC_DIMENSION") leader = tag.integer() != 0 && kindSeen;
                 break;
-            default: break;
+            default:
+                break;
         }
     }
     // The text's place is in the object plane, the other points are in world coordinates.
@@ -68,7 +83,9 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
     out->def3 = p15.xy();
     out->dimLine = p10.xy();
     switch (kind) {
-        case 1: out->subType = DimensionType::Aligned; break;
+        case 1:
+            out->subType = DimensionType::Aligned;
+            break;
         case 2:
             out->subType = DimensionType::Angular2Line;
             out->def4 = p10.xy();
@@ -94,7 +111,9 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
                 out->jogPoint = p14.xy();
             }
             break;
-        case 5: out->subType = DimensionType::Angular3Point; break;
+        case 5:
+            out->subType = DimensionType::Angular3Point;
+            break;
         case 6:
             out->subType = (flags & 64) != 0 ? DimensionType::OrdinateX : DimensionType::Ordinate;
             out->def3 = p10.xy();
@@ -106,7 +125,9 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
             out->partialArc = partial;
             if (leader) out->def4 = p16.xy();
             break;
-        default: out->subType = DimensionType::Rotated; break;
+        default:
+            out->subType = DimensionType::Rotated;
+            break;
     }
     if ((flags & 128) != 0) out->setUserText(p11.xy());
     if (!out->blockName.empty()) pictures_.push_back(out->blockName);
@@ -172,41 +193,65 @@ void Reader::takeDimensionOverrides(std::vector<XDataItem>& items, Entity& entit
     const double scale = numbers.count("DIMSCALE") != 0 && number("DIMSCALE") > 0.0 ? number("DIMSCALE") : 1.0;
     if (numbers.count("DIMASZ") != 0) leader.arrowSize = number("DIMASZ") * scale;
     if (numbers.count("DIMTXT") != 0) leader.textHeight = number("DIMTXT") * scale;
-    if (const auto block = names.find("DIMLDRBLK"); block != names.end()) leader.arrowBlock = engine::Name(block->second);
+    if (const auto block = names.find("DIMLDRBLK"); block != names.end())
+        leader.arrowBlock = engine::Name(block->second);
 }
 
 std::unique_ptr<Entity> Reader::buildLeader(const EntityTags& tags) {
     auto out = std::make_unique<engine::LeaderEntity>();
     Vector3 normal{0, 0, 1};
-    Vector3 horizontal{1, 0, 0};
     double elevation = 0.0;
     bool hook = false;
-    bool hookGiven = false;
     for (const Tag& tag : tags.body) {
-        if (axis(tag, 210, normal) || axis(tag, 211, horizontal)) continue;
+        if (axis(tag, 210, normal)) continue;
         switch (tag.code) {
-            case 3: out->dimStyleName = name(tag); break;
-            case 10: out->vertices.push_back({real(tag), 0.0}); break;
+            case 3:
+                out->dimStyleName = name(tag);
+                break;
+            case 10:
+                out->vertices.push_back({real(tag), 0.0});
+                break;
             case 20:
                 if (!out->vertices.empty()) out->vertices.back().y = real(tag);
                 break;
             case 30:
                 if (out->vertices.size() == 1) elevation = real(tag);
                 break;
-            case 41: out->annotationWidth = real(tag); break;
-            case 71: out->hasArrow = tag.integer() != 0; break;
-            case 72: out->splined = tag.integer() == 1; break;
-            // 1: the hook line points the way of the horizontal direction, that is: to the text at its left.
-            case 74: hookGiven = true; out->hookDir = tag.integer() != 0 ? 0 : 1; break;
-            case 75: hook = tag.integer() != 0; break;
-            case 340: out->annotationHandle = tag.handle(); break;
-            default: break;
+            case 41:
+                out->annotationWidth = real(tag);
+                break;
+            case 71:
+                out->hasArrow = tag.integer() != 0;
+                break;
+            case 72:
+                out->splined = tag.integer() == 1;
+                break;
+            case 74:
+                out->hookDir = tag.integer() != 0 ? 1 : 0;
+                break;
+            case 75:
+                hook = tag.integer() != 0;
+                break;
+            case 340:
+                out->annotationHandle = tag.handle();
+                break;
+            default:
+                break;
         }
     }
     if (out->vertices.empty()) return nullptr;
-    if (horizontal.x < 0.0) out->hookDir = 1 - out->hookDir;
-    out->hookLine = hook && hookGiven;
-    // A file's vertices may hold the end of the hook line.
+    if (own_) {
+        out->hookLine = hook;
+    } else {
+        // Other programs count the end of the hook line as a vertex, and differ in what they call its direction.
+        const std::size_t n = out->vertices.size();
+        if (n >= 2) {
+            const Vector2 last = out->vertices[n - 1] - out->vertices[n - 2];
+            if (last.x != 0.0) out->hookDir = last.x > 0.0 ? 1 : 0;
+            out->hookLine = hook && n >= 3 && std::abs(last.y) <= 1e-9 * std::abs(last.x);
+            if (out->hookLine) out->vertices.pop_back();
+        }
+    }
     setPlane(*out, normal, 0.0, elevation);
     return out;
 }

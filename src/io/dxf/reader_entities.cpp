@@ -229,7 +229,8 @@ namespace {
 std::string ownTextOf(const std::vector<XDataItem>& items) {
     std::string json;
     for (const XDataItem& item : items)
-        if (const auto* piece = std::get_if<std::string>(&item.value); piece != nullptr && item.code == 1000) json += *piece;
+        if (const auto* piece = std::get_if<std::string>(&item.value); piece != nullptr && item.code == 1000)
+            json += *piece;
     if (!json.starts_with('{')) json.clear();
     return json;
 }
@@ -363,15 +364,35 @@ std::unique_ptr<Entity> Reader::buildLine(const EntityTags& tags) {
     bool hasZ = false;
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
-            case 10: start.x = real(tag); break;
-            case 20: start.y = real(tag); break;
-            case 30: start.z = real(tag); hasZ = true; break;
-            case 11: end.x = real(tag); break;
-            case 21: end.y = real(tag); break;
-            case 31: end.z = real(tag); hasZ = true; break;
-            case 38: elevation = real(tag); break;
-            case 39: thickness = real(tag); break;
-            default: axis(tag, 210, normal); break;
+            case 10:
+                start.x = real(tag);
+                break;
+            case 20:
+                start.y = real(tag);
+                break;
+            case 30:
+                start.z = real(tag);
+                hasZ = true;
+                break;
+            case 11:
+                end.x = real(tag);
+                break;
+            case 21:
+                end.y = real(tag);
+                break;
+            case 31:
+                end.z = real(tag);
+                hasZ = true;
+                break;
+            case 38:
+                elevation = real(tag);
+                break;
+            case 39:
+                thickness = real(tag);
+                break;
+            default:
+                axis(tag, 210, normal);
+                break;
         }
     }
     if (!hasZ) start.z = end.z = elevation;
@@ -419,12 +440,23 @@ std::unique_ptr<Entity> Reader::buildArc(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, center) || axis(tag, 210, normal)) continue;
         switch (tag.code) {
-            case 38: center.z = real(tag); break;
-            case 39: thickness = real(tag); break;
-            case 40: arc->radius = real(tag); break;
-            case 50: arc->startAngle = angle(tag); break;
-            case 51: arc->endAngle = angle(tag); break;
-            default: break;
+            case 38:
+                center.z = real(tag);
+                break;
+            case 39:
+                thickness = real(tag);
+                break;
+            case 40:
+                arc->radius = real(tag);
+                break;
+            case 50:
+                arc->startAngle = angle(tag);
+                break;
+            case 51:
+                arc->endAngle = angle(tag);
+                break;
+            default:
+                break;
         }
     }
     arc->center = center.xy();
@@ -441,11 +473,20 @@ std::unique_ptr<Entity> Reader::buildEllipse(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, center) || axis(tag, 11, major) || axis(tag, 210, normal)) continue;
         switch (tag.code) {
-            case 39: thickness = real(tag); break;
-            case 40: ellipse->minorRatio = real(tag); break;
-            case 41: ellipse->startParam = real(tag); break;
-            case 42: ellipse->endParam = real(tag); break;
-            default: break;
+            case 39:
+                thickness = real(tag);
+                break;
+            case 40:
+                ellipse->minorRatio = real(tag);
+                break;
+            case 41:
+                ellipse->startParam = real(tag);
+                break;
+            case 42:
+                ellipse->endParam = real(tag);
+                break;
+            default:
+                break;
         }
     }
     if (!(major.length_squared() > 0.0)) return nullptr;
@@ -531,14 +572,29 @@ std::unique_ptr<Entity> Reader::buildShape(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, position) || axis(tag, 210, normal)) continue;
         switch (tag.code) {
-            case 2: shape->name = text(tag); break;
-            case 38: position.z = real(tag); break;
-            case 39: thickness = real(tag); break;
-            case 40: shape->size = real(tag); break;
-            case 41: shape->widthFactor = real(tag); break;
-            case 50: shape->rotation = angle(tag); break;
-            case 51: shape->oblique = angle(tag); break;
-            default: break;
+            case 2:
+                shape->name = text(tag);
+                break;
+            case 38:
+                position.z = real(tag);
+                break;
+            case 39:
+                thickness = real(tag);
+                break;
+            case 40:
+                shape->size = real(tag);
+                break;
+            case 41:
+                shape->widthFactor = real(tag);
+                break;
+            case 50:
+                shape->rotation = angle(tag);
+                break;
+            case 51:
+                shape->oblique = angle(tag);
+                break;
+            default:
+                break;
         }
     }
     shape->position = position.xy();

@@ -148,7 +148,8 @@ bool Reader::readHatchLoop(TagCursor& c, HatchEntity& hatch) {
     if (c.takeIf(97) != nullptr)
         while (c.peek().code == 330) c.take();
     if (loop.vertices.empty() && loop.edges.empty()) return true;
-    loop.inner = (loop.type & (engine::HatchLoop::kExternal | engine::HatchLoop::kOutermost)) == 0 && !hatch.loops.empty();
+    loop.inner =
+        (loop.type & (engine::HatchLoop::kExternal | engine::HatchLoop::kOutermost)) == 0 && !hatch.loops.empty();
     hatch.loops.push_back(std::move(loop));
     return true;
 }
@@ -179,11 +180,21 @@ std::unique_ptr<Entity> Reader::buildHatch(const EntityTags& tags) {
     while (!c.atEnd()) {
         const Tag& tag = c.take();
         switch (tag.code) {
-            case 75: out->islandStyle = std::clamp(small(tag), 0, 2); break;
-            case 76: out->patternType = std::clamp(small(tag), 0, 2); break;
-            case 52: out->patternAngle = angle(tag); break;
-            case 41: out->patternScale = real(tag); break;
-            case 77: out->doubled = tag.integer() != 0; break;
+            case 75:
+                out->islandStyle = std::clamp(small(tag), 0, 2);
+                break;
+            case 76:
+                out->patternType = std::clamp(small(tag), 0, 2);
+                break;
+            case 52:
+                out->patternAngle = angle(tag);
+                break;
+            case 41:
+                out->patternScale = real(tag);
+                break;
+            case 77:
+                out->doubled = tag.integer() != 0;
+                break;
             case 53: {
                 engine::HatchFamily family;
                 family.angle = angle(tag);
@@ -208,12 +219,24 @@ std::unique_ptr<Entity> Reader::buildHatch(const EntityTags& tags) {
                 }
                 break;
             }
-            case 450: hasGradient = tag.integer() != 0; break;
-            case 451: gradient.reserved = small(tag); break;
-            case 460: gradient.angle = real(tag); break;
-            case 461: gradient.shift = real(tag); break;
-            case 452: gradient.singleColor = tag.integer() != 0; break;
-            case 462: gradient.tint = real(tag); break;
+            case 450:
+                hasGradient = tag.integer() != 0;
+                break;
+            case 451:
+                gradient.reserved = small(tag);
+                break;
+            case 460:
+                gradient.angle = real(tag);
+                break;
+            case 461:
+                gradient.shift = real(tag);
+                break;
+            case 452:
+                gradient.singleColor = tag.integer() != 0;
+                break;
+            case 462:
+                gradient.tint = real(tag);
+                break;
             case 463: {
                 engine::HatchGradientStop stop;
                 stop.value = real(tag);
@@ -221,14 +244,18 @@ std::unique_ptr<Entity> Reader::buildHatch(const EntityTags& tags) {
                     if (const auto color = engine::Color::fromBareIndex(small(*t))) stop.color = *color;
                 if (const Tag* t = c.takeIf(421)) {
                     const auto rgb = static_cast<std::uint32_t>(t->integer());
-                    stop.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
-                                                    static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
+                    stop.color =
+                        engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
+                                           static_cast<std::uint8_t>(rgb));
                 }
                 gradient.stops.push_back(stop);
                 break;
             }
-            case 470: gradient.name = text(tag); break;
-            default: break;
+            case 470:
+                gradient.name = text(tag);
+                break;
+            default:
+                break;
         }
     }
     if (out->loops.empty()) return nullptr;

@@ -14,7 +14,7 @@ using math::Vector3;
 namespace {
 
 /// Written, but not read: known from elsewhere, or computed.
-constexpr std::string_view kNotRead[] = {"ACADVER", "HANDSEED", "EXTMIN",  "EXTMAX",    "OSMODE", "DIMSAH",
+constexpr std::string_view kNotRead[] = {"ACADVER", "HANDSEED", "EXTMIN",  "EXTMAX",    "OSMODE",      "DIMSAH",
                                          "DIMBLK",  "DIMBLK1",  "DIMBLK2", "DIMLDRBLK", "ACADMAINTVER"};
 
 bool isRead(std::string_view name) {
@@ -116,7 +116,8 @@ void Reader::applyHeader() {
             continue;
         }
         if (value.name == "TEXTSTYLE") {
-            if (const engine::Name style = name(tag); drawing_.textStyles.contains(style)) drawing_.currentTextStyle = style;
+            if (const engine::Name style = name(tag); drawing_.textStyles.contains(style))
+                drawing_.currentTextStyle = style;
             continue;
         }
         if (value.name == "CECOLOR") {
@@ -166,7 +167,8 @@ void Reader::applyHeader() {
                 if (def->degrees || tag.code == 50) {
                     const std::string_view digits = tag.trimmed();
                     double radians = 0.0;
-                    number = digits.size() > 17 && radiansFromDegrees(digits, radians) ? radians : radiansFromDegrees(number);
+                    number = digits.size() > 17 && radiansFromDegrees(digits, radians) ? radians
+                                                                                       : radiansFromDegrees(number);
                 }
                 v = number;
                 break;

@@ -25,18 +25,42 @@ std::unique_ptr<Entity> Reader::buildInsert(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, position) || axis(tag, 210, normal)) continue;
         switch (tag.code) {
-            case 2: out->blockName = name(tag); break;
-            case 38: position.z = real(tag); break;
-            case 41: out->scaleX = real(tag); break;
-            case 42: out->scaleY = real(tag); break;
-            case 43: scaleZ = real(tag); hasZ = true; break;
-            case 44: out->columnSpacing = real(tag); break;
-            case 45: out->rowSpacing = real(tag); break;
-            case 50: out->rotation = angle(tag); break;
-            case 66: follow = tag.integer() != 0; break;
-            case 70: out->columns = std::max(1, small(tag)); break;
-            case 71: out->rows = std::max(1, small(tag)); break;
-            default: break;
+            case 2:
+                out->blockName = name(tag);
+                break;
+            case 38:
+                position.z = real(tag);
+                break;
+            case 41:
+                out->scaleX = real(tag);
+                break;
+            case 42:
+                out->scaleY = real(tag);
+                break;
+            case 43:
+                scaleZ = real(tag);
+                hasZ = true;
+                break;
+            case 44:
+                out->columnSpacing = real(tag);
+                break;
+            case 45:
+                out->rowSpacing = real(tag);
+                break;
+            case 50:
+                out->rotation = angle(tag);
+                break;
+            case 66:
+                follow = tag.integer() != 0;
+                break;
+            case 70:
+                out->columns = std::max(1, small(tag));
+                break;
+            case 71:
+                out->rows = std::max(1, small(tag));
+                break;
+            default:
+                break;
         }
     }
     // A missing group means 1; the model's own default is the size of the x scale.
@@ -91,7 +115,9 @@ std::unique_ptr<Entity> Reader::buildImage(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, g.origin) || axis(tag, 11, g.u) || axis(tag, 12, g.v) || axis(tag, 13, g.size)) continue;
         switch (tag.code) {
-            case 14: g.clip.push_back({real(tag), 0.0}); break;
+            case 14:
+                g.clip.push_back({real(tag), 0.0});
+                break;
             case 24:
                 if (!g.clip.empty()) g.clip.back().y = real(tag);
                 break;
@@ -99,13 +125,26 @@ std::unique_ptr<Entity> Reader::buildImage(const EntityTags& tags) {
                 out->imageTransparency = (tag.integer() & 8) != 0 ? 1 : 0;
                 out->showFrame = (tag.integer() & 1) != 0;
                 break;
-            case 71: g.rectangle = tag.integer() != 2; break;
-            case 280: g.clipping = tag.integer() != 0; break;
-            case 281: out->brightness = std::clamp(small(tag), 0, 100); break;
-            case 282: out->contrast = std::clamp(small(tag), 0, 100); break;
-            case 283: out->fade = std::clamp(small(tag), 0, 100); break;
-            case 340: pendingImage_ = tag.handle(); break;
-            default: break;
+            case 71:
+                g.rectangle = tag.integer() != 2;
+                break;
+            case 280:
+                g.clipping = tag.integer() != 0;
+                break;
+            case 281:
+                out->brightness = std::clamp(small(tag), 0, 100);
+                break;
+            case 282:
+                out->contrast = std::clamp(small(tag), 0, 100);
+                break;
+            case 283:
+                out->fade = std::clamp(small(tag), 0, 100);
+                break;
+            case 340:
+                pendingImage_ = tag.handle();
+                break;
+            default:
+                break;
         }
     }
     const Vector2 u = g.u.xy();
@@ -118,9 +157,7 @@ std::unique_ptr<Entity> Reader::buildImage(const EntityTags& tags) {
     out->height = g.v.length() * g.size.y * (u.cross(v) < 0.0 ? -1.0 : 1.0);
     if (u.y != 0.0 || u.x < 0.0) out->rotation = std::atan2(u.y, u.x);
     // Pixel rows run downwards from the upper left corner.
-    const auto world = [&](const Vector2& p) {
-        return out->insertion + u * (p.x + 0.5) + v * (g.size.y - 0.5 - p.y);
-    };
+    const auto world = [&](const Vector2& p) { return out->insertion + u * (p.x + 0.5) + v * (g.size.y - 0.5 - p.y); };
     const auto isFrame = [&] {
         if (!g.rectangle || g.clip.size() != 2) return false;
         const Vector2 low{std::min(g.clip[0].x, g.clip[1].x), std::min(g.clip[0].y, g.clip[1].y)};
@@ -141,17 +178,23 @@ std::unique_ptr<Entity> Reader::buildWipeout(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, g.origin) || axis(tag, 11, g.u) || axis(tag, 12, g.v)) continue;
         switch (tag.code) {
-            case 14: g.clip.push_back({real(tag), 0.0}); break;
+            case 14:
+                g.clip.push_back({real(tag), 0.0});
+                break;
             case 24:
                 if (!g.clip.empty()) g.clip.back().y = real(tag);
                 break;
-            case 70: out->showFrame = (tag.integer() & 1) != 0; break;
-            case 71: g.rectangle = tag.integer() != 2; break;
-            default: break;
+            case 70:
+                out->showFrame = (tag.integer() & 1) != 0;
+                break;
+            case 71:
+                g.rectangle = tag.integer() != 2;
+                break;
+            default:
+                break;
         }
     }
-    if (g.clip.size() == 2)
-        g.clip = {g.clip[0], {g.clip[1].x, g.clip[0].y}, g.clip[1], {g.clip[0].x, g.clip[1].y}};
+    if (g.clip.size() == 2) g.clip = {g.clip[0], {g.clip[1].x, g.clip[0].y}, g.clip[1], {g.clip[0].x, g.clip[1].y}};
     if (g.clip.empty()) g.clip = {{-0.5, -0.5}, {0.5, -0.5}, {0.5, 0.5}, {-0.5, 0.5}};
     if (g.clip.size() > 1 && g.clip.front() == g.clip.back()) g.clip.pop_back();
     const Vector2 u = g.u.xy();
@@ -173,19 +216,37 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
             axis(tag, 14, out->snapSpacing) || axis(tag, 15, out->gridSpacing) || axis(tag, 17, target))
             continue;
         switch (tag.code) {
-            case 40: out->width = real(tag); break;
-            case 41: out->height = real(tag); break;
-            case 45: viewHeight = real(tag); break;
-            case 50: out->snapAngle = angle(tag); break;
-            case 51: out->viewTwist = angle(tag); break;
-            case 68: status = tag.integer(); break;
-            case 69: out->vpId = small(tag); break;
-            case 90: out->statusFlags = small(tag); break;
+            case 40:
+                out->width = real(tag);
+                break;
+            case 41:
+                out->height = real(tag);
+                break;
+            case 45:
+                viewHeight = real(tag);
+                break;
+            case 50:
+                out->snapAngle = angle(tag);
+                break;
+            case 51:
+                out->viewTwist = angle(tag);
+                break;
+            case 68:
+                status = tag.integer();
+                break;
+            case 69:
+                out->vpId = small(tag);
+                break;
+            case 90:
+                out->statusFlags = small(tag);
+                break;
             case 331:
             case 341:
-                if (const engine::Name layer = recordName(tag.handle()); !layer.empty()) out->vpFrozenLayers.push_back(layer);
+                if (const engine::Name layer = recordName(tag.handle()); !layer.empty())
+                    out->vpFrozenLayers.push_back(layer);
                 break;
-            default: break;
+            default:
+                break;
         }
     }
     out->center = center.xy();

@@ -1,5 +1,5 @@
-// What entities refer to, settled when everything has been read: extension dictionaries, image files, clips, draw order,
-// external references.
+// What entities refer to, settled when everything has been read: extension dictionaries, image files, clips, draw
+// order, external references.
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
@@ -28,7 +28,8 @@ void Reader::settleExtensions() {
                 const std::string json = xrecordText(item.handle);
                 if (json.empty()) continue;
                 Entity* entity = link.entity;
-                if (key == ownApplication(engine::EntityType::Region) && entity->type() == engine::EntityType::Solid3D) {
+                if (key == ownApplication(engine::EntityType::Region) &&
+                    entity->type() == engine::EntityType::Solid3D) {
                     // A region with many vertices; its record alone looks like a body's.
                     auto region = std::make_unique<engine::RegionEntity>();
                     region->copyCommonFrom(*entity);
@@ -38,7 +39,8 @@ void Reader::settleExtensions() {
                     entity = placed;
                 }
                 applyOwnData(json, *entity);
-            } else if (engine::equalNoCase(key, "ACAD_FILTER") && link.entity->type() == engine::EntityType::BlockReference) {
+            } else if (engine::equalNoCase(key, "ACAD_FILTER") &&
+                       link.entity->type() == engine::EntityType::BlockReference) {
                 settleClip(static_cast<BlockReferenceEntity&>(*link.entity), dictionaryEntry(item.handle, "SPATIAL"));
             }
         }
@@ -56,12 +58,24 @@ void Reader::settleExtensions() {
                 record->name = keep;
             };
             switch (extension.kind) {
-                case RecordKind::Layer: apply(drawing_.layers.find(extension.name)); break;
-                case RecordKind::Linetype: apply(drawing_.linetypes.find(extension.name)); break;
-                case RecordKind::TextStyle: apply(drawing_.textStyles.find(extension.name)); break;
-                case RecordKind::View: apply(drawing_.namedViews.find(extension.name)); break;
-                case RecordKind::Ucs: apply(drawing_.ucsList.find(extension.name)); break;
-                case RecordKind::DimStyle: apply(drawing_.dimStyles.find(extension.name)); break;
+                case RecordKind::Layer:
+                    apply(drawing_.layers.find(extension.name));
+                    break;
+                case RecordKind::Linetype:
+                    apply(drawing_.linetypes.find(extension.name));
+                    break;
+                case RecordKind::TextStyle:
+                    apply(drawing_.textStyles.find(extension.name));
+                    break;
+                case RecordKind::View:
+                    apply(drawing_.namedViews.find(extension.name));
+                    break;
+                case RecordKind::Ucs:
+                    apply(drawing_.ucsList.find(extension.name));
+                    break;
+                case RecordKind::DimStyle:
+                    apply(drawing_.dimStyles.find(extension.name));
+                    break;
                 case RecordKind::Block: {
                     engine::Block* block = drawing_.findBlock(extension.name);
                     if (block == nullptr) break;
@@ -94,34 +108,49 @@ void Reader::settleClip(BlockReferenceEntity& reference, std::uint64_t filter) {
     unusable_ = false;
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
-            case 10: points.push_back({real(tag), 0.0}); break;
+            case 10:
+                points.push_back({real(tag), 0.0});
+                break;
             case 20:
                 if (!points.empty()) points.back().y = real(tag);
                 break;
-            case 71: enabled = tag.integer() != 0; break;
-            case 72: front = tag.integer(); break;
-            case 73: back = tag.integer(); break;
-            case 40: matrix.push_back(real(tag)); break;
-            default: break;
+            case 71:
+                enabled = tag.integer() != 0;
+                break;
+            case 72:
+                front = tag.integer();
+                break;
+            case 73:
+                back = tag.integer();
+                break;
+            case 40:
+                matrix.push_back(real(tag));
+                break;
+            default:
+                break;
         }
     }
     if (points.size() < 2 || unusable_) return;
     // The distances of the front and back planes stand before the two matrices.
     const std::size_t planes = (front != 0 ? 1U : 0U) + (back != 0 ? 1U : 0U);
-    if (matrix.size() >= 24 + planes) matrix.erase(matrix.begin(), matrix.begin() + static_cast<std::ptrdiff_t>(planes));
+    if (matrix.size() >= 24 + planes)
+        matrix.erase(matrix.begin(), matrix.begin() + static_cast<std::ptrdiff_t>(planes));
     Matrix4 toBlock;
     if (matrix.size() >= 12)
         for (std::size_t i = 0; i < 12; ++i) toBlock.m[i] = matrix[i];
     bool inverted = false;
     // An inverted clip keeps the user's boundary beside the ring that other programs draw.
-    if (const std::uint64_t trip = dictionaryEntry(tags.dictionary, "ACAD_XREC_ROUNDTRIP"); trip != 0 && objectAt(trip, record)) {
+    if (const std::uint64_t trip = dictionaryEntry(tags.dictionary, "ACAD_XREC_ROUNDTRIP");
+        trip != 0 && objectAt(trip, record)) {
         std::vector<Vector2> user;
         std::vector<Vector2> ring;
         std::vector<Vector2>* list = nullptr;
         for (const Tag& tag : record.tags) {
             if (tag.code == 102) {
                 const std::string_view mark = tag.trimmed();
-                list = mark == "ACAD_INVERTEDCLIP_ROUNDTRIP" ? &user : mark == "ACAD_INVERTEDCLIP_ROUNDTRIP_COMPARE" ? &ring : nullptr;
+                list = mark == "ACAD_INVERTEDCLIP_ROUNDTRIP"           ? &user
+                       : mark == "ACAD_INVERTEDCLIP_ROUNDTRIP_COMPARE" ? &ring
+                                                                       : nullptr;
             }
             if (list == nullptr) continue;
             if (tag.code == 10) list->push_back({real(tag), 0.0});
@@ -186,7 +215,8 @@ void Reader::settleDrawOrder() {
             return found != sortHandles.end() ? found->second : e->handle();
         };
         // Entities whose handles were made up stay where they are: they have no rank to go by.
-        std::stable_sort(order.begin(), order.end(), [&](const Entity* a, const Entity* b) { return rank(a) < rank(b); });
+        std::stable_sort(order.begin(), order.end(),
+                         [&](const Entity* a, const Entity* b) { return rank(a) < rank(b); });
         list->reorder(order);
     }
 }
@@ -200,7 +230,8 @@ void Reader::settleExternalReferences() {
         if (std::filesystem::exists(path, error)) continue;
         block->xrefStatus = engine::XrefStatus::NotFound;
         if (report_.lines.size() < 20)
-            report_.lines.push_back("External reference \"" + block->name.str() + "\" was not found: " + block->xrefPath);
+            report_.lines.push_back("External reference \"" + block->name.str() +
+                                    "\" was not found: " + block->xrefPath);
     }
 }
 

@@ -56,7 +56,8 @@ std::unique_ptr<Entity> Reader::buildMLeader(const EntityTags& tags) {
                 if (tag.code == 303) {
                     part = Part::Context;
                     // The lines meet at the landing.
-                    for (std::size_t i = headStart; i < out->heads.size(); ++i) out->heads[i].vertices.push_back(last.xy());
+                    for (std::size_t i = headStart; i < out->heads.size(); ++i)
+                        out->heads[i].vertices.push_back(last.xy());
                     if (firstLeader) {
                         out->landingDistance = doglegLength;
                         connection = last.xy();
@@ -72,28 +73,54 @@ std::unique_ptr<Entity> Reader::buildMLeader(const EntityTags& tags) {
             case Part::Context:
                 if (axis(tag, 10, base) || axis(tag, 12, textPlace) || axis(tag, 15, blockPlace)) break;
                 switch (tag.code) {
-                    case 41: out->textHeight = real(tag); break;
-                    case 140: out->arrowSize = real(tag); break;
-                    case 145: out->landingGap = real(tag); break;
-                    case 290: hasText = tag.integer() != 0; break;
-                    case 296: hasBlock = tag.integer() != 0; break;
-                    case 304: out->textContent = text(tag); break;
-                    case 341: out->blockName = recordName(tag.handle()); break;
-                    case 301: part = Part::Outside; break;
-                    default: break;
+                    case 41:
+                        out->textHeight = real(tag);
+                        break;
+                    case 140:
+                        out->arrowSize = real(tag);
+                        break;
+                    case 145:
+                        out->landingGap = real(tag);
+                        break;
+                    case 290:
+                        hasText = tag.integer() != 0;
+                        break;
+                    case 296:
+                        hasBlock = tag.integer() != 0;
+                        break;
+                    case 304:
+                        out->textContent = text(tag);
+                        break;
+                    case 341:
+                        out->blockName = recordName(tag.handle());
+                        break;
+                    case 301:
+                        part = Part::Outside;
+                        break;
+                    default:
+                        break;
                 }
                 break;
             case Part::Outside:
                 if (axis(tag, 210, normal)) break;
                 switch (tag.code) {
-                    case 340: pendingLeaderStyle_ = tag.handle(); break;
-                    case 172: content = tag.integer(); break;
-                    case 290: out->hasLanding = tag.integer() != 0; break;
-                    case 291: out->hasDogleg = tag.integer() != 0; break;
+                    case 340:
+                        pendingLeaderStyle_ = tag.handle();
+                        break;
+                    case 172:
+                        content = tag.integer();
+                        break;
+                    case 290:
+                        out->hasLanding = tag.integer() != 0;
+                        break;
+                    case 291:
+                        out->hasDogleg = tag.integer() != 0;
+                        break;
                     case 344:
                         if (out->blockName.empty()) out->blockName = recordName(tag.handle());
                         break;
-                    default: break;
+                    default:
+                        break;
                 }
                 break;
         }
@@ -101,7 +128,7 @@ std::unique_ptr<Entity> Reader::buildMLeader(const EntityTags& tags) {
     if (content < 0) content = hasText ? 2 : hasBlock ? 1 : 0;
     if (content < 0 || content > 3) content = 0;
     out->contentType = own_           ? static_cast<engine::MLeaderContent>(content)
-                       : content == 1   ? engine::MLeaderContent::Block
+                       : content == 1 ? engine::MLeaderContent::Block
                        : content == 2 ? engine::MLeaderContent::MText
                                       : engine::MLeaderContent::None;
     // The text's edge stands behind the dogleg and the gap; a block at its own place.

@@ -18,9 +18,10 @@ constexpr int kMaxDictionaryDepth = 32;
 constexpr std::size_t kMaxOpaqueValues = 4'000'000;
 
 /// Entries of the root dictionary that the model holds in other forms, or that only mark something up.
-constexpr std::string_view kKnownKeys[] = {"ACAD_GROUP",        "ACAD_LAYOUT",      "ACAD_MLINESTYLE",   "ACAD_MLEADERSTYLE",
-                                           "ACAD_TABLESTYLE",   "ACAD_PLOTSETTINGS", "ACAD_PLOTSTYLENAME", "ACAD_SCALELIST",
-                                           "AcDbVariableDictionary", "ACAD_IMAGE_DICT", "DWGPROPS",       "KOVA_DRAWING"};
+constexpr std::string_view kKnownKeys[] = {"ACAD_GROUP",         "ACAD_LAYOUT",     "ACAD_MLINESTYLE",
+                                           "ACAD_MLEADERSTYLE",  "ACAD_TABLESTYLE", "ACAD_PLOTSETTINGS",
+                                           "ACAD_PLOTSTYLENAME", "ACAD_SCALELIST",  "AcDbVariableDictionary",
+                                           "ACAD_IMAGE_DICT",    "DWGPROPS",        "KOVA_DRAWING"};
 
 }  // namespace
 
@@ -55,7 +56,8 @@ bool Reader::objectAt(std::uint64_t handle, Record& record) {
 std::vector<Reader::DictionaryItem> Reader::dictionary(std::uint64_t handle) {
     std::vector<DictionaryItem> items;
     Record record;
-    if (handle == 0 || !objectAt(handle, record) || (record.type != "DICTIONARY" && record.type != "ACDBDICTIONARYWDFLT"))
+    if (handle == 0 || !objectAt(handle, record) ||
+        (record.type != "DICTIONARY" && record.type != "ACDBDICTIONARYWDFLT"))
         return items;
     bool inside = false;
     std::string_view key;
@@ -115,13 +117,15 @@ void Reader::readObjects() {
             continue;
         engine::DictionaryEntry opaque;
         opaque.name = Name(decoder_.decode(item.key));
-        if (kept++ < 100000 && readOpaque(item.handle, opaque, 0)) drawing_.objectDictionary.push_back(std::move(opaque));
+        if (kept++ < 100000 && readOpaque(item.handle, opaque, 0))
+            drawing_.objectDictionary.push_back(std::move(opaque));
     }
 }
 
 /// Keeps an object that this program has no other form for. False for one that is not there.
 bool Reader::readOpaque(std::uint64_t handle, engine::DictionaryEntry& entry, int depth) {
-    if (depth > kMaxDictionaryDepth || opaqueValues_ > kMaxOpaqueValues || !opaqueSeen_.insert(handle).second) return false;
+    if (depth > kMaxDictionaryDepth || opaqueValues_ > kMaxOpaqueValues || !opaqueSeen_.insert(handle).second)
+        return false;
     Record record;
     if (!objectAt(handle, record)) return false;
     entry.type = std::string(record.type);
@@ -162,7 +166,8 @@ void Reader::readGroups(std::uint64_t handle) {
         if (!own_)
             std::erase_if(group.memberHandles, [&](std::uint64_t h) { return drawing_.findByHandle(h) == nullptr; });
         std::string json = ownData(tags.xdata);
-        if (json.empty() && tags.dictionary != 0) json = xrecordText(dictionaryEntry(tags.dictionary, kOwnRecordApplication));
+        if (json.empty() && tags.dictionary != 0)
+            json = xrecordText(dictionaryEntry(tags.dictionary, kOwnRecordApplication));
         if (!json.empty()) applyOwnData(json, group);
         drawing_.groups.add(std::move(group));
     }
@@ -182,27 +187,68 @@ void Reader::readPlotSettings(const Record& record, engine::PageSetup& setup) {
         }
         if (!inside) continue;
         switch (tag.code) {
-            case 1: setup.name = name(tag); break;
-            case 2: setup.plotDevice = text(tag); break;
-            case 4: setup.paperSizeName = text(tag); break;
-            case 7: setup.plotStyleTable = text(tag); break;
-            case 40: setup.marginLeft = real(tag); break;
-            case 41: setup.marginBottom = real(tag); break;
-            case 42: setup.marginRight = real(tag); break;
-            case 43: setup.marginTop = real(tag); break;
-            case 44: setup.paperWidth = real(tag); break;
-            case 45: setup.paperHeight = real(tag); break;
-            case 46: setup.offsetX = real(tag); break;
-            case 47: setup.offsetY = real(tag); break;
-            case 142: setup.scalePaper = real(tag); break;
-            case 143: setup.scaleDrawing = real(tag); break;
-            case 70: flags = tag.integer(); break;
-            case 72: units = tag.integer(); break;
-            case 73: rotation = tag.integer(); break;
-            case 74: setup.plotArea = small(tag); break;
-            case 75: setup.scaleType = small(tag); break;
-            case 78: setup.dpi = small(tag); break;
-            default: break;
+            case 1:
+                setup.name = name(tag);
+                break;
+            case 2:
+                setup.plotDevice = text(tag);
+                break;
+            case 4:
+                setup.paperSizeName = text(tag);
+                break;
+            case 7:
+                setup.plotStyleTable = text(tag);
+                break;
+            case 40:
+                setup.marginLeft = real(tag);
+                break;
+            case 41:
+                setup.marginBottom = real(tag);
+                break;
+            case 42:
+                setup.marginRight = real(tag);
+                break;
+            case 43:
+                setup.marginTop = real(tag);
+                break;
+            case 44:
+                setup.paperWidth = real(tag);
+                break;
+            case 45:
+                setup.paperHeight = real(tag);
+                break;
+            case 46:
+                setup.offsetX = real(tag);
+                break;
+            case 47:
+                setup.offsetY = real(tag);
+                break;
+            case 142:
+                setup.scalePaper = real(tag);
+                break;
+            case 143:
+                setup.scaleDrawing = real(tag);
+                break;
+            case 70:
+                flags = tag.integer();
+                break;
+            case 72:
+                units = tag.integer();
+                break;
+            case 73:
+                rotation = tag.integer();
+                break;
+            case 74:
+                setup.plotArea = small(tag);
+                break;
+            case 75:
+                setup.scaleType = small(tag);
+                break;
+            case 78:
+                setup.dpi = small(tag);
+                break;
+            default:
+                break;
         }
     }
     (void)units;
@@ -246,7 +292,8 @@ void Reader::readLayouts(std::uint64_t handle) {
         if (layoutName == "Model" || !blockName.folded().starts_with("*paper_space")) continue;
         const EntityTags parts = partTags(record);
         std::string json = ownData(parts.xdata);
-        if (json.empty() && parts.dictionary != 0) json = xrecordText(dictionaryEntry(parts.dictionary, kOwnRecordApplication));
+        if (json.empty() && parts.dictionary != 0)
+            json = xrecordText(dictionaryEntry(parts.dictionary, kOwnRecordApplication));
         if (!json.empty() && isPlaceholder(json)) continue;
         engine::Layout& layout = paperSpace(blockName);
         layout.pageSetup = std::move(setup);
@@ -268,7 +315,8 @@ void Reader::readLayouts(std::uint64_t handle) {
     // In the order of their tabs.
     std::vector<std::pair<std::int32_t, Name>> order;
     for (const auto& layout : drawing_.layouts()) order.emplace_back(layout->tabOrder, layout->name);
-    if (std::is_sorted(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.first < b.first; })) return;
+    if (std::is_sorted(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.first < b.first; }))
+        return;
     std::stable_sort(order.begin(), order.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     for (const auto& [tab, layoutName] : order) {
         auto layout = drawing_.takeLayout(layoutName);
@@ -285,7 +333,8 @@ void Reader::readPageSetups(std::uint64_t handle) {
         setup.name = Name(decoder_.decode(item.key));
         const EntityTags parts = partTags(record);
         std::string json = ownData(parts.xdata);
-        if (json.empty() && parts.dictionary != 0) json = xrecordText(dictionaryEntry(parts.dictionary, kOwnRecordApplication));
+        if (json.empty() && parts.dictionary != 0)
+            json = xrecordText(dictionaryEntry(parts.dictionary, kOwnRecordApplication));
         if (!json.empty()) applyOwnData(json, setup);
         if (!setup.name.empty()) drawing_.namedPageSetups.add(std::move(setup));
     }
@@ -317,9 +366,11 @@ void Reader::readVariables(std::uint64_t handle) {
         if (value == nullptr) continue;
         const std::string_view key = trimmed(item.key);
         if (engine::equalNoCase(key, "CTABLESTYLE")) {
-            if (const Name style = name(*value); drawing_.tableStyles.contains(style)) drawing_.currentTableStyle = style;
+            if (const Name style = name(*value); drawing_.tableStyles.contains(style))
+                drawing_.currentTableStyle = style;
         } else if (engine::equalNoCase(key, "CMLEADERSTYLE")) {
-            if (const Name style = name(*value); drawing_.mleaderStyles.contains(style)) drawing_.currentMLeaderStyle = style;
+            if (const Name style = name(*value); drawing_.mleaderStyles.contains(style))
+                drawing_.currentMLeaderStyle = style;
         } else if (engine::equalNoCase(key, "CANNOSCALE")) {
             if (drawing_.annotationScales.contains(name(*value)))
                 engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(text(*value)));
@@ -371,12 +422,16 @@ void Reader::readLayerStates() {
                                   (m & 128) != 0, (m & 1024) != 0, (m & 64) != 0, true,         (m & 256) != 0};
                     break;
                 }
-                case 301: state.description = text(tag); break;
+                case 301:
+                    state.description = text(tag);
+                    break;
                 case 330:
                 case 8:
-                    state.layers.emplace_back(tag.code == 8 ? name(tag) : recordName(tag.handle()), engine::LayerStateEntry());
+                    state.layers.emplace_back(tag.code == 8 ? name(tag) : recordName(tag.handle()),
+                                              engine::LayerStateEntry());
                     break;
-                default: break;
+                default:
+                    break;
             }
             if (e == nullptr) continue;
             switch (tag.code) {
@@ -394,18 +449,28 @@ void Reader::readLayerStates() {
                 case 92: {
                     const auto raw = static_cast<std::uint32_t>(tag.integer());
                     if ((raw >> 24) == 0xC2)
-                        e->color = engine::Color::rgb(static_cast<std::uint8_t>(raw >> 16), static_cast<std::uint8_t>(raw >> 8),
-                                                      static_cast<std::uint8_t>(raw));
+                        e->color =
+                            engine::Color::rgb(static_cast<std::uint8_t>(raw >> 16),
+                                               static_cast<std::uint8_t>(raw >> 8), static_cast<std::uint8_t>(raw));
                     break;
                 }
-                case 370: e->lineweight = small(tag); break;
+                case 370:
+                    e->lineweight = small(tag);
+                    break;
                 case 331:
                     if (const Name linetype = recordName(tag.handle()); !linetype.empty()) e->linetype = linetype;
                     break;
-                case 6: e->linetype = name(tag); break;
-                case 1: e->plotStyle = name(tag); break;
-                case 440: e->transparency = transparencyPercent(small(tag)); break;
-                default: break;
+                case 6:
+                    e->linetype = name(tag);
+                    break;
+                case 1:
+                    e->plotStyle = name(tag);
+                    break;
+                case 440:
+                    e->transparency = transparencyPercent(small(tag));
+                    break;
+                default:
+                    break;
             }
         }
         std::erase_if(state.layers, [](const auto& layer) { return layer.first.empty(); });

@@ -1,6 +1,6 @@
 // Bodies of the solid modeller: encrypted text before AC1027, binary data in a section of their own from then on.
-#include "engine/entities/solid3d.hpp"
 #include "engine/entities/region.hpp"
+#include "engine/entities/solid3d.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reader.hpp"
 
@@ -51,7 +51,8 @@ std::unique_ptr<Entity> Reader::buildBody(const EntityTags& tags) {
     // A region of this program has its loops in extended data.
     if (tags.type == "REGION")
         for (const Tag& tag : tags.xdata)
-            if (tag.code == 1001 && tag.trimmed() == ownApplication(engine::EntityType::Region)) return std::make_unique<engine::RegionEntity>();
+            if (tag.code == 1001 && tag.trimmed() == ownApplication(engine::EntityType::Region))
+                return std::make_unique<engine::RegionEntity>();
     auto out = std::make_unique<Solid3DEntity>();
     out->kind = tags.type == "REGION" ? Solid3DEntity::BodyKind::Region
                 : tags.type == "BODY" ? Solid3DEntity::BodyKind::Body
@@ -59,15 +60,22 @@ std::unique_ptr<Entity> Reader::buildBody(const EntityTags& tags) {
     bool first = true;
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
-            case 70: out->modelerVersion = small(tag); break;
+            case 70:
+                out->modelerVersion = small(tag);
+                break;
             case 1:
                 if (!first) out->sat += '\n';
                 first = false;
                 appendModellerText(out->sat, tag.text());
                 break;
-            case 3: appendModellerText(out->sat, tag.text()); break;
-            case 310: appendHex(out->sab, tag.trimmed()); break;
-            default: break;
+            case 3:
+                appendModellerText(out->sat, tag.text());
+                break;
+            case 310:
+                appendHex(out->sab, tag.trimmed());
+                break;
+            default:
+                break;
         }
     }
     if (!out->sat.empty()) out->sat += '\n';

@@ -17,12 +17,15 @@ namespace {
 Color rawColor(std::int64_t value) {
     const auto raw = static_cast<std::uint32_t>(value);
     switch (raw >> 24) {
-        case 0xC1: return Color::byBlock();
+        case 0xC1:
+            return Color::byBlock();
         case 0xC2:
             return Color::rgb(static_cast<std::uint8_t>(raw >> 16), static_cast<std::uint8_t>(raw >> 8),
                               static_cast<std::uint8_t>(raw));
-        case 0xC3: return Color::fromBareIndex(static_cast<int>(raw & 0x1FF)).value_or(Color());
-        default: return Color::byLayer();
+        case 0xC3:
+            return Color::fromBareIndex(static_cast<int>(raw & 0x1FF)).value_or(Color());
+        default:
+            return Color::byLayer();
     }
 }
 
@@ -41,55 +44,139 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
         unusable_ = false;
         for (const Tag& tag : tags.body) {
             switch (tag.code) {
-                case 170: s.contentType = small(tag); break;
-                case 171: s.drawMLeaderOrder = small(tag); break;
-                case 172: s.drawLeaderOrder = small(tag); break;
-                case 90: s.maxLeaderPoints = small(tag); break;
-                case 40: s.firstSegmentAngle = real(tag); break;
-                case 41: s.secondSegmentAngle = real(tag); break;
-                case 173: s.leaderLineType = small(tag); break;
-                case 91: s.leaderColor = rawColor(tag.integer()); break;
-                case 340: s.leaderLinetype = recordName(tag.handle()); break;
-                case 92: s.leaderLineweight = small(tag); break;
-                case 290: s.hasLanding = tag.integer() != 0; break;
-                case 42: s.landingGap = real(tag); break;
-                case 291: s.hasDogleg = tag.integer() != 0; break;
-                case 43: s.landingDistance = real(tag); break;
-                case 341: s.arrowBlock = recordName(tag.handle()); break;
-                case 44: s.arrowSize = real(tag); break;
-                case 300: s.defaultText = text(tag); break;
-                case 342: s.textStyle = recordName(tag.handle()); break;
-                case 174: s.textLeftAttachment = small(tag); break;
-                case 178: s.textRightAttachment = small(tag); break;
-                case 175: s.textAngleType = small(tag); break;
-                case 176: s.textAlignment = small(tag); break;
-                case 93: s.textColor = rawColor(tag.integer()); break;
-                case 45: s.textHeight = real(tag); break;
-                case 292: s.textFrame = tag.integer() != 0; break;
-                case 297: s.textAlignAlwaysLeft = tag.integer() != 0; break;
-                case 46: s.alignSpace = real(tag); break;
-                case 343: s.block = recordName(tag.handle()); break;
-                case 94: s.blockColor = rawColor(tag.integer()); break;
-                case 47: s.blockScale = real(tag); break;
-                case 293: s.blockScaleEnabled = tag.integer() != 0; break;
-                case 141: s.blockRotation = real(tag); break;
-                case 294: s.blockRotationEnabled = tag.integer() != 0; break;
-                case 177: s.blockConnection = small(tag); break;
-                case 142: s.scaleFactor = real(tag); break;
-                case 296: s.annotative = tag.integer() != 0; break;
-                case 143: s.breakGapSize = real(tag); break;
-                case 271: s.textAttachmentDirection = small(tag); break;
-                case 272: s.bottomTextAttachment = small(tag); break;
-                case 273: s.topTextAttachment = small(tag); break;
-                case 298: s.extendLeaderToText = tag.integer() != 0; break;
-                default: break;
+                case 170:
+                    s.contentType = small(tag);
+                    break;
+                case 171:
+                    s.drawMLeaderOrder = small(tag);
+                    break;
+                case 172:
+                    s.drawLeaderOrder = small(tag);
+                    break;
+                case 90:
+                    s.maxLeaderPoints = small(tag);
+                    break;
+                case 40:
+                    s.firstSegmentAngle = real(tag);
+                    break;
+                case 41:
+                    s.secondSegmentAngle = real(tag);
+                    break;
+                case 173:
+                    s.leaderLineType = small(tag);
+                    break;
+                case 91:
+                    s.leaderColor = rawColor(tag.integer());
+                    break;
+                case 340:
+                    s.leaderLinetype = recordName(tag.handle());
+                    break;
+                case 92:
+                    s.leaderLineweight = small(tag);
+                    break;
+                case 290:
+                    s.hasLanding = tag.integer() != 0;
+                    break;
+                case 42:
+                    s.landingGap = real(tag);
+                    break;
+                case 291:
+                    s.hasDogleg = tag.integer() != 0;
+                    break;
+                case 43:
+                    s.landingDistance = real(tag);
+                    break;
+                case 341:
+                    s.arrowBlock = recordName(tag.handle());
+                    break;
+                case 44:
+                    s.arrowSize = real(tag);
+                    break;
+                case 300:
+                    s.defaultText = text(tag);
+                    break;
+                case 342:
+                    s.textStyle = recordName(tag.handle());
+                    break;
+                case 174:
+                    s.textLeftAttachment = small(tag);
+                    break;
+                case 178:
+                    s.textRightAttachment = small(tag);
+                    break;
+                case 175:
+                    s.textAngleType = small(tag);
+                    break;
+                case 176:
+                    s.textAlignment = small(tag);
+                    break;
+                case 93:
+                    s.textColor = rawColor(tag.integer());
+                    break;
+                case 45:
+                    s.textHeight = real(tag);
+                    break;
+                case 292:
+                    s.textFrame = tag.integer() != 0;
+                    break;
+                case 297:
+                    s.textAlignAlwaysLeft = tag.integer() != 0;
+                    break;
+                case 46:
+                    s.alignSpace = real(tag);
+                    break;
+                case 343:
+                    s.block = recordName(tag.handle());
+                    break;
+                case 94:
+                    s.blockColor = rawColor(tag.integer());
+                    break;
+                case 47:
+                    s.blockScale = real(tag);
+                    break;
+                case 293:
+                    s.blockScaleEnabled = tag.integer() != 0;
+                    break;
+                case 141:
+                    s.blockRotation = real(tag);
+                    break;
+                case 294:
+                    s.blockRotationEnabled = tag.integer() != 0;
+                    break;
+                case 177:
+                    s.blockConnection = small(tag);
+                    break;
+                case 142:
+                    s.scaleFactor = real(tag);
+                    break;
+                case 296:
+                    s.annotative = tag.integer() != 0;
+                    break;
+                case 143:
+                    s.breakGapSize = real(tag);
+                    break;
+                case 271:
+                    s.textAttachmentDirection = small(tag);
+                    break;
+                case 272:
+                    s.bottomTextAttachment = small(tag);
+                    break;
+                case 273:
+                    s.topTextAttachment = small(tag);
+                    break;
+                case 298:
+                    s.extendLeaderToText = tag.integer() != 0;
+                    break;
+                default:
+                    break;
             }
         }
         if (s.name.empty() || unusable_) continue;
         if (s.textStyle.empty()) s.textStyle = engine::commonNames().standard;
         if (s.leaderLinetype.empty()) s.leaderLinetype = engine::commonNames().byBlock;
         std::string json = ownData(tags.xdata);
-        if (json.empty() && tags.dictionary != 0) json = xrecordText(dictionaryEntry(tags.dictionary, kLeaderStyleApplication));
+        if (json.empty() && tags.dictionary != 0)
+            json = xrecordText(dictionaryEntry(tags.dictionary, kLeaderStyleApplication));
         if (!json.empty() && isPlaceholder(json)) continue;
         if (!json.empty()) applyOwnData(json, s);
         tableNames_.emplace(item.handle, s.name);
@@ -119,42 +206,59 @@ void Reader::readTableStyles(std::uint64_t handle) {
             }
             if (cell < 0) {
                 switch (tag.code) {
-                    case 70: s.flowUp = tag.integer() == 1; break;
-                    case 40: s.cellMargin = real(tag); break;
-                    case 41: s.verticalMargin = real(tag); break;
+                    case 70:
+                        s.flowUp = tag.integer() == 1;
+                        break;
+                    case 40:
+                        s.cellMargin = real(tag);
+                        break;
+                    case 41:
+                        s.verticalMargin = real(tag);
+                        break;
                     case 280:
                         // The first is the version of the record.
                         if (++switches == 2) s.hasTitle = tag.integer() == 0;
                         break;
-                    case 281: s.hasHeader = tag.integer() == 0; break;
-                    default: break;
+                    case 281:
+                        s.hasHeader = tag.integer() == 0;
+                        break;
+                    default:
+                        break;
                 }
                 continue;
             }
             engine::TableStyleRow& row = cell == 0 ? s.data : cell == 1 ? s.title : s.header;
             switch (tag.code) {
-                case 140: (cell == 0 ? s.textHeight : cell == 1 ? s.titleTextHeight : s.headerTextHeight) = real(tag); break;
-                case 170: row.alignment = small(tag); break;
+                case 140:
+                    (cell == 0 ? s.textHeight : cell == 1 ? s.titleTextHeight : s.headerTextHeight) = real(tag);
+                    break;
+                case 170:
+                    row.alignment = small(tag);
+                    break;
                 case 62:
                     if (const auto color = Color::fromBareIndex(small(tag))) row.textColor = *color;
                     break;
                 case 63:
                     if (const auto color = Color::fromBareIndex(small(tag))) row.fillColor = *color;
                     break;
-                case 283: row.fillEnabled = tag.integer() != 0; break;
+                case 283:
+                    row.fillEnabled = tag.integer() != 0;
+                    break;
                 case 274:
                     if (cell == 0) s.borderLineweight = small(tag);
                     break;
                 case 275:
                     if (cell == 0) s.gridLineweight = small(tag);
                     break;
-                default: break;
+                default:
+                    break;
             }
         }
         if (s.name.empty() || unusable_) continue;
         if (s.textStyle.empty()) s.textStyle = engine::commonNames().standard;
         std::string json = ownData(tags.xdata);
-        if (json.empty() && tags.dictionary != 0) json = xrecordText(dictionaryEntry(tags.dictionary, kTableStyleApplication));
+        if (json.empty() && tags.dictionary != 0)
+            json = xrecordText(dictionaryEntry(tags.dictionary, kTableStyleApplication));
         if (!json.empty() && isPlaceholder(json)) continue;
         if (!json.empty()) applyOwnData(json, s);
         tableNames_.emplace(item.handle, s.name);
@@ -199,10 +303,18 @@ void Reader::settleStyles() {
                 for (const Tag& tag : tags.body) {
                     if (tag.code == 49) fill = false;
                     switch (tag.code) {
-                        case 2: style.styleName = name(tag); break;
-                        case 70: style.flags = small(tag); break;
-                        case 51: style.startAngle = angle(tag); break;
-                        case 52: style.endAngle = angle(tag); break;
+                        case 2:
+                            style.styleName = name(tag);
+                            break;
+                        case 70:
+                            style.flags = small(tag);
+                            break;
+                        case 51:
+                            style.startAngle = angle(tag);
+                            break;
+                        case 52:
+                            style.endAngle = angle(tag);
+                            break;
                         case 49:
                             style.elements.emplace_back();
                             style.elements.back().offset = real(tag);
@@ -214,15 +326,16 @@ void Reader::settleStyles() {
                                 if (const auto c = Color::fromBareIndex(small(tag))) color = *c;
                             } else {
                                 const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                                color = Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
-                                                   static_cast<std::uint8_t>(rgb));
+                                color = Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
+                                                   static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
                             }
                             break;
                         }
                         case 6:
                             if (!fill) style.elements.back().linetype = name(tag);
                             break;
-                        default: break;
+                        default:
+                            break;
                     }
                 }
                 if (unusable_) style.elements.clear();

@@ -51,13 +51,26 @@ std::unique_ptr<Entity> Reader::buildTable(const EntityTags& tags) {
         if (!inCells && tag.code != 171) {
             if (axis(tag, 11, direction)) continue;
             switch (tag.code) {
-                case 342: pendingTableStyle_ = tag.handle(); break;
-                case 91: rows = std::clamp<std::int64_t>(tag.integer(), 0, engine::TableEntity::kMaxRows); break;
-                case 92: cols = std::clamp<std::int64_t>(tag.integer(), 0, engine::TableEntity::kMaxCols); break;
-                case 141: out->rowHeights.push_back(real(tag)); break;
-                case 142: out->colWidths.push_back(real(tag)); break;
-                case 140: tableHeight = real(tag); break;
-                default: break;
+                case 342:
+                    pendingTableStyle_ = tag.handle();
+                    break;
+                case 91:
+                    rows = std::clamp<std::int64_t>(tag.integer(), 0, engine::TableEntity::kMaxRows);
+                    break;
+                case 92:
+                    cols = std::clamp<std::int64_t>(tag.integer(), 0, engine::TableEntity::kMaxCols);
+                    break;
+                case 141:
+                    out->rowHeights.push_back(real(tag));
+                    break;
+                case 142:
+                    out->colWidths.push_back(real(tag));
+                    break;
+                case 140:
+                    tableHeight = real(tag);
+                    break;
+                default:
+                    break;
             }
             continue;
         }
@@ -67,30 +80,51 @@ std::unique_ptr<Entity> Reader::buildTable(const EntityTags& tags) {
                 inCells = true;
                 valueText = false;
                 // What is beyond the table's size is no cell.
-                if (static_cast<std::int64_t>(out->cells.size()) < std::min<std::int64_t>(rows * cols, engine::TableEntity::kMaxCells))
+                if (static_cast<std::int64_t>(out->cells.size()) <
+                    std::min<std::int64_t>(rows * cols, engine::TableEntity::kMaxCells))
                     out->cells.emplace_back();
                 else
                     inCells = !out->cells.empty();
                 mergeRight = 1;
                 break;
-            case 173: out->cells.back().isMerged = tag.integer() != 0; break;
-            case 175: mergeRight = tag.integer(); out->cells.back().mergeRight = static_cast<std::int32_t>(std::clamp<std::int64_t>(mergeRight - 1, 0, cols)); break;
-            case 176: out->cells.back().mergeDown = static_cast<std::int32_t>(std::clamp<std::int64_t>(tag.integer() - 1, 0, rows)); break;
-            case 170: out->cells.back().alignment = std::clamp(small(tag), 0, 9); break;
+            case 173:
+                out->cells.back().isMerged = tag.integer() != 0;
+                break;
+            case 175:
+                mergeRight = tag.integer();
+                out->cells.back().mergeRight =
+                    static_cast<std::int32_t>(std::clamp<std::int64_t>(mergeRight - 1, 0, cols));
+                break;
+            case 176:
+                out->cells.back().mergeDown =
+                    static_cast<std::int32_t>(std::clamp<std::int64_t>(tag.integer() - 1, 0, rows));
+                break;
+            case 170:
+                out->cells.back().alignment = std::clamp(small(tag), 0, 9);
+                break;
             case 140:
                 if (!valueText) cellHeight = real(tag);
                 break;
-            case 7: out->cells.back().textStyle = name(tag); break;
-            case 301: valueText = true; break;
-            case 304: valueText = false; break;
+            case 7:
+                out->cells.back().textStyle = name(tag);
+                break;
+            case 301:
+                valueText = true;
+                break;
+            case 304:
+                valueText = false;
+                break;
             case 1:
             case 2:
-            case 3: raw.append(tag.text()); break;
+            case 3:
+                raw.append(tag.text());
+                break;
             case 302:
                 // The shown form counts only for values that are no texts.
                 if (valueText && raw.empty()) raw.assign(tag.text());
                 break;
-            default: break;
+            default:
+                break;
         }
         if (!inCells) break;
     }

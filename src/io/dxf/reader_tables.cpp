@@ -85,7 +85,8 @@ void Reader::readTables() {
         if (record_.type == "TABLE") {
             const Tag* title = record_.find(2);
             if (const Tag* handle = record_.find(5)) noteHandle(handle->handle());
-            if (title != nullptr && engine::equalNoCase(title->trimmed(), "LAYER")) layerTableDictionary_ = extensionOf(record_);
+            if (title != nullptr && engine::equalNoCase(title->trimmed(), "LAYER"))
+                layerTableDictionary_ = extensionOf(record_);
         } else if (record_.type != "ENDTAB") {
             indexTableRecord(record_);
         }
@@ -120,23 +121,36 @@ void Reader::beginTable(std::string_view table) {
 
 void Reader::readTableRecord(std::string_view type, const Record& record) {
     unusable_ = false;
-    if (type == "LAYER") readLayer(record);
-    else if (type == "LTYPE") readLinetype(record);
-    else if (type == "STYLE") readTextStyle(record);
-    else if (type == "VIEW") readView(record);
-    else if (type == "UCS") readUcs(record);
-    else if (type == "APPID") readAppId(record);
-    else if (type == "VPORT") readViewport(record);
-    else if (type == "BLOCK_RECORD") readBlockRecord(record);
-    else if (type == "DIMSTYLE") readDimStyle(record);
+    if (type == "LAYER")
+        readLayer(record);
+    else if (type == "LTYPE")
+        readLinetype(record);
+    else if (type == "STYLE")
+        readTextStyle(record);
+    else if (type == "VIEW")
+        readView(record);
+    else if (type == "UCS")
+        readUcs(record);
+    else if (type == "APPID")
+        readAppId(record);
+    else if (type == "VPORT")
+        readViewport(record);
+    else if (type == "BLOCK_RECORD")
+        readBlockRecord(record);
+    else if (type == "DIMSTYLE")
+        readDimStyle(record);
 }
 
 void Reader::readLayer(const Record& record) {
     engine::Layer layer;
     for (const Tag& tag : plainTags(record)) {
         switch (tag.code) {
-            case 2: layer.name = name(tag); break;
-            case 6: layer.linetype = name(tag); break;
+            case 2:
+                layer.name = name(tag);
+                break;
+            case 6:
+                layer.linetype = name(tag);
+                break;
             case 62: {
                 const std::int32_t index = small(tag);
                 layer.on = index >= 0;
@@ -146,8 +160,8 @@ void Reader::readLayer(const Record& record) {
             }
             case 420: {
                 const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                layer.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
-                                                 static_cast<std::uint8_t>(rgb));
+                layer.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
+                                                 static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
                 break;
             }
             case 70: {
@@ -156,9 +170,14 @@ void Reader::readLayer(const Record& record) {
                 layer.locked = (flags & 4) != 0;
                 break;
             }
-            case 290: layer.plottable = tag.integer() != 0; break;
-            case 370: layer.lineweight = small(tag); break;
-            default: break;
+            case 290:
+                layer.plottable = tag.integer() != 0;
+                break;
+            case 370:
+                layer.lineweight = small(tag);
+                break;
+            default:
+                break;
         }
     }
     if (layer.name.empty()) return;
@@ -168,7 +187,8 @@ void Reader::readLayer(const Record& record) {
         if (application.name == "AcCmTransparency") {
             for (const auto& item : application.items)
                 if (item.code == 1071)
-                    layer.transparency = transparencyPercent(static_cast<std::int32_t>(std::get<std::int64_t>(item.value)));
+                    layer.transparency =
+                        transparencyPercent(static_cast<std::int32_t>(std::get<std::int64_t>(item.value)));
         } else if (application.name == "AcAecLayerStandard") {
             // Two texts; the second is the description.
             for (const auto& item : application.items)
@@ -179,7 +199,8 @@ void Reader::readLayer(const Record& record) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, layer);
     }
-    if (const std::uint64_t extension = extensionOf(record)) recordExtensions_.push_back({layer.name, extension, RecordKind::Layer});
+    if (const std::uint64_t extension = extensionOf(record))
+        recordExtensions_.push_back({layer.name, extension, RecordKind::Layer});
     drawing_.layers.add(std::move(layer));
 }
 
@@ -189,9 +210,15 @@ void Reader::readLinetype(const Record& record) {
     bool complex = false;
     for (const Tag& tag : plainTags(record)) {
         switch (tag.code) {
-            case 2: linetype.name = name(tag); break;
-            case 3: linetype.description = text(tag); break;
-            case 70: linetype.flags = small(tag); break;
+            case 2:
+                linetype.name = name(tag);
+                break;
+            case 3:
+                linetype.description = text(tag);
+                break;
+            case 70:
+                linetype.flags = small(tag);
+                break;
             case 49:
                 linetype.pattern.push_back(real(tag));
                 linetype.elements.emplace_back();
@@ -204,19 +231,32 @@ void Reader::readLinetype(const Record& record) {
                         e.flags = small(tag);
                         complex = complex || e.flags != 0;
                         break;
-                    case 75: e.shape = small(tag); break;
+                    case 75:
+                        e.shape = small(tag);
+                        break;
                     case 340: {
                         const std::uint64_t handle = tag.handle();
                         const auto shape = shapeStyles_.find(handle);
                         e.style = shape != shapeStyles_.end() ? shape->second : recordName(handle);
                         break;
                     }
-                    case 46: e.scale = real(tag); break;
-                    case 50: e.rotation = angle(tag); break;
-                    case 44: e.offsetX = real(tag); break;
-                    case 45: e.offsetY = real(tag); break;
-                    case 9: e.text = text(tag); break;
-                    default: break;
+                    case 46:
+                        e.scale = real(tag);
+                        break;
+                    case 50:
+                        e.rotation = angle(tag);
+                        break;
+                    case 44:
+                        e.offsetX = real(tag);
+                        break;
+                    case 45:
+                        e.offsetY = real(tag);
+                        break;
+                    case 9:
+                        e.text = text(tag);
+                        break;
+                    default:
+                        break;
                 }
                 break;
         }
@@ -225,7 +265,8 @@ void Reader::readLinetype(const Record& record) {
     if (!complex) linetype.elements.clear();
     if (!own_) {
         const engine::CommonNames& names = engine::commonNames();
-        linetype.standard = linetype.name == names.byBlock || linetype.name == names.byLayer || linetype.name == names.continuous;
+        linetype.standard =
+            linetype.name == names.byBlock || linetype.name == names.byLayer || linetype.name == names.continuous;
     }
     if (const std::string json = ownData(xdataTags(record)); !json.empty()) {
         if (isPlaceholder(json)) return;
@@ -242,26 +283,42 @@ void Reader::readTextStyle(const Record& record) {
     std::int64_t flags = 0;
     for (const Tag& tag : plainTags(record)) {
         switch (tag.code) {
-            case 2: style.name = name(tag); break;
-            case 3: style.fontFile = name(tag); break;
-            case 4: style.bigFontFile = name(tag); break;
-            case 40: style.height = real(tag); break;
-            case 41: style.widthFactor = real(tag); break;
-            case 50: style.obliqueAngle = angle(tag); break;
-            case 70: flags = tag.integer(); break;
+            case 2:
+                style.name = name(tag);
+                break;
+            case 3:
+                style.fontFile = name(tag);
+                break;
+            case 4:
+                style.bigFontFile = name(tag);
+                break;
+            case 40:
+                style.height = real(tag);
+                break;
+            case 41:
+                style.widthFactor = real(tag);
+                break;
+            case 50:
+                style.obliqueAngle = angle(tag);
+                break;
+            case 70:
+                flags = tag.integer();
+                break;
             case 71: {
                 const std::int64_t generation = tag.integer();
                 style.backward = (generation & 2) != 0;
                 style.upsideDown = (generation & 4) != 0;
                 break;
             }
-            default: break;
+            default:
+                break;
         }
     }
     if (unusable_) return;
     if ((flags & 1) != 0) {
         const std::string& file = style.fontFile.str();
-        if (!own_ && !file.empty() && std::find(drawing_.shapeFiles.begin(), drawing_.shapeFiles.end(), file) == drawing_.shapeFiles.end())
+        if (!own_ && !file.empty() &&
+            std::find(drawing_.shapeFiles.begin(), drawing_.shapeFiles.end(), file) == drawing_.shapeFiles.end())
             drawing_.shapeFiles.push_back(file);
         return;
     }
@@ -272,14 +329,16 @@ void Reader::readTextStyle(const Record& record) {
         // The family of an outline font.
         if (!(application.name == "ACAD") || !style.fontFile.empty()) continue;
         for (const auto& item : application.items)
-            if (item.code == 1000 && !std::get<std::string>(item.value).empty()) style.fontFile = Name(std::get<std::string>(item.value));
+            if (item.code == 1000 && !std::get<std::string>(item.value).empty())
+                style.fontFile = Name(std::get<std::string>(item.value));
     }
     if (style.fontFile.empty() && !own_) style.fontFile = Name("txt.shx");
     if (const std::string json = ownData(xdata); !json.empty()) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, style);
     }
-    if (const std::uint64_t extension = extensionOf(record)) recordExtensions_.push_back({style.name, extension, RecordKind::TextStyle});
+    if (const std::uint64_t extension = extensionOf(record))
+        recordExtensions_.push_back({style.name, extension, RecordKind::TextStyle});
     drawing_.textStyles.add(std::move(style));
 }
 
@@ -293,7 +352,8 @@ void Reader::readView(const Record& record) {
     }
     if (view.name.empty() || unusable_) return;
     if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, view);
-    if (const std::uint64_t extension = extensionOf(record)) recordExtensions_.push_back({view.name, extension, RecordKind::View});
+    if (const std::uint64_t extension = extensionOf(record))
+        recordExtensions_.push_back({view.name, extension, RecordKind::View});
     drawing_.namedViews.add(std::move(view));
 }
 
@@ -305,7 +365,8 @@ void Reader::readUcs(const Record& record) {
     }
     if (ucs.name.empty() || unusable_) return;
     if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, ucs);
-    if (const std::uint64_t extension = extensionOf(record)) recordExtensions_.push_back({ucs.name, extension, RecordKind::Ucs});
+    if (const std::uint64_t extension = extensionOf(record))
+        recordExtensions_.push_back({ucs.name, extension, RecordKind::Ucs});
     drawing_.ucsList.add(std::move(ucs));
 }
 
@@ -315,7 +376,9 @@ void Reader::readAppId(const Record& record) {
     const Name application = name(*tag);
     // The program's own applications are no part of the drawing.
     const auto own = registeredApplications();
-    if (application.empty() || (application.view() != "ACAD" && std::find(own.begin(), own.end(), application.view()) != own.end())) return;
+    if (application.empty() ||
+        (application.view() != "ACAD" && std::find(own.begin(), own.end(), application.view()) != own.end()))
+        return;
     if (appIdsSeen_.insert(application.key()).second) drawing_.appIds.push_back(application);
 }
 
@@ -334,10 +397,17 @@ void Reader::readViewport(const Record& record) {
             axis(tag, 15, gridUnit) || axis(tag, 16, view.viewDirection) || axis(tag, 17, view.target))
             continue;
         switch (tag.code) {
-            case 40: height = real(tag); break;
-            case 41: aspect = real(tag); break;
-            case 51: twist = angle(tag); break;
-            default: break;
+            case 40:
+                height = real(tag);
+                break;
+            case 41:
+                aspect = real(tag);
+                break;
+            case 51:
+                twist = angle(tag);
+                break;
+            default:
+                break;
         }
     }
     if (unusable_ || !(height > 0.0)) return;
@@ -355,11 +425,20 @@ void Reader::readBlockRecord(const Record& record) {
     Name blockName;
     for (const Tag& tag : plainTags(record)) {
         switch (tag.code) {
-            case 2: blockName = name(tag); break;
-            case 5: data.handle = tag.handle(); break;
-            case 280: data.explodable = tag.integer() != 0; break;
-            case 281: data.uniform = tag.integer() != 0; break;
-            default: break;
+            case 2:
+                blockName = name(tag);
+                break;
+            case 5:
+                data.handle = tag.handle();
+                break;
+            case 280:
+                data.explodable = tag.integer() != 0;
+                break;
+            case 281:
+                data.uniform = tag.integer() != 0;
+                break;
+            default:
+                break;
         }
     }
     if (blockName.empty()) return;
@@ -434,7 +513,8 @@ void Reader::readDimStyle(const Record& record) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, style);
     }
-    if (const std::uint64_t extension = extensionOf(record)) recordExtensions_.push_back({style.name, extension, RecordKind::DimStyle});
+    if (const std::uint64_t extension = extensionOf(record))
+        recordExtensions_.push_back({style.name, extension, RecordKind::DimStyle});
     dimStylesRead_ = true;
     drawing_.dimStyles.add(std::move(style));
 }

@@ -193,7 +193,8 @@ void TextDecoder::setCodePage(std::string_view name) {
     johab_ = engine::equalNoCase(name, "JOHAB");
     const char* codec = qtCodec(name);
     const std::string_view page = codec != nullptr ? codec : "";
-    multibyte_ = johab_ || page == "GBK" || page == "Big5" || page == "windows-932" || page == "windows-949" || page == "windows-950";
+    multibyte_ = johab_ || page == "GBK" || page == "Big5" || page == "windows-932" || page == "windows-949" ||
+                 page == "windows-950";
     decoder_ = std::make_unique<QStringDecoder>(codec != nullptr ? codec : "windows-1252");
     if (!decoder_->isValid()) decoder_.reset();
     lastRaw_.clear();

@@ -46,25 +46,62 @@ struct TextGroups {
 
 }  // namespace
 
-#define KOVA_TEXT_GROUPS(g, tag)                                     \
-    case 10: (g).first.x = real(tag); break;                         \
-    case 20: (g).first.y = real(tag); break;                         \
-    case 30: (g).first.z = real(tag); break;                         \
-    case 11: (g).second.x = real(tag); (g).hasSecond = true; break;  \
-    case 21: (g).second.y = real(tag); break;                        \
-    case 31: (g).second.z = real(tag); break;                        \
-    case 210: (g).normal.x = real(tag); break;                       \
-    case 220: (g).normal.y = real(tag); break;                       \
-    case 230: (g).normal.z = real(tag); break;                       \
-    case 38: (g).elevation = real(tag); break;                       \
-    case 39: (g).thickness = real(tag); break;                       \
-    case 40: (g).height = real(tag); break;                          \
-    case 41: (g).widthFactor = real(tag); break;                     \
-    case 50: (g).rotation = angle(tag); break;                       \
-    case 51: (g).oblique = angle(tag); break;                        \
-    case 7: (g).style = name(tag); break;                            \
-    case 71: (g).generation = small(tag); break;                     \
-    case 72: (g).hAlign = small(tag); break
+#define KOVA_TEXT_GROUPS(g, tag)     \
+    case 10:                         \
+        (g).first.x = real(tag);     \
+        break;                       \
+    case 20:                         \
+        (g).first.y = real(tag);     \
+        break;                       \
+    case 30:                         \
+        (g).first.z = real(tag);     \
+        break;                       \
+    case 11:                         \
+        (g).second.x = real(tag);    \
+        (g).hasSecond = true;        \
+        break;                       \
+    case 21:                         \
+        (g).second.y = real(tag);    \
+        break;                       \
+    case 31:                         \
+        (g).second.z = real(tag);    \
+        break;                       \
+    case 210:                        \
+        (g).normal.x = real(tag);    \
+        break;                       \
+    case 220:                        \
+        (g).normal.y = real(tag);    \
+        break;                       \
+    case 230:                        \
+        (g).normal.z = real(tag);    \
+        break;                       \
+    case 38:                         \
+        (g).elevation = real(tag);   \
+        break;                       \
+    case 39:                         \
+        (g).thickness = real(tag);   \
+        break;                       \
+    case 40:                         \
+        (g).height = real(tag);      \
+        break;                       \
+    case 41:                         \
+        (g).widthFactor = real(tag); \
+        break;                       \
+    case 50:                         \
+        (g).rotation = angle(tag);   \
+        break;                       \
+    case 51:                         \
+        (g).oblique = angle(tag);    \
+        break;                       \
+    case 7:                          \
+        (g).style = name(tag);       \
+        break;                       \
+    case 71:                         \
+        (g).generation = small(tag); \
+        break;                       \
+    case 72:                         \
+        (g).hAlign = small(tag);     \
+        break
 
 std::unique_ptr<Entity> Reader::buildText(const EntityTags& tags) {
     TextGroups g;
@@ -72,9 +109,14 @@ std::unique_ptr<Entity> Reader::buildText(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
             KOVA_TEXT_GROUPS(g, tag);
-            case 1: out->content = text(tag); break;
-            case 73: g.vAlign = small(tag); break;
-            default: break;
+            case 1:
+                out->content = text(tag);
+                break;
+            case 73:
+                g.vAlign = small(tag);
+                break;
+            default:
+                break;
         }
     }
     out->position = g.anchor();
@@ -100,9 +142,15 @@ std::unique_ptr<Entity> Reader::buildAttDef(const EntityTags& tags) {
     for (const Tag& tag : tags.body) {
         switch (tag.code) {
             KOVA_TEXT_GROUPS(g, tag);
-            case 1: out->defaultValue = text(tag); break;
-            case 2: out->tag = text(tag); break;
-            case 3: out->prompt = text(tag); break;
+            case 1:
+                out->defaultValue = text(tag);
+                break;
+            case 2:
+                out->tag = text(tag);
+                break;
+            case 3:
+                out->prompt = text(tag);
+                break;
             case 70: {
                 const std::int64_t flags = tag.integer();
                 out->invisible = (flags & 1) != 0;
@@ -111,8 +159,11 @@ std::unique_ptr<Entity> Reader::buildAttDef(const EntityTags& tags) {
                 out->preset = (flags & 8) != 0;
                 break;
             }
-            case 74: g.vAlign = small(tag); break;
-            default: break;
+            case 74:
+                g.vAlign = small(tag);
+                break;
+            default:
+                break;
         }
     }
     out->insertion = g.anchor();
@@ -139,8 +190,12 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
         if (tag.code == 101) break;
         switch (tag.code) {
             KOVA_TEXT_GROUPS(g, tag);
-            case 1: out.value = text(tag); break;
-            case 2: out.tag = text(tag); break;
+            case 1:
+                out.value = text(tag);
+                break;
+            case 2:
+                out.tag = text(tag);
+                break;
             case 8:
                 if (!layerSeen) out.layer = name(tag);
                 layerSeen = true;
@@ -151,13 +206,18 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
                 break;
             case 420: {
                 const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                out.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
-                                               static_cast<std::uint8_t>(rgb));
+                out.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
+                                               static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
                 break;
             }
-            case 70: out.invisible = (tag.integer() & 1) != 0; break;
-            case 74: g.vAlign = small(tag); break;
-            default: break;
+            case 70:
+                out.invisible = (tag.integer() & 1) != 0;
+                break;
+            case 74:
+                g.vAlign = small(tag);
+                break;
+            default:
+                break;
         }
     }
     out.position = g.anchor();
@@ -189,13 +249,27 @@ std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
         }
         switch (tag.code) {
             case 1:
-            case 3: raw.append(tag.text()); break;
-            case 7: out->textStyle = name(tag); break;
-            case 40: out->height = real(tag); break;
-            case 41: out->width = std::max(0.0, real(tag)); break;
-            case 44: out->lineSpacingFactor = real(tag); break;
-            case 45: out->bgScale = real(tag); break;
-            case 46: out->definedHeight = real(tag); break;
+            case 3:
+                raw.append(tag.text());
+                break;
+            case 7:
+                out->textStyle = name(tag);
+                break;
+            case 40:
+                out->height = real(tag);
+                break;
+            case 41:
+                out->width = std::max(0.0, real(tag));
+                break;
+            case 44:
+                out->lineSpacingFactor = real(tag);
+                break;
+            case 45:
+                out->bgScale = real(tag);
+                break;
+            case 46:
+                out->definedHeight = real(tag);
+                break;
             case 50:
                 out->rotation = angle(tag);
                 byDirection = false;
@@ -213,14 +287,22 @@ std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
             case 441: {
                 const std::int64_t code = tag.integer();
                 // The alpha of the coding of group 440.
-                out->bgTransparency = (code & 0x02000000) != 0 ? static_cast<std::int32_t>((100 * 255 - (code & 255) * 100 + 127) / 255)
-                                                                : 0;
+                out->bgTransparency = (code & 0x02000000) != 0
+                                          ? static_cast<std::int32_t>((100 * 255 - (code & 255) * 100 + 127) / 255)
+                                          : 0;
                 break;
             }
-            case 71: out->attachment = small(tag); break;
-            case 73: out->lineSpacingExact = tag.integer() == 2; break;
-            case 90: out->bgFlags = small(tag); break;
-            default: break;
+            case 71:
+                out->attachment = small(tag);
+                break;
+            case 73:
+                out->lineSpacingExact = tag.integer() == 2;
+                break;
+            case 90:
+                out->bgFlags = small(tag);
+                break;
+            default:
+                break;
         }
     }
     if (byDirection && direction.length_squared() > 0.0) out->rotation = std::atan2(direction.y, direction.x);
@@ -236,21 +318,39 @@ std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
         double definedHeight = 0.0;
         for (const Tag& tag : tags.embedded) {
             switch (tag.code) {
-                case 71: columns.type = small(tag); break;
-                case 72: columns.count = small(tag); break;
-                case 44: columns.width = real(tag); break;
-                case 45: columns.gutter = real(tag); break;
-                case 73: columns.autoHeight = tag.integer() != 0; break;
-                case 74: columns.flowReversed = tag.integer() != 0; break;
-                case 46: heights.push_back(real(tag)); break;
-                case 41: definedHeight = real(tag); break;
-                default: break;
+                case 71:
+                    columns.type = small(tag);
+                    break;
+                case 72:
+                    columns.count = small(tag);
+                    break;
+                case 44:
+                    columns.width = real(tag);
+                    break;
+                case 45:
+                    columns.gutter = real(tag);
+                    break;
+                case 73:
+                    columns.autoHeight = tag.integer() != 0;
+                    break;
+                case 74:
+                    columns.flowReversed = tag.integer() != 0;
+                    break;
+                case 46:
+                    heights.push_back(real(tag));
+                    break;
+                case 41:
+                    definedHeight = real(tag);
+                    break;
+                default:
+                    break;
             }
         }
         if (columns.type != 0) {
             if (columns.type == 2 && !columns.autoHeight) columns.heights = std::move(heights);
             if (out->definedHeight == 0.0) out->definedHeight = definedHeight;
-            if (columns.count == 0) columns.count = static_cast<std::int32_t>(std::max<std::size_t>(1, columns.heights.size()));
+            if (columns.count == 0)
+                columns.count = static_cast<std::int32_t>(std::max<std::size_t>(1, columns.heights.size()));
             out->columns = std::move(columns);
         }
     }
@@ -265,7 +365,8 @@ void Reader::takeMTextXdata(std::vector<XDataItem>& items, engine::MTextEntity& 
     const auto whole = [&](std::size_t i) -> std::int64_t {
         if (i >= items.size()) return 0;
         if (const auto* n = std::get_if<std::int64_t>(&items[i].value)) return *n;
-        if (const auto* d = std::get_if<double>(&items[i].value)) return std::abs(*d) < 1e9 ? static_cast<std::int64_t>(*d) : 0;
+        if (const auto* d = std::get_if<double>(&items[i].value))
+            return std::abs(*d) < 1e9 ? static_cast<std::int64_t>(*d) : 0;
         return 0;
     };
     const auto number = [&](std::size_t i) -> double {
@@ -282,12 +383,24 @@ void Reader::takeMTextXdata(std::vector<XDataItem>& items, engine::MTextEntity& 
             for (++i; i + 1 < items.size() && textAt(i) != "ACAD_MTEXT_COLUMN_INFO_END";) {
                 const std::int64_t code = whole(i);
                 switch (code) {
-                    case 75: columns.type = static_cast<std::int32_t>(whole(i + 1)); break;
-                    case 76: columns.count = static_cast<std::int32_t>(whole(i + 1)); break;
-                    case 78: columns.flowReversed = whole(i + 1) != 0; break;
-                    case 79: columns.autoHeight = whole(i + 1) != 0; break;
-                    case 48: columns.width = number(i + 1); break;
-                    case 49: columns.gutter = number(i + 1); break;
+                    case 75:
+                        columns.type = static_cast<std::int32_t>(whole(i + 1));
+                        break;
+                    case 76:
+                        columns.count = static_cast<std::int32_t>(whole(i + 1));
+                        break;
+                    case 78:
+                        columns.flowReversed = whole(i + 1) != 0;
+                        break;
+                    case 79:
+                        columns.autoHeight = whole(i + 1) != 0;
+                        break;
+                    case 48:
+                        columns.width = number(i + 1);
+                        break;
+                    case 49:
+                        columns.gutter = number(i + 1);
+                        break;
                     case 50: {
                         const std::int64_t count = whole(i + 1);
                         i += 2;
@@ -295,14 +408,16 @@ void Reader::takeMTextXdata(std::vector<XDataItem>& items, engine::MTextEntity& 
                             columns.heights.push_back(number(i++));
                         continue;
                     }
-                    default: break;
+                    default:
+                        break;
                 }
                 i += 2;
             }
             out.columns = std::move(columns);
         } else if (mark == "ACAD_MTEXT_COLUMNS_BEGIN") {
             for (++i; i < items.size() && textAt(i) != "ACAD_MTEXT_COLUMNS_END"; ++i)
-                if (items[i].code == 1005) pendingColumns_.push_back(parseHandle(std::get<std::string>(items[i].value)));
+                if (items[i].code == 1005)
+                    pendingColumns_.push_back(parseHandle(std::get<std::string>(items[i].value)));
         } else if (mark == "ACAD_MTEXT_DEFINED_HEIGHT_BEGIN") {
             for (++i; i < items.size() && textAt(i) != "ACAD_MTEXT_DEFINED_HEIGHT_END"; ++i)
                 if (items[i].code == 1040) out.definedHeight = number(i);

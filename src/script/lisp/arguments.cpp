@@ -63,8 +63,7 @@ Value functionArgument(Machine& machine, const Value& v) {
         Environment* scope = machine.scope();
         Value code = compileFunction("LAMBDA", v.cdr(), scope, machine.symbols());
         Heap::charge(sizeof(FunctionObject));
-        return Value::object(
-            new FunctionObject(std::move(code), scope != nullptr ? Value::object(scope) : Value()));
+        return Value::object(new FunctionObject(std::move(code), scope != nullptr ? Value::object(scope) : Value()));
     }
     throw LispError("Not a function: " + printed(v));
 }
@@ -86,9 +85,7 @@ math::Vector3 pointArgument(const char* function, const Value& v) {
     return p;
 }
 
-Value pointValue(const math::Vector3& p) {
-    return Value::list({Value::real(p.x), Value::real(p.y), Value::real(p.z)});
-}
+Value pointValue(const math::Vector3& p) { return Value::list({Value::real(p.x), Value::real(p.y), Value::real(p.z)}); }
 
 Value boolean(Machine& machine, bool on) { return on ? Value::symbol(machine.symbols().t) : Value(); }
 

@@ -72,12 +72,22 @@ private:
 
     void give(Machine& m, const Value& v) {
         switch (v.kind()) {
-            case Kind::Nil: cancelCommand(m); return;
-            case Kind::String: line(m, v.text()); return;
+            case Kind::Nil:
+                cancelCommand(m);
+                return;
+            case Kind::String:
+                line(m, v.text());
+                return;
             case Kind::Integer:
-            case Kind::Real: line(m, numberText(v)); return;
-            case Kind::Entity: line(m, cmd::namedPick(v.handle())); return;
-            case Kind::Selection: selection(m, *v.as<SelectionObject>()); return;
+            case Kind::Real:
+                line(m, numberText(v));
+                return;
+            case Kind::Entity:
+                line(m, cmd::namedPick(v.handle()));
+                return;
+            case Kind::Selection:
+                selection(m, *v.as<SelectionObject>());
+                return;
             case Kind::Symbol:
                 if (v.asSymbol() == m.symbols().t) return line(m, "T");
                 break;
@@ -92,7 +102,8 @@ private:
                     return line(m, cmd::namedPick(v.car().handle(), &at));
                 }
                 break;
-            default: break;
+            default:
+                break;
         }
         badArgument("COMMAND", "text, a number, a point, an entity name or a selection set", v);
     }
@@ -103,11 +114,14 @@ private:
         if (text.size() >= 2 && text.front() == '\'') {
             const std::string name = text.substr(1);
             switch (processor.runTransparent(name)) {
-                case cmd::CommandProcessor::Start::Unknown: m.host().print("; Unknown command: " + name); break;
+                case cmd::CommandProcessor::Start::Unknown:
+                    m.host().print("; Unknown command: " + name);
+                    break;
                 case cmd::CommandProcessor::Start::Refused:
                     m.host().print("'" + name + ": cannot be used transparently.");
                     break;
-                case cmd::CommandProcessor::Start::Done: break;
+                case cmd::CommandProcessor::Start::Done:
+                    break;
             }
         } else if (processor.isActive()) {
             processor.input(text);
@@ -163,7 +177,8 @@ Value getVariable(Machine& m, Value* v, int) {
 }
 
 Value setVariable(Machine& m, Value* v, int) {
-    const std::string name = v[0].isSymbol() ? v[0].asSymbol()->name : engine::upperCase(stringArgument("SETVAR", v[0]));
+    const std::string name =
+        v[0].isSymbol() ? v[0].asSymbol()->name : engine::upperCase(stringArgument("SETVAR", v[0]));
     if (engine::findSysVar(name) == nullptr) throw LispError("SETVAR: unknown variable " + name);
     if (engine::equalNoCase(name, "CLAYER")) {
         const std::string& layer = stringArgument("SETVAR", v[1]);
@@ -181,7 +196,8 @@ Value registerCommand(Machine&, Value*, int) { return {}; }
 std::span<const BuiltinDef> commandBuiltins() {
     static constexpr BuiltinDef rows[] = {
         {"COMMAND", 0, kAny, command<false>, "[argument ...]",
-         "Gives its arguments to the command line, one after the other, as if typed: strings, numbers, points, entity names "
+         "Gives its arguments to the command line, one after the other, as if typed: strings, numbers, points, entity "
+         "names "
          "and (entity point) as picks, selection sets; \"\" is Enter. PAUSE waits for one line of the user. Without "
          "arguments, or with nil, the running command is cancelled.",
          "(command \"LINE\" '(0 0) '(10 5) \"\") -> nil"},

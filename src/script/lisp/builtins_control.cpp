@@ -17,8 +17,8 @@ Value eval(Machine& m, Value* v, int) {
     Environment* scope = m.scope();
     Value code = compileExpression(v[0], scope, m.symbols());
     Heap::charge(sizeof(FunctionObject));
-    return m.call(
-        Value::object(new FunctionObject(std::move(code), scope != nullptr ? Value::object(scope) : Value())), {});
+    return m.call(Value::object(new FunctionObject(std::move(code), scope != nullptr ? Value::object(scope) : Value())),
+                  {});
 }
 
 Value apply(Machine& m, Value* v, int n) {
@@ -38,7 +38,9 @@ public:
     Value step(Machine& m, Value result) override {
         if (std::exchange(started_, true)) {
             switch (kind_) {
-                case Kind::Collect: results_.push_back(std::move(result)); break;
+                case Kind::Collect:
+                    results_.push_back(std::move(result));
+                    break;
                 case Kind::Every:
                     if (result.isNil()) return {};
                     break;
@@ -68,11 +70,14 @@ public:
 private:
     Value finish(Machine& m) const {
         switch (kind_) {
-            case Kind::Every: return boolean(m, true);
+            case Kind::Every:
+                return boolean(m, true);
             case Kind::Collect:
             case Kind::RemoveIf:
-            case Kind::KeepIf: return Value::list(results_);
-            default: return {};
+            case Kind::KeepIf:
+                return Value::list(results_);
+            default:
+                return {};
         }
     }
 
@@ -85,7 +90,7 @@ private:
 
 template <Mapping::Kind K>
 Value mapping(Machine& m, Value* v, int n) {
-    static constexpr const char* names[] = {"MAPCAR",       "VL-EVERY",         "VL-SOME",         "VL-REMOVE-IF",
+    static constexpr const char* names[] = {"MAPCAR",           "VL-EVERY",     "VL-SOME",         "VL-REMOVE-IF",
                                             "VL-REMOVE-IF-NOT", "VL-MEMBER-IF", "VL-MEMBER-IF-NOT"};
     Value function = functionArgument(m, v[0]);
     for (int i = 1; i < n; ++i) listArgument(names[static_cast<int>(K)], v[i]);
@@ -134,8 +139,7 @@ private:
     void take(bool right) { to_[out_++] = from_[right ? right_++ : left_++]; }
     Value finish() const {
         ListBuilder list;
-        for (const std::size_t i : from_)
-            list.add(indexes_ ? Value::integer(static_cast<std::int64_t>(i)) : items_[i]);
+        for (const std::size_t i : from_) list.add(indexes_ ? Value::integer(static_cast<std::int64_t>(i)) : items_[i]);
         return list.finish();
     }
 
@@ -288,7 +292,8 @@ std::span<const BuiltinDef> controlBuiltins() {
         {"GC", 0, 0, nothing, "", "Does nothing: memory is freed as soon as it is not used.", "(gc) -> nil"},
         {"VER", 0, 0, ver, "", "The name of this LISP.", "(ver) -> \"Kova LISP (en)\""},
         {"ATOMS-FAMILY", 1, 2, atomsFamily, "format [names]",
-         "The symbols that have a value: as symbols for format 0, as strings for 1; of given names only, with nil for those "
+         "The symbols that have a value: as symbols for format 0, as strings for 1; of given names only, with nil for "
+         "those "
          "that have none.",
          "(atoms-family 1 '(\"CAR\" \"NOPE\")) -> (\"CAR\" nil)"},
     };

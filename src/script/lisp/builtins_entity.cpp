@@ -69,9 +69,7 @@ Value entMakeX(Machine& m, Value* v, int) {
     return handle != 0 ? Value::entity(handle) : Value();
 }
 
-Value entMod(Machine& m, Value* v, int) {
-    return modifyFromGroups(m, listArgument("ENTMOD", v[0])) ? v[0] : Value();
-}
+Value entMod(Machine& m, Value* v, int) { return modifyFromGroups(m, listArgument("ENTMOD", v[0])) ? v[0] : Value(); }
 
 Value entDel(Machine& m, Value* v, int) {
     const std::uint64_t name = entityArgument("ENTDEL", v[0]);
@@ -81,8 +79,7 @@ Value entDel(Machine& m, Value* v, int) {
     if (sub.part != 0) return {};
     if (e == nullptr) return restoreDeleted(m, name) ? v[0] : Value();
     doc::GroupScope group(m.document(), "LISP entdel");
-    m.deleted.insert_or_assign(name, std::make_pair(
-                                         std::shared_ptr<Entity>(e->clone().release()), e->owner()));
+    m.deleted.insert_or_assign(name, std::make_pair(std::shared_ptr<Entity>(e->clone().release()), e->owner()));
     if (m.deleted.size() > 10'000) m.deleted.erase(m.deleted.begin());
     m.document().removeEntity(*e);
     return v[0];
@@ -99,14 +96,17 @@ std::span<const BuiltinDef> entityBuiltins() {
     static constexpr BuiltinDef rows[] = {
         {"ENTLAST", 0, 0, entLast, "", "The last entity of the current space; nil when it is empty.", "(entlast)"},
         {"ENTNEXT", 0, 1, entNext, "[entity]",
-         "The first entity, or the one after another: attributes of an insert and vertices of a polyline follow it, then "
+         "The first entity, or the one after another: attributes of an insert and vertices of a polyline follow it, "
+         "then "
          "its SEQEND.",
          "(entnext (entlast)) -> nil"},
         {"ENTGET", 1, 2, entGet, "entity [applications]",
-         "The entity as a list of DXF groups; with the extended data of the applications named (wildcards allowed) under -3.",
+         "The entity as a list of DXF groups; with the extended data of the applications named (wildcards allowed) "
+         "under -3.",
          "(entget (entlast) '(\"*\"))"},
         {"ENTMAKE", 1, 1, entMake, "list",
-         "Makes an entity from DXF groups, or a layer or text style; nil when it cannot be made. Group 8 makes a layer that "
+         "Makes an entity from DXF groups, or a layer or text style; nil when it cannot be made. Group 8 makes a layer "
+         "that "
          "is not there. INSERT with attributes (66 . 1), POLYLINE and BLOCK go on over several calls, up to SEQEND or "
          "ENDBLK.",
          "(entmake '((0 . \"LINE\") (10 0 0) (11 5 0)))"},

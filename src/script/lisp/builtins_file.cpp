@@ -173,13 +173,16 @@ Value makeFolder(Machine& m, Value* v, int) {
 
 Value temporaryName(Machine&, Value* v, int n) {
     static int counter = 0;
-    const fs::path pattern = n > 0 && v[0].isTrue() ? fs::path(stringArgument("VL-FILENAME-MKTEMP", v[0])) : fs::path("kova");
-    fs::path folder = n > 1 && v[1].isTrue() ? fs::path(stringArgument("VL-FILENAME-MKTEMP", v[1])) : pattern.parent_path();
+    const fs::path pattern =
+        n > 0 && v[0].isTrue() ? fs::path(stringArgument("VL-FILENAME-MKTEMP", v[0])) : fs::path("kova");
+    fs::path folder =
+        n > 1 && v[1].isTrue() ? fs::path(stringArgument("VL-FILENAME-MKTEMP", v[1])) : pattern.parent_path();
     if (folder.empty()) folder = engine::temporaryFolder();
-    std::string extension = n > 2 && v[2].isTrue() ? stringArgument("VL-FILENAME-MKTEMP", v[2]) : pattern.extension().string();
+    std::string extension =
+        n > 2 && v[2].isTrue() ? stringArgument("VL-FILENAME-MKTEMP", v[2]) : pattern.extension().string();
     for (;;) {
-        const fs::path path =
-            folder / (pattern.stem().string() + std::to_string(std::time(nullptr) % 100000) + "-" + std::to_string(++counter) + extension);
+        const fs::path path = folder / (pattern.stem().string() + std::to_string(std::time(nullptr) % 100000) + "-" +
+                                        std::to_string(++counter) + extension);
         std::error_code error;
         if (!fs::exists(path, error)) return Value::string(path.string());
     }
@@ -214,7 +217,8 @@ Value folderFiles(Machine&, Value* v, int n) {
 
 std::span<const BuiltinDef> fileBuiltins() {
     static constexpr BuiltinDef rows[] = {
-        {"OPEN", 2, 2, open, "path mode", "Opens a text file to read (\"r\"), write (\"w\") or append (\"a\"); nil on failure.",
+        {"OPEN", 2, 2, open, "path mode",
+         "Opens a text file to read (\"r\"), write (\"w\") or append (\"a\"); nil on failure.",
          "(setq f (open \"report.txt\" \"w\"))"},
         {"CLOSE", 1, 1, close, "file", "Closes a file.", "(close f)"},
         {"READ-LINE", 1, 1, readLine, "file", "The next line; nil at the end.", "(read-line f)"},
@@ -226,17 +230,20 @@ std::span<const BuiltinDef> fileBuiltins() {
          "(findfile \"nowhere.lsp\") -> nil"},
         {"GETFILED", 0, kAny, getFileDialog, "title name extension flags", "Refused: it is a dialog.",
          "(vl-catch-all-error-p (vl-catch-all-apply 'getfiled '(\"\" \"\" \"lsp\" 0))) -> T"},
-        {"GETENV", 1, 1, getEnvironment, "name", "An environment variable; nil when it is not set.", "(getenv \"HOME\")"},
+        {"GETENV", 1, 1, getEnvironment, "name", "An environment variable; nil when it is not set.",
+         "(getenv \"HOME\")"},
         {"SETENV", 2, 2, setEnvironment, "name value", "Sets an environment variable of this program.",
          "(setenv \"KOVA_X\" \"1\") -> \"1\""},
         {"VL-FILENAME-BASE", 1, 1, fileName, "path", "The name without folder and extension.",
          "(vl-filename-base \"/a/b.lsp\") -> \"b\""},
         {"VL-FILENAME-EXTENSION", 1, 1, fileExtension, "path", "The extension with its dot; nil without one.",
          "(vl-filename-extension \"/a/b.lsp\") -> \".lsp\""},
-        {"VL-FILENAME-DIRECTORY", 1, 1, fileFolder, "path", "The folder.", "(vl-filename-directory \"/a/b.lsp\") -> \"/a\""},
+        {"VL-FILENAME-DIRECTORY", 1, 1, fileFolder, "path", "The folder.",
+         "(vl-filename-directory \"/a/b.lsp\") -> \"/a\""},
         {"VL-FILENAME-MKTEMP", 0, 3, temporaryName, "[pattern [folder [extension]]]", "A path that no file has yet.",
          "(vl-filename-mktemp \"list.txt\")"},
-        {"VL-FILE-DELETE", 1, 1, fileDelete, "path", "Deletes a file; nil on failure.", "(vl-file-delete \"nowhere\") -> nil"},
+        {"VL-FILE-DELETE", 1, 1, fileDelete, "path", "Deletes a file; nil on failure.",
+         "(vl-file-delete \"nowhere\") -> nil"},
         {"VL-FILE-RENAME", 2, 2, fileRename, "from to", "Renames a file; nil on failure.",
          "(vl-file-rename \"nowhere\" \"here\") -> nil"},
         {"VL-FILE-COPY", 2, 2, fileCopy, "from to", "Copies a file; nil on failure.",

@@ -52,8 +52,8 @@ Value inters(Machine&, Value* v, int n) {
     const bool segments = n < 5 || v[4].isTrue();
     const Vector2 a = p[0].xy();
     const Vector2 b = p[1].xy();
-    const auto at = segments ? math::segmentSegment(a, b, p[2].xy(), p[3].xy(), 1e-9)
-                             : math::lineLine(a, b, p[2].xy(), p[3].xy());
+    const auto at =
+        segments ? math::segmentSegment(a, b, p[2].xy(), p[3].xy(), 1e-9) : math::lineLine(a, b, p[2].xy(), p[3].xy());
     if (!at) return {};
     if (!space) return Value::list({Value::real(at->x), Value::real(at->y)});
     const auto height = [&](const Vector3& from, const Vector3& to) {
@@ -156,7 +156,8 @@ std::span<const BuiltinDef> geometryBuiltins() {
          "Where two lines meet; nil: nowhere. With nil as fifth argument the lines are unbounded.",
          "(inters '(0 0) '(2 2) '(0 2) '(2 0)) -> (1.0 1.0)"},
         {"TRANS", 3, 4, trans, "point from to [direction]",
-         "A point, or a direction, in another coordinate system: 0 world, 1 UCS, 2 view, or an entity or a normal for its "
+         "A point, or a direction, in another coordinate system: 0 world, 1 UCS, 2 view, or an entity or a normal for "
+         "its "
          "object coordinate system.",
          "(trans '(1 2 3) 0 1) -> (1.0 2.0 3.0)"},
         {"TEXTBOX", 1, 1, textBox, "list", "Two corners of the box of a text, seen from its start and not turned.",

@@ -29,7 +29,8 @@ std::string matchInitget(const std::string& keywords, std::string_view line) {
     if (input.empty()) return {};
     std::vector<std::string> words = cmd::splitWords(keywords);
     std::vector<std::string> results;
-    const auto global = std::find_if(words.begin(), words.end(), [](const std::string& w) { return w.starts_with('_'); });
+    const auto global =
+        std::find_if(words.begin(), words.end(), [](const std::string& w) { return w.starts_with('_'); });
     if (global != words.end()) {
         results.assign(global, words.end());
         words.erase(global, words.end());
@@ -161,7 +162,8 @@ private:
                 return true;
             }
             case Ask::Keyword:
-            case Ask::Text: return false;
+            case Ask::Text:
+                return false;
         }
         return false;
     }
@@ -316,19 +318,22 @@ std::span<const BuiltinDef> inputBuiltins() {
     static constexpr BuiltinDef rows[] = {
         {"GETREAL", 0, 1, getReal, "[prompt]", "Asks for a number.", "(getreal \"Radius: \")"},
         {"GETINT", 0, 1, getInt, "[prompt]", "Asks for a whole number.", "(getint \"How many? \")"},
-        {"GETSTRING", 0, 2, getString, "[blanks] [prompt]", "Asks for a text: the whole line.", "(getstring T \"Title: \")"},
+        {"GETSTRING", 0, 2, getString, "[blanks] [prompt]", "Asks for a text: the whole line.",
+         "(getstring T \"Title: \")"},
         {"GETPOINT", 0, 2, getPoint, "[base] [prompt]",
          "Asks for a point, in the current UCS; typed relative to the base, or to the last point.",
          "(getpoint \"Insertion point: \")"},
         {"GETCORNER", 1, 2, getCorner, "base [prompt]", "Asks for the opposite corner of a box.",
          "(getcorner p1 \"Other corner: \")"},
-        {"GETDIST", 0, 2, getDist, "[base] [prompt]", "Asks for a distance: a number, a point from the base, or two points.",
-         "(getdist \"Width: \")"},
+        {"GETDIST", 0, 2, getDist, "[base] [prompt]",
+         "Asks for a distance: a number, a point from the base, or two points.", "(getdist \"Width: \")"},
         {"GETANGLE", 0, 2, getAngle, "[base] [prompt]",
-         "Asks for an angle in degrees or by points; radians, from the direction of angle 0.", "(getangle \"Rotation: \")"},
+         "Asks for an angle in degrees or by points; radians, from the direction of angle 0.",
+         "(getangle \"Rotation: \")"},
         {"GETORIENT", 0, 2, getOrient, "[base] [prompt]", "The same, counter-clockwise from the x axis.",
          "(getorient \"Direction: \")"},
-        {"GETKWORD", 0, 1, getKeyword, "[prompt]", "Asks for one of INITGET's keywords.", "(getkword \"Go on? [Yes/No]: \")"},
+        {"GETKWORD", 0, 1, getKeyword, "[prompt]", "Asks for one of INITGET's keywords.",
+         "(getkword \"Go on? [Yes/No]: \")"},
         {"INITGET", 0, 2, initget, "[bits] [keywords]",
          "Rules for the next asking function. Bits: 1 Enter is refused, 2 zero, 4 negative numbers, 128 any input is "
          "taken as text. Keywords are parted by blanks; their capitals suffice as an answer.",

@@ -129,18 +129,29 @@ Value symbolp(Machine& m, Value* v, int) { return boolean(m, v[0].isSymbol()); }
 
 const char* typeName(const Value& v) {
     switch (v.kind()) {
-        case Kind::Integer: return "INT";
-        case Kind::Real: return "REAL";
-        case Kind::String: return "STR";
-        case Kind::Symbol: return "SYM";
-        case Kind::Cons: return "LIST";
+        case Kind::Integer:
+            return "INT";
+        case Kind::Real:
+            return "REAL";
+        case Kind::String:
+            return "STR";
+        case Kind::Symbol:
+            return "SYM";
+        case Kind::Cons:
+            return "LIST";
         case Kind::Builtin:
-        case Kind::Function: return "SUBR";
-        case Kind::Entity: return "ENAME";
-        case Kind::Selection: return "PICKSET";
-        case Kind::File: return "FILE";
-        case Kind::Error: return "ERROR";
-        default: return nullptr;
+        case Kind::Function:
+            return "SUBR";
+        case Kind::Entity:
+            return "ENAME";
+        case Kind::Selection:
+            return "PICKSET";
+        case Kind::File:
+            return "FILE";
+        case Kind::Error:
+            return "ERROR";
+        default:
+            return nullptr;
     }
 }
 
@@ -207,8 +218,7 @@ std::span<const BuiltinDef> listBuiltins() {
          "(subst 9 1 '(1 2 1)) -> (9 2 9)"},
         {"VL-POSITION", 2, 2, position, "value list", "The position of the first equal item, from 0.",
          "(vl-position 'b '(a b)) -> 1"},
-        {"VL-REMOVE", 2, 2, removeItem, "value list", "The list without equal items.",
-         "(vl-remove 1 '(1 2 1)) -> (2)"},
+        {"VL-REMOVE", 2, 2, removeItem, "value list", "The list without equal items.", "(vl-remove 1 '(1 2 1)) -> (2)"},
         {"VL-LIST*", 1, kAny, listStar, "value [value ...]", "A list whose tail is the last value.",
          "(vl-list* 1 2 '(3)) -> (1 2 3)"},
         {"VL-LIST-LENGTH", 1, 1, listLength, "list", "The number of items; nil for a dotted list.",

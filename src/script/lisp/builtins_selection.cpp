@@ -66,7 +66,9 @@ Modes modesOf(const std::string& text) {
 class SelectionQuestion final : public Question {
 public:
     SelectionQuestion(Machine& m, EntityFilter filter, Modes modes)
-        : document_(m.document()), filter_(std::move(filter)), modes_(std::move(modes)),
+        : document_(m.document()),
+          filter_(std::move(filter)),
+          modes_(std::move(modes)),
           dialogue_(document_, {[&m](const std::string& text) { m.host().print(text); },
                                 [this](const std::string& text) { override_ = text; }}) {
         document_.selection().clear();
@@ -113,7 +115,9 @@ std::vector<Vector2> pointsArgument(Machine& m, const Value& v) {
     return points;
 }
 
-bool isFilter(const Value& v) { return v.isCons() && v.car().isCons() && v.car().car().isInteger() && !isPoint(v.car()); }
+bool isFilter(const Value& v) {
+    return v.isCons() && v.car().isCons() && v.car().car().isInteger() && !isPoint(v.car());
+}
 
 Value ssGet(Machine& m, Value* v, int n) {
     int at = 0;
@@ -212,7 +216,8 @@ Value ssSetFirst(Machine& m, Value* v, int n) {
     std::vector<std::uint64_t> ids;
     if (n > 1 && v[1].isTrue())
         for (const std::uint64_t handle : selectionArgument("SSSETFIRST", v[1])->handles)
-            if (const engine::Entity* e = m.drawing().findByHandle(handle); e != nullptr && m.document().isSelectable(*e))
+            if (const engine::Entity* e = m.drawing().findByHandle(handle);
+                e != nullptr && m.document().isSelectable(*e))
                 ids.push_back(e->id());
     m.document().selection().set(std::move(ids));
     return Value::list(v, static_cast<std::size_t>(n));
@@ -223,15 +228,18 @@ Value ssSetFirst(Machine& m, Value* v, int n) {
 std::span<const BuiltinDef> selectionBuiltins() {
     static constexpr BuiltinDef rows[] = {
         {"SSGET", 0, 4, ssGet, "[mode] [points] [filter]",
-         "A selection set; nil when nothing is found. Without a mode the user is asked. Modes: X all of the drawing, A all that "
-         "is thawed and unlocked, L last, P previous, I selected before, W and C with two corners, WP, CP and F with a list of "
+         "A selection set; nil when nothing is found. Without a mode the user is asked. Modes: X all of the drawing, A "
+         "all that "
+         "is thawed and unlocked, L last, P previous, I selected before, W and C with two corners, WP, CP and F with a "
+         "list of "
          "points; a point alone picks. The filter lists groups that must match, texts with wildcards, with relations "
          "((-4 . \">=\") before a group) and brackets ((-4 . \"<OR\") ... (-4 . \"OR>\")).",
          "(ssget \"X\" '((0 . \"CIRCLE\") (-4 . \">\") (40 . 2.0))) -> nil"},
         {"SSLENGTH", 1, 1, ssLength, "set", "The number of entities.", "(sslength (ssadd)) -> 0"},
         {"SSNAME", 2, 2, ssName, "set index", "The entity at a position, from 0; nil beyond the end.",
          "(ssname (ssadd) 0) -> nil"},
-        {"SSADD", 0, 2, ssAdd, "[entity [set]]", "A new set, or one with an entity added.", "(type (ssadd)) -> PICKSET"},
+        {"SSADD", 0, 2, ssAdd, "[entity [set]]", "A new set, or one with an entity added.",
+         "(type (ssadd)) -> PICKSET"},
         {"SSDEL", 2, 2, ssDel, "entity set", "Takes an entity out of a set; nil when it is not in it.",
          "(ssdel (entlast) set)"},
         {"SSMEMB", 2, 2, ssMemb, "entity set", "The entity when it is in the set, else nil.", "(ssmemb (entlast) set)"},

@@ -92,8 +92,7 @@ Value strcase(Machine&, Value* v, int n) {
 }
 
 Value wcmatch(Machine& m, Value* v, int) {
-    return boolean(m,
-                   cmd::matchesWildcards(stringArgument("WCMATCH", v[0]), stringArgument("WCMATCH", v[1]), true));
+    return boolean(m, cmd::matchesWildcards(stringArgument("WCMATCH", v[0]), stringArgument("WCMATCH", v[1]), true));
 }
 
 template <bool Left, bool Right>
@@ -218,8 +217,9 @@ Value itoa(Machine&, Value* v, int) { return Value::string(std::to_string(intege
 Value rtos(Machine& m, Value* v, int n) {
     const double number = numberArgument("RTOS", v[0]);
     engine::LinearFormat format;
-    format.units = n > 1 && v[1].isTrue() ? static_cast<int>(std::clamp<std::int64_t>(integerArgument("RTOS", v[1]), 0, 100))
-                         : engine::sysVarInt(m.drawing(), "LUNITS", 2);
+    format.units = n > 1 && v[1].isTrue()
+                       ? static_cast<int>(std::clamp<std::int64_t>(integerArgument("RTOS", v[1]), 0, 100))
+                       : engine::sysVarInt(m.drawing(), "LUNITS", 2);
     format.precision = n > 2 ? static_cast<int>(std::clamp<std::int64_t>(integerArgument("RTOS", v[2]), 0, 16))
                              : engine::sysVarInt(m.drawing(), "LUPREC", 4);
     format.zeros = engine::sysVarInt(m.drawing(), "DIMZIN", 0);
@@ -230,7 +230,8 @@ Value rtos(Machine& m, Value* v, int n) {
 Value angtos(Machine& m, Value* v, int n) {
     const engine::Drawing& d = m.drawing();
     const double angle = numberArgument("ANGTOS", v[0]);
-    const std::int64_t mode = n > 1 && v[1].isTrue() ? integerArgument("ANGTOS", v[1]) : engine::sysVarInt(d, "AUNITS", 0);
+    const std::int64_t mode =
+        n > 1 && v[1].isTrue() ? integerArgument("ANGTOS", v[1]) : engine::sysVarInt(d, "AUNITS", 0);
     const std::int64_t precision = n > 2 ? integerArgument("ANGTOS", v[2]) : engine::sysVarInt(d, "AUPREC", 0);
     return Value::string(engine::formatAngle(angle, static_cast<int>(std::clamp<std::int64_t>(mode, 0, 4)),
                                              static_cast<int>(std::clamp<std::int64_t>(precision, 0, 8)),
@@ -248,7 +249,8 @@ Value distof(Machine&, Value* v, int n) {
 Value angtof(Machine& m, Value* v, int n) {
     const engine::Drawing& d = m.drawing();
     const std::string& text = stringArgument("ANGTOF", v[0]);
-    const std::int64_t mode = n > 1 && v[1].isTrue() ? integerArgument("ANGTOF", v[1]) : engine::sysVarInt(d, "AUNITS", 0);
+    const std::int64_t mode =
+        n > 1 && v[1].isTrue() ? integerArgument("ANGTOF", v[1]) : engine::sysVarInt(d, "AUNITS", 0);
     const auto angle = engine::parseAngle(text, static_cast<int>(std::clamp<std::int64_t>(mode, 0, 4)),
                                           engine::sysVarReal(d, "ANGBASE"), engine::sysVarInt(d, "ANGDIR") != 0);
     return angle ? Value::real(*angle) : Value();
@@ -375,8 +377,8 @@ std::span<const BuiltinDef> stringBuiltins() {
          "character, # a digit, @ a letter, . what is neither, [abc] [a-z] one of a set, [~abc] none of it, ~ in front "
          "turns the pattern round, ` takes the next character as it is. Case matters.",
          "(wcmatch \"Wall-12\" \"W*-##\") -> T"},
-        {"VL-STRING-TRIM", 2, 2, trim<true, true>, "characters string", "The string without such characters at its ends.",
-         "(vl-string-trim \" \" \" a b \") -> \"a b\""},
+        {"VL-STRING-TRIM", 2, 2, trim<true, true>, "characters string",
+         "The string without such characters at its ends.", "(vl-string-trim \" \" \" a b \") -> \"a b\""},
         {"VL-STRING-LEFT-TRIM", 2, 2, trim<true, false>, "characters string", "The same at its start only.",
          "(vl-string-left-trim \"0\" \"007\") -> \"7\""},
         {"VL-STRING-RIGHT-TRIM", 2, 2, trim<false, true>, "characters string", "The same at its end only.",
@@ -407,7 +409,8 @@ std::span<const BuiltinDef> conversionBuiltins() {
         {"ATOF", 1, 1, atof, "string", "The real that the string begins with, or 0.0.", "(atof \"2.5mm\") -> 2.5"},
         {"ITOA", 1, 1, itoa, "integer", "The integer as text.", "(itoa 12) -> \"12\""},
         {"RTOS", 1, 3, rtos, "number [mode [precision]]",
-         "A length as text: mode 1 scientific, 2 decimal, 3 engineering, 4 architectural, 5 fractional; LUNITS and LUPREC "
+         "A length as text: mode 1 scientific, 2 decimal, 3 engineering, 4 architectural, 5 fractional; LUNITS and "
+         "LUPREC "
          "unless given. DIMZIN says which zeros are left out.",
          "(rtos 3.14159 2 2) -> \"3.14\""},
         {"ANGTOS", 1, 3, angtos, "angle [mode [precision]]",
@@ -420,10 +423,9 @@ std::span<const BuiltinDef> conversionBuiltins() {
          "(angtof \"180\" 0) -> 3.14159"},
         {"ASCII", 1, 1, ascii, "string", "The code of the first character.", "(ascii \"A\") -> 65"},
         {"CHR", 1, 1, chr, "code", "The character of a code.", "(chr 65) -> \"A\""},
-        {"READ", 0, 1, read, "[string]", "The first expression in a text, not evaluated.",
-         "(read \"(a b)\") -> (A B)"},
-        {"CVUNIT", 3, 3, cvunit, "value from to", "A number, or a list of them, in another unit; nil for unknown units.",
-         "(cvunit 1 \"inch\" \"mm\") -> 25.4"},
+        {"READ", 0, 1, read, "[string]", "The first expression in a text, not evaluated.", "(read \"(a b)\") -> (A B)"},
+        {"CVUNIT", 3, 3, cvunit, "value from to",
+         "A number, or a list of them, in another unit; nil for unknown units.", "(cvunit 1 \"inch\" \"mm\") -> 25.4"},
     };
     return rows;
 }

@@ -19,9 +19,9 @@ namespace {
 constexpr int kKindShift = 56;
 
 constexpr std::pair<std::string_view, RecordKind> kTables[] = {
-    {"LAYER", RecordKind::Layer},   {"LTYPE", RecordKind::Linetype},    {"STYLE", RecordKind::TextStyle},
-    {"BLOCK", RecordKind::Block},   {"DIMSTYLE", RecordKind::DimStyle}, {"UCS", RecordKind::Ucs},
-    {"VIEW", RecordKind::View},     {"APPID", RecordKind::Application},
+    {"LAYER", RecordKind::Layer}, {"LTYPE", RecordKind::Linetype},    {"STYLE", RecordKind::TextStyle},
+    {"BLOCK", RecordKind::Block}, {"DIMSTYLE", RecordKind::DimStyle}, {"UCS", RecordKind::Ucs},
+    {"VIEW", RecordKind::View},   {"APPID", RecordKind::Application},
 };
 
 RecordKind tableArgument(const char* function, const Value& v) {
@@ -40,19 +40,27 @@ std::vector<Name> namesOf(const Records& records) {
 
 std::vector<Name> recordNames(const Drawing& d, RecordKind kind) {
     switch (kind) {
-        case RecordKind::Layer: return namesOf(d.layers);
-        case RecordKind::Linetype: return namesOf(d.linetypes);
-        case RecordKind::TextStyle: return namesOf(d.textStyles);
-        case RecordKind::DimStyle: return namesOf(d.dimStyles);
-        case RecordKind::Ucs: return namesOf(d.ucsList);
-        case RecordKind::View: return namesOf(d.namedViews);
-        case RecordKind::Application: return d.appIds;
+        case RecordKind::Layer:
+            return namesOf(d.layers);
+        case RecordKind::Linetype:
+            return namesOf(d.linetypes);
+        case RecordKind::TextStyle:
+            return namesOf(d.textStyles);
+        case RecordKind::DimStyle:
+            return namesOf(d.dimStyles);
+        case RecordKind::Ucs:
+            return namesOf(d.ucsList);
+        case RecordKind::View:
+            return namesOf(d.namedViews);
+        case RecordKind::Application:
+            return d.appIds;
         case RecordKind::Block: {
             std::vector<Name> names;
             for (const auto& b : d.blocks()) names.push_back(b->name);
             return names;
         }
-        default: return {};
+        default:
+            return {};
     }
 }
 
@@ -163,7 +171,8 @@ bool recordInto(GroupWriter& out, const Drawing& d, RecordKind kind, Name name) 
             head("APPID", *it, 0);
             return true;
         }
-        default: return false;
+        default:
+            return false;
     }
 }
 
@@ -178,14 +187,16 @@ Value record(const Drawing& d, RecordKind kind, Name name, bool named) {
 constexpr char kStep = '\x1f';
 
 /// The entries below a path; null: no dictionary.
-const std::vector<DictionaryEntry>* dictionaryAt(const Drawing& d, std::string_view path, const DictionaryEntry*& entry) {
+const std::vector<DictionaryEntry>* dictionaryAt(const Drawing& d, std::string_view path,
+                                                 const DictionaryEntry*& entry) {
     const std::vector<DictionaryEntry>* at = &d.objectDictionary;
     entry = nullptr;
     while (!path.empty()) {
         const std::size_t end = std::min(path.find(kStep), path.size());
         const std::string_view key = path.substr(0, end);
         path.remove_prefix(std::min(end + 1, path.size()));
-        const auto found = std::find_if(at->begin(), at->end(), [&](const DictionaryEntry& e) { return e.name == key; });
+        const auto found =
+            std::find_if(at->begin(), at->end(), [&](const DictionaryEntry& e) { return e.name == key; });
         if (found == at->end()) {
             entry = nullptr;
             return nullptr;
@@ -325,7 +336,8 @@ Value recordGroups(Machine& m, std::uint64_t handle) {
 std::span<const BuiltinDef> tableBuiltins() {
     static constexpr BuiltinDef rows[] = {
         {"TBLSEARCH", 2, 3, tblSearch, "table name [go-on]",
-         "A record of the table LAYER, LTYPE, STYLE, BLOCK, DIMSTYLE, UCS, VIEW or APPID as a list of groups; with a third "
+         "A record of the table LAYER, LTYPE, STYLE, BLOCK, DIMSTYLE, UCS, VIEW or APPID as a list of groups; with a "
+         "third "
          "argument TBLNEXT goes on behind it.",
          "(cdr (assoc 2 (tblsearch \"LAYER\" \"0\"))) -> \"0\""},
         {"TBLNEXT", 1, 2, tblNext, "table [first]", "The next record of a table, or the first one; nil at the end.",

@@ -13,8 +13,8 @@ constexpr std::size_t kMaxVariables = 30'000;
 struct Unit {
     Code* code;
     Unit* outer = nullptr;
-    Environment* scope = nullptr;     ///< of the outermost unit: where the expression runs
-    std::vector<bool> visible;        ///< variables that names reach; loop variables only within their loop
+    Environment* scope = nullptr;  ///< of the outermost unit: where the expression runs
+    std::vector<bool> visible;     ///< variables that names reach; loop variables only within their loop
 };
 
 class Compiler {
@@ -53,7 +53,9 @@ private:
         unit.code->constants.push_back(std::move(v));
         return static_cast<std::int32_t>(unit.code->constants.size()) - 1;
     }
-    static void raise(Unit& unit, std::string text) { emit(unit, Op::Raise, constant(unit, Value::string(std::move(text)))); }
+    static void raise(Unit& unit, std::string text) {
+        emit(unit, Op::Raise, constant(unit, Value::string(std::move(text))));
+    }
 
     Place find(const Unit& unit, const Symbol* symbol) const;
     void load(Unit& unit, Symbol* symbol);
@@ -64,9 +66,11 @@ private:
     void defun(Unit& unit, const Value& x);
     void cond(Unit& unit, const Value& clauses, bool tail);
     void loop(Unit& unit, Form form, const Value& rest);
-    void foreach(Unit& unit, const Value& rest);
+    void foreach (Unit& unit, const Value& rest);
     void closure(Unit& unit, const std::string& name, const Value& rest, const char* form);
-    bool isLambda(const Value& x) const { return x.isCons() && x.car().isSymbol() && x.car().asSymbol() == symbols_.lambda; }
+    bool isLambda(const Value& x) const {
+        return x.isCons() && x.car().isSymbol() && x.car().asSymbol() == symbols_.lambda;
+    }
 
     SymbolTable& symbols_;
     int nesting_ = 0;
@@ -95,18 +99,30 @@ Compiler::Place Compiler::find(const Unit& unit, const Symbol* symbol) const {
 void Compiler::load(Unit& unit, Symbol* symbol) {
     const Place p = find(unit, symbol);
     switch (p.kind) {
-        case Place::Kind::Local: emit(unit, Op::Local, p.index); break;
-        case Place::Kind::Outer: emit(unit, Op::Outer, p.index, p.depth); break;
-        case Place::Kind::Global: emit(unit, Op::Global, constant(unit, Value::symbol(symbol))); break;
+        case Place::Kind::Local:
+            emit(unit, Op::Local, p.index);
+            break;
+        case Place::Kind::Outer:
+            emit(unit, Op::Outer, p.index, p.depth);
+            break;
+        case Place::Kind::Global:
+            emit(unit, Op::Global, constant(unit, Value::symbol(symbol)));
+            break;
     }
 }
 
 void Compiler::store(Unit& unit, Symbol* symbol) {
     const Place p = find(unit, symbol);
     switch (p.kind) {
-        case Place::Kind::Local: emit(unit, Op::SetLocal, p.index); break;
-        case Place::Kind::Outer: emit(unit, Op::SetOuter, p.index, p.depth); break;
-        case Place::Kind::Global: emit(unit, Op::SetGlobal, constant(unit, Value::symbol(symbol))); break;
+        case Place::Kind::Local:
+            emit(unit, Op::SetLocal, p.index);
+            break;
+        case Place::Kind::Outer:
+            emit(unit, Op::SetOuter, p.index, p.depth);
+            break;
+        case Place::Kind::Global:
+            emit(unit, Op::SetGlobal, constant(unit, Value::symbol(symbol)));
+            break;
     }
 }
 
@@ -189,9 +205,15 @@ void Compiler::form(Unit& unit, Form form, const Value& x, bool tail) {
             else
                 emit(unit, Op::Constant, constant(unit, rest.car()));
             break;
-        case Form::Setq: setq(unit, rest); break;
-        case Form::Defun: defun(unit, rest); break;
-        case Form::Lambda: closure(unit, "LAMBDA", rest, "LAMBDA"); break;
+        case Form::Setq:
+            setq(unit, rest);
+            break;
+        case Form::Defun:
+            defun(unit, rest);
+            break;
+        case Form::Lambda:
+            closure(unit, "LAMBDA", rest, "LAMBDA");
+            break;
         case Form::If: {
             expression(unit, rest.car(), false);
             const int otherwise = emit(unit, Op::JumpNil);
@@ -202,11 +224,20 @@ void Compiler::form(Unit& unit, Form form, const Value& x, bool tail) {
             land(unit, end);
             break;
         }
-        case Form::Cond: cond(unit, rest, tail); break;
+        case Form::Cond:
+            cond(unit, rest, tail);
+            break;
         case Form::While:
-        case Form::Repeat: loop(unit, form, rest); break;
-        case Form::Foreach: foreach(unit, rest); break;
-        case Form::Progn: sequence(unit, rest, tail); break;
+        case Form::Repeat:
+            loop(unit, form, rest);
+            break;
+        case Form::Foreach:
+            foreach (unit, rest)
+                ;
+            break;
+        case Form::Progn:
+            sequence(unit, rest, tail);
+            break;
         case Form::And:
         case Form::Or: {
             const bool isAnd = form == Form::And;
@@ -227,7 +258,8 @@ void Compiler::form(Unit& unit, Form form, const Value& x, bool tail) {
             emit(unit, Op::ToTrue);
             break;
         }
-        case Form::None: break;
+        case Form::None:
+            break;
     }
 }
 
@@ -338,7 +370,7 @@ void Compiler::loop(Unit& unit, Form form, const Value& rest) {
     land(unit, start);
 }
 
-void Compiler::foreach(Unit& unit, const Value& rest) {
+void Compiler::foreach (Unit& unit, const Value& rest) {
     if (!rest.car().isSymbol() || rest.car().asSymbol()->constant) return raise(unit, "FOREACH: expected symbol");
     expression(unit, rest.cdr().car(), false);
     if (unit.code->variables.size() >= kMaxVariables) return raise(unit, "FOREACH: too many variables");

@@ -36,9 +36,12 @@ LispEngine::~LispEngine() { machine_.reset(); }
 
 LispEngine::Result LispEngine::resultOf(Machine::Outcome outcome) {
     switch (outcome.state) {
-        case Machine::State::Waiting: return {};
-        case Machine::State::Failed: return {{}, std::move(outcome.error)};
-        case Machine::State::Done: break;
+        case Machine::State::Waiting:
+            return {};
+        case Machine::State::Failed:
+            return {{}, std::move(outcome.error)};
+        case Machine::State::Done:
+            break;
     }
     try {
         return {printed(outcome.value), {}};

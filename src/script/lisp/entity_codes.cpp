@@ -87,7 +87,8 @@ void commonGroups(const GroupIo& io, Entity& e) {
         }
         if (in.has(6)) e.linetype = Name(in.text(6));
         if (in.has(62)) {
-            const auto color = Color::fromBareIndex(static_cast<int>(std::clamp<std::int64_t>(in.integer(62), -1, 1000)));
+            const auto color =
+                Color::fromBareIndex(static_cast<int>(std::clamp<std::int64_t>(in.integer(62), -1, 1000)));
             if (!color) throw LispError("group 62: expected a colour from 0 to 256");
             e.color = *color;
         }
@@ -119,14 +120,12 @@ void commonGroups(const GroupIo& io, Entity& e) {
     out.text(8, e.layer.view());
     if (!(e.linetype == commonNames().byLayer)) out.text(6, e.linetype.view());
     if (e.color.method != ColorMethod::ByLayer) out.integer(62, e.color.bareIndex());
-    if (e.color.method == ColorMethod::RGB)
-        out.integer(420, (e.color.red << 16) | (e.color.green << 8) | e.color.blue);
+    if (e.color.method == ColorMethod::RGB) out.integer(420, (e.color.red << 16) | (e.color.green << 8) | e.color.blue);
     if (e.linetypeScale() != 1.0) out.real(48, e.linetypeScale());
     if (!e.visible) out.integer(60, 1);
     if (e.lineweight != -1) out.integer(370, e.lineweight);
     if (e.thickness() != 0.0) out.real(39, e.thickness());
-    if (e.transparency != 0)
-        out.integer(440, 0x2000000 | std::lround(255.0 * (1.0 - e.transparency / 100.0)));
+    if (e.transparency != 0) out.integer(440, 0x2000000 | std::lround(255.0 * (1.0 - e.transparency / 100.0)));
 }
 
 void writeExtendedData(GroupWriter& out, const Entity& e, const Value& applications) {
@@ -266,7 +265,9 @@ void polylineGroups(const GroupIo& io, PolylineEntity& e) {
     for (const GroupList::Group& g : in.groups()) {
         const std::size_t last = fresh.vertices.size() - 1;
         switch (g.code) {
-            case 10: fresh.addVertex(GroupList::pointOf(10, *g.value).xy(), 0.0, width, width); break;
+            case 10:
+                fresh.addVertex(GroupList::pointOf(10, *g.value).xy(), 0.0, width, width);
+                break;
             case 40:
                 if (!fresh.vertices.empty())
                     fresh.setWidths(last, GroupList::realOf(40, *g.value), fresh.endWidth(last));
@@ -278,7 +279,8 @@ void polylineGroups(const GroupIo& io, PolylineEntity& e) {
             case 42:
                 if (!fresh.vertices.empty()) fresh.setBulge(last, GroupList::realOf(42, *g.value));
                 break;
-            default: break;
+            default:
+                break;
         }
     }
     e.vertices = std::move(fresh.vertices);
@@ -341,8 +343,7 @@ void attdefGroups(const GroupIo& io, AttributeDefinitionEntity& e) {
     io.marker("AcDbAttributeDefinition");
     io.text(3, e.prompt);
     io.text(2, e.tag);
-    std::int32_t flags =
-        (e.invisible ? 1 : 0) | (e.constant ? 2 : 0) | (e.verify ? 4 : 0) | (e.preset ? 8 : 0);
+    std::int32_t flags = (e.invisible ? 1 : 0) | (e.constant ? 2 : 0) | (e.verify ? 4 : 0) | (e.preset ? 8 : 0);
     io.integer(70, flags);
     e.invisible = (flags & 1) != 0;
     e.constant = (flags & 2) != 0;
@@ -646,37 +647,55 @@ std::string groupTypeName(const Entity& e) {
     switch (e.type()) {
         case EntityType::Polyline3D:
         case EntityType::Mesh:
-        case EntityType::Polyface: return "POLYLINE";
-        case EntityType::Solid2D: return static_cast<const Solid2DEntity&>(e).trace ? "TRACE" : "SOLID";
+        case EntityType::Polyface:
+            return "POLYLINE";
+        case EntityType::Solid2D:
+            return static_cast<const Solid2DEntity&>(e).trace ? "TRACE" : "SOLID";
         case EntityType::Solid3D:
             switch (static_cast<const Solid3DEntity&>(e).kind) {
-                case Solid3DEntity::BodyKind::Region: return "REGION";
-                case Solid3DEntity::BodyKind::Body: return "BODY";
-                case Solid3DEntity::BodyKind::Solid: return "3DSOLID";
+                case Solid3DEntity::BodyKind::Region:
+                    return "REGION";
+                case Solid3DEntity::BodyKind::Body:
+                    return "BODY";
+                case Solid3DEntity::BodyKind::Solid:
+                    return "3DSOLID";
             }
             return "3DSOLID";
-        default: return std::string(dxfName(e.type()));
+        default:
+            return std::string(dxfName(e.type()));
     }
 }
 
 void kindGroups(const GroupIo& io, Entity& e) {
     switch (e.type()) {
-        case EntityType::Line: return lineGroups(io, static_cast<LineEntity&>(e));
-        case EntityType::Circle: return circleGroups(io, static_cast<CircleEntity&>(e));
-        case EntityType::Arc: return arcGroups(io, static_cast<ArcEntity&>(e));
-        case EntityType::Polyline: return polylineGroups(io, static_cast<PolylineEntity&>(e));
+        case EntityType::Line:
+            return lineGroups(io, static_cast<LineEntity&>(e));
+        case EntityType::Circle:
+            return circleGroups(io, static_cast<CircleEntity&>(e));
+        case EntityType::Arc:
+            return arcGroups(io, static_cast<ArcEntity&>(e));
+        case EntityType::Polyline:
+            return polylineGroups(io, static_cast<PolylineEntity&>(e));
         case EntityType::Point:
             io.marker("AcDbPoint");
             io.point(10, static_cast<PointEntity&>(e).position, e.elevation);
             return normalGroup(io, e);
-        case EntityType::Text: return plainTextGroups(io, static_cast<TextEntity&>(e));
-        case EntityType::MText: return mtextGroups(io, static_cast<MTextEntity&>(e));
-        case EntityType::Hatch: return hatchGroups(io, e);
-        case EntityType::Dimension: return dimensionGroups(io, e);
-        case EntityType::BlockReference: return insertGroups(io, static_cast<BlockReferenceEntity&>(e));
-        case EntityType::Image: return imageGroups(io, static_cast<ImageEntity&>(e));
-        case EntityType::Spline: return splineGroups(io, static_cast<SplineEntity&>(e));
-        case EntityType::Ellipse: return ellipseGroups(io, static_cast<EllipseEntity&>(e));
+        case EntityType::Text:
+            return plainTextGroups(io, static_cast<TextEntity&>(e));
+        case EntityType::MText:
+            return mtextGroups(io, static_cast<MTextEntity&>(e));
+        case EntityType::Hatch:
+            return hatchGroups(io, e);
+        case EntityType::Dimension:
+            return dimensionGroups(io, e);
+        case EntityType::BlockReference:
+            return insertGroups(io, static_cast<BlockReferenceEntity&>(e));
+        case EntityType::Image:
+            return imageGroups(io, static_cast<ImageEntity&>(e));
+        case EntityType::Spline:
+            return splineGroups(io, static_cast<SplineEntity&>(e));
+        case EntityType::Ellipse:
+            return ellipseGroups(io, static_cast<EllipseEntity&>(e));
         case EntityType::Xline: {
             auto& x = static_cast<XlineEntity&>(e);
             io.marker("AcDbXline");
@@ -689,10 +708,14 @@ void kindGroups(const GroupIo& io, Entity& e) {
             io.point(10, x.origin, e.elevation);
             return io.flat(11, x.dir);
         }
-        case EntityType::Leader: return leaderGroups(io, static_cast<LeaderEntity&>(e));
-        case EntityType::MLine: return mlineGroups(io, static_cast<MLineEntity&>(e));
-        case EntityType::MLeader: return mleaderGroups(io, static_cast<MLeaderEntity&>(e));
-        case EntityType::Table: return tableGroups(io, static_cast<TableEntity&>(e));
+        case EntityType::Leader:
+            return leaderGroups(io, static_cast<LeaderEntity&>(e));
+        case EntityType::MLine:
+            return mlineGroups(io, static_cast<MLineEntity&>(e));
+        case EntityType::MLeader:
+            return mleaderGroups(io, static_cast<MLeaderEntity&>(e));
+        case EntityType::Table:
+            return tableGroups(io, static_cast<TableEntity&>(e));
         case EntityType::Wipeout:
             return pointListGroups(io, "AcDbWipeout", 14, static_cast<WipeoutEntity&>(e).vertices, e);
         case EntityType::Region:
@@ -711,8 +734,10 @@ void kindGroups(const GroupIo& io, Entity& e) {
                 t.rotation = io.in().point(11).xy().angle();
             return;
         }
-        case EntityType::AttributeDefinition: return attdefGroups(io, static_cast<AttributeDefinitionEntity&>(e));
-        case EntityType::Viewport: return viewportGroups(io, static_cast<ViewportEntity&>(e));
+        case EntityType::AttributeDefinition:
+            return attdefGroups(io, static_cast<AttributeDefinitionEntity&>(e));
+        case EntityType::Viewport:
+            return viewportGroups(io, static_cast<ViewportEntity&>(e));
         case EntityType::Face3D: {
             auto& f = static_cast<Face3DEntity&>(e);
             io.marker("AcDbFace");
@@ -747,7 +772,8 @@ void kindGroups(const GroupIo& io, Entity& e) {
             if (!io.reading()) io.out().integer(70, s.modelerVersion);
             return;
         }
-        case EntityType::Shape: return shapeGroups(io, static_cast<ShapeEntity&>(e));
+        case EntityType::Shape:
+            return shapeGroups(io, static_cast<ShapeEntity&>(e));
     }
 }
 
@@ -799,14 +825,18 @@ std::unique_ptr<Entity> entityForGroups(const GroupList& groups) {
 
 bool isSound(const Entity& e) {
     switch (e.type()) {
-        case EntityType::Circle: return static_cast<const CircleEntity&>(e).radius > 0.0;
-        case EntityType::Arc: return static_cast<const ArcEntity&>(e).radius > 0.0;
+        case EntityType::Circle:
+            return static_cast<const CircleEntity&>(e).radius > 0.0;
+        case EntityType::Arc:
+            return static_cast<const ArcEntity&>(e).radius > 0.0;
         case EntityType::Ellipse: {
             const auto& x = static_cast<const EllipseEntity&>(e);
             return x.major.length() > 0.0 && x.minorRatio > 0.0 && x.minorRatio <= 1.0;
         }
-        case EntityType::Polyline: return !static_cast<const PolylineEntity&>(e).vertices.empty();
-        case EntityType::Text: return static_cast<const TextEntity&>(e).height > 0.0;
+        case EntityType::Polyline:
+            return !static_cast<const PolylineEntity&>(e).vertices.empty();
+        case EntityType::Text:
+            return static_cast<const TextEntity&>(e).height > 0.0;
         case EntityType::MText: {
             const auto& t = static_cast<const MTextEntity&>(e);
             return t.height > 0.0 && t.width >= 0.0 && t.attachment >= 1 && t.attachment <= 9;
@@ -815,12 +845,18 @@ bool isSound(const Entity& e) {
             const auto& a = static_cast<const AttributeDefinitionEntity&>(e);
             return a.textHeight > 0.0 && !a.tag.empty();
         }
-        case EntityType::Xline: return static_cast<const XlineEntity&>(e).dir.length() > 0.0;
-        case EntityType::Ray: return static_cast<const RayEntity&>(e).dir.length() > 0.0;
-        case EntityType::Leader: return static_cast<const LeaderEntity&>(e).vertices.size() >= 2;
-        case EntityType::MLine: return static_cast<const MLineEntity&>(e).vertices.size() >= 2;
-        case EntityType::Wipeout: return static_cast<const WipeoutEntity&>(e).vertices.size() >= 3;
-        case EntityType::Region: return static_cast<const RegionEntity&>(e).vertices.size() >= 3;
+        case EntityType::Xline:
+            return static_cast<const XlineEntity&>(e).dir.length() > 0.0;
+        case EntityType::Ray:
+            return static_cast<const RayEntity&>(e).dir.length() > 0.0;
+        case EntityType::Leader:
+            return static_cast<const LeaderEntity&>(e).vertices.size() >= 2;
+        case EntityType::MLine:
+            return static_cast<const MLineEntity&>(e).vertices.size() >= 2;
+        case EntityType::Wipeout:
+            return static_cast<const WipeoutEntity&>(e).vertices.size() >= 3;
+        case EntityType::Region:
+            return static_cast<const RegionEntity&>(e).vertices.size() >= 3;
         case EntityType::Viewport: {
             const auto& v = static_cast<const ViewportEntity&>(e);
             return v.width > 0.0 && v.height > 0.0;
@@ -835,12 +871,14 @@ bool isSound(const Entity& e) {
                    std::is_sorted(s.knots.begin(), s.knots.end()) &&
                    (s.weights.empty() || s.weights.size() == s.controlPoints.size());
         }
-        case EntityType::Polyline3D: return static_cast<const Polyline3DEntity&>(e).vertices.size() >= 2;
+        case EntityType::Polyline3D:
+            return static_cast<const Polyline3DEntity&>(e).vertices.size() >= 2;
         case EntityType::Image: {
             const auto& i = static_cast<const ImageEntity&>(e);
             return i.width != 0.0 && i.height != 0.0 && !i.filePath.empty();
         }
-        default: return true;
+        default:
+            return true;
     }
 }
 

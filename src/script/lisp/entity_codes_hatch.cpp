@@ -165,7 +165,8 @@ HatchEdge readEdge(Cursor& c) {
             }
             return spline;
         }
-        default: throw LispError("HATCH: expected an edge of kind 1 to 4");
+        default:
+            throw LispError("HATCH: expected an edge of kind 1 to 4");
     }
 }
 
@@ -245,27 +246,41 @@ struct DimensionPoints {
 DimensionPoints pointsOf(DimensionType kind) {
     using D = DimensionEntity;
     switch (kind) {
-        case DimensionType::Angular2Line: return {&D::def4, &D::def1, &D::def2, &D::def3, &D::dimLine};
-        case DimensionType::Angular3Point: return {&D::dimLine, &D::def1, &D::def2, &D::def3};
-        case DimensionType::Diameter: return {&D::def2, nullptr, nullptr, &D::def1};
-        case DimensionType::Radius: return {&D::def1, nullptr, nullptr, &D::def2};
+        case DimensionType::Angular2Line:
+            return {&D::def4, &D::def1, &D::def2, &D::def3, &D::dimLine};
+        case DimensionType::Angular3Point:
+            return {&D::dimLine, &D::def1, &D::def2, &D::def3};
+        case DimensionType::Diameter:
+            return {&D::def2, nullptr, nullptr, &D::def1};
+        case DimensionType::Radius:
+            return {&D::def1, nullptr, nullptr, &D::def2};
         case DimensionType::Ordinate:
-        case DimensionType::OrdinateX: return {&D::def3, &D::def1, &D::def2};
-        case DimensionType::ArcLength: return {&D::dimLine, &D::def1, &D::def2, &D::def3, &D::def4};
-        default: return {&D::dimLine, &D::def1, &D::def2};
+        case DimensionType::OrdinateX:
+            return {&D::def3, &D::def1, &D::def2};
+        case DimensionType::ArcLength:
+            return {&D::dimLine, &D::def1, &D::def2, &D::def3, &D::def4};
+        default:
+            return {&D::dimLine, &D::def1, &D::def2};
     }
 }
 
 const char* markerOf(DimensionType kind) {
     switch (kind) {
-        case DimensionType::Angular2Line: return "AcDb2LineAngularDimension";
-        case DimensionType::Angular3Point: return "AcDb3PointAngularDimension";
-        case DimensionType::Diameter: return "AcDbDiametricDimension";
-        case DimensionType::Radius: return "AcDbRadialDimension";
+        case DimensionType::Angular2Line:
+            return "AcDb2LineAngularDimension";
+        case DimensionType::Angular3Point:
+            return "AcDb3PointAngularDimension";
+        case DimensionType::Diameter:
+            return "AcDbDiametricDimension";
+        case DimensionType::Radius:
+            return "AcDbRadialDimension";
         case DimensionType::Ordinate:
-        case DimensionType::OrdinateX: return "AcDbOrdinateDimension";
-        case DimensionType::ArcLength: return "AcDbArcDimension";
-        default: return "AcDbAlignedDimension";
+        case DimensionType::OrdinateX:
+            return "AcDbOrdinateDimension";
+        case DimensionType::ArcLength:
+            return "AcDbArcDimension";
+        default:
+            return "AcDbAlignedDimension";
     }
 }
 

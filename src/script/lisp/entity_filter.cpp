@@ -107,17 +107,21 @@ bool EntityFilter::passes(engine::Entity& entity) const {
 bool EntityFilter::test(const Node& node, Subject& subject) {
     switch (node.kind) {
         case Kind::And:
-            return std::all_of(node.children.begin(), node.children.end(), [&](const Node& n) { return test(n, subject); });
+            return std::all_of(node.children.begin(), node.children.end(),
+                               [&](const Node& n) { return test(n, subject); });
         case Kind::Or:
-            return std::any_of(node.children.begin(), node.children.end(), [&](const Node& n) { return test(n, subject); });
+            return std::any_of(node.children.begin(), node.children.end(),
+                               [&](const Node& n) { return test(n, subject); });
         case Kind::Xor: {
             bool odd = false;
             for (const Node& n : node.children) odd = odd != test(n, subject);
             return odd;
         }
         case Kind::Not:
-            return std::none_of(node.children.begin(), node.children.end(), [&](const Node& n) { return test(n, subject); });
-        case Kind::Group: return testGroup(node, subject);
+            return std::none_of(node.children.begin(), node.children.end(),
+                                [&](const Node& n) { return test(n, subject); });
+        case Kind::Group:
+            return testGroup(node, subject);
         case Kind::Application: {
             const engine::XData* data = subject.entity.xdata();
             for (ListView item(node.value); item; ++item) {
@@ -166,26 +170,37 @@ bool EntityFilter::compare(const Node& node, const Value& actual) {
 bool EntityFilter::testGroup(const Node& node, Subject& subject) {
     const engine::Entity& e = subject.entity;
     switch (node.code) {
-        case 0: return compare(node, Value::string(groupTypeName(e)));
-        case 8: return compare(node, Value::string(e.layer.str()));
-        case 6: return compare(node, Value::string(e.linetype.str()));
-        case 62: return compare(node, Value::integer(e.color.bareIndex()));
-        case 48: return compare(node, Value::real(e.linetypeScale()));
-        case 60: return compare(node, Value::integer(e.visible ? 0 : 1));
-        case 370: return compare(node, Value::integer(e.lineweight));
+        case 0:
+            return compare(node, Value::string(groupTypeName(e)));
+        case 8:
+            return compare(node, Value::string(e.layer.str()));
+        case 6:
+            return compare(node, Value::string(e.linetype.str()));
+        case 62:
+            return compare(node, Value::integer(e.color.bareIndex()));
+        case 48:
+            return compare(node, Value::real(e.linetypeScale()));
+        case 60:
+            return compare(node, Value::integer(e.visible ? 0 : 1));
+        case 370:
+            return compare(node, Value::integer(e.lineweight));
         case 66:
             if (e.type() == engine::EntityType::BlockReference)
-                return compare(node, Value::integer(
-                                         static_cast<const engine::BlockReferenceEntity&>(e).attributes.empty() ? 0 : 1));
+                return compare(
+                    node,
+                    Value::integer(static_cast<const engine::BlockReferenceEntity&>(e).attributes.empty() ? 0 : 1));
             break;
         case 2:
             if (e.type() == engine::EntityType::BlockReference)
-                return compare(node, Value::string(static_cast<const engine::BlockReferenceEntity&>(e).blockName.str()));
+                return compare(node,
+                               Value::string(static_cast<const engine::BlockReferenceEntity&>(e).blockName.str()));
             break;
-        default: break;
+        default:
+            break;
     }
     for (ListView group(subject.groups()); group; ++group)
-        if (group->car().isInteger() && group->car().asInteger() == node.code && compare(node, group->cdr())) return true;
+        if (group->car().isInteger() && group->car().asInteger() == node.code && compare(node, group->cdr()))
+            return true;
     return false;
 }
 

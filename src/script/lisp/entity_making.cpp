@@ -76,7 +76,8 @@ void attributeGroups(const GroupIo& io, BlockAttribute& a, double z) {
     }
     if (io.in().has(8)) a.layer = Name(io.in().text(8));
     if (io.in().has(62)) {
-        const auto color = Color::fromBareIndex(static_cast<int>(std::clamp<std::int64_t>(io.in().integer(62), -1, 1000)));
+        const auto color =
+            Color::fromBareIndex(static_cast<int>(std::clamp<std::int64_t>(io.in().integer(62), -1, 1000)));
         if (!color) throw LispError("group 62: expected a colour from 0 to 256");
         a.color = *color;
     }
@@ -135,16 +136,21 @@ bool ensureReferences(Machine& m, const Entity& e, const PendingEntities* pendin
         return false;
     const auto hasStyle = [&](Name style) { return d.textStyles.contains(style); };
     switch (e.type()) {
-        case EntityType::Text: return hasStyle(static_cast<const TextEntity&>(e).textStyle);
-        case EntityType::MText: return hasStyle(static_cast<const MTextEntity&>(e).textStyle);
-        case EntityType::AttributeDefinition: return hasStyle(static_cast<const AttributeDefinitionEntity&>(e).textStyle);
+        case EntityType::Text:
+            return hasStyle(static_cast<const TextEntity&>(e).textStyle);
+        case EntityType::MText:
+            return hasStyle(static_cast<const MTextEntity&>(e).textStyle);
+        case EntityType::AttributeDefinition:
+            return hasStyle(static_cast<const AttributeDefinitionEntity&>(e).textStyle);
         case EntityType::BlockReference: {
             const Name name = static_cast<const BlockReferenceEntity&>(e).blockName;
             return d.findBlock(name) != nullptr ||
                    (pending != nullptr && pending->block && pending->block->name == name);
         }
-        case EntityType::Dimension: return d.dimStyles.contains(static_cast<const DimensionEntity&>(e).dimStyleName);
-        default: return true;
+        case EntityType::Dimension:
+            return d.dimStyles.contains(static_cast<const DimensionEntity&>(e).dimStyleName);
+        default:
+            return true;
     }
 }
 
@@ -277,15 +283,22 @@ bool endBlock(Machine& m, std::string& name) {
 std::size_t partCount(const Entity& e) {
     std::size_t count = 0;
     switch (e.type()) {
-        case EntityType::BlockReference: count = static_cast<const BlockReferenceEntity&>(e).attributes.size(); break;
-        case EntityType::Polyline3D: count = static_cast<const Polyline3DEntity&>(e).vertices.size(); break;
-        case EntityType::Mesh: count = static_cast<const MeshEntity&>(e).vertices.size(); break;
+        case EntityType::BlockReference:
+            count = static_cast<const BlockReferenceEntity&>(e).attributes.size();
+            break;
+        case EntityType::Polyline3D:
+            count = static_cast<const Polyline3DEntity&>(e).vertices.size();
+            break;
+        case EntityType::Mesh:
+            count = static_cast<const MeshEntity&>(e).vertices.size();
+            break;
         case EntityType::Polyface: {
             const auto& p = static_cast<const PolyfaceEntity&>(e);
             count = p.vertices.size() + p.faces.size();
             break;
         }
-        default: break;
+        default:
+            break;
     }
     // Handles beyond the room of a name, and parts beyond it, are not told apart.
     return e.handle() >> SubName::kShift != 0 ? 0 : std::min<std::size_t>(count, 0x7FFFFE);
@@ -331,7 +344,8 @@ bool makeFromGroups(Machine& m, const Value& list, std::uint64_t& handle, std::s
         const Name name(groups.text(2));
         if (!isValidSymbolName(name.view()) && !name.view().starts_with('*')) return false;
         Name own = name;
-        if (name.view().starts_with('*')) own = m.drawing().nextAnonymousName(name == "*U" ? "*U" : name.view().substr(0, 2));
+        if (name.view().starts_with('*'))
+            own = m.drawing().nextAnonymousName(name == "*U" ? "*U" : name.view().substr(0, 2));
         pending.block = std::make_unique<Block>(own);
         pending.block->base = groups.point(10).xy();
         return true;
@@ -363,7 +377,9 @@ bool makeFromGroups(Machine& m, const Value& list, std::uint64_t& handle, std::s
             std::vector<std::int32_t> corners;
             for (int code = 71; code <= 74; ++code) {
                 const std::int64_t corner = groups.integer(code);
-                if (corner != 0) corners.push_back(static_cast<std::int32_t>(std::clamp<std::int64_t>(corner, -8'388'607, 8'388'607)));
+                if (corner != 0)
+                    corners.push_back(
+                        static_cast<std::int32_t>(std::clamp<std::int64_t>(corner, -8'388'607, 8'388'607)));
             }
             p->faces.push_back(std::move(corners));
             return true;

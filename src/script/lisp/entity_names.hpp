@@ -23,7 +23,18 @@ struct SubName {
 std::size_t partCount(const engine::Entity& entity);
 
 /// The tables that TBLSEARCH and its kin know.
-enum class RecordKind : std::uint8_t { None, Layer, Linetype, TextStyle, Block, DimStyle, Ucs, View, Application, Dictionary };
+enum class RecordKind : std::uint8_t {
+    None,
+    Layer,
+    Linetype,
+    TextStyle,
+    Block,
+    DimStyle,
+    Ucs,
+    View,
+    Application,
+    Dictionary
+};
 
 /// Names of table records: they have no handle of their own, so they are told by table and name.
 std::uint64_t recordName(RecordKind kind, engine::Name name);

@@ -20,7 +20,8 @@ namespace {
 
 GroupList::GroupList(const Value& list) : list_(list) {
     for (ListView item(list_); item; ++item) {
-        if (!item->isCons() || !item->car().isInteger()) throw LispError("bad DXF group: " + printed(*item).substr(0, 60));
+        if (!item->isCons() || !item->car().isInteger())
+            throw LispError("bad DXF group: " + printed(*item).substr(0, 60));
         const std::int64_t code = item->car().asInteger();
         if (code == -3) {
             extended_ = item->cdr();

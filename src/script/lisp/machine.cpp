@@ -39,7 +39,7 @@ Value functionHead(Machine& machine, const Value& v) {
 }
 
 void releaseEnvironment(Environment* e) {
-    --e->refs;                 // the frame's own count ...
+    --e->refs;                      // the frame's own count ...
     Value last = Value::object(e);  // ... goes with this one
 }
 
@@ -49,8 +49,8 @@ bool dropOwnFunctions(Environment* e, std::uint32_t others) {
     if (e->refs <= others) return true;
     std::uint32_t own = 0;
     const auto isOwn = [e](const Value& v) {
-        return v.kind() == Kind::Function && v.object()->refs == 1 &&
-               v.as<FunctionObject>()->environment.isTrue() && v.as<FunctionObject>()->environment.object() == e;
+        return v.kind() == Kind::Function && v.object()->refs == 1 && v.as<FunctionObject>()->environment.isTrue() &&
+               v.as<FunctionObject>()->environment.object() == e;
     };
     for (std::uint32_t i = 0; i < e->size(); ++i) own += isOwn(e->slots()[i]) ? 1 : 0;
     if (own == 0 || e->refs - others != own) return false;
@@ -182,13 +182,16 @@ void Machine::enter(FunctionObject* function, std::uint32_t count, bool tail) {
 
 Machine::After Machine::fulfil(Request request) {
     switch (request) {
-        case Request::None: return After::Value;
+        case Request::None:
+            return After::Value;
         case Request::Start:
             pushNative(std::move(pendingNative_));
             value_ = Value::quiet();
             return After::Native;
-        case Request::Wait: return After::Wait;
-        case Request::Call: break;
+        case Request::Wait:
+            return After::Wait;
+        case Request::Call:
+            break;
     }
     const auto count = static_cast<std::uint32_t>(pendingArguments_.size());
     stack_.push_back(std::move(pendingFunction_));
@@ -231,9 +234,15 @@ Machine::After Machine::execute() {
         while (same) {
             const Instruction in = *next++;
             switch (static_cast<Op>(in.op)) {
-                case Op::Constant: stack_.push_back(constants[in.index]); break;
-                case Op::Nil: stack_.emplace_back(); break;
-                case Op::Local: stack_.push_back(environment->slots()[in.index]); break;
+                case Op::Constant:
+                    stack_.push_back(constants[in.index]);
+                    break;
+                case Op::Nil:
+                    stack_.emplace_back();
+                    break;
+                case Op::Local:
+                    stack_.push_back(environment->slots()[in.index]);
+                    break;
                 case Op::Outer: {
                     const Value& v = environmentAt(environment, in.depth)->slots()[in.index];
                     if (v.kind() == Kind::Unbound)
@@ -250,15 +259,21 @@ Machine::After Machine::execute() {
                         stack_.push_back(v);
                     break;
                 }
-                case Op::SetLocal: environment->slots()[in.index] = stack_.back(); break;
-                case Op::SetOuter: environmentAt(environment, in.depth)->slots()[in.index] = stack_.back(); break;
+                case Op::SetLocal:
+                    environment->slots()[in.index] = stack_.back();
+                    break;
+                case Op::SetOuter:
+                    environmentAt(environment, in.depth)->slots()[in.index] = stack_.back();
+                    break;
                 case Op::SetGlobal: {
                     Symbol* symbol = constants[in.index].asSymbol();
                     if (symbol->constant) throw LispError("SETQ: cannot change " + symbol->name);
                     symbol->value = stack_.back();
                     break;
                 }
-                case Op::Pop: stack_.pop_back(); break;
+                case Op::Pop:
+                    stack_.pop_back();
+                    break;
                 case Op::Jump:
                     if (next > code + in.index) {
                         if ((++steps_ & (kInterruptInterval - 1)) == 0) checkInterrupt();
@@ -353,17 +368,26 @@ Machine::After Machine::execute() {
                     stack_.back() = std::move(result);
                     break;
                 }
-                case Op::SetUnbound: environment->slots()[in.index] = Value::unbound(); break;
-                case Op::Raise: throw LispError(constants[in.index].text());
+                case Op::SetUnbound:
+                    environment->slots()[in.index] = Value::unbound();
+                    break;
+                case Op::Raise:
+                    throw LispError(constants[in.index].text());
                 case Op::Call:
                 case Op::TailCall: {
                     frame.next = next;
                     const bool tail = static_cast<Op>(in.op) == Op::TailCall;
                     switch (invoke(static_cast<std::uint32_t>(in.index), tail)) {
-                        case After::Value: stack_.push_back(std::move(value_)); break;
-                        case After::Code: same = false; break;
-                        case After::Native: return After::Native;
-                        case After::Wait: return After::Wait;
+                        case After::Value:
+                            stack_.push_back(std::move(value_));
+                            break;
+                        case After::Code:
+                            same = false;
+                            break;
+                        case After::Native:
+                            return After::Native;
+                        case After::Wait:
+                            return After::Wait;
                     }
                     break;
                 }

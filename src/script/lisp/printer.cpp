@@ -19,13 +19,24 @@ void appendHex(std::string& out, std::uint64_t v) {
 
 void appendAtom(std::string& out, const Value& v, bool quoted) {
     switch (v.kind()) {
-        case Kind::Nil: out += "nil"; break;
+        case Kind::Nil:
+            out += "nil";
+            break;
         case Kind::Quiet:
-        case Kind::Unbound: break;
-        case Kind::Integer: out += std::to_string(v.asInteger()); break;
-        case Kind::Real: out += realText(v.asReal()); break;
-        case Kind::Symbol: out += v.asSymbol()->name; break;
-        case Kind::Builtin: out += "<builtin: " + std::string(v.asBuiltin()->name) + ">"; break;
+        case Kind::Unbound:
+            break;
+        case Kind::Integer:
+            out += std::to_string(v.asInteger());
+            break;
+        case Kind::Real:
+            out += realText(v.asReal());
+            break;
+        case Kind::Symbol:
+            out += v.asSymbol()->name;
+            break;
+        case Kind::Builtin:
+            out += "<builtin: " + std::string(v.asBuiltin()->name) + ">";
+            break;
         case Kind::Entity:
             out += "<Entity name: ";
             appendHex(out, v.handle());
@@ -37,15 +48,22 @@ void appendAtom(std::string& out, const Value& v, bool quoted) {
             else
                 out += v.text();
             break;
-        case Kind::Function: out += "<function>"; break;
+        case Kind::Function:
+            out += "<function>";
+            break;
         case Kind::Selection:
             out += "<Selection set: " + std::to_string(v.as<SelectionObject>()->handles.size()) + ">";
             break;
-        case Kind::File: out += "<file: " + v.as<FileObject>()->path + ">"; break;
-        case Kind::Error: out += "<error: " + v.as<ErrorObject>()->message + ">"; break;
+        case Kind::File:
+            out += "<file: " + v.as<FileObject>()->path + ">";
+            break;
+        case Kind::Error:
+            out += "<error: " + v.as<ErrorObject>()->message + ">";
+            break;
         case Kind::Cons:
         case Kind::Code:
-        case Kind::Environment: break;
+        case Kind::Environment:
+            break;
     }
 }
 
@@ -72,13 +90,26 @@ std::string quotedText(std::string_view text) {
     std::string out = "\"";
     for (const char c : text) {
         switch (c) {
-            case '"': out += "\\\""; break;
-            case '\\': out += "\\\\"; break;
-            case '\n': out += "\\n"; break;
-            case '\t': out += "\\t"; break;
-            case '\r': out += "\\r"; break;
-            case '\x1b': out += "\\e"; break;
-            default: out += c;
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\x1b':
+                out += "\\e";
+                break;
+            default:
+                out += c;
         }
     }
     return out + '"';

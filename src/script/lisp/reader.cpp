@@ -79,12 +79,22 @@ Value Reader::readString() {
         c = peek();
         advance();
         switch (c) {
-            case 'n': text += '\n'; break;
-            case 't': text += '\t'; break;
-            case 'r': text += '\r'; break;
-            case 'e': text += '\x1b'; break;
+            case 'n':
+                text += '\n';
+                break;
+            case 't':
+                text += '\t';
+                break;
+            case 'r':
+                text += '\r';
+                break;
+            case 'e':
+                text += '\x1b';
+                break;
             case '\\':
-            case '"': text += c; break;
+            case '"':
+                text += c;
+                break;
             default:
                 // "\123" is a character in octal; any other character stands for itself, its backslash too.
                 if (c >= '0' && c <= '7') {

@@ -47,15 +47,9 @@ Pool& consPool() {
 constexpr std::uint32_t kPooledSlots = 8;
 Pool& environmentPool(std::uint32_t slots) {
     static Pool pools[kPooledSlots + 1] = {
-        Pool(sizeof(Environment)),
-        Pool(sizeof(Environment) + 16),
-        Pool(sizeof(Environment) + 32),
-        Pool(sizeof(Environment) + 48),
-        Pool(sizeof(Environment) + 64),
-        Pool(sizeof(Environment) + 80),
-        Pool(sizeof(Environment) + 96),
-        Pool(sizeof(Environment) + 112),
-        Pool(sizeof(Environment) + 128),
+        Pool(sizeof(Environment)),      Pool(sizeof(Environment) + 16),  Pool(sizeof(Environment) + 32),
+        Pool(sizeof(Environment) + 48), Pool(sizeof(Environment) + 64),  Pool(sizeof(Environment) + 80),
+        Pool(sizeof(Environment) + 96), Pool(sizeof(Environment) + 112), Pool(sizeof(Environment) + 128),
     };
     return pools[slots];
 }
@@ -194,7 +188,8 @@ Environment* Environment::make(Code* code, Environment* parent) {
     made->parent_ = parent;
     if (parent != nullptr) ++parent->refs;
     made->size_ = slots;
-    for (std::uint32_t i = 0; i < slots; ++i) new (made->slots() + i) Value(i < code->bound ? Value() : Value::unbound());
+    for (std::uint32_t i = 0; i < slots; ++i)
+        new (made->slots() + i) Value(i < code->bound ? Value() : Value::unbound());
     return made;
 }
 

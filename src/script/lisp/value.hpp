@@ -26,8 +26,22 @@ class Environment;
 
 /// Kinds of values. Those from String on are counted objects, the others stand in the value itself.
 enum class Kind : std::uint8_t {
-    Nil, Integer, Real, Symbol, Builtin, Entity, Quiet, Unbound,
-    String, Cons, Function, Selection, File, Error, Code, Environment
+    Nil,
+    Integer,
+    Real,
+    Symbol,
+    Builtin,
+    Entity,
+    Quiet,
+    Unbound,
+    String,
+    Cons,
+    Function,
+    Selection,
+    File,
+    Error,
+    Code,
+    Environment
 };
 
 /// Head of every counted object.
@@ -104,9 +118,7 @@ public:
     std::int64_t asInteger() const noexcept { return data_.integer; }
     double asReal() const noexcept { return data_.real; }
     /// Of an integer or a real.
-    double number() const noexcept {
-        return kind_ == Kind::Integer ? static_cast<double>(data_.integer) : data_.real;
-    }
+    double number() const noexcept { return kind_ == Kind::Integer ? static_cast<double>(data_.integer) : data_.real; }
     Symbol* asSymbol() const noexcept { return data_.symbol; }
     const BuiltinDef* asBuiltin() const noexcept { return data_.builtin; }
     std::uint64_t handle() const noexcept { return data_.handle; }
@@ -170,7 +182,20 @@ struct FileObject final : Object {
 
 /// What the compiler treats a list by, when its head is this symbol.
 enum class Form : std::uint8_t {
-    None, Quote, Setq, Defun, Lambda, Function, If, Cond, While, Repeat, Foreach, Progn, And, Or
+    None,
+    Quote,
+    Setq,
+    Defun,
+    Lambda,
+    Function,
+    If,
+    Cond,
+    While,
+    Repeat,
+    Foreach,
+    Progn,
+    And,
+    Or
 };
 
 /// A symbol, one for each name in an engine; it lives as long as the engine.

@@ -42,7 +42,7 @@ std::string typeName(PyObject* value) { return Py_TYPE(value)->tp_name; }
 int components(PyObject* value, std::string_view what, double (&out)[3]) {
     if (PyUnicode_Check(value) || PyBytes_Check(value) || !PySequence_Check(value))
         wrongType(what, "a point such as (x, y)", value);
-    const Ref items(checked(PySequence_Fast(value, "a point must be a sequence")));
+    const Ref items(checked(PySequence_Tuple(value)));
     const Py_ssize_t count = PySequence_Fast_GET_SIZE(items.get());
     if (count != 2 && count != 3)
         fail(PyExc_ValueError, std::string(what) + " must have two or three coordinates, not " + std::to_string(count));
@@ -198,7 +198,8 @@ math::Vector3 vector3From(PyObject* value, std::string_view what) {
 
 Ref sequenceFrom(PyObject* value, std::string_view what) {
     if (PyUnicode_Check(value) || PyBytes_Check(value) || PyDict_Check(value)) wrongType(what, "a list", value);
-    Ref items(PySequence_Fast(value, ""));
+    // A list of its own: conversions may run code that changes the one given.
+    Ref items(PySequence_Tuple(value));
     if (!items) {
         if (!PyErr_ExceptionMatches(PyExc_TypeError)) throw PythonError{};
         PyErr_Clear();

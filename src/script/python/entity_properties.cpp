@@ -149,10 +149,11 @@ engine::XDataItem xdataItem(PyObject* pair) {
 
 void setXdata(engine::Entity& e, PyObject* value) {
     if (!PyDict_Check(value)) fail(PyExc_TypeError, "xdata must be a dict from application name to items");
+    const Ref own(checked(PyDict_Copy(value)));  // conversions may run code that changes the one given
     engine::XData data;
     PyObject *key = nullptr, *items = nullptr;
     Py_ssize_t position = 0;
-    while (PyDict_Next(value, &position, &key, &items)) {
+    while (PyDict_Next(own.get(), &position, &key, &items)) {
         const std::string name = textFrom(key, "an application name");
         if (name.empty()) fail(PyExc_ValueError, "an application name must not be empty");
         const Ref list = sequenceFrom(items, "xdata");

@@ -90,6 +90,7 @@ PyObject* FieldSetter::find(const Field& f) {
         return nullptr;
     }
     ++levels_.back().used;
+    alive_.emplace_back(Py_NewRef(value));
     name_ = pythonName(f.key);
     return value;
 }

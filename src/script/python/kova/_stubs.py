@@ -151,7 +151,7 @@ def _geom_class(cls):
 
 
 def _python_function(name, function, indent="", method=False):
-    signature = str(inspect.signature(function)).replace("typing.", "").replace("'", "").replace('"', "")
+    signature = re.sub(r"(: |-> )'([^']*)'", r"\1\2", str(inspect.signature(function)).replace("typing.", ""))
     signature = re.sub(r"\bkova\.\w+\.", "", signature)
     return f"{indent}def {name}{signature}:{_doc(function.__doc__, indent + '    ')}"
 
