@@ -29,8 +29,4 @@ struct RunOptions {
 /// Parses the arguments behind "run". On a bad one, `unexpected` is that word and the result is nothing.
 std::optional<RunOptions> parseRunOptions(const std::vector<std::string>& arguments, std::string& unexpected);
 
-/// The command lines of a script's text: trimmed, comments (";") dropped, empty lines kept as Enter. A byte-order
-/// mark is passed over, and the last line's end adds no line.
-std::vector<std::string> scriptLines(std::string_view text);
-
 }  // namespace kova::cli

@@ -11,6 +11,7 @@
 #include "cli/options.hpp"
 #include "cli/output.hpp"
 #include "cli/usage.hpp"
+#include "cmd/script_lines.hpp"
 #include "engine/sysvar.hpp"
 #include "headless/session.hpp"
 #include "script/python/interpreter.hpp"
@@ -92,7 +93,7 @@ int runCommand(const std::vector<std::string>& arguments) {
             return kExitFailed;
         }
         const QByteArray text = file.readAll();
-        lines = scriptLines({text.constData(), static_cast<std::size_t>(text.size())});
+        lines = cmd::scriptLines({text.constData(), static_cast<std::size_t>(text.size())});
     }
     lines.insert(lines.end(), options->lines.begin(), options->lines.end());
 

@@ -91,6 +91,10 @@ void Session::queueLines(std::vector<std::string> lines) {
     for (auto it = lines.rbegin(); it != lines.rend(); ++it) pending_.push_front({std::move(*it), depth_ + 1});
 }
 
+void Session::chooseDwgVersion(const std::string& version) {
+    setProperty("kovaDwgVersion", QString::fromStdString(version.starts_with('R') ? version : "R" + version));
+}
+
 void Session::process(const std::string& line) {
     // An empty line at the idle prompt is the last command line, typed again.
     std::string repeated;

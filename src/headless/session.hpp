@@ -68,6 +68,8 @@ public:
     void clearPromptOverride();
     /// Lines fed, in order, once the line being fed is done; for a script within a script they come first.
     void queueLines(std::vector<std::string> lines) override;
+    /// Sets "kovaDwgVersion", as SAVEAS names the version ("2013").
+    void chooseDwgVersion(const std::string& version) override;
     /// Loads the LISP files that were loaded so far again.
     void reloadLisp() override;
     /// Adds a line to the transcript; an empty one is no line.

@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 
 #include "cli/options.hpp"
+#include "cmd/script_lines.hpp"
 
 namespace kova::cli {
 namespace {
@@ -100,10 +101,10 @@ TEST(Options, RepeatsReplaceAndLinesAccumulate) {
 }
 
 TEST(Options, ScriptText) {
-    EXPECT_THAT(scriptLines("\xEF\xBB\xBFLINE\r\n  0,0  \r\n\r\n;note\n  ; note\nEND"),
+    EXPECT_THAT(cmd::scriptLines("\xEF\xBB\xBFLINE\r\n  0,0  \r\n\r\n;note\n  ; note\nEND"),
                 ::testing::ElementsAre("LINE", "0,0", "", "END"));
-    EXPECT_THAT(scriptLines("A\n"), ::testing::ElementsAre("A"));
-    EXPECT_THAT(scriptLines(""), ::testing::IsEmpty());
+    EXPECT_THAT(cmd::scriptLines("A\n"), ::testing::ElementsAre("A"));
+    EXPECT_THAT(cmd::scriptLines(""), ::testing::IsEmpty());
 }
 
 TEST_F(CliTest, RunFeedsScriptThenLinesAndSaves) {

@@ -5,7 +5,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "cli/options.hpp"
+#include "cmd/script_lines.hpp"
 #include "headless/session.hpp"
 
 namespace kova::cli {
@@ -23,7 +23,7 @@ TEST(Examples, ScriptsRunWithoutRefusals) {
         std::ifstream file(entry.path());
         const std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
         headless::Session session;
-        for (const std::string& line : scriptLines(text))
+        for (const std::string& line : cmd::scriptLines(text))
             for (const std::string& out : session.feed(line))
                 for (const char* refusal : {"Unknown command", "Invalid", "not available", "error:", "annot ", "failed"})
                     EXPECT_EQ(out.find(refusal), std::string::npos) << out;

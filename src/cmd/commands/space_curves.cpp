@@ -243,6 +243,8 @@ private:
             spline->knots.insert(spline->knots.end(), 3, to);
         }
         spline->knots.push_back(1.0);
+        for (const Vector2& p : spline->controlPoints)
+            if (!p.is_finite() || !std::isfinite(height)) return message("Invalid input.");
         engine::HelixData data;
         data.axisBase = base_;
         data.start = Vector3(place(0.0), base_.z);

@@ -21,6 +21,7 @@
 //     name, `280 1`, then the pieces as `1` groups of at most kOwnPieceInXrecord bytes.
 //   * the drawing: an XRECORD in the root dictionary under kDrawingKey, in the same form. Its members are those of the
 //     native file's top level that have no other place: see "The drawing's own record" below.
+//   * a hatch whose pattern is the library's has "ownPattern":[], as its record holds the lines as drawn.
 //   * attributes of a block reference (ATTRIB): none, all their fields are native.
 // Within the text a backslash before "U+" or "M+" is followed by the JSON escape of the letter, so that a reader that
 // resolves \U+XXXX in all texts leaves it whole.
@@ -36,6 +37,12 @@
 // file holds; header variables win, as another program may have changed them), "layerStates", "layerStateMasks", and
 // besides "nextHandle" (the counter before saving: it counts when it is above all entity handles), "currentView" (a
 // NamedView record) and "lastPoint" (x, y).
+//
+// Rules that keep own data small
+// -------------------------------
+//   * a hatch loop is an island ("inner") when bits 1 and 16 of its group 92 are clear.
+//   * an LWPOLYLINE of which a vertex has a width or bulge has full lists of them, 0 where no group stands.
+//   * a dimension, leader or tolerance with own data takes its overrides from there, not from the DSTYLE list.
 //
 // Marks of records that the writer had to add
 // --------------------------------------------

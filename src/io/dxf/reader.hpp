@@ -162,6 +162,7 @@ private:
     // reader_hatch.cpp
     std::unique_ptr<engine::Entity> buildHatch(const EntityTags& tags);
     bool readHatchLoop(TagCursor& cursor, engine::HatchEntity& hatch);
+    void dropKnownPattern(engine::HatchEntity& hatch);
     // reader_dimensions.cpp
     std::unique_ptr<engine::Entity> buildDimension(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildLeader(const EntityTags& tags);

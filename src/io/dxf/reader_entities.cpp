@@ -287,7 +287,13 @@ void Reader::takeKnownXdata(engine::XData& data, const EntityTags&, Entity& enti
 }
 
 void Reader::readXdata(const EntityTags& tags, Entity& entity) {
-    if (tags.xdata.empty()) return;
+    const auto settle = [&] {
+        if (entity.type() == engine::EntityType::Hatch) dropKnownPattern(static_cast<engine::HatchEntity&>(entity));
+    };
+    if (tags.xdata.empty()) {
+        settle();
+        return;
+    }
     engine::XData data = xdataOf(tags.xdata);
     std::string own;
     std::erase_if(data.applications, [&](const engine::XData::Application& application) {
@@ -298,6 +304,7 @@ void Reader::readXdata(const EntityTags& tags, Entity& entity) {
         return true;
     });
     takeKnownXdata(data, tags, entity);
+    settle();
     entity.setXdata(std::move(data));
     if (own.empty()) return;
     applyOwnData(own, entity);

@@ -270,4 +270,42 @@ std::unique_ptr<Entity> Reader::buildHatch(const EntityTags& tags) {
     return out;
 }
 
+namespace {
+
+bool sameFamilies(const std::vector<engine::HatchFamily>& a, const std::vector<engine::HatchFamily>& b) {
+    if (a.size() != b.size()) return false;
+    const auto near = [](double x, double y) { return std::abs(x - y) <= 1e-9 * (1.0 + std::abs(x) + std::abs(y)); };
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        const double turn = std::abs(std::remainder(a[i].angle - b[i].angle, math::kTwoPi));
+        if (turn > 1e-9 || !near(a[i].origin.x, b[i].origin.x) || !near(a[i].origin.y, b[i].origin.y) ||
+            !near(a[i].shift.x, b[i].shift.x) || !near(a[i].shift.y, b[i].shift.y) ||
+            !std::equal(a[i].dashes.begin(), a[i].dashes.end(), b[i].dashes.begin(), b[i].dashes.end(), near))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+/// A pattern that is the library's, as drawn with this scale, angle and origin, is not kept in the hatch.
+void Reader::dropKnownPattern(HatchEntity& hatch) {
+    if (hatch.ownPattern.empty()) return;
+    std::vector<engine::HatchFamily> known;
+    if (hatch.patternType == HatchEntity::kUserDefined) {
+        HatchEntity plain(hatch);
+        plain.ownPattern.clear();
+        known = plain.families();
+    } else {
+        const engine::HatchPattern* pattern = drawing_.findHatchPattern(hatch.patternName);
+        if (pattern == nullptr) return;
+        for (const double turn : {0.0, math::kPi / 2.0}) {
+            if (turn != 0.0 && !hatch.doubled) break;
+            for (const engine::HatchFamily& f : pattern->families)
+                known.push_back(engine::placedFamily(f, hatch.patternScale, hatch.patternAngle + turn,
+                                                     hatch.patternOrigin, hatch.patternMirrored));
+        }
+    }
+    if (sameFamilies(known, hatch.families())) hatch.ownPattern.clear();
+}
+
 }  // namespace kova::io::dxf

@@ -194,7 +194,10 @@ bool Writer::write(const HatchEntity& e, const Target& t) {
     if (!solid && e.patternName.empty()) keys.push_back("patternName");
     if (e.patternType < 0 || e.patternType > 2) keys.push_back("patternType");
     if (e.islandStyle < 0 || e.islandStyle > 2) keys.push_back("islandStyle");
-    const OwnData own = gather(e, kElevation | kNormal, keys);
+    // The record holds final values, from which a pattern of its own would be made.
+    const bool fromLibrary = !solid && e.ownPattern.empty();
+    const OwnData own =
+        gather(e, kElevation | kNormal, keys, fromLibrary ? std::string_view("\"ownPattern\":[]") : std::string_view());
     head("HATCH", e, t, own);
     GroupWriter& out = *out_;
     out.subclass("AcDbHatch");

@@ -35,7 +35,6 @@ public:
             v = static_cast<T>(narrow(code, *given));
     }
     void boolean(int code, bool& v) const;
-    /// A bit of a group of flags that has been read; writing is the caller's.
     void text(int code, std::string& v) const;
     void name(int code, engine::Name& v) const;
     void point(int code, math::Vector3& p) const;

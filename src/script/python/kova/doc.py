@@ -13,7 +13,7 @@ from ._tables import Block, Blocks, Layout, Layouts, LinetypeTable, Record, Spac
 
 __all__ = [
     "Block", "Blocks", "Document", "Drawing", "EntityGoneError", "Layout", "Layouts", "LinetypeTable", "Record", "Space",
-    "Table", "Transaction", "Variables", "current", "new", "open", "redo", "save", "transaction", "undo"]
+    "Table", "Transaction", "Variables", "current", "new", "redo", "save", "transaction", "undo"]  # open would hide Python's own
 
 
 class Drawing:
