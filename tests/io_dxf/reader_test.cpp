@@ -323,6 +323,18 @@ TEST(DxfReader, HostileCountsAndCyclesAreHarmless) {
     for (const Entity& e : d.modelSpace()) e.bounds();
 }
 
+TEST(DxfReader, ColumnsOfTextAreJoinedOnceEvenWhenTheyNameEachOther) {
+    const auto column = [](const char* handle, const char* text, const char* next) {
+        return std::string("0 MTEXT|5 ") + handle + "|100 AcDbEntity|8 0|100 AcDbMText|10 0|20 0|40 1|71 1|1 " + text +
+               "|1001 ACAD|1000 ACAD_MTEXT_COLUMNS_BEGIN|1070 47|1070 2|1005 " + next + "|1000 ACAD_MTEXT_COLUMNS_END";
+    };
+    Drawing d;
+    ASSERT_EQ(loadDxfText(entities(column("A1", "one ", "A2") + "|" + column("A2", "two", "A1")), d), "");
+    ASSERT_EQ(d.modelSpace().size(), 1u);
+    EXPECT_EQ(first<MTextEntity>(d)->content, "one two");
+    EXPECT_EQ(first<MTextEntity>(d)->columns.count, 2);
+}
+
 TEST(DxfReader, TruncationAndRandomBytesNeverCrash) {
     const std::string whole =
         header("AC1027") +

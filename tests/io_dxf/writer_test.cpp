@@ -209,6 +209,9 @@ TEST(DxfWriter, RichDrawingComesBackWhole) {
     Drawing again;
     ASSERT_EQ(loadDxfText(dxfText(drawing), again), "");
     EXPECT_EQ(firstDifference(io::native::nativeText(drawing), io::native::nativeText(again)), "");
+    const auto first = tableRecords(dxfGroups(dxfText(drawing)), "APPID");
+    const auto second = tableRecords(dxfGroups(dxfText(again)), "APPID");
+    EXPECT_EQ(first, second);
     // And a second time to the letter.
     EXPECT_EQ(firstDifference(dxfText(drawing), dxfText(again)), "");
 }

@@ -53,9 +53,13 @@ TEST(NativeLoad, SyntaxErrorsAreTheLibrarysAndComeFirst) {
 
 TEST(NativeLoad, OtherFilesAreNotTaken) {
     for (const std::string_view text :
-         {"{}", "[]", "5", "\"kovacad\"", "null", "{\"format\":\"Kovacad\"}", "{\"format\":\"\",\"layers\":5}",
-          "[{\"format\":\"kovacad\"}]", "{\"entities\":[{\"type\":\"Line\",\"startX\":\"no\"}]}"})
+         {"{}", "{\"format\":\"Kovacad\"}", "{\"format\":\"\",\"layers\":5}",
+          "{\"entities\":[{\"type\":\"Line\",\"startX\":\"no\"}]}"})
         EXPECT_EQ(loadError(text), "Not an KovaCAD file") << text;
+    EXPECT_EQ(loadError("[{\"format\":\"kovacad\"}]"),
+              "Load error: [json.exception.type_error.306] cannot use value() with array");
+    EXPECT_EQ(loadError("5"), "Load error: [json.exception.type_error.306] cannot use value() with number");
+    EXPECT_EQ(loadError("\xEF\xBB\xBF null"), "Load error: [json.exception.type_error.306] cannot use value() with null");
 }
 
 TEST(NativeLoad, FilesThatCannotBeOpened) {

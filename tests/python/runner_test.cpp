@@ -96,11 +96,12 @@ TEST_F(PythonTest, FilesOfThePyCommands) {
         file.write(text);
         return file.fileName().toStdString();
     };
-    const std::string script = write("draw.py",
-                                     "import sys, helper\nfrom kova.doc import current\nfrom kova.ent import Circle\n"
-                                     "print('drawing', __name__, len(sys.argv))\n"
-                                     "current().model_space.add(Circle((0, 0), helper.RADIUS))\n");
-    write("helper.py", "RADIUS = 6\n");
+    const std::string script =
+        write("draw.py",
+              "import sys, plate_sizes\nfrom kova.doc import current\nfrom kova.ent import Circle\n"
+              "print('drawing', __name__, len(sys.argv))\n"
+              "current().model_space.add(Circle((0, 0), plate_sizes.RADIUS))\n");
+    write("plate_sizes.py", "RADIUS = 6\n");
     EXPECT_THAT(session.feed("PYSCRIPT " + script), ElementsAre("Command: PYSCRIPT " + script, "drawing __main__ 1"));
     EXPECT_EQ(show("ms[0].radius"), "6.0");
     EXPECT_EQ(document().history().undoLabel(), "PYSCRIPT");

@@ -35,6 +35,13 @@ bool hasKindMembers(OwnDataTree& data) {
 
 }  // namespace
 
+/// A chosen field is written even when it has its default: the native groups may say something else.
+Field OwnFieldWriter::always(const Field& f) const {
+    Field field = f;
+    if (depth_ == 0) field.optional = false;
+    return field;
+}
+
 bool OwnFieldWriter::wanted(const Field& f) {
     if (depth_ > 0) return true;
     const bool chosen = std::find(keys_.begin(), keys_.end(), f.key) != keys_.end();
@@ -43,95 +50,95 @@ bool OwnFieldWriter::wanted(const Field& f) {
 }
 
 void OwnFieldWriter::onNumber(const Field& f, double& v) {
-    if (wanted(f)) RecordWriter::onNumber(f, v);
+    if (wanted(f)) RecordWriter::onNumber(always(f), v);
 }
 
 void OwnFieldWriter::onInteger(const Field& f, std::int64_t& v) {
-    if (wanted(f)) RecordWriter::onInteger(f, v);
+    if (wanted(f)) RecordWriter::onInteger(always(f), v);
 }
 
 void OwnFieldWriter::onBoolean(const Field& f, bool& v) {
-    if (wanted(f)) RecordWriter::onBoolean(f, v);
+    if (wanted(f)) RecordWriter::onBoolean(always(f), v);
 }
 
 void OwnFieldWriter::onText(const Field& f, std::string& v) {
-    if (wanted(f)) RecordWriter::onText(f, v);
+    if (wanted(f)) RecordWriter::onText(always(f), v);
 }
 
 void OwnFieldWriter::onName(const Field& f, engine::Name& v) {
-    if (wanted(f)) RecordWriter::onName(f, v);
+    if (wanted(f)) RecordWriter::onName(always(f), v);
 }
 
 void OwnFieldWriter::onHandle(const Field& f, std::uint64_t& v) {
-    if (wanted(f)) RecordWriter::onHandle(f, v);
+    if (wanted(f)) RecordWriter::onHandle(always(f), v);
 }
 
 void OwnFieldWriter::onColor(const Field& f, engine::Color& v) {
-    if (wanted(f)) RecordWriter::onColor(f, v);
+    if (wanted(f)) RecordWriter::onColor(always(f), v);
 }
 
 void OwnFieldWriter::onPoint(const Field& f, math::Vector2& v) {
-    if (wanted(f)) RecordWriter::onPoint(f, v);
+    if (wanted(f)) RecordWriter::onPoint(always(f), v);
 }
 
 void OwnFieldWriter::onPoint3(const Field& f, math::Vector3& v) {
-    if (wanted(f)) RecordWriter::onPoint3(f, v);
+    if (wanted(f)) RecordWriter::onPoint3(always(f), v);
 }
 
 void OwnFieldWriter::onPointObject(const Field& f, math::Vector2& v) {
-    if (wanted(f)) RecordWriter::onPointObject(f, v);
+    if (wanted(f)) RecordWriter::onPointObject(always(f), v);
 }
 
 void OwnFieldWriter::onPointObject3(const Field& f, math::Vector3& v) {
-    if (wanted(f)) RecordWriter::onPointObject3(f, v);
+    if (wanted(f)) RecordWriter::onPointObject3(always(f), v);
 }
 
 void OwnFieldWriter::onPoints(const Field& f, std::vector<math::Vector2>& v) {
-    if (wanted(f)) RecordWriter::onPoints(f, v);
+    if (wanted(f)) RecordWriter::onPoints(always(f), v);
 }
 
 void OwnFieldWriter::onPoints3(const Field& f, std::vector<math::Vector3>& v) {
-    if (wanted(f)) RecordWriter::onPoints3(f, v);
+    if (wanted(f)) RecordWriter::onPoints3(always(f), v);
 }
 
 void OwnFieldWriter::onNumbers(const Field& f, std::vector<double>& v) {
-    if (wanted(f)) RecordWriter::onNumbers(f, v);
+    if (wanted(f)) RecordWriter::onNumbers(always(f), v);
 }
 
 void OwnFieldWriter::onIntegers(const Field& f, std::vector<std::int32_t>& v) {
-    if (wanted(f)) RecordWriter::onIntegers(f, v);
+    if (wanted(f)) RecordWriter::onIntegers(always(f), v);
 }
 
 void OwnFieldWriter::onBooleans(const Field& f, std::vector<bool>& v) {
-    if (wanted(f)) RecordWriter::onBooleans(f, v);
+    if (wanted(f)) RecordWriter::onBooleans(always(f), v);
 }
 
 void OwnFieldWriter::onHandles(const Field& f, std::vector<std::uint64_t>& v) {
-    if (wanted(f)) RecordWriter::onHandles(f, v);
+    if (wanted(f)) RecordWriter::onHandles(always(f), v);
 }
 
 void OwnFieldWriter::onTexts(const Field& f, std::vector<std::string>& v) {
-    if (wanted(f)) RecordWriter::onTexts(f, v);
+    if (wanted(f)) RecordWriter::onTexts(always(f), v);
 }
 
 void OwnFieldWriter::onNames(const Field& f, std::vector<engine::Name>& v) {
-    if (wanted(f)) RecordWriter::onNames(f, v);
+    if (wanted(f)) RecordWriter::onNames(always(f), v);
 }
 
 void OwnFieldWriter::onIntegerLists(const Field& f, std::vector<std::vector<std::int32_t>>& v) {
-    if (wanted(f)) RecordWriter::onIntegerLists(f, v);
+    if (wanted(f)) RecordWriter::onIntegerLists(always(f), v);
 }
 
 void OwnFieldWriter::onTextLists(const Field& f, std::vector<std::vector<std::string>>& v) {
-    if (wanted(f)) RecordWriter::onTextLists(f, v);
+    if (wanted(f)) RecordWriter::onTextLists(always(f), v);
 }
 
 void OwnFieldWriter::onNumberMap(const Field& f, std::map<std::string, double>& v) {
-    if (wanted(f)) RecordWriter::onNumberMap(f, v);
+    if (wanted(f)) RecordWriter::onNumberMap(always(f), v);
 }
 
 void OwnFieldWriter::onTextMap(const Field& f, std::map<std::string, std::string>& v) {
-    if (wanted(f)) RecordWriter::onTextMap(f, v);
+    if (wanted(f)) RecordWriter::onTextMap(always(f), v);
 }
 
 bool OwnFieldWriter::beginObject(const Field& f, bool present) {
@@ -146,7 +153,7 @@ void OwnFieldWriter::endObject() {
 }
 
 bool OwnFieldWriter::beginList(const Field& f, std::size_t& count) {
-    if (!wanted(f) || !RecordWriter::beginList(f, count)) return false;
+    if (!wanted(f) || !RecordWriter::beginList(always(f), count)) return false;
     ++depth_;
     return true;
 }

@@ -55,6 +55,7 @@ protected:
 
 private:
     bool wanted(const engine::Field& f);
+    engine::Field always(const engine::Field& f) const;
 
     const FieldKeys& keys_;
     int depth_ = 0;

@@ -56,6 +56,9 @@ void Reader::readHeader(const Record& section) {
             decoder_.setUtf8(version_ >= 1021);
         } else if (value.name == "DWGCODEPAGE") {
             decoder_.setCodePage(first.trimmed());
+        } else if (value.name == "MEASUREMENT") {
+            // Decides on the library of patterns that hatches are held against.
+            engine::loadSysVar(drawing_, "MEASUREMENT", SysVarValue(first.integer() != 0 ? 1 : 0));
         } else if (value.name == "HANDSEED") {
             seed_ = first.handle();
             if (seed_ < kMaxHandle) drawing_.nextHandle = std::max(drawing_.nextHandle, seed_);

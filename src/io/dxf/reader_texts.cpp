@@ -434,8 +434,11 @@ void Reader::takeMTextXdata(std::vector<XDataItem>& items, engine::MTextEntity& 
 
 /// Columns that stand in entities of their own become the text's further columns again.
 void Reader::joinColumns() {
+    // A damaged file may have columns of columns: what was taken stays until all links have been looked at.
+    std::vector<std::unique_ptr<Entity>> taken;
     for (const ColumnLink& link : columns_) {
         auto& text = static_cast<engine::MTextEntity&>(*link.entity);
+        if (text.owner() == nullptr) continue;
         std::size_t joined = 0;
         for (const std::uint64_t handle : link.columns) {
             Entity* other = drawing_.findByHandle(handle);
@@ -443,7 +446,7 @@ void Reader::joinColumns() {
                 other->owner() != text.owner())
                 continue;
             text.content += static_cast<engine::MTextEntity&>(*other).content;
-            other->owner()->take(*other);
+            taken.push_back(other->owner()->take(*other));
             ++joined;
         }
         if (joined > 0 && text.columns.count == 0) text.columns.count = static_cast<std::int32_t>(joined) + 1;

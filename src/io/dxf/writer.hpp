@@ -72,10 +72,8 @@ private:
     void dimStyleName(int code, engine::Name name);
 
     // Own data, extended data (writer_own.cpp) ------------------------------------------------------------------
-    /// `native` are the common properties that the kind's groups carry, `own` the fields that they do not, `member` a
-    /// further member as JSON text.
-    OwnData gather(const engine::Entity& entity, unsigned native, const FieldKeys& own = {},
-                   std::string_view member = {});
+    /// `native` are the common properties that the kind's groups carry, `own` the fields that they do not.
+    OwnData gather(const engine::Entity& entity, unsigned native, const FieldKeys& own = {});
     OwnData gatherText(std::string text, std::string_view application, std::uint64_t owner);
     template <class Record>
     OwnData gatherRecord(const Record& record, const FieldKeys& keys, std::uint64_t owner,

@@ -55,10 +55,6 @@ void unusedPoints(const DimensionEntity& e, DimensionType kind, FieldKeys& keys)
             def3 = true;
             dimLine = false;
             break;
-        case DimensionType::Diameter:
-        case DimensionType::Radius:
-            dimLine = false;
-            break;
         default:
             break;
     }
@@ -97,6 +93,12 @@ bool Writer::write(const DimensionEntity& e, const Target& t) {
     if (!e.inspectRate.empty()) keys.push_back("inspectRate");
     if (!isPlain(e.dimStyleName)) keys.push_back("dimStyleName");
 
+    Vector2 middle = e.hasUserText() ? e.userText : layoutDimension(e).textMiddle;
+    if (!finite(middle)) middle = e.dimLine;
+    // A reader takes the place of the text for that of the line.
+    const bool round = kind == DimensionType::Diameter || kind == DimensionType::Radius;
+    if (round && !(middle == e.dimLine)) keys.push_back("dimLine");
+
     std::uint64_t blockRecord = 0;
     const std::string block = picture(e, "*D", blockRecord);
     const OwnData own = gather(e, kElevation | kNormal, keys);
@@ -129,8 +131,7 @@ bool Writer::write(const DimensionEntity& e, const Target& t) {
             break;
     }
     out.point(10, base, z);
-    const Vector2 middle = e.hasUserText() ? e.userText : layoutDimension(e).textMiddle;
-    out.point(11, finite(middle) ? middle : e.dimLine, z);
+    out.point(11, middle, z);
     out.integer(70, kindCode(e, kind) | 32 | (e.hasUserText() ? 128 : 0));
     if (!e.textOverride.empty()) out.text(1, e.textOverride);
     out.integer(71, 5);

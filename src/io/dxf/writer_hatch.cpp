@@ -177,7 +177,8 @@ bool Writer::write(const HatchEntity& e, const Target& t) {
     if (empty) return false;
     FieldKeys keys;
     if (!std::all_of(e.loops.begin(), e.loops.end(), isExact)) keys.push_back("loops");
-    if (!e.ownPattern.empty()) keys.push_back("ownPattern");
+    // The record holds final values; without this a pattern of its own would be made from them.
+    if (!e.isSolid() || !e.ownPattern.empty()) keys.push_back("ownPattern");
     if (!(e.patternOrigin == Vector2{})) keys.push_back("patternOrigin");
     if (e.patternMirrored) keys.push_back("patternMirrored");
     if (e.gradient) {
@@ -194,10 +195,7 @@ bool Writer::write(const HatchEntity& e, const Target& t) {
     if (!solid && e.patternName.empty()) keys.push_back("patternName");
     if (e.patternType < 0 || e.patternType > 2) keys.push_back("patternType");
     if (e.islandStyle < 0 || e.islandStyle > 2) keys.push_back("islandStyle");
-    // The record holds final values, from which a pattern of its own would be made.
-    const bool fromLibrary = !solid && e.ownPattern.empty();
-    const OwnData own =
-        gather(e, kElevation | kNormal, keys, fromLibrary ? std::string_view("\"ownPattern\":[]") : std::string_view());
+    const OwnData own = gather(e, kElevation | kNormal, keys);
     head("HATCH", e, t, own);
     GroupWriter& out = *out_;
     out.subclass("AcDbHatch");

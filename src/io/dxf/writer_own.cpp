@@ -8,7 +8,7 @@ using engine::Name;
 using engine::XData;
 using engine::XDataItem;
 
-OwnData Writer::gather(const Entity& e, unsigned native, const FieldKeys& own, std::string_view member) {
+OwnData Writer::gather(const Entity& e, unsigned native, const FieldKeys& own) {
     FieldKeys common;
     if (!(native & kElevation) && e.elevation != 0.0) common.push_back("elevation");
     if (!(native & kThickness) && e.thickness() != 0.0) common.push_back("thickness");
@@ -19,18 +19,12 @@ OwnData Writer::gather(const Entity& e, unsigned native, const FieldKeys& own, s
     if (e.transparency < 0 || e.transparency > 100) common.push_back("transparency");
     if (!isPlain(e.layer)) common.push_back("layer");
     if (!isPlain(e.linetype)) common.push_back("linetype");
-    if (common.empty() && own.empty() && member.empty()) return {};
-    std::string_view application =
-        own.empty() && member.empty() && e.annotative() ? "KOVA_ANNOTATIVE" : ownApplication(e.type());
+    if (common.empty() && own.empty()) return {};
+    std::string_view application = own.empty() && e.annotative() ? "KOVA_ANNOTATIVE" : ownApplication(e.type());
     // The user's own data of that name stays the user's.
     if (const XData* xdata = e.xdata(); xdata != nullptr && xdata->find(Name(application)) != nullptr)
         application = kOwnFallbackApplication;
-    std::string text = ownDataOf(e, common, own);
-    if (!member.empty()) {
-        if (text.empty()) text = "{}";
-        text.insert(1, text.size() > 2 ? std::string(member) + "," : std::string(member));
-    }
-    return gatherText(std::move(text), application, e.handle());
+    return gatherText(ownDataOf(e, common, own), application, e.handle());
 }
 
 OwnData Writer::gatherText(std::string text, std::string_view app, std::uint64_t owner) {

@@ -32,6 +32,11 @@ nlohmann::json sample(JsonType type) {
 
 }  // namespace
 
+void throwNoObject(JsonType found) {
+    static_cast<void>(sample(found).value("format", std::string()));
+    throw std::logic_error("an object was taken for none");
+}
+
 void throwTypeError(JsonType wanted, JsonType found) {
     const nlohmann::json value = sample(found);
     switch (wanted) {

@@ -18,6 +18,8 @@ inline constexpr std::size_t kMaxDepth = 512;
 /// Fails as the JSON library does when a value of one type is asked for and another one is found: "type must be
 /// number, but is string" and the like.
 [[noreturn]] void throwTypeError(JsonType wanted, JsonType found);
+/// Throws what the library says when a member is looked up in a value that is no object.
+[[noreturn]] void throwNoObject(JsonType found);
 /// The library's failure for a member that is asked for in a value that has none.
 [[noreturn]] void throwNoMembers(JsonType found);
 

@@ -247,13 +247,28 @@ void Loader::ensureStandardRecords() {
         drawing_.activeLayoutName = drawing_.layouts().front()->name;
 }
 
+/// The type of a valid JSON text's value, by its first character.
+JsonType firstType(std::string_view text) {
+    const std::size_t at = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
+    switch (at == std::string_view::npos ? 'n' : text[at]) {
+        case '{': return JsonType::Object;
+        case '[': return JsonType::Array;
+        case '"': return JsonType::Text;
+        case 't':
+        case 'f': return JsonType::Boolean;
+        case 'n': return JsonType::Null;
+        default: return JsonType::Float;
+    }
+}
+
 std::string Loader::load(std::string_view text) {
     const ParseOutcome outcome = parseDrawingText(text, tree_, *this);
     if (!outcome.syntaxError.empty()) return "JSON parse error: " + outcome.syntaxError;
     if (!outcome.otherError.empty()) return "Load error: " + outcome.otherError;
     try {
         const Index root = outcome.root;
-        const Index format = root == JsonTree::kNone ? root : tree_.find(root, "format");
+        if (root == JsonTree::kNone) throwNoObject(firstType(text));
+        const Index format = tree_.find(root, "format");
         if (format == JsonTree::kNone || tree_.text(format) != "kovacad") return "Not an KovaCAD file";
 
         const auto checkPart = [](const std::exception_ptr& problem) {

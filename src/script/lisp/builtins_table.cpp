@@ -15,7 +15,7 @@ using math::Vector3;
 
 namespace {
 
-// A record's name holds the table in bits 56..62 and the address of the interned name below.
+// A record's name holds the table in bits 56..62 and a number below.
 constexpr int kKindShift = 56;
 
 constexpr std::pair<std::string_view, RecordKind> kTables[] = {
@@ -240,15 +240,20 @@ Value dictionaryGroups(const Drawing& d, const std::string& path) {
     return out.finish();
 }
 
-/// The interned name at an address that recordName has put into a name; only addresses of known names count.
-std::unordered_map<std::uint64_t, Name>& knownNames() {
-    static std::unordered_map<std::uint64_t, Name> names;
-    return names;
+/// The records that have been named: what a name holds is a number by this list, so that it is the same in every run.
+struct NamedRecords {
+    std::map<std::pair<RecordKind, const void*>, std::uint64_t> numbers;
+    std::vector<Name> names;
+};
+NamedRecords& namedRecords() {
+    static NamedRecords records;
+    return records;
 }
 
 std::optional<Name> nameOf(std::uint64_t record) {
-    const auto it = knownNames().find(record);
-    return it == knownNames().end() ? std::nullopt : std::optional<Name>(it->second);
+    const std::uint64_t number = record & ((std::uint64_t{1} << kKindShift) - 1);
+    const std::vector<Name>& names = namedRecords().names;
+    return number < names.size() ? std::optional<Name>(names[number]) : std::nullopt;
 }
 
 RecordKind kindOf(std::uint64_t record) { return static_cast<RecordKind>((record >> kKindShift) & 0x7F); }
@@ -319,11 +324,10 @@ Value regApp(Machine& m, Value* v, int) {
 }  // namespace
 
 std::uint64_t recordName(RecordKind kind, Name name) {
-    const auto address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(name.key()));
-    const std::uint64_t record = (std::uint64_t{1} << 63) | (static_cast<std::uint64_t>(kind) << kKindShift) |
-                                 (address & ((std::uint64_t{1} << kKindShift) - 1));
-    knownNames().emplace(record, name);
-    return record;
+    NamedRecords& records = namedRecords();
+    const auto [it, fresh] = records.numbers.try_emplace({kind, name.key()}, records.names.size());
+    if (fresh) records.names.push_back(name);
+    return (std::uint64_t{1} << 63) | (static_cast<std::uint64_t>(kind) << kKindShift) | it->second;
 }
 
 Value recordGroups(Machine& m, std::uint64_t handle) {

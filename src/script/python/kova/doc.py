@@ -11,9 +11,10 @@ from _kova import EntityGoneError
 
 from ._tables import Block, Blocks, Layout, Layouts, LinetypeTable, Record, Space, Table, Variables
 
+# Without open, which would hide Python's own.
 __all__ = [
-    "Block", "Blocks", "Document", "Drawing", "EntityGoneError", "Layout", "Layouts", "LinetypeTable", "Record", "Space",
-    "Table", "Transaction", "Variables", "current", "new", "redo", "save", "transaction", "undo"]  # open would hide Python's own
+    "Block", "Blocks", "Document", "Drawing", "EntityGoneError", "Layout", "Layouts", "LinetypeTable", "Record",
+    "Space", "Table", "Transaction", "Variables", "current", "new", "redo", "save", "transaction", "undo"]
 
 
 class Drawing:
