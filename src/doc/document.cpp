@@ -109,12 +109,14 @@ void Document::rollbackGroup() {
 
 void Document::record(std::unique_ptr<IUndoableAction> action) {
     if (!action || restoring_) return;
-    if (open_) {
-        open_->actions.push_back(std::move(action));
-        return;
-    }
+    const auto append = [this](std::unique_ptr<IUndoableAction> recorded) {
+        open_->measuredBytes += recorded->sizeInBytes();
+        ++open_->measuredActions;
+        open_->actions.push_back(std::move(recorded));
+    };
+    if (open_) return append(std::move(action));
     beginGroup(action->description());
-    open_->actions.push_back(std::move(action));
+    append(std::move(action));
     endGroup();
 }
 

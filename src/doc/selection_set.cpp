@@ -6,7 +6,7 @@ namespace {
 
 /// Appends to `list` the ids that are no members yet, and makes them members.
 void insertNew(const std::vector<std::uint64_t>& ids, std::vector<std::uint64_t>& list,
-               std::set<std::uint64_t>& members) {
+               std::pmr::set<std::uint64_t>& members) {
     for (const std::uint64_t id : ids) {
         // Ids mostly come in rising order, for which the end is the right hint.
         const std::size_t known = members.size();
@@ -44,7 +44,14 @@ bool SelectionSet::add(std::uint64_t id) {
 
 std::size_t SelectionSet::remove(const std::vector<std::uint64_t>& ids) {
     std::size_t removed = 0;
-    for (const std::uint64_t id : ids) removed += members_.erase(id);
+    auto next = members_.end();
+    for (const std::uint64_t id : ids) {
+        // Ids mostly come in rising order: the next one stands behind the last.
+        if (next == members_.end() || *next != id) next = members_.find(id);
+        if (next == members_.end()) continue;
+        next = members_.erase(next);
+        ++removed;
+    }
     if (removed == 0) return 0;
     stale_ = true;
     Q_EMIT selectionChanged();
@@ -60,7 +67,7 @@ bool SelectionSet::remove(std::uint64_t id) {
 
 void SelectionSet::set(std::vector<std::uint64_t> ids) {
     std::vector<std::uint64_t> list;
-    std::set<std::uint64_t> members;
+    std::pmr::set<std::uint64_t> members(&pool_);
     list.reserve(ids.size());
     insertNew(ids, list, members);
     if (list == this->ids()) return;

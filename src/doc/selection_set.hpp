@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <cstdint>
+#include <memory_resource>
 #include <set>
 #include <vector>
 
@@ -42,7 +43,8 @@ private:
     // taking out many one by one stays fast.
     mutable std::vector<std::uint64_t> ids_;
     mutable bool stale_ = false;
-    std::set<std::uint64_t> members_;
+    std::pmr::unsynchronized_pool_resource pool_;  // keeps the members of a large selection close together
+    std::pmr::set<std::uint64_t> members_{&pool_};
 };
 
 }  // namespace kova::doc

@@ -7,6 +7,7 @@ namespace {
 /// What a group is counted with: a fixed part, its label, its list of actions and what the actions hold.
 std::size_t estimateOf(const UndoGroup& group) {
     std::size_t bytes = 64 + group.label.capacity() + group.actions.capacity() * 8;
+    if (group.measuredActions == group.actions.size()) return bytes + group.measuredBytes;
     for (const auto& action : group.actions) bytes += action->sizeInBytes();
     return bytes;
 }

@@ -27,6 +27,10 @@ public:
 struct UndoGroup {
     std::string label;
     std::vector<std::unique_ptr<IUndoableAction>> actions;
+    /// Sum of the sizes of the first `measuredActions` actions, taken as they were recorded: what an action holds
+    /// is in the cache then.
+    std::size_t measuredBytes = 0;
+    std::size_t measuredActions = 0;
     std::uint64_t sequence = 0;  ///< given when the group enters the history; the first gets 1
     std::size_t estimate = 0;    ///< bytes, as counted in the history's total
 };

@@ -164,8 +164,8 @@ private:
     friend class EntityList;
 
     std::uint64_t revision_ = 0;
-    EntityIndex<&Entity::id> byId_;
-    EntityIndex<&Entity::handle> byHandle_;
+    PagedEntityIndex<&Entity::id> byId_;
+    PagedEntityIndex<&Entity::handle> byHandle_;
     std::vector<std::unique_ptr<Block>> blocks_;
     std::unordered_map<const void*, Block*> blockIndex_;
     std::vector<std::unique_ptr<Layout>> layouts_;

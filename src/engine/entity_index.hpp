@@ -1,6 +1,8 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 namespace kova::engine {
@@ -66,6 +68,61 @@ private:
     }
 
     std::vector<Entity*> table_;
+    std::size_t count_ = 0;
+};
+
+/// Finds entities by keys that mostly follow each other (ids, handles): pages of pointers, so that entities made one
+/// after the other are found in memory one after the other. Stray keys, for which a page would be a waste, go
+/// to an EntityIndex: the memory stays within a small multiple of the number of entities, whatever the keys.
+template <std::uint64_t (Entity::*Key)() const>
+class PagedEntityIndex {
+public:
+    Entity* find(std::uint64_t key) const {
+        const std::uint64_t page = key / kPageSize;
+        if (page < pages_.size() && pages_[page])
+            if (Entity* e = (*pages_[page])[key % kPageSize]) return e;
+        return stray_.size() != 0 ? stray_.find(key) : nullptr;
+    }
+    void insert(Entity* entity) {
+        const std::uint64_t key = (entity->*Key)();
+        ++count_;
+        if (Page* page = pageFor(key / kPageSize)) (*page)[key % kPageSize] = entity;
+        else stray_.insert(entity);
+    }
+    void erase(const Entity* entity) {
+        const std::uint64_t key = (entity->*Key)();
+        const std::uint64_t page = key / kPageSize;
+        if (page < pages_.size() && pages_[page] && (*pages_[page])[key % kPageSize] == entity) {
+            (*pages_[page])[key % kPageSize] = nullptr;
+            --count_;
+            return;
+        }
+        const std::size_t before = stray_.size();
+        stray_.erase(entity);
+        count_ -= before - stray_.size();
+    }
+    std::size_t size() const { return count_; }
+
+private:
+    static constexpr std::uint64_t kPageSize = 1024;
+    static constexpr std::uint64_t kMaxPages = std::uint64_t{1} << 17;
+    using Page = std::array<Entity*, kPageSize>;
+
+    Page* pageFor(std::uint64_t page) {
+        if (page >= kMaxPages) return nullptr;
+        if (page < pages_.size() && pages_[page]) return pages_[page].get();
+        // A page in eight must be filled, on the whole.
+        if ((made_ + 1) * kPageSize > 8 * count_ + 16 * kPageSize) return nullptr;
+        if (page >= pages_.size()) pages_.resize(page + 1);
+        pages_[page] = std::make_unique<Page>();
+        pages_[page]->fill(nullptr);
+        ++made_;
+        return pages_[page].get();
+    }
+
+    std::vector<std::unique_ptr<Page>> pages_;
+    EntityIndex<Key> stray_;
+    std::size_t made_ = 0;
     std::size_t count_ = 0;
 };
 

@@ -10,6 +10,7 @@
 #include "engine/entities/line.hpp"
 #include "headless/session.hpp"
 #include "headless/templates.hpp"
+#include "io/native/native_file.hpp"
 
 namespace kova::headless {
 namespace {
@@ -172,6 +173,17 @@ TEST_F(SessionTest, NewDrawingsAndTemplates) {
     EXPECT_THAT(session.takeOutput(), ElementsAre("Template not found: nowhere.dwt Created a blank drawing."));
     write("broken.dwt", "{\"format\": ");
     EXPECT_THAT(session.newFromTemplate(path("broken.dwt")), ::testing::StartsWith("Could not load the template: JSON parse error: "));
+}
+
+// The templates that are shipped as files are what the program makes by itself where no file is found.
+TEST_F(SessionTest, ShippedTemplatesAreTheBuiltInOnes) {
+    for (const auto& [name, file] : {std::pair{"imperial", "acad.dwt"}, {"metric", "acadiso.dwt"}, {"metric-a4", "acadiso-a4.dwt"}}) {
+        engine::Drawing shipped;
+        ASSERT_EQ(loadTemplate(std::string(KOVA_SOURCE_DIR "/templates/") + file, shipped), "");
+        engine::Drawing own;
+        ASSERT_EQ(loadTemplate(name, own), "");
+        EXPECT_EQ(io::native::nativeText(shipped), io::native::nativeText(own)) << name;
+    }
 }
 
 TEST_F(SessionTest, SavingAndOpening) {

@@ -22,7 +22,8 @@
 //   * the drawing: an XRECORD in the root dictionary under kDrawingKey, in the same form. Its members are those of the
 //     native file's top level that have no other place: see "The drawing's own record" below.
 //   * a hatch whose pattern is the library's has "ownPattern":[], as its record holds the lines as drawn.
-//   * attributes of a block reference (ATTRIB): none, all their fields are native.
+//   * attributes of a block reference (ATTRIB): none; one that its record cannot say exactly is in the own data of the
+//     reference, with all others ("attributes").
 // Within the text a backslash before "U+" or "M+" is followed by the JSON escape of the letter, so that a reader that
 // resolves \U+XXXX in all texts leaves it whole.
 //
@@ -31,7 +32,7 @@
 // Members of the native file's top level, in its form, so that native::readLeadingSections and readTrailingSections
 // take them: "properties", "layerFilters", "shapeFiles", "snapBase", "dimStyleOverrides" and "dimStyleNameOverrides"
 // (there even when empty: the header's dimension variables then add nothing), "hatchPatterns", "objectDictionary"
-// (only entries that a DXF dictionary cannot hold: see namedObjectIsNative; the others are objects under the root
+// (only entries that a DXF dictionary cannot hold; the others are objects under the root
 // dictionary in their order), "appIds" (the drawing's own list in its order; APPID holds the program's besides),
 // "currentUcs", "currentUcsAxes", "activeLayout", "tilemode", "currentColor", "systemVariables" (all that the native
 // file holds; header variables win, as another program may have changed them), "layerStates", "layerStateMasks", and

@@ -59,6 +59,8 @@ void Writer::objectsSection() {
     out.subclass("AcDbDictionaryWithDefault");
     out.handle(340, fixed_.plotStyle);
     objectHead("ACDBPLACEHOLDER", fixed_.plotStyle, fixed_.plotStyleNames);
+    ++classCounts_["ACDBDICTIONARYWDFLT"];
+    ++classCounts_["ACDBPLACEHOLDER"];
 
     groups();
     layoutObjects();

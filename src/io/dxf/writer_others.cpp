@@ -57,8 +57,9 @@ bool Writer::write(const MLineEntity& e, const Target& t) {
         if (r.handle == style) record = &r;
     if (record->name != e.styleName.view() || e.elements.size() > 16) keys.push_back("styleName");
     // The style carries the elements; colours without an index and what is over sixteen elements stay here.
-    if (e.elements.size() > 16 || std::any_of(e.elements.begin(), e.elements.end(),
-                                              [this](const MLineElement& element) { return !isPlain(element.linetype); }))
+    if (e.elements.size() > 16 ||
+        std::any_of(e.elements.begin(), e.elements.end(),
+                    [this](const MLineElement& element) { return !isPlain(element.linetype); }))
         keys.push_back("elements");
     if ((e.flags & ~0x773) != 0) keys.push_back("flags");
     if (static_cast<int>(e.justification) > 2) keys.push_back("justificationAcad");

@@ -1,0 +1,47 @@
+#include "cmd/reference_measure.hpp"
+
+namespace kova::cmd {
+
+using math::Vector2;
+
+Task<double> askReference(Ask& ask, const engine::Drawing& drawing, std::string prompt, bool angle, double fallback) {
+    for (;;) {
+        // Asked as a text: the first of two points may be typed relative to the last point, which must not count as
+        // the first point itself.
+        const Answer answer = co_await ask.text(prompt);
+        if (answer.isEnter()) co_return fallback;
+        const PointContext context = PointContext::of(drawing);
+        const std::optional<double> typed = angle ? parseAngleInput(answer.text, context) : parseNumber(answer.text);
+        if (typed) {
+            if (angle || *typed > 0.0) co_return *typed;
+            ask.message("Invalid value.");
+            continue;
+        }
+        const std::optional<Vector2> first = parsePointInput(answer.text, ask.lastPoint(), Vector2{}, context);
+        if (!first) {
+            ask.message("Invalid value.");
+            continue;
+        }
+        const Answer second = co_await ask.point("Specify second point:", {}, *first);
+        if (!second.isPoint()) co_return fallback;
+        if (second.point == *first) {
+            ask.message("The two points coincide.");
+            continue;
+        }
+        co_return angle ? (second.point - *first).angle() : first->distance_to(second.point);
+    }
+}
+
+Task<std::optional<double>> askByTwoPoints(Ask& ask, bool angle) {
+    const Answer first = co_await ask.point("Specify first point:");
+    if (!first.isPoint()) co_return std::nullopt;
+    for (;;) {
+        const Answer second = co_await ask.point("Specify second point:", {}, first.point);
+        if (!second.isPoint()) co_return std::nullopt;
+        const Vector2 way = second.point - first.point;
+        if (way != Vector2{}) co_return angle ? way.angle() : way.length();
+        ask.message("The two points coincide.");
+    }
+}
+
+}  // namespace kova::cmd
