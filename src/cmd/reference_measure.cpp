@@ -17,7 +17,8 @@ Task<double> askReference(Ask& ask, const engine::Drawing& drawing, std::string 
             ask.message("Invalid value.");
             continue;
         }
-        const std::optional<Vector2> first = parsePointInput(answer.text, ask.lastPoint(), Vector2{}, context);
+        std::optional<Vector2> first = ask.lastPoint();
+        if (trimmed(answer.text) != "@") first = parsePointInput(answer.text, ask.lastPoint(), Vector2{}, context);
         if (!first) {
             ask.message("Invalid value.");
             continue;
