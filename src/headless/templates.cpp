@@ -29,6 +29,8 @@ constexpr StandardTemplate kTemplates[] = {
     {"acadiso-a4.dwt", "metric-a4", engine::UnitSystem::Metric, "ISO A4", 297.0, 210.0},
 };
 
+constexpr const char* kDateVariables[] = {"TDCREATE", "TDUCREATE", "TDUPDATE", "TDUUPDATE"};
+
 void applyStandard(const StandardTemplate& standard, engine::Drawing& drawing) {
     engine::applyStartingValues(drawing, standard.units);
     drawing.layers.ensure(engine::commonNames().defpoints);
@@ -92,9 +94,14 @@ std::string loadTemplate(const std::string& name, engine::Drawing& drawing) {
             return "Template not found: " + name;
         }
     }
+    // A drawing made from a template is as old as a fresh one, not as old as the template.
+    const auto fresh = drawing.realVariables;
     OpenReport report;
     const std::string reason = openDrawing(path, drawing, report);
-    return reason.empty() ? reason : "Could not load the template: " + reason;
+    if (!reason.empty()) return "Could not load the template: " + reason;
+    for (const char* date : kDateVariables)
+        if (const auto it = fresh.find(date); it != fresh.end()) drawing.realVariables[date] = it->second;
+    return {};
 }
 
 }  // namespace kova::headless
