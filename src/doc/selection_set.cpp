@@ -43,6 +43,12 @@ bool SelectionSet::add(std::uint64_t id) {
 }
 
 std::size_t SelectionSet::remove(const std::vector<std::uint64_t>& ids) {
+    if (!stale_ && !ids.empty() && ids == ids_) {
+        // All that is selected, as after ERASE: no search for each.
+        const std::size_t all = members_.size();
+        clear();
+        return all;
+    }
     std::size_t removed = 0;
     auto next = members_.end();
     for (const std::uint64_t id : ids) {
