@@ -5,6 +5,16 @@
 
 namespace kova::cmd {
 
+std::string AppServices::readDrawing(const std::string&, engine::Drawing&) { return "Files cannot be read here."; }
+
+std::string AppServices::writeDrawing(const engine::Drawing&, const std::string&) {
+    return "Files cannot be written here.";
+}
+
+std::string AppServices::plot(std::span<const engine::PlotPage>, engine::PlotFormat, const std::string&) {
+    return "Plots cannot be written here.";
+}
+
 void AppServices::chooseDwgVersion(const std::string& /*version*/) {}
 
 void AppServices::reloadLisp() {}

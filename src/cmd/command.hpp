@@ -2,10 +2,17 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "cmd/tool.hpp"
+
+namespace kova::engine {
+struct PlotPage;
+enum class PlotFormat;
+}  // namespace kova::engine
 
 namespace kova::cmd {
 
@@ -30,6 +37,12 @@ public:
     virtual std::string save(const std::string& path) = 0;
     /// A fresh drawing, or one from a template; prints its line itself.
     virtual void newDrawing(const std::string& templateName) = 0;
+    /// Reads a drawing file (.kvcad, .dxf, .dwg) into a fresh drawing, beside the open one. Default: refuses.
+    virtual std::string readDrawing(const std::string& path, engine::Drawing& drawing);
+    /// Writes a drawing that is not the open one, in the format of the path's extension. Default: refuses.
+    virtual std::string writeDrawing(const engine::Drawing& drawing, const std::string& path);
+    /// Plots pages to a file: PDF a page each, the other formats the first page. Default: refuses.
+    virtual std::string plot(std::span<const engine::PlotPage> pages, engine::PlotFormat format, const std::string& path);
     /// Lines that are fed, in order, when the running command's line is done.
     virtual void queueLines(std::vector<std::string> lines) = 0;
     /// Version of DWG files that following saves write, as SAVEAS names it ("2013"). Default: nothing.
@@ -54,6 +67,8 @@ struct CommandContext {
     /// Set by a one-shot command that needs a dialogue after all (ERASE with nothing selected); never when
     /// transparent. The processor runs it as if the command were interactive.
     std::unique_ptr<Tool> handOver;
+    /// Set by a one-shot command to what P selects from now on, by id.
+    std::optional<std::vector<std::uint64_t>> previous = {};
 
     engine::Drawing& drawing() const { return document.drawing(); }
     void message(const std::string& text) const { host.message(text); }

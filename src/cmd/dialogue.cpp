@@ -51,7 +51,9 @@ Ask::Awaiter Ask::object(std::string prompt, std::string_view keywords,
     return {*this, std::move(request)};
 }
 
-Ask::Awaiter Ask::selection(std::string prompt) { return {*this, {Kind::Selection, std::move(prompt)}}; }
+Ask::Awaiter Ask::selection(std::string prompt, std::string_view keywords) {
+    return {*this, {Kind::Selection, std::move(prompt), parseKeywords(keywords)}};
+}
 
 void Ask::message(const std::string& text) const { tool_.message(text); }
 
@@ -60,11 +62,15 @@ void Ask::suspend(std::coroutine_handle<> handle, Request request) {
     request_ = std::move(request);
     firstOfTwo_.reset();
     if (request_.kind == Kind::Selection)
-        tool_.setPrompt(tool_.document().selection().empty() && !request_.prompt.empty()
-                            ? request_.prompt
-                            : selectionPrompt(tool_.document().selection().size()));
+        tool_.setPrompt(selectionText());
     else
         tool_.setPrompt(request_.prompt);
+}
+
+std::string Ask::selectionText() const {
+    const std::size_t count = tool_.document().selection().size();
+    const bool own = !request_.prompt.empty() && (count == 0 || !request_.keywords.empty());
+    return own ? request_.prompt : selectionPrompt(count);
 }
 
 void Ask::refuse(const char* text) { tool_.message(request_.refusal.empty() ? text : request_.refusal); }
@@ -104,6 +110,11 @@ bool Ask::accept(const std::string& line) {
     answer_.text = line;
     if (request_.kind == Kind::Selection) {
         doc::SelectionSet& selection = tool_.document().selection();
+        if (std::string word = matchKeyword(line, request_.keywords); !word.empty()) {
+            answer_.kind = Answer::Kind::Keyword;
+            answer_.word = std::move(word);
+            return true;
+        }
         if (line.empty()) {
             answer_.kind = Answer::Kind::Selection;
             answer_.ids = selection.ids();
@@ -111,7 +122,7 @@ bool Ask::accept(const std::string& line) {
         }
         if (isAllKeyword(line)) {
             selection.add(selectAll(tool_.document()));
-            tool_.setPrompt(selectionPrompt(selection.size()));
+            tool_.setPrompt(selectionText());
         } else {
             tool_.setPrompt(kSelectionHelpPrompt);
         }
@@ -170,7 +181,9 @@ bool Ask::accept(const std::string& line) {
                 entity = named->entity;
                 answer_.point = named->point;
             } else if (const auto p = parsePointInput(line, lastPoint(), {}, PointContext::of(tool_.drawing()))) {
-                entity = pickEntity(tool_.document(), *p);
+                // What lies in front but is of no use here does not hide what is.
+                entity = pickEntity(tool_.document(), *p, request_.filter);
+                if (entity == nullptr && request_.filter) entity = pickEntity(tool_.document(), *p);
                 answer_.point = *p;
             } else {
                 refuse(request_.keywords.empty() ? "Invalid input." : "Invalid point or option keyword.");
@@ -245,7 +258,7 @@ bool DialogueTool::isSelectingObjects() const {
 }
 
 void DialogueTool::selectionChanged() {
-    if (isSelectingObjects()) setPrompt(selectionPrompt(document().selection().size()));
+    if (isSelectingObjects()) setPrompt(ask_.selectionText());
 }
 
 Task<bool> askYesNo(Ask& ask, std::string prompt, bool fallback) {

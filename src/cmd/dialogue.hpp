@@ -171,7 +171,9 @@ public:
     Awaiter object(std::string prompt, std::string_view keywords = {},
                    std::function<bool(const engine::Entity&)> filter = {});
     /// The shared selection: what is selected already plus what the user adds, ended by Enter. The ids may be empty.
-    Awaiter selection(std::string prompt = {});
+    /// Keywords must not be words of the selection itself (W, C, L, P, A ...); the prompt is shown while nothing is
+    /// selected, and with keywords always.
+    Awaiter selection(std::string prompt = {}, std::string_view keywords = {});
     Awaiter request(Request r) { return {*this, std::move(r)}; }
 
     /// The last point of the running command; the origin when there is none.
@@ -188,6 +190,7 @@ private:
     bool accept(const std::string& line);
     bool acceptMeasure(const std::string& line);
     void refuse(const char* text);
+    std::string selectionText() const;
 
     DialogueTool& tool_;
     std::coroutine_handle<> waiting_;

@@ -13,22 +13,6 @@ using math::Vector2;
 
 namespace {
 
-bool takesThickness(engine::EntityType type) {
-    using engine::EntityType;
-    switch (type) {
-        case EntityType::Line:
-        case EntityType::Circle:
-        case EntityType::Arc:
-        case EntityType::Polyline:
-        case EntityType::Point:
-        case EntityType::Text:
-        case EntityType::Solid2D:
-            return true;
-        default:
-            return false;
-    }
-}
-
 /// Entities looked at from the end of the space for the last curve.
 constexpr std::uint32_t kLookBack = 10000;
 
@@ -47,6 +31,22 @@ std::optional<CurveEnd> endOf(const engine::Entity& entity) {
 }
 
 }  // namespace
+
+bool takesThickness(engine::EntityType type) {
+    using engine::EntityType;
+    switch (type) {
+        case EntityType::Line:
+        case EntityType::Circle:
+        case EntityType::Arc:
+        case EntityType::Polyline:
+        case EntityType::Point:
+        case EntityType::Text:
+        case EntityType::Solid2D:
+            return true;
+        default:
+            return false;
+    }
+}
 
 void applyCurrentValues(doc::Document& document, engine::Entity& entity) {
     document.applyCurrentProperties(entity);

@@ -10,6 +10,8 @@
 
 namespace kova::cmd {
 
+/// True for the kinds that THICKNESS extrudes.
+bool takesThickness(engine::EntityType type);
 /// Gives a new entity the current properties, ELEVATION and, where the kind can be extruded, THICKNESS.
 void applyCurrentValues(doc::Document& document, engine::Entity& entity);
 /// Adds a new entity with these values as a step of its own, labelled after the command.

@@ -29,7 +29,10 @@ CommandProcessor::CommandProcessor(doc::Document& document, CommandRegistry& reg
       registry_(registry),
       sink_(std::move(sink)),
       selection_(document, {[this](const std::string& text) { message(text); },
-                            [this](const std::string& text) { override_ = text; }}) {}
+                            [this](const std::string& text) { override_ = text; },
+                            [this](std::span<const math::Vector2> corners) {
+                                if (tool_) tool_->crossingSelected(corners);
+                            }}) {}
 
 CommandProcessor::~CommandProcessor() = default;
 
@@ -74,6 +77,7 @@ void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::
             message(std::string("Command failed: ") + error.what());
             return;
         }
+        if (context.previous) selection_.setPrevious(std::move(*context.previous));
         if (!context.handOver || transparent) return;
         arguments = std::move(context.arguments);
         activate(std::move(context.handOver), command.name(), commandLine, !arguments.empty());

@@ -45,4 +45,19 @@ Task<std::optional<double>> askByTwoPoints(Ask& ask, bool angle) {
     }
 }
 
+math::Vector2 displacementOf(const engine::Drawing& drawing, const math::Vector2& point) {
+    return point - drawing.ucs.origin;
+}
+
+Task<math::Vector2> askDisplacement(Ask& ask, const engine::Drawing& drawing) {
+    const Answer first = co_await ask.point("Specify base point or [Displacement] <Displacement>:", "Displacement");
+    if (first.isPoint()) {
+        const Answer second =
+            co_await ask.point("Specify second point or <use first point as displacement>:", {}, first.point);
+        co_return second.isPoint() ? second.point - first.point : displacementOf(drawing, first.point);
+    }
+    const Answer answer = co_await ask.point("Specify displacement <0,0,0>:", {}, math::Vector2{});
+    co_return answer.isPoint() ? displacementOf(drawing, answer.point) : math::Vector2{};
+}
+
 }  // namespace kova::cmd

@@ -197,7 +197,11 @@ void SelectionDialogue::takePoint(const std::string& line) {
     }
     // A box drawn from right to left takes what it crosses, as users know it.
     const bool crossing = mode_ == Mode::Crossing || (mode_ == Mode::Either && points_[1].x < points_[0].x);
-    auto ids = withGroups(document_, selectBox(document_, points_[0], points_[1], crossing));
+    const Vector2 a = points_[0];
+    const Vector2 b = points_[1];
+    auto ids = withGroups(document_, selectBox(document_, a, b, crossing));
+    const Vector2 corners[] = {a, {b.x, a.y}, b, {a.x, b.y}};
+    if (crossing && !removing_ && host_.crossing) host_.crossing(corners);
     endSub();
     apply(std::move(ids));
 }
@@ -210,6 +214,8 @@ void SelectionDialogue::takePolygonPoint(const std::string& line) {
             ids = selectFence(document_, points_);
         else if (!fence_ && points_.size() >= 3)
             ids = selectPolygon(document_, points_, mode_ == Mode::Crossing);
+        if (!fence_ && mode_ == Mode::Crossing && !removing_ && points_.size() >= 3 && host_.crossing)
+            host_.crossing(points_);
         endSub();
         apply(withGroups(document_, std::move(ids)));
         return;

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -61,6 +62,8 @@ public:
     struct Host {
         std::function<void(const std::string&)> message;
         std::function<void(const std::string&)> overridePrompt;  ///< empty: the tool's own prompt again
+        /// A crossing window or polygon selected; may be absent.
+        std::function<void(std::span<const math::Vector2>)> crossing = {};
     };
     SelectionDialogue(doc::Document& document, Host host) : document_(document), host_(std::move(host)) {}
 

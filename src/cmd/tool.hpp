@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -63,6 +64,8 @@ public:
     /// True while picks and windows go to the selection set instead of to mousePress.
     virtual bool isSelectingObjects() const;
     virtual void selectionChanged() {}
+    /// A crossing window or polygon added to the selection; its corners in order. Comes before selectionChanged.
+    virtual void crossingSelected(std::span<const math::Vector2>) {}
     /// Points given to this tool may be drawn to object snaps.
     virtual bool acceptsSnap() const { return true; }
     /// The selection stays as it is when the tool ends (SELECT and its kin).

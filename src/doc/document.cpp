@@ -1,13 +1,20 @@
 #include "doc/document.hpp"
 
 #include "doc/spatial_index.hpp"
+#include "engine/associativity.hpp"
 
 namespace kova::doc {
 
 Document::Document(QObject* parent) : Document(std::make_unique<engine::Drawing>(), parent) {}
 
 Document::Document(std::unique_ptr<engine::Drawing> drawing, QObject* parent)
-    : QObject(parent), drawing_(drawing ? std::move(drawing) : std::make_unique<engine::Drawing>()) {
+    : QObject(parent),
+      drawing_(drawing ? std::move(drawing) : std::make_unique<engine::Drawing>()),
+      associativity_(std::make_unique<engine::AssociativityReactor>(
+          [this](engine::Entity& entity, const std::function<void(engine::Entity&)>& change) {
+              modifyEntity(entity, change);
+          })) {
+    addReactor(associativity_.get());
     connect(&history_, &UndoHistory::cleared, this, &Document::compactLists);
     adopt();
 }

@@ -17,6 +17,10 @@
 #include "engine/space_observer.hpp"
 #include "engine/symbols.hpp"
 
+namespace kova::engine {
+class AssociativityReactor;
+}
+
 namespace kova::doc {
 
 class SpatialIndex;
@@ -66,6 +70,8 @@ public:
     void setModified(bool modified);
     void addReactor(engine::IDocumentReactor* reactor);
     void removeReactor(engine::IDocumentReactor* reactor);
+    /// Keeps associative dimensions on what they measure; every document has it among its reactors.
+    engine::AssociativityReactor& associativity() { return *associativity_; }
 
     // Entities -------------------------------------------------------------------------------------------
     /// Adds to the current space (or the given one) and records it.
@@ -163,6 +169,7 @@ private:
     SelectionSet selection_;
     UndoHistory history_;
     std::vector<std::pair<engine::EntityList*, std::unique_ptr<SpatialIndex>>> indexes_;
+    std::unique_ptr<engine::AssociativityReactor> associativity_;
     std::vector<engine::IDocumentReactor*> reactors_;
     std::unique_ptr<UndoGroup> open_;
     std::vector<Mark> marks_;

@@ -27,6 +27,7 @@ void eachSetting(X& x, Y& y, Each&& each) {
     each(x.currentColor, y.currentColor);
     each(x.currentView, y.currentView);
     each(x.tileMode, y.tileMode);
+    each(x.activeViewportId, y.activeViewportId);
     each(x.activeLayoutName, y.activeLayoutName);
 }
 

@@ -31,6 +31,7 @@ struct DrawingSettings {
     engine::Color currentColor;
     engine::NamedView currentView;
     bool tileMode = true;
+    std::uint64_t activeViewportId = 0;
     engine::Name activeLayoutName;
 
     static DrawingSettings of(const engine::Drawing& drawing);

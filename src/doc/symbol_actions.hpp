@@ -20,11 +20,16 @@ std::size_t bytesOf(const engine::Layout& layout);
 struct CurrentSpace {
     bool tileMode = true;
     engine::Name layout;
+    bool throughViewport = false;  ///< model space, in a viewport of the layout
 
-    static CurrentSpace of(const engine::Drawing& drawing) { return {drawing.tileMode, drawing.activeLayoutName}; }
+    static CurrentSpace of(const engine::Drawing& drawing) {
+        return {drawing.tileMode, drawing.activeLayoutName, drawing.activeViewport() != nullptr};
+    }
     void apply(engine::Drawing& drawing) const;
     /// The same space is current (the active layout counts only while it is shown).
-    bool sameSpace(const CurrentSpace& o) const { return tileMode == o.tileMode && (tileMode || layout == o.layout); }
+    bool sameSpace(const CurrentSpace& o) const {
+        return tileMode == o.tileMode && (tileMode || (layout == o.layout && throughViewport == o.throughViewport));
+    }
 };
 
 /// Blocks came into the drawing.

@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "engine/entities/block_reference.hpp"
+#include "engine/entities/viewport.hpp"
 #include "engine/libraries.hpp"
 
 namespace kova::engine {
@@ -36,10 +37,17 @@ Drawing::Drawing() : modelSpace_(this) {
     for (const SysVarDef& def : sysVarTable()) {
         if (def.get != nullptr || def.programWide()) continue;
         switch (def.type) {
-            case SysVarType::Integer: integerVariables.emplace(def.name, std::get<std::int32_t>(def.fallback)); break;
-            case SysVarType::Real: realVariables.emplace(def.name, std::get<double>(def.fallback)); break;
-            case SysVarType::String: stringVariables.emplace(def.name, std::get<std::string>(def.fallback)); break;
-            case SysVarType::Point: break;
+            case SysVarType::Integer:
+                integerVariables.emplace(def.name, std::get<std::int32_t>(def.fallback));
+                break;
+            case SysVarType::Real:
+                realVariables.emplace(def.name, std::get<double>(def.fallback));
+                break;
+            case SysVarType::String:
+                stringVariables.emplace(def.name, std::get<std::string>(def.fallback));
+                break;
+            case SysVarType::Point:
+                break;
         }
     }
     applyStartingValues(*this, UnitSystem::Metric);
@@ -48,9 +56,17 @@ Drawing::Drawing() : modelSpace_(this) {
 Drawing::~Drawing() = default;
 
 EntityList& Drawing::currentSpace() {
-    if (tileMode) return modelSpace_;
+    if (tileMode || activeViewport() != nullptr) return modelSpace_;
     Layout* layout = activeLayout();
     return layout != nullptr ? layout->entities : modelSpace_;
+}
+
+ViewportEntity* Drawing::activeViewport() const {
+    if (tileMode || activeViewportId == 0) return nullptr;
+    Entity* entity = findById(activeViewportId);
+    const Layout* layout = activeLayout();
+    if (entity == nullptr || layout == nullptr || entity->owner() != &layout->entities) return nullptr;
+    return entity->type() == EntityType::Viewport ? static_cast<ViewportEntity*>(entity) : nullptr;
 }
 
 Layout* Drawing::findLayout(Name name) const {
@@ -121,8 +137,7 @@ std::unique_ptr<Block> Drawing::takeBlock(Name name) {
 void Drawing::putBlock(std::unique_ptr<Block> block, std::size_t position) {
     block->entities.attach(this);
     blockIndex_.emplace(block->name.key(), block.get());
-    blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(std::min(position, blocks_.size())),
-                   std::move(block));
+    blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(std::min(position, blocks_.size())), std::move(block));
 }
 
 bool Drawing::renameBlock(Name from, Name to) {

@@ -23,6 +23,7 @@
 namespace kova::engine {
 
 class SpaceObserver;
+class ViewportEntity;
 
 struct DrawingProperties {
     std::string title;
@@ -92,6 +93,7 @@ public:
     const EntityList& currentSpace() const { return const_cast<Drawing*>(this)->currentSpace(); }
     bool isModelSpaceCurrent() const { return tileMode; }
     bool tileMode = true;
+    std::uint64_t activeViewportId = 0;  ///< id of the viewport of a layout through which model space is worked on
 
     const std::vector<std::unique_ptr<Layout>>& layouts() const { return layouts_; }
     Layout* findLayout(Name name) const;
@@ -99,6 +101,8 @@ public:
     Name activeLayoutName{"Layout1"};
     /// Adds a layout at the end; null when the name is taken, empty or "Model".
     Layout* addLayout(Name name);
+    /// The viewport of the active layout through which model space is current; null in the model tab and on paper.
+    ViewportEntity* activeViewport() const;
     std::unique_ptr<Layout> takeLayout(Name name);
     void putLayout(std::unique_ptr<Layout> layout, std::size_t position);
     /// False when the name is unknown or the new one is taken.

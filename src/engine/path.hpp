@@ -86,6 +86,9 @@ math::Vector2 elementTangent(const PathElement& e, const math::Vector2& from, do
 double elementLength(const PathElement& e, const math::Vector2& from);
 math::Bounds2 elementBounds(const PathElement& e, const math::Vector2& from);
 double pathLength(PathView path);
+/// Signed area of the figures, each closed by a straight line; positive where they run counter-clockwise. Exact for all
+/// elements (Green's theorem; cubics by Gauss-Legendre quadrature of the degree that suffices).
+double pathArea(PathView path);
 /// True when p lies inside the figures, open ones taken as closed. Points on the outline fall on either side.
 bool insidePath(PathView rings, const math::Vector2& p, bool evenOdd = true);
 

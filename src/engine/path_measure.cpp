@@ -301,4 +301,36 @@ bool insidePath(PathView rings, const Vector2& p, bool evenOdd) {
     return evenOdd ? (winding & 1) != 0 : winding != 0;
 }
 
+double pathArea(PathView path) {
+    double doubled = 0.0;
+    // Areas are taken about each figure's start, where large coordinates cancel least.
+    Vector2 start;
+    Vector2 from;
+    for (const PathElement& e : path) {
+        switch (e.kind) {
+            case Kind::Move:
+                start = e.p;
+                break;
+            case Kind::Line:
+            case Kind::Close:
+                doubled += (from - start).cross(e.p - start);
+                break;
+            case Kind::Arc:
+                doubled += (e.center - start).cross(e.p - from) + e.a.cross(e.b) * (e.t1 - e.t0);
+                break;
+            case Kind::Cubic: {
+                const double offset = std::sqrt(0.6) / 2.0;
+                constexpr double weights[] = {5.0 / 18.0, 8.0 / 18.0, 5.0 / 18.0};
+                const double places[] = {0.5 - offset, 0.5, 0.5 + offset};
+                for (int i = 0; i < 3; ++i)
+                    doubled += weights[i] *
+                               (elementPoint(e, from, places[i]) - start).cross(elementTangent(e, from, places[i]));
+                break;
+            }
+        }
+        from = e.p;
+    }
+    return doubled / 2.0;
+}
+
 }  // namespace kova::engine

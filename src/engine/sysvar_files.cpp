@@ -2,6 +2,7 @@
 #include <filesystem>
 
 #include "engine/drawing.hpp"
+#include "engine/entities/viewport.hpp"
 #include "engine/sysvar_host.hpp"
 #include "engine/sysvar_rows.hpp"
 #include "math/angles.hpp"
@@ -75,7 +76,9 @@ SysVarValue viewTwist(const Drawing& d) {
 std::int32_t viewportNumber(const Drawing& d) {
     const SysVarEnvironment& environment = sysVarEnvironment();
     if (environment.viewport) return environment.viewport(d);
-    return d.tileMode ? 2 : 1;
+    if (d.tileMode) return 2;
+    const ViewportEntity* active = d.activeViewport();
+    return active != nullptr ? std::max(2, active->vpId) : 1;
 }
 
 std::string setViewport(Drawing& d, const SysVarValue& value) {
@@ -83,6 +86,19 @@ std::string setViewport(Drawing& d, const SysVarValue& value) {
     if (number == viewportNumber(d)) return {};
     const SysVarEnvironment& environment = sysVarEnvironment();
     if (environment.setViewport) return environment.setViewport(d, number);
+    const Layout* layout = d.tileMode ? nullptr : d.activeLayout();
+    if (layout != nullptr && number == 1) {
+        d.activeViewportId = 0;
+        return {};
+    }
+    if (layout != nullptr)
+        for (const Entity& entity : layout->entities) {
+            if (entity.type() != EntityType::Viewport) continue;
+            const auto& viewport = static_cast<const ViewportEntity&>(entity);
+            if (viewport.vpId != number || !viewport.isOn()) continue;
+            d.activeViewportId = viewport.id();
+            return {};
+        }
     return "Cannot set CVPORT to that value.";
 }
 

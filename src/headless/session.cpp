@@ -237,4 +237,20 @@ std::string Session::save(const std::string& path) {
     return {};
 }
 
+std::string Session::readDrawing(const std::string& path, engine::Drawing& drawing) {
+    OpenReport report;
+    std::string error = openDrawing(path, drawing, report);
+    if (error.empty())
+        for (const std::string& line : report.lines) append(line);
+    return error;
+}
+
+std::string Session::writeDrawing(const engine::Drawing& drawing, const std::string& path) {
+    SaveReport report;
+    std::string error = saveDrawing(drawing, path, property("kovaDwgVersion").toString().toStdString(), report);
+    if (error.empty())
+        for (const std::string& line : report.lines) append(line);
+    return error;
+}
+
 }  // namespace kova::headless

@@ -50,6 +50,9 @@ public:
     void newDrawing(const std::string& templateName = {}) override;
     /// Saves by the path's extension; an empty path saves to the drawing's own file.
     std::string save(const std::string& path) override;
+    /// Files beside the open drawing, which stays (INSERT, WBLOCK).
+    std::string readDrawing(const std::string& path, engine::Drawing& drawing) override;
+    std::string writeDrawing(const engine::Drawing& drawing, const std::string& path) override;
     /// The drawing as a picture; a null image when it cannot be rendered.
     QImage renderImage(int width, int height);
 
@@ -68,6 +71,8 @@ public:
     void clearPromptOverride();
     /// Lines fed, in order, once the line being fed is done; for a script within a script they come first.
     void queueLines(std::vector<std::string> lines) override;
+    std::string plot(std::span<const engine::PlotPage> pages, engine::PlotFormat format,
+                     const std::string& path) override;
     /// Sets "kovaDwgVersion", as SAVEAS names the version ("2013").
     void chooseDwgVersion(const std::string& version) override;
     /// Loads the LISP files that were loaded so far again.

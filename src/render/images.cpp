@@ -88,21 +88,31 @@ void PainterSink::image(const engine::ImageEntity& image, const engine::OutlineS
     const QImage& picture = this->picture(image);
     if (picture.isNull()) {
         // What is missing is shown as a crossed frame that names the file.
+        const std::vector<Vector2> outline = image.frame();
+        std::array<Vector2, 4> box = corners;
+        engine::Path border;
+        border.polygon(outline);
+        if (image.isClipped()) {
+            const math::Bounds2 b = engine::pathBounds(border);
+            box = {b.min, Vector2{b.max.x, b.min.y}, b.max, Vector2{b.min.x, b.max.y}};
+        }
+        stroke(border, style, solid);
         engine::Path cross;
-        cross.polygon(corners);
-        cross.moveTo(corners[0]).lineTo(corners[2]).moveTo(corners[1]).lineTo(corners[3]);
+        cross.moveTo(box[0]).lineTo(box[2]).moveTo(box[1]).lineTo(box[3]);
+        if (image.isClipped()) pushClip(border, false);
         stroke(cross, style, solid);
-        const std::string name = fs::path(image.filePath).filename().string();
+        const std::string name = fs::path(std::string_view(image.filePath).substr(image.filePath.find_last_of("/\\") + 1)).string();
         engine::TextRun run;
         run.text = name;
-        const Vector2 along = corners[1] - corners[0];
-        const Vector2 up = corners[3] - corners[0];
+        const Vector2 along = box[1] - box[0];
+        const Vector2 up = box[3] - box[0];
         const double advance = engine::textAdvance(run);
         const double size = std::min(up.length() / 10.0, advance > 0.0 ? along.length() * 0.8 / advance : 0.0);
         run.xAxis = along.normalized() * size;
         run.yAxis = up.normalized() * size;
-        run.origin = corners[0] + along / 2.0 + up / 4.0 - run.xAxis * (advance / 2.0);
+        run.origin = box[0] + along / 2.0 + up / 4.0 - run.xAxis * (advance / 2.0);
         text(run, style);
+        if (image.isClipped()) popClip();
         return;
     }
     useOpacity(look(style).opacity);

@@ -6,8 +6,10 @@
 #include "engine/entities/viewport.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/hatch_lines.hpp"
+#include "engine/shapes.hpp"
 #include "math/angles.hpp"
 #include "render/dashes.hpp"
+#include "render/gradient.hpp"
 #include "render/wide_line.hpp"
 
 namespace kova::render {
@@ -26,16 +28,6 @@ constexpr double kSmallestText = 1.5;
 
 QPointF toQt(const Vector2& p) { return {p.x, p.y}; }
 QColor toQt(engine::Rgb c) { return QColor(c.red, c.green, c.blue); }
-
-/// Colour 7 is white on a dark screen and black on paper; a picture is paper.
-QColor plotColor(const Color& color, const Color& layerColor) {
-    const Color& c = color.method == ColorMethod::ByLayer ? layerColor : color;
-    switch (c.method) {
-        case ColorMethod::RGB: return QColor(c.red, c.green, c.blue);
-        case ColorMethod::ACI: return c.aci == 7 ? QColor(0, 0, 0) : toQt(engine::aciToRgb(c.aci));
-        default: return QColor(0, 0, 0);
-    }
-}
 
 bool sameStyle(const OutlineStyle& a, const OutlineStyle& b) {
     return a.color == b.color && a.layer.key() == b.layer.key() && a.linetype.key() == b.linetype.key() &&
@@ -70,6 +62,19 @@ PainterSink::PainterSink(QPainter& painter, const engine::Drawing& drawing, cons
     : painter_(painter), drawing_(drawing), view_(view), layers_(layers), settings_(std::move(settings)),
       flattener_(view_), visible_(view.visible()), guard_(view.pixels.inflated(2000.0)) {}
 
+/// Colour 7 is white on a dark screen and black on paper; a picture is paper. Only index colours have pens.
+QColor PainterSink::ink(const Color& color, const Color& layerColor) const {
+    const Color& c = color.method == ColorMethod::ByLayer ? layerColor : color;
+    QColor ink(0, 0, 0);
+    if (c.method == ColorMethod::RGB)
+        ink = QColor(c.red, c.green, c.blue);
+    else if (c.method == ColorMethod::ACI && c.aci != 7 && settings_.look.colors != engine::PlotColors::Black)
+        ink = toQt(engine::aciToRgb(c.aci));
+    if (settings_.look.colors != engine::PlotColors::Grey) return ink;
+    const int grey = qGray(ink.rgb());
+    return QColor(grey, grey, grey);
+}
+
 PainterSink::~PainterSink() {
     while (clips_ > 0) popClip();
     useOpacity(1.0);
@@ -81,11 +86,13 @@ const PainterSink::Look& PainterSink::look(const OutlineStyle& style) {
     hasLook_ = true;
     const engine::CommonNames& names = engine::commonNames();
     const engine::Layer& layer = layers_.record(style.layer);
-    look_.color = plotColor(style.color, layer.color);
+    look_.color = ink(style.color, layer.color);
 
     int lineweight = style.lineweight == -1 ? layer.lineweight : style.lineweight;
     if (lineweight < 0) lineweight = settings_.defaultLineweight;
-    look_.width = std::clamp(lineweight / 100.0 * settings_.dotsPerMillimetre, 1.0, 500.0);
+    if (!settings_.look.lineweights) lineweight = 0;
+    const double width = lineweight / 100.0 * settings_.dotsPerMillimetre * settings_.look.lineweightFactor;
+    look_.width = std::isfinite(width) ? std::clamp(width, 1.0, 500.0) : 1.0;
 
     engine::Name linetype = style.linetype;
     if (linetype == names.byLayer) linetype = layer.linetype;
@@ -97,7 +104,7 @@ const PainterSink::Look& PainterSink::look(const OutlineStyle& style) {
     look_.dashScale = settings_.linetypeScale * style.linetypeScale * view_.scale;
 
     const int transparency = std::clamp(style.transparency != 0 ? style.transparency : layer.transparency, 0, 90);
-    look_.opacity = (90.0 - transparency) / 90.0;
+    look_.opacity = settings_.look.transparency ? (90.0 - transparency) / 90.0 : 1.0;
     return look_;
 }
 
@@ -180,30 +187,50 @@ void PainterSink::drawDashed(std::span<const Vector2> points, const Look& look, 
 void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entry, const Vector2& at, double angle,
                               const Look& look) {
     const engine::LinetypeElement& element = linetype.elements[entry];
-    if (element.text.empty()) return;
-    engine::TextRun run;
-    run.text = element.text;
-    const engine::TextStyle& style = drawing_.textStyleOrStandard(element.style);
-    run.font = style.fontFile;
-    // Pixels, y down: the run is laid out in pixel coordinates.
+    // Pixels, y down: shapes and texts are laid out in pixel coordinates. A positive rotation turns counter-clockwise.
     const double size = element.scale * look.dashScale;
     const double turn = (element.flags & 1) != 0 ? -element.rotation : angle - element.rotation;
-    run.xAxis = Vector2::from_angle(turn) * size;
-    run.yAxis = Vector2{run.xAxis.y, -run.xAxis.x};
+    const Vector2 xAxis = Vector2::from_angle(turn) * size;
+    const Vector2 yAxis{xAxis.y, -xAxis.x};
     const Vector2 along = Vector2::from_angle(angle);
-    run.origin = at + (along * element.offsetX + Vector2{along.y, -along.x} * element.offsetY) * look.dashScale;
-    const View flat = [&] {
-        View v;
-        v.d = 1.0;
-        v.pixels = view_.pixels;
-        return v;
-    }();
+    const Vector2 origin = at + (along * element.offsetX + Vector2{along.y, -along.x} * element.offsetY) * look.dashScale;
+    if (!origin.is_finite() || !xAxis.is_finite() || std::abs(size) > 1e6) return;
+    View flat;
+    flat.d = 1.0;
+    flat.pixels = view_.pixels;
     Flattener flattener(flat);
     const auto draw = [&](PathView path) {
         flattener.flatten(path);
         for (std::size_t i = 0; i < flattener.count(); ++i) drawChain(flattener[i].points, flattener[i].closed);
     };
+    if ((element.flags & 4) != 0) {
+        math::Matrix4 place;
+        place(0, 0) = xAxis.x;
+        place(0, 1) = yAxis.x;
+        place(0, 3) = origin.x;
+        place(1, 0) = xAxis.y;
+        place(1, 1) = yAxis.y;
+        place(1, 3) = origin.y;
+        engine::Path shape;
+        engine::transformPath(elementShape(element), place, shape);
+        return draw(shape);
+    }
+    if (element.text.empty()) return;
+    engine::TextRun run;
+    run.text = element.text;
+    const engine::TextStyle& style = drawing_.textStyleOrStandard(element.style);
+    run.font = style.fontFile;
+    run.xAxis = xAxis;
+    run.yAxis = yAxis;
+    run.origin = origin;
     engine::emitTextRun(run, draw, draw);
+}
+
+const engine::Path& PainterSink::elementShape(const engine::LinetypeElement& element) {
+    const auto key = std::make_pair(element.style.key(), std::to_string(element.shape) + '|' + element.text);
+    const auto [it, fresh] = shapes_.try_emplace(key);
+    if (fresh) it->second = engine::findShape(element.style, settings_.folder, element.shape, element.text);
+    return it->second;
 }
 
 void PainterSink::drawFigure(Figure& figure, const Look& look, bool dashed, bool throughVertices) {
@@ -329,40 +356,21 @@ void PainterSink::fillRings(PathView rings, const QBrush& brush, bool evenOdd) {
     }
 }
 
-QBrush PainterSink::gradientBrush(const engine::GradientFill& gradient, const Bounds2& box, const Look& look) const {
-    const auto color = [&](const Color& c) { return c.method == ColorMethod::ByLayer || c.method == ColorMethod::ByBlock ? look.color : plotColor(c, c); };
-    const QColor from = color(gradient.from);
-    const QColor to = color(gradient.to);
-    const Vector2 center = box.center() + Vector2{-box.width(), box.height()} * (0.25 * std::clamp(gradient.shift, 0.0, 1.0));
-    const std::string name = engine::upperCase(gradient.name);
-    const bool inverted = name.starts_with("INV");
-    if (name.find("SPHER") != std::string::npos || name.find("CURVED") != std::string::npos) {
-        QRadialGradient radial(toQt(view_.map(center)), std::max(1.0, (box.max - box.min).length() / 2.0 * view_.scale));
-        radial.setColorAt(0.0, inverted ? from : to);
-        radial.setColorAt(1.0, inverted ? to : from);
-        return radial;
-    }
-    const Vector2 d = Vector2::from_angle(gradient.angle);
-    const double reach = (std::abs(d.x) * box.width() + std::abs(d.y) * box.height()) / 2.0;
-    QLinearGradient linear(toQt(view_.map(center - d * reach)), toQt(view_.map(center + d * reach)));
-    const bool mirrored = name.find("CYL") != std::string::npos;
-    linear.setColorAt(0.0, inverted ? to : from);
-    if (mirrored) {
-        linear.setColorAt(0.5, inverted ? from : to);
-        linear.setColorAt(1.0, inverted ? to : from);
-    } else {
-        linear.setColorAt(1.0, inverted ? from : to);
-    }
-    return linear;
-}
-
 void PainterSink::fill(PathView rings, const OutlineStyle& style, const engine::FillOptions& options) {
     const Look& look = this->look(style);
     useOpacity(look.opacity);
     if (options.background) return fillRings(rings, toQt(settings_.background), options.evenOdd);
     if (!settings_.fill) return stroke(rings, style, {});
-    if (options.gradient != nullptr)
-        return fillRings(rings, gradientBrush(*options.gradient, engine::pathBounds(rings), look), options.evenOdd);
+    if (options.gradient != nullptr) {
+        const Bounds2 box = engine::pathBounds(rings);
+        if (box.is_empty() || !box.min.is_finite() || !box.max.is_finite()) return;
+        const auto color = [&](const Color& c) {
+            return c.method == ColorMethod::ByLayer || c.method == ColorMethod::ByBlock ? look.color : ink(c, c);
+        };
+        const engine::GradientFill& gradient = *options.gradient;
+        return fillRings(rings, gradientBrush(gradient, box, view_, color(gradient.from), color(gradient.to)),
+                         options.evenOdd);
+    }
     fillRings(rings, look.color, options.evenOdd);
 }
 
@@ -404,6 +412,7 @@ void PainterSink::text(const engine::TextRun& run, const OutlineStyle& style) {
         if (b.is_finite() && clipSegment(a, b, guard_)) painter_.drawLine(toQt(a), toQt(b));
         return;
     }
+    if (settings_.textOutput != nullptr && writeText(run, letters)) return;
     engine::emitTextRun(
         run,
         [&](PathView path) {

@@ -9,6 +9,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/outline.hpp"
+#include "render/device_text.hpp"
 #include "render/flatten.hpp"
 #include "render/request.hpp"
 #include "render/view.hpp"
@@ -51,6 +52,8 @@ public:
         engine::Rgb background{255, 255, 255};
         bool textAsFrames = false;    ///< QTEXTMODE
         std::string folder;           ///< of the drawing's file: where relative image paths start
+        PlotLook look;
+        TextOutput* textOutput = nullptr;  ///< not owned; null: letters are drawn as shapes
     };
 
     PainterSink(QPainter& painter, const engine::Drawing& drawing, const View& view, const LayerLook& layers,
@@ -92,8 +95,13 @@ private:
     void drawDashed(std::span<const math::Vector2> points, const Look& look, std::span<const double> pattern);
     void drawElement(const engine::Linetype& linetype, std::size_t entry, const math::Vector2& at, double angle,
                      const Look& look);
+    const engine::Path& elementShape(const engine::LinetypeElement& element);
     void fillRings(engine::PathView rings, const QBrush& brush, bool evenOdd);
-    QBrush gradientBrush(const engine::GradientFill& gradient, const math::Bounds2& box, const Look& look) const;
+    void drawGlyph(const engine::Path& shape, bool filled, const Look& look);
+    /// Leaves the run to the device that keeps text; false when its font cannot be kept.
+    bool writeText(const engine::TextRun& run, const Look& look);
+    /// A colour as it is printed.
+    QColor ink(const engine::Color& color, const engine::Color& layerColor) const;
     const QImage& picture(const engine::ImageEntity& image);
 
     QPainter& painter_;
@@ -113,6 +121,7 @@ private:
     std::vector<QPointF> buffer_;
     std::vector<double> dashes_;
     std::map<std::string, QImage> pictures_;
+    std::map<std::pair<const void*, std::string>, engine::Path> shapes_;  ///< of complex linetypes
     int clips_ = 0;
 };
 

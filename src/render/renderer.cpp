@@ -28,6 +28,8 @@ PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderR
     settings.pointSize = engine::sysVarReal(drawing, "PDSIZE", 0.0);
     settings.textAsFrames = engine::sysVarInt(drawing, "QTEXTMODE", 0) != 0;
     settings.background = request.background;
+    settings.look = request.look;
+    settings.textOutput = request.textOutput;
     if (!drawing.fileName.empty()) settings.folder = std::filesystem::path(drawing.fileName).parent_path().string();
     return settings;
 }
@@ -52,6 +54,38 @@ void paintSpace(QPainter& painter, const engine::Drawing& drawing, const engine:
     for (const engine::Entity& entity : space) paintEntity(sink, layers, entity);
 }
 
+/// Gathers the lines of an entity: the border of a clipped viewport.
+class BorderSink final : public engine::OutlineSink {
+public:
+    using OutlineSink::fill;
+    using OutlineSink::stroke;
+    void stroke(engine::PathView path, const engine::OutlineStyle&, const engine::StrokeOptions&) override {
+        border.append(path);
+    }
+    void fill(engine::PathView, const engine::OutlineStyle&, const engine::FillOptions&) override {}
+    void text(const engine::TextRun&, const engine::OutlineStyle&) override {}
+
+    engine::Path border;
+};
+
+/// Cuts what follows off at the entity that bounds a viewport. A border that encloses nothing is passed over.
+void clipToEntity(QPainter& painter, const engine::Entity& entity, const View& paper) {
+    BorderSink sink;
+    entity.emit(sink, engine::outlineStyle(entity));
+    Flattener flattener(paper);
+    flattener.flatten(sink.border);
+    QPainterPath area;
+    const Bounds2 guard = paper.pixels.inflated(2000.0);
+    for (std::size_t i = 0; i < flattener.count(); ++i) {
+        QPolygonF ring;
+        for (const Vector2& p : clipPolygon(flattener[i].points, guard)) ring << QPointF(p.x, p.y);
+        if (ring.size() < 3) continue;
+        area.addPolygon(ring);
+        area.closeSubpath();
+    }
+    if (!area.isEmpty()) painter.setClipPath(area, Qt::IntersectClip);
+}
+
 /// Shows model space through a viewport of a layout.
 void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engine::ViewportEntity& viewport,
                    const View& paper, const RenderRequest& request) {
@@ -68,6 +102,7 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
                           {std::min(window.max.x, paper.pixels.max.x), std::min(window.max.y, paper.pixels.max.y)}};
     painter.save();
     painter.setClipRect(QRectF(window.min.x, window.min.y, window.width(), window.height()), Qt::IntersectClip);
+    if (const engine::Entity* border = viewport.clipEntity()) clipToEntity(painter, *border, paper);
     const LayerLook layers(drawing, &viewport);
     PainterSink::Settings settings = sinkSettings(drawing, request);
     // With PSLTSCALE the dashes are as long on paper in every viewport.
@@ -76,17 +111,20 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
     painter.restore();
 }
 
-void renderLayout(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
-    const engine::PageSetup& page = request.layout->pageSetup;
-    const auto size = [](double v) { return std::isfinite(v) ? std::max(v, 1.0) : 1.0; };
-    const double paperWidth = size(page.paperWidth);
-    const double paperHeight = size(page.paperHeight);
-    const double scale = std::min(request.height / paperHeight, request.width / paperWidth);
-    const View view = View::centred(request.width, request.height, scale, {paperWidth / 2.0, paperHeight / 2.0});
+}  // namespace
+
+void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& view, const RenderRequest& request,
+                bool everything) {
+    const LayerLook layers(drawing);
+    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, sinkSettings(drawing, request), request, everything);
+}
+
+void paintLayout(QPainter& painter, const engine::Drawing& drawing, const engine::Layout& layout, const View& view,
+                 const RenderRequest& request) {
     const LayerLook layers(drawing);
     const PainterSink::Settings settings = sinkSettings(drawing, request);
     std::optional<PainterSink> sink;
-    for (const engine::Entity& entity : request.layout->entities) {
+    for (const engine::Entity& entity : layout.entities) {
         if (!entity.visible || !layers.isShown(entity.layer)) continue;
         if (entity.type() == engine::EntityType::Viewport) {
             // The viewport's picture changes the painter: the sheet's sink begins anew behind it.
@@ -96,6 +134,18 @@ void renderLayout(QPainter& painter, const engine::Drawing& drawing, const Rende
         if (!sink) sink.emplace(painter, drawing, view, layers, settings);
         paintEntity(*sink, layers, entity);
     }
+}
+
+namespace {
+
+void renderLayout(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
+    const engine::PageSetup& page = request.layout->pageSetup;
+    const auto size = [](double v) { return std::isfinite(v) ? std::max(v, 1.0) : 1.0; };
+    const double paperWidth = size(page.paperWidth);
+    const double paperHeight = size(page.paperHeight);
+    const double scale = std::min(request.height / paperHeight, request.width / paperWidth);
+    const View view = View::centred(request.width, request.height, scale, {paperWidth / 2.0, paperHeight / 2.0});
+    paintLayout(painter, drawing, *request.layout, view, request);
 }
 
 void renderModel(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
@@ -128,8 +178,7 @@ void renderModel(QPainter& painter, const engine::Drawing& drawing, const Render
     Vector2 center = box.center();
     if (!request.centered) center += Vector2{request.offsetX, request.offsetY} * (dots / scale);
     const View view = View::centred(request.width, request.height, scale, center);
-    const LayerLook layers(drawing);
-    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, sinkSettings(drawing, request), request, everything);
+    paintModel(painter, drawing, view, request, everything);
 }
 
 }  // namespace

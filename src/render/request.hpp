@@ -6,12 +6,23 @@
 
 #include "engine/color.hpp"
 #include "engine/drawing.hpp"
+#include "engine/plot_page.hpp"
 #include "math/bounds2.hpp"
 
 namespace kova::render {
 
 /// What of a drawing is shown.
 enum class Area : std::int16_t { Default = 0, Extents = 1, Display = 2, Window = 3 };
+
+/// What becomes of colours, lineweights and transparency on paper.
+struct PlotLook {
+    engine::PlotColors colors = engine::PlotColors::AsDrawn;
+    bool lineweights = true;        ///< false: all lines as thin as can be
+    double lineweightFactor = 1.0;
+    bool transparency = true;       ///< false: everything is opaque
+};
+
+class TextOutput;
 
 /// One picture of a drawing.
 struct RenderRequest {
@@ -28,6 +39,8 @@ struct RenderRequest {
     bool centered = true;
     const engine::Layout* layout = nullptr;  ///< paper space; null: model space
     engine::Rgb background{255, 255, 255};
+    PlotLook look;
+    TextOutput* textOutput = nullptr;  ///< a device that keeps text as text; null: letters become shapes
     /// Entities of a space whose extents meet a box, in drawing order: how a small window onto a large drawing is
     /// found fast. Absent: all entities are looked at.
     std::function<std::vector<engine::Entity*>(engine::EntityList&, const math::Bounds2&)> query;

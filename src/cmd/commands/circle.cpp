@@ -1,6 +1,7 @@
 #include "engine/entities/circle.hpp"
 
 #include "cmd/dialogue.hpp"
+#include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
 #include "engine/outline.hpp"
@@ -198,7 +199,7 @@ private:
     void add(const Vector2& center, double radius) {
         if (!center.is_finite() || !std::isfinite(radius)) return message("Circle does not exist.");
         auto circle = std::make_unique<engine::CircleEntity>(center, radius);
-        document().applyCurrentProperties(*circle);
+        applyCurrentValues(document(), *circle);
         engine::setSysVar(drawing(), "CIRCLERAD", radius);
         const doc::GroupScope group(document(), "CIRCLE");
         document().addEntity(std::move(circle));

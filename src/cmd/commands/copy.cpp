@@ -1,5 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/entity_copies.hpp"
+#include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -34,16 +35,13 @@ protected:
         }
         if (!first.isPoint()) {
             const Answer by = co_await ask.point("Specify displacement <0,0,0>:", {}, Vector2{});
-            if (by.isPoint()) copy(displacement(by.point), 1);
+            if (by.isPoint()) copy(displacementOf(drawing(), by.point), 1);
             co_return;
         }
         co_await copies(ask, first.point, multiple);
     }
 
 private:
-    /// A point whose typed coordinates are meant as a displacement: the way to it from the UCS origin.
-    Vector2 displacement(const Vector2& point) const { return point - drawing().ucs.origin; }
-
     Task<bool> askMode(Ask& ask, bool multiple) {
         std::string prompt = "Enter a copy mode option [Single/Multiple] <";
         prompt += multiple ? "Multiple>:" : "Single>:";
@@ -67,7 +65,7 @@ private:
             }
             if (second.is("Exit") || (second.isEnter() && any)) co_return;
             if (second.isEnter()) {
-                copy(displacement(base), 1);
+                copy(displacementOf(drawing(), base), 1);
                 co_return;
             }
             if (second.is("Array"))

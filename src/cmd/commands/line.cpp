@@ -1,5 +1,6 @@
 #include "engine/entities/line.hpp"
 
+#include "cmd/drawing_aids.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
 
@@ -41,7 +42,7 @@ private:
         auto line = std::make_unique<engine::LineEntity>();
         line->start = from;
         line->end = to;
-        document().applyCurrentProperties(*line);
+        applyCurrentValues(document(), *line);
         const doc::GroupScope group(document(), kLabel);
         created_.push_back(document().addEntity(std::move(line)).id());
     }

@@ -1,4 +1,5 @@
 #include "cmd/dialogue.hpp"
+#include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -12,24 +13,11 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         const Answer selected = co_await ask.selection();
         if (selected.ids.empty()) co_return;
-        const Answer first = co_await ask.point("Specify base point or [Displacement] <Displacement>:", "Displacement");
-        Vector2 by;
-        if (first.isPoint()) {
-            const Answer second =
-                co_await ask.point("Specify second point or <use first point as displacement>:", {}, first.point);
-            by = second.isPoint() ? second.point - first.point : displacement(first.point);
-        } else {
-            const Answer answer = co_await ask.point("Specify displacement <0,0,0>:", {}, Vector2{});
-            if (answer.isPoint()) by = displacement(answer.point);
-        }
+        const Vector2 by = co_await askDisplacement(ask, drawing());
         if (by == Vector2{}) co_return;
         const doc::GroupScope group(document(), "MOVE");
         document().transformEntities(selected.ids, math::Matrix4::translation(by));
     }
-
-private:
-    /// A point whose typed coordinates are meant as a displacement: the way to it from the UCS origin.
-    Vector2 displacement(const Vector2& point) const { return point - drawing().ucs.origin; }
 };
 
 }  // namespace

@@ -142,15 +142,17 @@ double DimensionEntity::measurement() const {
     }
 }
 
-std::string DimensionEntity::textContent() const {
+std::string DimensionEntity::textContent() const { return textContent(style(), inPaperSpace(*this)); }
+
+std::string DimensionEntity::textContent(const DimStyle& style, bool paperSpace) const {
     DimTextInput input;
     input.value = measurement();
     input.measure = isAngular() ? DimMeasure::Angle : DimMeasure::Length;
     if (kind() == DimensionType::Radius) input.prefix = "R";
     if (kind() == DimensionType::Diameter) input.prefix = "%%c";
     input.textOverride = textOverride;
-    input.paperSpace = inPaperSpace(*this);
-    return dimTextContent(style(), input);
+    input.paperSpace = paperSpace;
+    return dimTextContent(style, input);
 }
 
 std::string DimensionEntity::text() const { return plainText(textContent()); }

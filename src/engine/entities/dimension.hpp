@@ -106,6 +106,8 @@ class DimensionEntity final : public Entity {
     std::string text() const;
     /// The same with the inline codes of multiline text (stacked tolerances).
     std::string textContent() const;
+    /// The same in a given style: for a dimension that stands in no drawing yet.
+    std::string textContent(const DimStyle& style, bool paperSpace) const;
 
 private:
     void moveOrigin(math::Vector2& origin, const math::Vector2& to);

@@ -2,7 +2,10 @@
 
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/text_line.hpp"
+#include "engine/drawing.hpp"
 #include "engine/fonts/fonts.hpp"
+#include "engine/shapes.hpp"
+#include <filesystem>
 #include "math/angles.hpp"
 
 namespace kova::engine {
@@ -41,9 +44,24 @@ Matrix4 ShapeEntity::matrix() const {
     return m;
 }
 
+Path ShapeEntity::outline() const {
+    const Drawing* home = drawing();
+    const std::string folder =
+        home != nullptr && !home->fileName.empty() ? std::filesystem::path(home->fileName).parent_path().string() : std::string();
+    return findShape(file, folder, number, name);
+}
+
 math::Bounds2 ShapeEntity::bounds() const {
     math::Bounds2 box;
     if (!position.is_finite()) return box;
+    if (const Path shape = outline(); !shape.empty()) {
+        Path placed;
+        transformPath(shape, matrix(), placed);
+        const math::Bounds2 own = pathBounds(placed);
+        for (const Vector2& c : {own.min, own.max, Vector2{own.min.x, own.max.y}, Vector2{own.max.x, own.min.y}})
+            if (!own.is_empty()) box.expand(planFromObject(*this, c));
+        if (!box.is_empty()) return box;
+    }
     for (const Vector2& c : corners(matrix())) box.expand(planFromObject(*this, c));
     return box;
 }
@@ -60,6 +78,7 @@ void ShapeEntity::transform(const Matrix4& m) {
 }
 
 Vector2 ShapeEntity::nearestPoint(const Vector2& p) const {
+    if (!outline().empty()) return nearestOnOutline(*this, p);
     std::array<Vector2, 4> box = corners(matrix());
     for (Vector2& c : box) c = planFromObject(*this, c);
     return nearestInQuad(box, p);
@@ -92,6 +111,12 @@ void ShapeEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
         const std::array<Vector2, 4> box = corners(m);
         StrokeOptions options;
         options.continuous = true;
+        if (const Path shape = outline(); !shape.empty()) {
+            Path placed;
+            transformPath(shape, m, placed);
+            plane.stroke(placed, style, options);
+            return;
+        }
         plane.stroke(Path().polygon(box), style, options);
         const std::string label = !name.empty() ? name : number != 0 ? std::to_string(number) : std::string("?");
         TextRun run;

@@ -4,10 +4,12 @@
 #include <string>
 
 #include "engine/entity.hpp"
+#include "engine/path.hpp"
 
 namespace kova::engine {
 
-/// A shape of a shape file. Shape files are not read, so it is drawn as a box of its size with its name inside.
+/// A shape of a shape file: drawn from the file (beside the drawing) or the built-in shapes; when neither knows it, as
+/// a box of its size with its name inside.
 class ShapeEntity final : public Entity {
     KOVA_ENTITY(ShapeEntity, Shape)
 
@@ -22,6 +24,8 @@ class ShapeEntity final : public Entity {
 
     /// Map from the unit square of the shape to drawing coordinates.
     math::Matrix4 matrix() const;
+    /// What the pen draws, in the shape's own units; empty when nobody knows the shape.
+    Path outline() const;
 };
 
 }  // namespace kova::engine

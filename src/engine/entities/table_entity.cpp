@@ -228,6 +228,24 @@ bool TableEntity::cellAt(const Vector2& p, std::int32_t& row, std::int32_t& col)
     return grid.cellAt(back->transform_point(p), row, col);
 }
 
+void TableEntity::eachText(const std::function<void(const MTextBlock&, const Color&)>& use) const {
+    const TableGrid grid(*this);
+    const Matrix4 m = placement(*this);
+    for (std::int32_t r = 0; r < grid.rows(); ++r) {
+        const Color& color = rowStyle(style(), rowType(r)).textColor;
+        for (std::int32_t c = 0; c < grid.cols(); ++c) {
+            const TableCell* at = cell(r, c);
+            if (at == nullptr || at->content.empty()) continue;
+            const TableGrid::Span span = grid.spanAt(r, c);
+            if (span.row != r || span.col != c) continue;
+            MTextBlock block = cellBlock(*this, *at, r, c, grid.box(span));
+            block.position = m.transform_point(block.position);
+            block.rotation = std::isfinite(rotation) ? rotation : 0.0;
+            use(block, color);
+        }
+    }
+}
+
 Bounds2 TableEntity::cellBox(std::int32_t row, std::int32_t col) const {
     const TableGrid grid(*this);
     if (row < 0 || col < 0 || row >= grid.rows() || col >= grid.cols()) return {};
@@ -400,17 +418,9 @@ void TableEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     strokes(false, tableStyle.gridLineweight);
     strokes(true, tableStyle.borderLineweight);
 
-    for (std::int32_t r = 0; r < grid.rows(); ++r) {
-        const Color& color = rowStyle(tableStyle, rowType(r)).textColor;
-        for (std::int32_t c = 0; c < grid.cols(); ++c) {
-            const TableCell* at = cell(r, c);
-            if (at == nullptr || at->content.empty()) continue;
-            const TableGrid::Span span = grid.spanAt(r, c);
-            if (span.row != r || span.col != c) continue;
-            const MTextBlock block = cellBlock(*this, *at, r, c, grid.box(span));
-            emitMTextLayout(layoutMText(block, drawing()), m * mtextMatrix(block), sink, colored(color));
-        }
-    }
+    eachText([&](const MTextBlock& block, const Color& color) {
+        emitMTextLayout(layoutMText(block, drawing()), mtextMatrix(block), sink, colored(color));
+    });
 }
 
 std::size_t TableEntity::sizeInBytes() const {

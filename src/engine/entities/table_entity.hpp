@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,8 @@
 #include "engine/records/styles.hpp"
 
 namespace kova::engine {
+
+struct MTextBlock;
 
 struct TableCell {
     std::string content;          ///< multiline text with inline codes
@@ -70,6 +73,8 @@ class TableEntity final : public Entity {
     bool cellAt(const math::Vector2& p, std::int32_t& row, std::int32_t& col) const;
     /// The cell's area in the table's frame: x to the right, y up from the insertion point, unrotated.
     math::Bounds2 cellBox(std::int32_t row, std::int32_t col) const;
+    /// Gives every cell's text as the layout takes it, placed in the drawing, and its colour (ByBlock: the table's own).
+    void eachText(const std::function<void(const MTextBlock& text, const Color& color)>& use) const;
     /// Makes every row at least as high as its wrapped text needs.
     void fitRowHeights();
     /// The table style in force.

@@ -1,5 +1,6 @@
 #include "engine/entities/viewport.hpp"
 
+#include "engine/drawing.hpp"
 #include "engine/outline.hpp"
 #include "engine/path.hpp"
 #include "math/angles.hpp"
@@ -16,6 +17,13 @@ bool ViewportEntity::isFrozenHere(Name layer) const {
 math::Bounds2 ViewportEntity::frame() const {
     const Vector2 half{std::abs(width) / 2.0, std::abs(height) / 2.0};
     return {center - half, center + half};
+}
+
+const Entity* ViewportEntity::clipEntity() const {
+    const Drawing* home = drawing();
+    if (clipHandle == 0 || home == nullptr) return nullptr;
+    const Entity* found = home->findByHandle(clipHandle);
+    return found != this && found != nullptr && found->owner() == owner() ? found : nullptr;
 }
 
 Matrix4 ViewportEntity::modelToPaper() const {
@@ -100,6 +108,7 @@ void ViewportEntity::describe(FieldVisitor& v) {
     v.angle("snapAngle", snapAngle);
     v.integer("statusFlags", statusFlags);
     v.names("vpFrozenLayers", vpFrozenLayers);
+    v.optionalHandle("clipHandle", clipHandle);
 }
 
 void ViewportEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
@@ -109,6 +118,8 @@ void ViewportEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     Path path;
     path.polygon(corners);
     sink.viewport(*this, style);
+    // The bounding entity is drawn for itself, in the frame's stead.
+    if (clipEntity() != nullptr) return;
     StrokeOptions frameLine;
     frameLine.continuous = true;
     sink.stroke(path, style, frameLine);

@@ -31,11 +31,16 @@ class ViewportEntity final : public Entity {
     double snapAngle = 0.0;  ///< radians
     std::int32_t statusFlags = 0;
     std::vector<Name> vpFrozenLayers;
+    std::uint64_t clipHandle = 0;  ///< of the closed entity of the layout that bounds the window; 0: its own frame
 
     bool isSheet() const { return vpId == kSheetId; }
+    /// A window that shows the model: neither the sheet's own view nor switched off.
+    bool isOn() const { return !isSheet() && on && (statusFlags & kOff) == 0; }
     bool isFrozenHere(Name layer) const;
     /// The frame on paper.
     math::Bounds2 frame() const;
+    /// The entity that bounds the window; null when there is none in the same layout.
+    const Entity* clipEntity() const;
     /// From model space to paper.
     math::Matrix4 modelToPaper() const;
     math::Vector2 toPaper(const math::Vector2& model) const { return modelToPaper().transform_point(model); }

@@ -63,31 +63,39 @@ const Font& findFont(const std::string& folded, bool bold, bool italic) {
     return italic ? slantedStrokeFont() : strokeFont();
 }
 
-/// Walks the characters of a run: at(glyph, offset of its origin in capital heights).
+/// Walks the characters of a run: at(character, glyph, offset of its origin in capital heights).
 template <class At>
-void walk(const TextRun& run, At at) {
+void walkCharacters(const TextRun& run, At at) {
     const Font& font = fontFor(run.font, run.bigFont, run.bold, run.italic);
     std::size_t i = 0;
     double pen = 0.0;
     if (!run.vertical) {
         while (i < run.text.size()) {
-            const Glyph& g = font.glyph(nextCodePoint(run.text, i));
-            at(g, Vector2{pen, 0.0});
+            const char32_t c = nextCodePoint(run.text, i);
+            const Glyph& g = font.glyph(c);
+            at(c, g, Vector2{pen, 0.0});
             pen += g.advance * run.tracking;
         }
         return;
     }
     double last = 0.0;
     while (i < run.text.size()) {
-        const Glyph& g = font.glyph(nextCodePoint(run.text, i));
+        const char32_t c = nextCodePoint(run.text, i);
+        const Glyph& g = font.glyph(c);
         const bool mark = g.advance == 0.0;
         const double top = mark ? last : pen;
         const double x = g.box.is_empty() ? 0.0 : -g.box.center().x;
-        at(g, Vector2{x, -top - 1.0});
+        at(c, g, Vector2{x, -top - 1.0});
         if (mark) continue;
         last = pen;
         pen += kVerticalPitch * run.tracking;
     }
+}
+
+/// The same without the characters themselves: at(glyph, offset).
+template <class At>
+void walk(const TextRun& run, At at) {
+    walkCharacters(run, [&](char32_t, const Glyph& g, const Vector2& offset) { at(g, offset); });
 }
 
 bool isDrawable(const TextRun& run) {
@@ -108,21 +116,29 @@ void emitGlyphsIn(const TextRun& run, const PathCallback& stroke, const PathCall
     Path placed;
     walk(run, [&](const Glyph& g, const Vector2& offset) {
         if (g.shape.empty()) return;
-        const Vector2 o = run.origin + run.xAxis * offset.x + run.yAxis * offset.y;
-        math::Matrix4 m;
-        m(0, 0) = run.xAxis.x;
-        m(0, 1) = run.yAxis.x;
-        m(0, 3) = o.x;
-        m(1, 0) = run.xAxis.y;
-        m(1, 1) = run.yAxis.y;
-        m(1, 3) = o.y;
-        placed.clear();
-        transformPath(g.shape, m, placed);
+        placeGlyph(run, g, offset, placed);
         (g.filled ? fill : stroke)(placed);
     });
 }
 
 }  // namespace
+
+void placeGlyph(const TextRun& run, const Glyph& glyph, const Vector2& offset, Path& out) {
+    const Vector2 o = run.origin + run.xAxis * offset.x + run.yAxis * offset.y;
+    math::Matrix4 m;
+    m(0, 0) = run.xAxis.x;
+    m(0, 1) = run.yAxis.x;
+    m(0, 3) = o.x;
+    m(1, 0) = run.xAxis.y;
+    m(1, 1) = run.yAxis.y;
+    m(1, 3) = o.y;
+    out.clear();
+    transformPath(glyph.shape, m, out);
+}
+
+void forEachGlyph(const TextRun& run, const std::function<void(char32_t, const Glyph&, const Vector2&)>& at) {
+    if (isDrawable(run)) walkCharacters(run, at);
+}
 
 const Font& fontFor(Name font, Name, bool bold, bool italic) {
     // Without a GUI application there are no outline fonts; one may come up later, so answers are kept apart.
@@ -202,7 +218,11 @@ Bounds2 textRunBounds(const TextRun& run) {
 void emitTextRun(const TextRun& run, const PathCallback& stroke, const PathCallback& fill) {
     if (!isDrawable(run)) return;
     emitGlyphsIn(run, stroke, fill);
-    if (!run.underline && !run.overline && !run.strikeThrough) return;
+    emitTextLines(run, stroke);
+}
+
+void emitTextLines(const TextRun& run, const PathCallback& stroke) {
+    if ((!run.underline && !run.overline && !run.strikeThrough) || !isDrawable(run)) return;
     const TextSpan span = textSpan(run);
     forLines(run, [&](double y) {
         Path line;

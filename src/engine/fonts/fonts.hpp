@@ -9,6 +9,8 @@
 #include "engine/path.hpp"
 #include "math/bounds2.hpp"
 
+class QRawFont;
+
 namespace kova::engine {
 
 /// The shape of one character, in capital heights from the start of the baseline.
@@ -43,6 +45,13 @@ public:
     virtual double descent() const = 0;
     static constexpr double capHeight = 1.0;
 
+    /// The installed font behind this one, for devices that write text as text; null for stroke fonts.
+    virtual const QRawFont* rawFont() const { return nullptr; }
+    /// The height of capitals of rawFont() at its own size, in pixels.
+    virtual double rawCapital() const { return 1.0; }
+    /// The character's number in rawFont(); 0 when that font does not hold it.
+    virtual std::uint32_t rawGlyph(char32_t) const { return 0; }
+
     /// The advance of a UTF-8 text; `tracking` is a factor on every advance.
     double advance(std::string_view text, double tracking = 1.0) const;
     /// Glyph shapes of the run in drawing coordinates, without its lines under, over and through.
@@ -67,6 +76,13 @@ math::Bounds2 textRunBounds(const TextRun& run);
 /// Glyph shapes, underline, overline and strike-through in drawing coordinates. Filled shapes are rings to be filled
 /// with the non-zero winding rule, one call for each character.
 void emitTextRun(const TextRun& run, const PathCallback& stroke, const PathCallback& fill);
+
+/// The lines under, over and through the run alone.
+void emitTextLines(const TextRun& run, const PathCallback& stroke);
+/// Visits the characters of a run with their shapes and the offsets of their origins in capital heights.
+void forEachGlyph(const TextRun& run, const std::function<void(char32_t, const Glyph&, const math::Vector2&)>& at);
+/// A shape at an offset (capital heights) within a run, in drawing coordinates.
+void placeGlyph(const TextRun& run, const Glyph& glyph, const math::Vector2& offset, Path& out);
 
 /// Distance from one character to the next in vertical text, in capital heights.
 inline constexpr double kVerticalPitch = 1.4;

@@ -177,7 +177,7 @@ double capitalHeight(const QRawFont& raw) {
 class OutlineFont final : public Font {
 public:
     OutlineFont(QRawFont raw, double capital, bool italic)
-        : raw_(std::move(raw)), italic_(italic), scale_(1.0 / capital) {
+        : raw_(std::move(raw)), italic_(italic), capital_(capital), scale_(1.0 / capital) {
         ascent_ = std::max(1.0, raw_.ascent() * scale_);
         descent_ = std::max(0.0, raw_.descent() * scale_);
     }
@@ -192,6 +192,12 @@ public:
     }
     double ascent() const override { return ascent_; }
     double descent() const override { return descent_; }
+    const QRawFont* rawFont() const override { return &raw_; }
+    double rawCapital() const override { return capital_; }
+    std::uint32_t rawGlyph(char32_t c) const override {
+        const auto indexes = raw_.glyphIndexesForString(QString::fromUcs4(&c, 1));
+        return indexes.isEmpty() ? 0 : indexes[0];
+    }
 
 private:
     bool take(char32_t c, Glyph& g) const {
@@ -221,6 +227,7 @@ private:
 
     QRawFont raw_;
     bool italic_;
+    double capital_;
     double scale_;
     double ascent_ = 1.0;
     double descent_ = 0.3;

@@ -28,7 +28,8 @@ struct DxfLoadReport {
 /// failure the drawing holds a part of the file and should be thrown away.
 std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report = nullptr);
 
-/// The same from memory.
-std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report = nullptr);
+/// The same from memory; `folder` is where relative paths of external references count from.
+std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report = nullptr,
+                        const std::string& folder = {});
 
 }  // namespace kova::io::dxf

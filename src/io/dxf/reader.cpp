@@ -168,8 +168,9 @@ std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport
 
 }  // namespace
 
-std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report) {
-    return load(text, drawing, report, {});
+std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report,
+                        const std::string& folder) {
+    return load(text, drawing, report, folder);
 }
 
 std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report) {

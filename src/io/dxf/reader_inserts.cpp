@@ -240,6 +240,9 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
             case 90:
                 out->statusFlags = small(tag);
                 break;
+            case 340:
+                out->clipHandle = tag.handle();
+                break;
             case 331:
             case 341:
                 if (const engine::Name layer = recordName(tag.handle()); !layer.empty())

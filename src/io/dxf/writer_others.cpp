@@ -272,7 +272,9 @@ bool Writer::write(const ViewportEntity& e, const Target& t) {
     out.integer(72, 1000);
     for (const Name layer : e.vpFrozenLayers)
         if (const auto known = layers_.find(layer.key()); known != layers_.end()) out.handle(331, known->second);
-    out.integer(90, flags);
+    const bool clipped = e.clipEntity() != nullptr;
+    out.integer(90, clipped ? flags | engine::ViewportEntity::kNonRectangular : flags);
+    if (clipped) out.handle(340, e.clipHandle);
     out.word(1, "");
     out.integer(281, 0);
     out.integer(71, 1);

@@ -1,5 +1,6 @@
 #include "io/dxf/writer_stream.hpp"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -10,6 +11,19 @@
 namespace kova::io::dxf {
 
 namespace {
+
+/// The lines of the codes below 1000.
+constexpr auto kCodes = [] {
+    std::array<std::array<char, 4>, 1000> lines{};
+    for (int code = 0; code < 1000; ++code) {
+        auto& line = lines[static_cast<std::size_t>(code)];
+        line[0] = code >= 100 ? static_cast<char>('0' + code / 100) : ' ';
+        line[1] = code >= 10 ? static_cast<char>('0' + code / 10 % 10) : ' ';
+        line[2] = static_cast<char>('0' + code % 10);
+        line[3] = '\n';
+    }
+    return lines;
+}();
 
 /// Length of the well-formed UTF-8 sequence at p; 0 when it is none.
 std::size_t sequenceLength(const unsigned char* p, const unsigned char* end) {
@@ -58,17 +72,16 @@ void GroupWriter::clear() {
 
 void GroupWriter::code(int code) {
     // The caller has made room. Codes have one to four digits, right-aligned in three columns.
-    if (code >= 1000) {
-        *at_++ = static_cast<char>('0' + code / 1000);
-        code %= 1000;
-        *at_++ = static_cast<char>('0' + code / 100);
-        *at_++ = static_cast<char>('0' + code / 10 % 10);
-    } else {
-        *at_++ = code >= 100 ? static_cast<char>('0' + code / 100) : ' ';
-        *at_++ = code >= 10 ? static_cast<char>('0' + code / 10 % 10) : ' ';
+    if (code < 1000) {
+        std::memcpy(at_, kCodes[static_cast<std::size_t>(code)].data(), 4);
+        at_ += 4;
+        return;
     }
-    *at_++ = static_cast<char>('0' + code % 10);
-    *at_++ = '\n';
+    *at_++ = static_cast<char>('0' + code / 1000);
+    std::memcpy(at_, kCodes[static_cast<std::size_t>(code % 1000)].data(), 4);
+    for (char* c = at_; c != at_ + 3; ++c)
+        if (*c == ' ') *c = '0';
+    at_ += 4;
 }
 
 void GroupWriter::append(std::string_view raw) {

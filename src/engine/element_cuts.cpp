@@ -1,11 +1,10 @@
-#include "cmd/element_cuts.hpp"
+#include "engine/element_cuts.hpp"
 
 #include "math/angles.hpp"
 #include "math/curves.hpp"
 
-namespace kova::cmd {
+namespace kova::engine {
 
-using engine::PathElement;
 using math::Vector2;
 
 namespace {
@@ -63,7 +62,7 @@ void cutArc(const PathElement& e, const Vector2& from, const Vector2& a, const V
         if (run > math::kTwoPi - slack) run = 0.0;
         if (run > std::abs(sweep) + slack) continue;
         const double s = std::min(run / std::abs(sweep), 1.0);
-        if (between(engine::elementPoint(e, from, s), a, b, 2.0 * tolerance)) out.push_back(s);
+        if (between(elementPoint(e, from, s), a, b, 2.0 * tolerance)) out.push_back(s);
     }
 }
 
@@ -164,4 +163,4 @@ void cutElement(const PathElement& e, const Vector2& from, const Vector2& a, con
     }
 }
 
-}  // namespace kova::cmd
+}  // namespace kova::engine

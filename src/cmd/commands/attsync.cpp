@@ -1,0 +1,130 @@
+#include "cmd/block_attributes.hpp"
+#include "cmd/dialogue.hpp"
+#include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
+#include "cmd/registry.hpp"
+
+namespace kova::cmd::commands {
+
+namespace {
+
+using engine::BlockReferenceEntity;
+using engine::Name;
+
+/// True when a block defines attributes whose values references hold.
+bool definesAttributes(const engine::Block* block) {
+    return block != nullptr && !attributeDefinitions(block->entities).empty();
+}
+
+bool isReference(const engine::Entity& entity) { return entity.type() == engine::EntityType::BlockReference; }
+
+/// ATTSYNC: references get the attributes that their block now defines; values under the same tag stay.
+class AttsyncTool final : public DialogueTool {
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        for (;;) {
+            const Answer option = co_await ask.keyword("Enter an option [?/Name/Select] <Select>:", "? Name Select");
+            if (option.is("?")) {
+                list();
+                continue;
+            }
+            if (option.is("NAME")) {
+                const bool done = co_await byName(ask);
+                if (done) co_return;
+                continue;
+            }
+            const Answer pick = co_await ask.object("Select a block:", {}, isReference);
+            const auto* reference =
+                pick.isObject() ? dynamic_cast<const BlockReferenceEntity*>(drawing().findById(pick.id)) : nullptr;
+            if (reference == nullptr) co_return;
+            const Name name = reference->blockName;
+            if (!definesAttributes(drawing().findBlock(name))) {
+                message("Block " + quoted(name) + " has no attributes.");
+                continue;
+            }
+            std::string question = "ATTSYNC block " + name.str() + "? [Yes/No] <Yes>:";
+            const bool sync = co_await askYesNo(ask, std::move(question), true);
+            if (!sync) continue;
+            synchronize(std::vector<Name>(1, name));
+            co_return;
+        }
+    }
+
+private:
+    std::vector<Name> candidates() const {
+        std::vector<Name> names;
+        for (const auto& block : drawing().blocks())
+            if (!block->isAnonymous() && definesAttributes(block.get())) names.push_back(block->name);
+        return names;
+    }
+
+    void list() const {
+        const std::vector<Name> names = matchingNames(drawing(), candidates(), "*");
+        if (names.empty()) return message("No blocks with attributes.");
+        for (const Name name : names) message("  " + quoted(name));
+    }
+
+    Task<bool> byName(Ask& ask) {
+        for (;;) {
+            const Answer answer = co_await ask.text("Enter names of blocks to sync or [?]:", "?");
+            if (answer.isEnter()) co_return false;
+            if (answer.is("?")) {
+                list();
+                continue;
+            }
+            const std::vector<Name> names = matchingNames(drawing(), candidates(), answer.text);
+            if (names.empty()) {
+                const engine::Block* known = drawing().findBlock(Name(typedName(answer.text)));
+                message(known != nullptr ? "Block " + quoted(known->name) + " has no attributes."
+                                         : "No matching names found.");
+                continue;
+            }
+            synchronize(names);
+            co_return true;
+        }
+    }
+
+    void synchronize(const std::vector<Name>& names) {
+        std::vector<engine::Entity*> references;
+        const auto scan = [&](engine::EntityList& list) {
+            for (engine::Entity& entity : list)
+                if (isReference(entity) &&
+                    std::find(names.begin(), names.end(), static_cast<BlockReferenceEntity&>(entity).blockName) !=
+                        names.end())
+                    references.push_back(&entity);
+        };
+        scan(drawing().modelSpace());
+        for (const auto& layout : drawing().layouts()) scan(layout->entities);
+        for (const auto& block : drawing().blocks()) scan(block->entities);
+        const doc::GroupScope group(document(), "ATTSYNC");
+        for (engine::Entity* entity : references)
+            document().modifyEntity(*entity, [&](engine::Entity& target) {
+                auto& reference = static_cast<BlockReferenceEntity&>(target);
+                if (const engine::Block* block = drawing().findBlock(reference.blockName))
+                    reference.attributes = matchedAttributes(reference, *block, drawing());
+            });
+        message(counted(references.size(), "block reference") + " updated.");
+    }
+};
+
+/// ATTDISP: which attributes are shown.
+class AttdispTool final : public DialogueTool {
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        static constexpr const char* names[] = {"OFF", "Normal", "ON"};
+        const std::int32_t now = std::clamp(engine::sysVarInt(drawing(), "ATTMODE", 1), 0, 2);
+        std::string prompt = std::string("Enter attribute visibility setting [Normal/ON/OFF] <") + names[now] + ">:";
+        const Answer answer = co_await ask.keyword(std::move(prompt), "Normal ON OFF");
+        if (answer.isEnter()) co_return;
+        const std::int32_t mode = answer.is("ON") ? 2 : answer.is("OFF") ? 0 : 1;
+        const doc::GroupScope group(document(), "ATTDISP");
+        message(document().setVariable("ATTMODE", mode));
+    }
+};
+
+}  // namespace
+
+KOVA_TOOL_COMMAND(Attsync, "ATTSYNC", "Synchronize Attributes", "Insert")
+KOVA_TOOL_COMMAND(Attdisp, "ATTDISP", "Attribute Display", "View")
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,397 @@
+#include <filesystem>
+
+#include "cmd/block_attributes.hpp"
+#include "cmd/dialogue.hpp"
+#include "cmd/drawing_aids.hpp"
+#include "cmd/drawing_transfer.hpp"
+#include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
+#include "cmd/registry.hpp"
+
+namespace kova::cmd::commands {
+
+namespace {
+
+using engine::BlockReferenceEntity;
+using engine::Name;
+using math::Vector2;
+
+namespace fs = std::filesystem;
+
+/// The drawing file that a typed name means: as it stands, or with one of the known extensions, here or beside the
+/// open drawing. Empty: there is none.
+std::string findDrawingFile(const engine::Drawing& drawing, const std::string& name) {
+    if (name.empty()) return {};
+    std::vector<fs::path> folders{fs::path()};
+    if (!drawing.fileName.empty()) folders.push_back(fs::path(drawing.fileName).parent_path());
+    for (const fs::path& folder : folders)
+        for (const char* extension : {"", ".kvcad", ".dxf", ".dwg"}) {
+            const fs::path path = folder / (name + extension);
+            std::error_code error;
+            if (fs::is_regular_file(path, error)) return path.string();
+        }
+    return {};
+}
+
+/// INSERT and MINSERT: place a block, of this drawing or out of a file, with values for its attributes.
+class InsertTool : public DialogueTool {
+public:
+    explicit InsertTool(bool multiple = false) : multiple_(multiple) {}
+
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        const bool chosen = co_await askBlock(ask);
+        if (!chosen) co_return;
+        const bool placed = co_await askPlace(ask);
+        if (!placed) co_return;
+        co_await askScale(ask);
+        if (!rotation_) co_await askRotation(ask, true);
+        if (multiple_) co_await askGrid(ask);
+        if (!exploded_) co_await askValues(ask);
+        commit();
+    }
+
+private:
+    const char* label() const { return multiple_ ? "MINSERT" : "INSERT"; }
+
+    // The block ------------------------------------------------------------------------------------------------
+
+    const engine::EntityList& contents() const {
+        return source_ ? source_->modelSpace() : drawing().findBlock(name_)->entities;
+    }
+    bool exists() const { return drawing().findBlock(name_) != nullptr; }
+
+    Task<bool> askBlock(Ask& ask) {
+        for (;;) {
+            const std::string last = engine::sysVarString(drawing(), "INSNAME");
+            std::string prompt = "Enter block name or [?]";
+            prompt += last.empty() ? ":" : " <" + last + ">:";
+            const Answer answer = co_await ask.text(std::move(prompt), "?");
+            if (answer.isEnter() && last.empty()) co_return false;
+            if (answer.is("?")) {
+                const Answer filter = co_await ask.text("Enter block(s) to list <*>:");
+                const std::string pattern(filter.isEnter() ? "*" : filter.text);
+                listBlocks(drawing(), pattern, *host());
+                continue;
+            }
+            std::string text = answer.isEnter() ? last : typedName(answer.text);
+            if (text == "~") {
+                message("\"Select Drawing File\" needs its dialog, which kovacad-cli cannot show; cancelled.");
+                co_return false;
+            }
+            if (text.starts_with('*') && drawing().findBlock(Name(text)) == nullptr) {
+                if (multiple_) {
+                    message("MINSERT cannot insert a block exploded.");
+                    continue;
+                }
+                exploded_ = true;
+                text.erase(0, 1);
+            }
+            const std::size_t equals = text.find('=');
+            if (equals != std::string::npos) {
+                const std::string name = text.substr(0, equals);
+                std::string file = text.substr(equals + 1);
+                if (file.empty()) file = name;
+                if (!readFile(typedName(file), name)) continue;
+                if (exists() && engine::sysVarInt(drawing(), "EXPERT") < 2) {
+                    std::string question =
+                        "Block " + cmd::quoted(name_) + " already exists. Redefine it? [Yes/No] <N>:";
+                    const bool redefine = co_await askYesNo(ask, std::move(question), false);
+                    if (!redefine) {
+                        source_.reset();
+                        continue;
+                    }
+                }
+            } else if (const engine::Block* block = drawing().findBlock(Name(text))) {
+                name_ = block->name;
+            } else {
+                const std::string stem = fs::path(text).stem().string();
+                const engine::Block* known = drawing().findBlock(Name(stem));
+                if (known != nullptr && fs::path(text).has_extension())
+                    name_ = known->name;
+                else if (!readFile(text, stem))
+                    continue;
+            }
+            if (exploded_ && !isExplodable()) continue;
+            co_return true;
+        }
+    }
+
+    bool isExplodable() {
+        const engine::Block* block = source_ ? nullptr : drawing().findBlock(name_);
+        if (block == nullptr || block->explodable) return true;
+        message("Block " + cmd::quoted(name_) + " cannot be exploded.");
+        exploded_ = false;
+        return false;
+    }
+
+    /// Reads a file for a block of that name; false after a line that says why not.
+    bool readFile(const std::string& file, const std::string& name) {
+        exploded_ = exploded_ && !multiple_;
+        const std::string path = findDrawingFile(drawing(), file);
+        if (path.empty()) {
+            message("Block " + cmd::quoted(file) + " not found.");
+            return false;
+        }
+        if (!engine::isValidSymbolName(name)) {
+            message("Invalid block name " + cmd::quoted(name) + ".");
+            return false;
+        }
+        AppServices* services = host()->services();
+        auto source = std::make_unique<engine::Drawing>();
+        const std::string error =
+            services != nullptr ? services->readDrawing(path, *source) : std::string("Files cannot be read here.");
+        if (!error.empty()) {
+            message("Could not open " + path + ": " + error);
+            return false;
+        }
+        source_ = std::move(source);
+        const engine::Block* known = drawing().findBlock(Name(name));
+        name_ = known != nullptr ? known->name : Name(name);
+        return true;
+    }
+
+    // Place, scale, rotation -----------------------------------------------------------------------------------
+
+    Task<bool> askPlace(Ask& ask) {
+        for (;;) {
+            const Answer answer =
+                co_await ask.point("Specify insertion point or [Basepoint/Scale/X/Y/Z/Rotate/Explode]:",
+                                   "Basepoint Scale X Y Z Rotate Explode");
+            if (answer.isEnter()) co_return false;
+            if (answer.isPoint()) {
+                point_ = answer.point;
+                co_return true;
+            }
+            if (answer.is("ROTATE")) {
+                co_await askRotation(ask, false);
+            } else if (answer.is("BASEPOINT")) {
+                const Answer base = co_await ask.point("Specify base point:", {}, drawing().ucs.origin);
+                if (base.isPoint()) base_ = drawing().ucs.fromWorld(base.point);
+            } else if (answer.is("EXPLODE")) {
+                if (multiple_) {
+                    message("MINSERT cannot insert a block exploded.");
+                    continue;
+                }
+                exploded_ = co_await askYesNo(ask, "Explode the block? [Yes/No] <Yes>:", true);
+                if (exploded_) isExplodable();
+            } else {
+                std::string prompt = "Specify " + (answer.is("SCALE") ? std::string() : answer.word + " ") +
+                                     (answer.is("SCALE") ? "scale factor for XYZ axes <1>:" : "scale factor <1>:");
+                const std::string axis = answer.word;
+                const Answer scale = co_await ask.distance(std::move(prompt), {}, Vector2{}, kNonZero);
+                const double value = scale.numberOr(1.0);
+                if (axis != "Y" && axis != "Z") scaleX_ = value;
+                if (axis != "X" && axis != "Z") scaleY_ = value;
+                if (axis == "SCALE" || axis == "Z") scaleZ_ = std::abs(value);
+            }
+        }
+    }
+
+    Dialogue askScale(Ask& ask) {
+        const engine::Block* block = source_ ? nullptr : drawing().findBlock(name_);
+        const bool uniform = exploded_ || (block != nullptr && block->scaleUniform);
+        if (scaleX_ || scaleY_) {
+            if (!scaleX_) scaleX_ = uniform ? *scaleY_ : 1.0;
+            if (!scaleY_) scaleY_ = *scaleX_;
+            if (uniform) scaleY_ = *scaleX_;
+            co_return;
+        }
+        if (uniform) {
+            const Answer scale = co_await ask.distance("Specify scale for XYZ axes <1>:", {}, point_, kNonZero);
+            scaleX_ = scaleY_ = scale.numberOr(1.0);
+            co_return;
+        }
+        Answer x = co_await ask.distance(
+            "Enter X scale factor, specify opposite corner, or [Corner/XYZ] <1>:", "Corner XYZ", point_, kNonZero);
+        bool threeAxes = false;
+        if (x.is("XYZ")) {
+            threeAxes = true;
+            x = co_await ask.distance("Specify X scale factor or [Corner] <1>:", "Corner", point_, kNonZero);
+        }
+        if (x.is("CORNER")) {
+            const Answer corner = co_await ask.point("Specify opposite corner:", {}, point_);
+            if (corner.isPoint()) useCorner(corner.point);
+        } else if (x.isNumber() && !isTyped(x)) {
+            useCorner(x.point);
+        } else {
+            scaleX_ = x.numberOr(1.0);
+        }
+        if (!scaleX_) scaleX_ = 1.0;
+        if (!scaleY_) {
+            const Answer y = co_await ask.distance("Enter Y scale factor <use X scale factor>:", {}, point_, kNonZero);
+            scaleY_ = y.numberOr(*scaleX_);
+        }
+        if (!threeAxes) co_return;
+        const Answer z = co_await ask.distance("Specify Z scale factor or <use X scale factor>:", {}, point_, kNonZero);
+        if (z.isNumber()) scaleZ_ = std::abs(z.number);
+    }
+
+    /// The way to a corner gives both scales.
+    void useCorner(const Vector2& corner) {
+        const Vector2 way = drawing().ucs.fromWorld(corner) - drawing().ucs.fromWorld(point_);
+        if (way.x == 0.0 || way.y == 0.0) return message("Scale factors cannot be zero.");
+        scaleX_ = way.x;
+        scaleY_ = way.y;
+    }
+
+    Dialogue askRotation(Ask& ask, bool placed) {
+        const Vector2 center = placed ? point_ : drawing().ucs.origin;
+        const Answer angle = co_await ask.angle("Specify rotation angle <0>:", {}, center);
+        rotation_ = angle.isNumber() ? worldDirection(angle, drawing()) : ucsRotation(drawing());
+    }
+
+    Dialogue askGrid(Ask& ask) {
+        const Answer rows = co_await ask.integer("Enter number of rows (---) <1>:", 1, 32767);
+        rows_ = rows.isNumber() ? rows.integer() : 1;
+        const Answer columns = co_await ask.integer("Enter number of columns (|||) <1>:", 1, 32767);
+        columns_ = columns.isNumber() ? columns.integer() : 1;
+        bool cell = false;
+        if (rows_ > 1) {
+            const char* prompt = columns_ > 1 ? "Enter distance between rows or specify unit cell (---):"
+                                              : "Specify distance between rows (---):";
+            const Answer distance = co_await ask.distance(prompt, {}, point_);
+            if (distance.isNumber() && !isTyped(distance) && columns_ > 1) {
+                const Vector2 first = distance.point;
+                const Answer corner = co_await ask.point("Specify opposite corner:", {}, first);
+                if (corner.isPoint()) {
+                    const Vector2 x = Vector2::from_angle(*rotation_);
+                    columnSpacing_ = (corner.point - first).dot(x);
+                    rowSpacing_ = (corner.point - first).dot(x.perpendicular());
+                    cell = true;
+                }
+            } else {
+                rowSpacing_ = distance.numberOr(0.0);
+            }
+        }
+        if (columns_ < 2 || cell) co_return;
+        const Answer distance = co_await ask.distance("Specify distance between columns (|||):", {}, point_);
+        columnSpacing_ = distance.numberOr(0.0);
+    }
+
+    // Attributes -------------------------------------------------------------------------------------------------
+
+    /// What a definition asks, with the value so far as default.
+    static std::string question(const engine::AttributeDefinitionEntity& definition, const std::string& value) {
+        const std::string& prompt = definition.prompt.empty() ? definition.tag : definition.prompt;
+        return value.empty() ? prompt + ":" : withDefault(prompt, value);
+    }
+
+    Dialogue askValues(Ask& ask) {
+        // Nobody changes the block while the command waits: its definitions keep their places.
+        std::size_t count = 0;
+        {
+            const auto definitions = attributeDefinitions(contents());
+            count = definitions.size();
+            for (const auto* definition : definitions) values_.push_back(definition->defaultValue);
+        }
+        if (engine::sysVarInt(drawing(), "ATTREQ", 1) == 0) co_return;
+        for (const bool verifying : {false, true}) {
+            bool announced = false;
+            for (std::size_t i = 0; i < count; ++i) {
+                const auto definitions = attributeDefinitions(contents());
+                if (i >= definitions.size()) co_return;
+                const engine::AttributeDefinitionEntity& definition = *definitions[i];
+                if (definition.preset || (verifying && !definition.verify)) continue;
+                if (!announced) message(verifying ? "Verify attribute values" : "Enter attribute values");
+                announced = true;
+                std::string prompt = question(definition, values_[i]);
+                const Answer answer = co_await ask.text(std::move(prompt));
+                if (answer.isText()) values_[i] = answer.text;
+            }
+        }
+    }
+
+    // The change -------------------------------------------------------------------------------------------------
+
+    void commit() {
+        doc::GroupScope group(document(), label());
+        if (source_) {
+            const std::string error = importAsBlock(document(), *source_, name_, unitFactor(*source_, drawing()));
+            if (!error.empty()) {
+                group.rollback();
+                return message(error);
+            }
+        }
+        engine::Block* block = drawing().findBlock(name_);
+        if (block == nullptr) return;
+        auto reference = std::make_unique<BlockReferenceEntity>(block->name, point_);
+        applyCurrentValues(document(), *reference);
+        reference->scaleX = *scaleX_;
+        reference->scaleY = *scaleY_;
+        if (scaleZ_ && *scaleZ_ != std::abs(*scaleX_)) reference->scaleZ = scaleZ_;
+        reference->rotation = rotation_.value_or(0.0);
+        if (base_ != Vector2{}) {
+            const math::Matrix4 m = reference->blockMatrix(*block);
+            reference->insert += reference->insert - m.transform_point(block->base + base_);
+        }
+        if (!reference->insert.is_finite() || !std::isfinite(reference->scaleX) || !std::isfinite(reference->scaleY)) {
+            group.rollback();
+            return message("Invalid value.");
+        }
+        reference->rows = rows_;
+        reference->columns = columns_;
+        reference->rowSpacing = rowSpacing_;
+        reference->columnSpacing = columnSpacing_;
+        if (exploded_) return addExploded(*block, *reference);
+        const auto definitions = attributeDefinitions(block->entities);
+        const math::Matrix4 placement = attributePlacement(*reference, *block);
+        for (std::size_t i = 0; i < definitions.size(); ++i)
+            reference->attributes.push_back(makeAttribute(
+                *definitions[i], placement, i < values_.size() ? values_[i] : definitions[i]->defaultValue, drawing()));
+        document().addEntity(std::move(reference));
+        engine::setSysVar(drawing(), "INSNAME", name_.str());
+        repaint();
+    }
+
+    /// The block's entities by themselves.
+    void addExploded(engine::Block& block, const BlockReferenceEntity& reference) {
+        const math::Matrix4 matrix = reference.blockMatrix(block);
+        const auto shown = block.visibleEntities({});
+        std::size_t position = 0;
+        for (const engine::Entity& entity : block.entities) {
+            const std::size_t at = position++;
+            if (shown && (at >= shown->size() || !(*shown)[at])) continue;
+            if (std::unique_ptr<engine::Entity> copy = engine::transformedEntity(entity, matrix)) {
+                copy->setHandle(0);
+                document().addEntity(std::move(copy));
+            }
+        }
+        // A file inserted exploded leaves no block behind that was not there before.
+        if (source_ && engine::countReferences(drawing(), engine::SymbolKind::Block, name_) == 0)
+            document().deleteBlock(name_);
+        else
+            engine::setSysVar(drawing(), "INSNAME", name_.str());
+        repaint();
+    }
+
+    static constexpr Range kNonZero{-1e300, 1e300, true};
+
+    bool multiple_;
+    bool exploded_ = false;
+    Name name_;
+    std::unique_ptr<engine::Drawing> source_;  ///< the file that the block is to be defined from
+    Vector2 point_;
+    Vector2 base_;  ///< another base point, relative to the block's
+    std::optional<double> scaleX_;
+    std::optional<double> scaleY_;
+    std::optional<double> scaleZ_;
+    std::optional<double> rotation_;  ///< in the world
+    int rows_ = 1;
+    int columns_ = 1;
+    double rowSpacing_ = 0.0;
+    double columnSpacing_ = 0.0;
+    std::vector<std::string> values_;
+};
+
+class MinsertTool final : public InsertTool {
+public:
+    MinsertTool() : InsertTool(true) {}
+};
+
+}  // namespace
+
+KOVA_TOOL_COMMAND(Insert, "INSERT", "Insert Block", "Insert", {"I", "DDINSERT"})
+KOVA_TOOL_COMMAND(Minsert, "MINSERT", "Insert Block as Grid", "Insert")
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,67 @@
+#include "cmd/viewports.hpp"
+
+#include "cmd/drawing_aids.hpp"
+
+namespace kova::cmd {
+
+using engine::ViewportEntity;
+using math::Bounds2;
+
+std::vector<ViewportEntity*> viewportsOf(const engine::Layout& layout) {
+    std::vector<ViewportEntity*> found;
+    for (std::uint32_t slot = 0; slot < layout.entities.slotCount(); ++slot) {
+        engine::Entity* entity = layout.entities.atSlot(slot);
+        if (entity == nullptr || entity->type() != engine::EntityType::Viewport) continue;
+        auto* viewport = static_cast<ViewportEntity*>(entity);
+        if (!viewport->isSheet()) found.push_back(viewport);
+    }
+    return found;
+}
+
+ViewportEntity* firstOpenViewport(const engine::Drawing& drawing) {
+    const engine::Layout* layout = drawing.activeLayout();
+    if (layout == nullptr) return nullptr;
+    ViewportEntity* first = nullptr;
+    for (ViewportEntity* viewport : viewportsOf(*layout))
+        if (viewport->isOn() && (first == nullptr || viewport->vpId < first->vpId)) first = viewport;
+    return first;
+}
+
+std::string enterViewport(doc::Document& document, const ViewportEntity& viewport) {
+    if (!viewport.isOn()) return "The viewport is off.";
+    document.editSettings([&](engine::Drawing& drawing) { drawing.activeViewportId = viewport.id(); });
+    return {};
+}
+
+void leaveViewport(doc::Document& document) {
+    document.editSettings([](engine::Drawing& drawing) { drawing.activeViewportId = 0; });
+}
+
+Bounds2 printableArea(const engine::Layout& layout) {
+    const engine::PageSetup& page = layout.pageSetup;
+    const Bounds2 area{{page.marginLeft, page.marginBottom},
+                       {page.paperWidth - page.marginRight, page.paperHeight - page.marginTop}};
+    return area.is_empty() ? Bounds2{{}, {page.paperWidth, page.paperHeight}} : area;
+}
+
+std::unique_ptr<ViewportEntity> makeViewport(doc::Document& document, const Bounds2& frame, const Bounds2& model) {
+    const engine::Drawing& drawing = document.drawing();
+    auto viewport = std::make_unique<ViewportEntity>();
+    document.applyCurrentProperties(*viewport);
+    viewport->center = frame.center();
+    viewport->width = frame.width();
+    viewport->height = frame.height();
+    std::int32_t number = ViewportEntity::kSheetId;
+    if (const engine::Layout* layout = drawing.activeLayout())
+        for (const ViewportEntity* other : viewportsOf(*layout)) number = std::max(number, other->vpId);
+    viewport->vpId = number < 32767 ? number + 1 : number;
+    Bounds2 shown = model.is_empty() ? drawing.extents(drawing.modelSpace()) : model;
+    if (shown.is_empty()) shown = {drawing.limits.lower, drawing.limits.upper};
+    viewport->viewTarget = shown.center();
+    // A little air around what is shown.
+    const double scale = std::min(frame.width() / shown.width(), frame.height() / shown.height()) / 1.02;
+    viewport->viewScale = std::isfinite(scale) && scale > 0.0 ? scale : 1.0;
+    return viewport;
+}
+
+}  // namespace kova::cmd

@@ -1,0 +1,66 @@
+#include "io/dwg/dwg_load.hpp"
+
+#include <spdlog/spdlog.h>
+
+#include <filesystem>
+#include <fstream>
+#include <new>
+
+#include "engine/drawing.hpp"
+#include "io/dxf/dxf_load.hpp"
+#include "io/mapped_file.hpp"
+#include "kdraw/database.hpp"
+#include "kdraw/decoder.hpp"
+#include "kdraw/dxf/dxf_file_output.hpp"
+
+namespace kova::io::dwg {
+
+DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing, const std::string& folder) {
+    DwgLoadResult result;
+    // The groups of DXF are what both formats mean: one reader builds the entities of either.
+    const std::string groups = kdraw::databaseToDxf(database);
+    dxf::DxfLoadReport report;
+    result.message = dxf::loadDxfText(groups, drawing, &report, folder);
+    result.lines = std::move(report.lines);
+    result.success = result.message.empty();
+    result.skippedObjects = database.skipped.size();
+    if (result.skippedObjects > 0)
+        result.lines.push_back("DWG: " + std::to_string(result.skippedObjects) + " object(s) could not be decoded and were skipped.");
+    return result;
+}
+
+DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, const std::string& folder) {
+    DwgLoadResult result;
+    try {
+        kdraw::Database database;
+        result.message = kdraw::decode(bytes, database);
+        if (!result.message.empty()) return result;
+        for (const std::string& note : database.notes) spdlog::warn("DWG: {}", note);
+        return importDatabase(database, drawing, folder);
+    } catch (const std::bad_alloc&) {
+        result.message = "not enough memory";
+    } catch (const std::length_error&) {
+        result.message = "not enough memory";
+    }
+    result.success = false;
+    return result;
+}
+
+DwgLoadResult loadDwg(const std::string& path, engine::Drawing& drawing) {
+    MappedFile file;
+    DwgLoadResult result;
+    result.message = file.open(path);
+    if (!result.message.empty()) return result;
+    return loadDwgBytes(file.view(), drawing, std::filesystem::path(path).parent_path().string());
+}
+
+bool isOlderThanR2007(const std::string& path) {
+    char bytes[6] = {};
+    std::ifstream file(path, std::ios::binary);
+    if (!file.read(bytes, sizeof bytes)) return false;
+    const std::string_view tag(bytes, sizeof bytes);
+    if (tag.starts_with("AC10")) return tag < "AC1021";
+    return tag.starts_with("AC1.") || tag.starts_with("AC2.") || tag.starts_with("MC0.");
+}
+
+}  // namespace kova::io::dwg

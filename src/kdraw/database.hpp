@@ -1,0 +1,73 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "kdraw/classes.hpp"
+#include "kdraw/header_variables.hpp"
+#include "kdraw/object.hpp"
+
+namespace kdraw {
+
+/// A drawing as objects of the binary format: what a decoder fills and an encoder writes.
+class Database {
+public:
+    Database() = default;
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+    Database(Database&&) = default;
+    Database& operator=(Database&&) = default;
+
+    Version version = Version::R2018;
+    int codePage = 30;
+    HeaderVariables header;
+    std::vector<ClassRecord> classes;
+    /// In the order in which they were added: of their handles after decoding.
+    std::vector<std::unique_ptr<Object>> objects;
+    /// Binary modeller data (SAB) that stands in the data storage section, by the handle of its object.
+    std::unordered_map<Handle, std::string> modelerData;
+
+    /// The object of a handle; null: none.
+    Object* find(Handle handle) const;
+    template <class T>
+    T* as(Handle handle) const {
+        return dynamic_cast<T*>(find(handle));
+    }
+    /// Adds an object under the handle wanted, or under a new one when it is 0 or taken.
+    Object& add(std::unique_ptr<Object> object, Handle wanted = 0);
+    /// The next free handle.
+    Handle nextHandle() const { return next_; }
+    void reserveHandles(Handle upTo) {
+        if (upTo >= next_) next_ = upTo + 1;
+    }
+
+    // Table records by name, without regard to case.
+    void nameRecord(Table table, std::string_view name, Handle handle);
+    Handle recordNamed(Table table, std::string_view name) const;
+    /// Name of a table record; empty: none.
+    std::string_view recordName(Handle handle) const;
+
+    /// Records that could not be decoded, by type code and by handle.
+    struct Skipped {
+        Handle handle = 0;
+        std::uint16_t type = 0;
+        bool entity = false;
+    };
+    std::vector<Skipped> skipped;
+    /// Records whose fields did not fill their data exactly: signs of fields that this library does not know.
+    std::vector<Skipped> uneven;
+    /// Things that were wrong and did not matter: checksums.
+    std::vector<std::string> notes;
+
+private:
+    std::vector<std::uint32_t> direct_;                   ///< by small handle: place in objects + 1
+    std::unordered_map<Handle, std::uint32_t> indirect_;  ///< by any other handle
+    std::unordered_map<std::string, Handle> names_;
+    Handle next_ = 1;
+};
+
+}  // namespace kdraw

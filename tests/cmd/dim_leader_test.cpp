@@ -1,0 +1,123 @@
+// Leaders, multileaders and tolerances.
+#include "cmd/draw_harness.hpp"
+#include "engine/entities/block_reference.hpp"
+#include "engine/entities/leader.hpp"
+#include "engine/entities/mleader.hpp"
+#include "engine/entities/mtext.hpp"
+#include "engine/entities/tolerance.hpp"
+#include "math/angles.hpp"
+
+namespace kova::cmd {
+namespace {
+
+using engine::LeaderEntity;
+using engine::MLeaderEntity;
+using engine::MTextEntity;
+using engine::ToleranceEntity;
+using math::Vector2;
+
+TEST(Leader, PointsFormatAndText) {
+    DrawConsole c;
+    c.run({"LEADER", "0,0", "10,10", "99,99", "U", "20,20", "F", "S", "F", "N", "", "first", "second", ""});
+    ASSERT_EQ(c.count(), 2u);
+    const auto& leader = dynamic_cast<LeaderEntity&>(*c.entities()[0]);
+    const auto& text = c.last<MTextEntity>();
+    expectPoints(leader.vertices, {{0, 0}, {10, 10}, {20, 20}});
+    EXPECT_TRUE(leader.splined);
+    EXPECT_FALSE(leader.hasArrow);
+    EXPECT_TRUE(leader.hookLine);
+    EXPECT_EQ(leader.annotationHandle, text.handle());
+    EXPECT_FALSE(leader.drawsText());
+    EXPECT_EQ(text.content, "first\\Psecond");
+    EXPECT_GT(text.position.x, 20);
+    EXPECT_EQ(c.lastStep(), "LEADER");
+    c.feed("U");
+    EXPECT_EQ(c.count(), 0u);
+    // Flat to the left: no hook, the text on that side.
+    c.run({"LEAD", "0,0", "-30,1", "", "left", ""});
+    EXPECT_FALSE(dynamic_cast<LeaderEntity&>(*c.entities()[0]).hookLine);
+    EXPECT_LE(c.last<MTextEntity>().bounds().max.x, -29.0);
+    // Undo keeps the first two points; one point makes nothing.
+    EXPECT_EQ(c.run({"LEAD", "0,0", "5,5", "U"}).back(), "Nothing to undo.");
+    c.run({"", "", "N"});
+    EXPECT_EQ(c.count(), 3u);
+    c.run({"LEAD", "0,0", ""});
+    EXPECT_EQ(c.count(), 3u);
+}
+
+TEST(Leader, OtherAnnotations) {
+    DrawConsole c;
+    c.run({"LEADER", "0,0", "20,20", "", "", "T", "PO", "%%c0.1", "M", "A(M)", "B", ""});
+    const auto& tolerance = c.last<ToleranceEntity>();
+    EXPECT_EQ(tolerance.first.symbol, "j");
+    EXPECT_EQ(tolerance.first.toleranceMC, "m");
+    EXPECT_EQ(tolerance.first.datum1, "A");
+    EXPECT_EQ(tolerance.first.datum1MC, "m");
+    EXPECT_EQ(tolerance.first.datum2, "B");
+    EXPECT_GT(tolerance.insertion.x, 20);
+    EXPECT_EQ(dynamic_cast<LeaderEntity&>(*c.entities()[0]).annotationHandle, tolerance.handle());
+    // A copy, to the left of its leader.
+    c.run({"LEADER", "100,0", "80,20", "", "", "C", "L"});
+    EXPECT_LE(c.last<ToleranceEntity>().bounds().max.x, 80.0);
+    c.drawing().addBlock("Mark")->entities.append(std::make_unique<engine::LineEntity>(Vector2{0, 0}, Vector2{1, 0}));
+    c.run({"LEADER", "0,50", "20,70", "", "", "B", "nosuch", "mark", "", "2", "90"});
+    const auto& mark = c.last<engine::BlockReferenceEntity>();
+    expectNear(mark.insert, {20, 70});
+    EXPECT_DOUBLE_EQ(mark.scaleX, 2);
+    EXPECT_NEAR(mark.rotation, math::kPi / 2, 1e-12);
+}
+
+TEST(QLeader, SettingsStay) {
+    DrawConsole c;
+    c.run({"QLEADER", "0,0", "10,10", "20,10", "15", "one", "two", ""});
+    const auto& first = dynamic_cast<LeaderEntity&>(*c.entities()[0]);
+    EXPECT_EQ(first.vertices.size(), 3u);
+    EXPECT_DOUBLE_EQ(c.last<MTextEntity>().width, 15);
+    c.run({"LE", "S", "N", "SP", "2", "0,0", "10,10"});
+    EXPECT_TRUE(c.idle());
+    EXPECT_TRUE(c.last<LeaderEntity>().splined);
+    c.run({"LE", "0,50", "10,60"});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.last<LeaderEntity>().vertices.size(), 2u);
+}
+
+TEST(MLeader, OrdersAndOptions) {
+    DrawConsole c;
+    c.run({"MLEADER", "0,0", "20,20", "note", "more", ""});
+    const auto& plain = c.only<MLeaderEntity>();
+    expectPoints(plain.heads.at(0).vertices, {{0, 0}, {20, 20}});
+    EXPECT_EQ(plain.textContent, "note\\Pmore");
+    expectNear(plain.connectionPoint(plain.heads[0]),
+               plain.landingPoint(plain.heads[0]) + Vector2{plain.effectiveLandingDistance(), 0});
+    c.run({"MLD", "L", "20,50", "0,40", "x", ""});
+    expectPoints(c.last<MLeaderEntity>().heads.at(0).vertices, {{0, 40}, {20, 50}});
+    c.run({"MLD", "C", "50,80", "x", "", "90,60"});  // the arrow lies right of the text
+    EXPECT_EQ(c.last<MLeaderEntity>().side(), -1.0);
+    expectNear(c.last<MLeaderEntity>().contentPos, {50, 80});
+    c.run({"MLD", "", "M", "3", "F", "90", "C", "N", "A", "N", "X", "0,0", "1,30", "30,30"});
+    EXPECT_TRUE(c.idle());
+    const auto& bent = c.last<MLeaderEntity>();
+    expectPoints(bent.heads.at(0).vertices, {{0, 0}, {0, 30}, {30, 30}});
+    EXPECT_EQ(bent.contentType, engine::MLeaderContent::None);
+    EXPECT_FALSE(bent.hasLanding);
+    c.drawing().addBlock("Tag")->entities.append(std::make_unique<engine::LineEntity>(Vector2{0, 0}, Vector2{5, 5}));
+    c.run({"MLD", "O", "C", "B", "tag", "", "0,0", "20,-20"});
+    EXPECT_EQ(c.last<MLeaderEntity>().blockName, "Tag");
+    EXPECT_EQ(c.last<MLeaderEntity>().contentType, engine::MLeaderContent::Block);
+}
+
+TEST(Tolerance, PartsOrText) {
+    DrawConsole c;
+    c.run({"TOLERANCE", "FL", "0.05", "", "", "10,10"});
+    EXPECT_EQ(c.only<ToleranceEntity>().first.symbol, "c");
+    EXPECT_EQ(c.only<ToleranceEntity>().first.toleranceValue, "0.05");
+    EXPECT_FALSE(c.only<ToleranceEntity>().bounds().is_empty());
+    c.run({"TOL", "X", "{\\Fgdt;j}%%v%%c0.1%%vA", "30,10"});
+    EXPECT_EQ(c.last<ToleranceEntity>().first.symbol, "j");
+    EXPECT_EQ(c.run({"TOL", "", "", "", ""}).back(), "The tolerance is empty.");
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.count(), 2u);
+}
+
+}  // namespace
+}  // namespace kova::cmd
