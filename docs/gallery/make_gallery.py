@@ -7,8 +7,10 @@ to look at; they are not compared byte by byte, since installed fonts differ.
 import json
 import math
 import pathlib
+import struct
 import subprocess
 import sys
+import zlib
 
 PI = math.pi
 
@@ -166,11 +168,6 @@ def hatch_islands():
         h = hatch(rings, "ANSI31", 1.0)
         h["islandStyle"] = style
         out += [h] + [polyline(r, closed=True) for r in rings]
-    for i, name in enumerate(("LINEAR", "CYLINDER", "INVCYLINDER", "SPHERICAL", "INVSPHERICAL")):
-        g = hatch([box(54.0 * i, -60, 48, 48)])
-        g["gradient"] = {"name": name, "angle": 0.6 if name == "LINEAR" else 0.0, "shift": 0.0, "tint": 0.5, "singleColor": False,
-                         "reserved": 0, "stops": [{"value": 0.0, "rgb": 0x1040C0}, {"value": 1.0, "rgb": 0xFFE060}]}
-        out.append(g)
     return out, {}
 
 
@@ -191,6 +188,145 @@ def dimensions():
     out += [line(140, -60, 200, -60), line(140, -60, 185, -20)]
     out.append(dimension(5, def1X=200.0, def1Y=-60.0, def2X=185.0, def2Y=-20.0, def3X=140.0, def3Y=-60.0, dimLineX=178.0, dimLineY=-46.0))
     return out, {}
+
+
+def gradients():
+    kinds = ("LINEAR", "CYLINDER", "INVCYLINDER", "SPHERICAL", "HEMISPHERICAL", "CURVED", "INVSPHERICAL", "INVHEMISPHERICAL",
+             "INVCURVED")
+    out = []
+    for i, name in enumerate(kinds):
+        for j, (angle, shift) in enumerate(((0.0, 0.0), (0.6, 0.0), (0.0, 1.0))):
+            g = hatch([box(54.0 * i, -54.0 * j, 48, 48)])
+            g["gradient"] = {"name": name, "angle": angle, "shift": shift, "tint": 0.5, "singleColor": False, "reserved": 0,
+                             "stops": [{"value": 0.0, "rgb": 0x1040C0}, {"value": 1.0, "rgb": 0xFFE060}]}
+            out.append(g)
+        out.append(text(54.0 * i, 52, 3.5, name))
+    return out, {}
+
+
+def complex_linetype(name, pattern, elements):
+    """elements: by index in the pattern, what stands there."""
+    plain = {"flags": 0, "shape": 0, "style": "", "scale": 1.0, "rotation": 0.0, "offsetX": 0.0, "offsetY": 0.0, "text": ""}
+    return {"name": name, "description": name, "standard": False, "pattern": pattern,
+            "elements": [{**plain, **elements.get(i, {})} for i in range(len(pattern))]}
+
+
+def complex_linetypes():
+    def shape(number, **more):
+        return {"flags": 4, "shape": number, "style": "ltypeshp.shx", **more}
+
+    records = [
+        complex_linetype("FENCELINE1", [6.35, -2.54, -2.54, 25.4], {2: shape(133, offsetX=-2.54, scale=2.54)}),
+        complex_linetype("FENCELINE2", [6.35, -2.54, -2.54, 25.4], {2: shape(132, offsetX=-2.54, scale=2.54)}),
+        complex_linetype("TRACKS", [3.81, 3.81], {1: shape(130, scale=6.35)}),
+        complex_linetype("BATTING", [0.00254, -2.54, -5.08, -2.54],
+                         {2: shape(134, offsetX=-2.54, scale=2.54), 3: shape(134, rotation=PI, offsetX=2.54, scale=2.54)}),
+        complex_linetype("ZIGZAG", [0.00254, -5.08, -10.16, -5.08],
+                         {2: shape(131, offsetX=-5.08, scale=5.08), 3: shape(131, rotation=PI, offsetX=5.08, scale=5.08)}),
+        complex_linetype("HOT_WATER_SUPPLY", [12.7, -5.08, -5.08],
+                         {2: {"flags": 2, "style": "Standard", "text": "HW", "scale": 2.54, "offsetX": -2.54, "offsetY": -1.27}})]
+    out = []
+    for i, record in enumerate(records):
+        y = -25.0 * i
+        out += [text(0, y - 2.5, 5, record["name"]), line(75, y, 230, y, linetype=record["name"]),
+                polyline([(250, y + 5), (300, y + 5), (330, y - 10)], bulges=[0.0, -0.5, 0.0], ltgen=True, linetype=record["name"],
+                         color=color(i % 6 + 1))]
+    out.append(circle(380, -60, 40, linetype="TRACKS", color=color(8)))
+    return out, {"linetype_records": records}
+
+
+def dimension_kinds():
+    out = [line(0, 0, 60, 0, lineweight=35), line(0, 0, 45, 40, lineweight=35)]
+    out.append(dimension(2, def1X=0.0, def1Y=0.0, def2X=60.0, def2Y=0.0, def3X=0.0, def3Y=0.0, def4X=45.0, def4Y=40.0,
+                         dimLineX=48.0, dimLineY=18.0))
+    out.append(entity("Arc", centerX=120.0, centerY=0.0, radius=35.0, startAngle=0.3, endAngle=2.6, lineweight=35))
+    out.append(dimension(8, def1X=120 + 35 * math.cos(0.3), def1Y=35 * math.sin(0.3), def2X=120 + 35 * math.cos(2.6),
+                         def2Y=35 * math.sin(2.6), def3X=120.0, def3Y=0.0, dimLineX=120.0, dimLineY=46.0))
+    out.append(entity("Arc", centerX=270.0, centerY=-60.0, radius=110.0, startAngle=1.1, endAngle=2.0, lineweight=35))
+    out.append(dimension(4, def1X=270.0, def1Y=-60.0, def2X=270 + 110 * math.cos(1.5), def2Y=-60 + 110 * math.sin(1.5), dimLineX=276.0,
+                         dimLineY=20.0, jogged=True, jogCenterX=262.0, jogCenterY=0.0, jogPointX=270.0, jogPointY=25.0))
+    # Ordinates from a datum.
+    plate = [(0, -90), (60, -90), (60, -60), (25, -60), (25, -40), (0, -40)]
+    out.append(polyline(plate, closed=True, lineweight=35))
+    for x, y in ((0, -90), (25, -60), (60, -90)):
+        out.append(dimension(7, def1X=float(x), def1Y=float(y), def2X=float(x), def2Y=-105.0, def4X=0.0, def4Y=-90.0, def3X=0.0, def3Y=-90.0))
+    for x, y in ((0, -90), (60, -60), (25, -40)):
+        out.append(dimension(6, def1X=float(x), def1Y=float(y), def2X=78.0, def2Y=float(y), def3X=0.0, def3Y=-90.0))
+    # Tolerances, limits, alternate units, inspection, ticks, suppressed lines.
+    variants = [("plus and minus", {"DIMTOL": 1.0, "DIMTP": 0.2, "DIMTM": 0.1}, {}), ("symmetric", {"DIMTOL": 1.0, "DIMTP": 0.1, "DIMTM": 0.1}, {}),
+                ("limits", {"DIMLIM": 1.0, "DIMTP": 0.2, "DIMTM": 0.1}, {}), ("alternate", {"DIMALT": 1.0}, {}),
+                ("ticks", {"DIMTSZ": 2.5}, {}), ("one side", {"DIMSE1": 1.0, "DIMSD1": 1.0}, {}),
+                ("inspection", {}, {"inspectShape": 1, "inspectLabel": "A", "inspectRate": "100%"}), ("prefix", {}, {"textOverride": "4x <> TYP"})]
+    for i, (_, overrides, more) in enumerate(variants):
+        x, y = 110.0 + 110.0 * (i % 2), -40.0 - 22.0 * (i // 2)
+        out += [line(x, y - 8, x, y, color=color(8)), line(x + 80, y - 8, x + 80, y, color=color(8))]
+        out.append(dimension(0, def1X=x, def1Y=y - 4, def2X=x + 80, def2Y=y - 4, dimLineX=x, dimLineY=y + 6, styleOverrides=overrides, **more))
+    for e in out:
+        if e["type"] == "Dimension":
+            e["styleOverrides"] = {**e.get("styleOverrides", {}), "DIMSCALE": 1.6}
+    return out, {}
+
+
+def text_styles():
+    fonts = ["txt.shx", "DejaVu Sans", "DejaVu Serif", "DejaVu Sans Mono", "gdt.shx"]
+    styles = [{"name": f, "fontFile": f, "height": 0.0, "widthFactor": 1.0, "obliqueAngle": 0.0, "backward": False, "upsideDown": False,
+               "vertical": False} for f in fonts]
+    styles += [{**styles[1], "name": "Narrow", "widthFactor": 0.6}, {**styles[1], "name": "Slanted", "obliqueAngle": 0.3},
+               {**styles[0], "name": "Vertical", "vertical": True}]
+    out = []
+    for i, style in enumerate(styles[:-1]):
+        out += [text(0, -16.0 * i, 4, style["name"], color=color(8)), text(60, -16.0 * i, 8, "ABC abc 123 %%c50 %%p0.1", textStyle=style["name"],
+                                                                                widthFactor=style["widthFactor"],
+                                                                                oblique=style["obliqueAngle"])]
+    out.append(text(250, 0, 8, "VERTICAL", textStyle="Vertical"))
+    out.append(mtext(275, 8, 90, 6, "{\\fDejaVu Serif|b1|i0;Bold} and {\\fDejaVu Sans|b0|i1;italic} words, {\\C5;coloured} ones, "
+                                    "{\\H0.6x;small} ones\\Pand a stack: \\S12/25;", textStyle="DejaVu Sans"))
+    return out, {"textStyles": styles}
+
+
+def png(folder):
+    """A small picture: a chequered field with a diagonal run of colours."""
+    n = 96
+    rows = b"".join(b"\0" + b"".join(bytes((x * 255 // n, y * 255 // n, 255 if (x // 12 + y // 12) % 2 else 90)) for x in range(n)) for y in range(n))
+
+    def chunk(kind, data):
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+
+    path = folder / "chequers-source.png"
+    path.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", n, n, 8, 2, 0, 0, 0)) +
+                     chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+    return path
+
+
+def images():
+    def image(x, y, size, **more):
+        return entity("Image", **{"filePath": "chequers-source.png", "insertionX": float(x), "insertionY": float(y), "width": size, "height": size,
+                                  "rotation": 0.0, "brightness": 50, "contrast": 50, "fade": 0, "showFrame": True, "imageTransparency": 0,
+                                  "pixelWidth": 96, "pixelHeight": 96, **more})
+
+    clip = points(*[(150 + 28 * math.cos(i * PI / 3), 30 + 28 * math.sin(i * PI / 3)) for i in range(6)])
+    return [image(0, 0, 60.0), image(75, 5, 45.0, rotation=0.3), image(120, 0, 60.0, clipEnabled=True, clipBoundary=clip),
+            image(200, 0, 60.0, fade=60, showFrame=False), image(270, 0, 60.0, brightness=70, contrast=30),
+            image(340, 0, 60.0, filePath="missing.png"), image(410, 0, 60.0, filePath="missing.png", clipEnabled=True,
+                                                               clipBoundary=points((415, 5), (465, 15), (450, 55), (420, 40))),
+            text(0, -10, 5, "whole"), text(75, -10, 5, "turned"), text(125, -10, 5, "clipped"), text(200, -10, 5, "faded"), text(270, -10, 5, "adjusted"),
+            text(340, -10, 5, "missing"), text(410, -10, 5, "missing, clipped")], {"image": True}
+
+
+def paper_space():
+    out, _ = dimensions()
+    out.append(hatch([box(0, 0, 50, 30)], "ANSI31", 1.0, color=color(8)))
+
+    def viewport(number, x, y, w, h, tx, ty, scale, **more):
+        return entity("Viewport", centerX=x, centerY=y, width=w, height=h, viewTargetX=tx, viewTargetY=ty, viewScale=scale, viewTwist=0.0, on=True,
+                      locked=False, vpId=number, snapBase={"x": 0.0, "y": 0.0}, snapSpacing={"x": 10.0, "y": 10.0},
+                      gridSpacing={"x": 10.0, "y": 10.0}, snapAngle=0.0, statusFlags=0, vpFrozenLayers=[], **more)
+
+    sheet = [polyline(box(7, 5, 406, 287), closed=True, widths=[(0.7, 0.7)] * 4), polyline(box(273, 5, 140, 30), closed=True),
+             line(273, 20, 413, 20), text(277, 24, 6, "Gallery"), text(277, 9, 4, "Scale 1:1 and 2:1"),
+             viewport(2, 150, 170, 270, 180, 105, 10, 1.0), circle(350, 200, 55, handle=5000), viewport(3, 350, 200, 110, 110, 150, 30, 2.0, clipHandle=5000)]
+    layout = {"name": "Layout1", "tabOrder": 1, "pageSetup": {"paperWidth": 420.0, "paperHeight": 297.0, "landscape": True}, "entities": sheet}
+    return out, {"layouts": [layout], "activeLayout": "Layout1", "tilemode": 0}
 
 
 def leaders():
@@ -265,8 +401,8 @@ def surfaces():
 
 
 DRAWINGS = {f.__name__.replace("_", "-"): f for f in (
-    curves, wide_polylines, linetypes, lineweights, text_alignment, multiline_text, hatch_patterns, hatch_islands, dimensions,
-    leaders, table, multilines, blocks, masks, surfaces)}
+    curves, wide_polylines, linetypes, complex_linetypes, lineweights, text_alignment, text_styles, multiline_text, hatch_patterns,
+    hatch_islands, gradients, dimensions, dimension_kinds, leaders, table, multilines, blocks, masks, images, surfaces, paper_space)}
 
 
 def builtin_linetypes(names, resource):
@@ -291,12 +427,18 @@ def main():
         drawing = {"format": "kovacad", "version": 2, "entities": entities}
         if "linetypes" in more:
             drawing["linetypes"] = builtin_linetypes(more["linetypes"], here / "../../resources/kovacad.lin")
-        if "blocks" in more:
-            drawing["blocks"] = more["blocks"]
+        if "linetype_records" in more:
+            drawing["linetypes"] = more["linetype_records"]
+        for member in ("blocks", "textStyles", "layouts", "activeLayout", "tilemode"):
+            if member in more:
+                drawing[member] = more[member]
+        picture = png(folder) if "image" in more else None
         source = folder / f"{name}.kvcad"
         source.write_text(json.dumps(drawing, ensure_ascii=False), encoding="utf-8")
         subprocess.run([program, "render", source, folder / f"{name}.png", "--size", "800x500"], check=True)
         source.unlink()
+        if picture:
+            picture.unlink()
 
 
 if __name__ == "__main__":

@@ -192,6 +192,13 @@ DimensionEntity* lastDimension(doc::Document& document) {
     return dynamic_cast<DimensionEntity*>(document.drawing().findByHandle(static_cast<std::uint64_t>(handle)));
 }
 
+double dimensionTextAngle(const Answer& answer, const engine::Drawing& drawing) {
+    if (isTyped(answer) && answer.number == 0.0) return 0.0;
+    // 0 itself means "as the style says".
+    const double angle = worldDirection(answer, drawing);
+    return angle == 0.0 ? math::kTwoPi : angle;
+}
+
 // The tool -------------------------------------------------------------------------------------------------------
 
 void DimensionTool::start(engine::DimensionType type) {
@@ -219,7 +226,7 @@ Task<bool> DimensionTool::takeTextOption(Ask& ask, Answer answer) {
     }
     if (answer.is("ANGLE")) {
         const Answer angle = co_await ask.angle("Specify angle of dimension text:");
-        if (angle.isNumber()) dim_.textRotation = worldDirection(angle, drawing());
+        if (angle.isNumber()) dim_.textRotation = dimensionTextAngle(angle, drawing());
         co_return true;
     }
     co_return false;
@@ -268,7 +275,7 @@ std::uint64_t DimensionTool::placeLinked(const char* label, const std::vector<Di
         remember(document(), kLastDimension, static_cast<double>(added.handle()));
     }
     repaint();
-    message("Dimension text = " + text);
+    if (!quiet_) message("Dimension text = " + text);
     return id;
 }
 

@@ -43,6 +43,9 @@ std::vector<std::uint64_t> dimensionsOf(doc::Document& document, const std::vect
 /// Handle of the dimension that was made last in this session; 0: none, or it is gone.
 engine::DimensionEntity* lastDimension(doc::Document& document);
 
+/// The rotation that an answer to an angle question gives a dimension's text: a typed 0 leaves it to the style.
+double dimensionTextAngle(const Answer& answer, const engine::Drawing& drawing);
+
 /// What the commands that make dimensions share: the dimension under way and how it enters the drawing.
 class DimensionTool : public DialogueTool {
 protected:
@@ -63,6 +66,7 @@ protected:
     void takeUserText(const math::Vector2& at);
 
     engine::DimensionEntity dim_;
+    bool quiet_ = false;  ///< the texts are not told
 
 private:
     bool associates() const;

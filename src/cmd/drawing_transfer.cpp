@@ -237,9 +237,8 @@ std::unique_ptr<doc::Document> extractLayout(const Drawing& source, const engine
     for (const Entity& entity : layout.entities) entities.push_back(&entity);
     std::unique_ptr<doc::Document> part = extractDrawing(source, entities, {});
     Drawing& drawing = part->drawing();
-    const Name first = drawing.layouts().front()->name;
-    drawing.renameLayout(first, layout.name);
     while (drawing.layouts().size() > 1) drawing.takeLayout(drawing.layouts().back()->name);
+    drawing.renameLayout(drawing.layouts().front()->name, layout.name);
     engine::Layout& target = *drawing.layouts().front();
     target.pageSetup = layout.pageSetup;
     std::vector<std::unique_ptr<Entity>> contents;

@@ -5,6 +5,8 @@
 #include "engine/name.hpp"
 #include "engine/sysvar.hpp"
 #include "io/content.hpp"
+#include "io/dwg/dwg_load.hpp"
+#include "io/dwg/dwg_save.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "io/native/native_file.hpp"
@@ -29,6 +31,10 @@ void keepBackup(const engine::Drawing& drawing, const std::string& path) {
     if (error) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, error);
 }
 
+void tellReplaced(std::size_t count, SaveReport& report) {
+    if (count > 0) report.lines.push_back(std::to_string(count) + " number(s) without a finite value were saved as 0.");
+}
+
 std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, SaveReport& report) {
     keepBackup(drawing, path);
     io::dxf::DxfSaveReport notes;
@@ -42,9 +48,30 @@ std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, S
         report.lines.push_back("DXF: " + std::to_string(notes.dropped - notes.droppedSat) + " of " +
                                std::to_string(notes.total) +
                                " entities could not be written (unsupported kind or degenerate geometry).");
-    if (notes.replacedNumbers > 0)
-        report.lines.push_back(std::to_string(notes.replacedNumbers) +
-                               " number(s) without a finite value were saved as 0.");
+    tellReplaced(notes.replacedNumbers, report);
+    return error;
+}
+
+std::string saveAsDwg(const engine::Drawing& drawing, const std::string& path, const std::string& version,
+                      SaveReport& report) {
+    keepBackup(drawing, path);
+    io::dwg::DwgSaveReport notes;
+    std::string error = io::dwg::saveDwg(drawing, path, version, &notes);
+    if (!error.empty()) return error;
+    if (notes.dropped > 0)
+        report.lines.push_back("DWG: " + std::to_string(notes.dropped) + " of " + std::to_string(notes.total) +
+                               " entities could not be written (unsupported kind or degenerate geometry).");
+    tellReplaced(notes.replacedNumbers, report);
+    return error;
+}
+
+std::string openDwg(const std::string& path, engine::Drawing& drawing, OpenReport& report) {
+    io::dwg::DwgLoadResult result = io::dwg::loadDwg(path, drawing);
+    report.lines = std::move(result.lines);
+    if (result.success) return {};
+    std::string error = "Could not open DWG (" + path + "): " + result.message;
+    if (io::dwg::isOlderThanR2007(path))
+        error += ". Older DWG versions (R13 / R14 / R2000) are not supported in this release; Save As R2007+ or DXF.";
     return error;
 }
 
@@ -59,24 +86,22 @@ std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenR
             return error;
         }
         case io::FileKind::Dwg:
-            return "Could not open DWG (" + path + "): DWG files cannot be read by this version of the program.";
+            return openDwg(path, drawing, report);
         case io::FileKind::Native:
             break;
     }
     return io::native::loadNative(path, drawing);
 }
 
-std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string&,
+std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string& dwgVersion,
                         SaveReport& report) {
     const std::string extension = engine::foldCase(fs::path(path).extension().string());
     if (extension == ".dxf") return saveAsDxf(drawing, path, report);
-    if (extension == ".dwg") return "DWG files cannot be written by this version of the program.";
+    if (extension == ".dwg") return saveAsDwg(drawing, path, dwgVersion, report);
     keepBackup(drawing, path);
     io::native::SaveNotes notes;
     std::string error = io::native::saveNative(drawing, path, &notes);
-    if (error.empty() && notes.replacedNumbers > 0)
-        report.lines.push_back(std::to_string(notes.replacedNumbers) +
-                               " number(s) without a finite value were saved as 0.");
+    if (error.empty()) tellReplaced(notes.replacedNumbers, report);
     return error;
 }
 

@@ -346,6 +346,39 @@ TEST(Minsert, MakesAGrid) {
     EXPECT_EQ(c.last<BlockReferenceEntity>().columnSpacing, 3.0);
 }
 
+// XCLIP ------------------------------------------------------------------------------------------------------
+
+TEST(Xclip, ShowsAPartInBlockCoordinates) {
+    DrawConsole c;
+    makeBlock(c, "B", 10.0).entities.append(std::make_unique<LineEntity>(Vector2{0, 0}, Vector2{0, 10}));
+    auto& reference = c.add(BlockReferenceEntity("B", {100, 0}));
+    reference.scaleX = reference.scaleY = 2.0;
+    reference.rotation = math::kPi / 2.0;
+    EXPECT_EQ(c.run({"XCLIP", "ALL", "", "OFF"}), Lines{"No clipping boundary found."});
+    c.run({"XCLIP", "ALL", ""});
+    EXPECT_EQ(c.prompt(), "Enter clipping option [ON/OFF/Clipdepth/Delete/generate Polyline/New boundary] <New>:");
+    c.run({"", "", "95,-1", "101,8"});
+    EXPECT_TRUE(c.idle());
+    const auto& clipped = c.only<BlockReferenceEntity>();
+    expectPoints(clipped.clipBoundary, {{-0.5, 2.5}, {-0.5, -0.5}, {4, -0.5}, {4, 2.5}});
+    expectNear(clipped.bounds().min, {95, 0});
+    expectNear(clipped.bounds().max, {100, 8});
+    c.run({"XCLIP", "ALL", "", "P"});
+    EXPECT_EQ(c.count(), 2u);
+    expectNear(c.entities()[1]->bounds().min, {95, -1});
+    c.feed("UNDO");
+    c.run({"XCLIP", "ALL", "", "OFF"});
+    expectNear(c.only<BlockReferenceEntity>().bounds().max, {100, 20});
+    c.run({"XCLIP", "ALL", "", "N"});
+    EXPECT_EQ(c.prompt(), "Delete old boundary(s)? [Yes/No] <Yes>:");
+    EXPECT_EQ(c.run({"", "I"}), Lines{"Outside mode - Objects inside boundary will be hidden."});
+    c.run({"P", "0,0", "1,0", "1,1", ""});
+    EXPECT_TRUE(c.only<BlockReferenceEntity>().clipInverted);
+    EXPECT_TRUE(c.only<BlockReferenceEntity>().isClipped());
+    c.run({"XCLIP", "ALL", "", "D"});
+    EXPECT_FALSE(c.only<BlockReferenceEntity>().isClipped());
+}
+
 // WBLOCK -----------------------------------------------------------------------------------------------------
 
 TEST(Wblock, WritesObjectsAboutTheBasePointAndTakesThemAway) {

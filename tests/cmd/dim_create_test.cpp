@@ -233,5 +233,32 @@ TEST(DimRows, WithoutAFirstDimension) {
     EXPECT_TRUE(c.idle());
 }
 
+TEST(QDim, RowsOverSelectedPoints) {
+    DrawConsole c;
+    c.add(engine::PolylineEntity({{0, 0}, {10, 0}, {10, 20}, {30, 20}, {30, 0}, {60, 0}}));
+    c.run({"QDIM", "ALL", "", "30,40"});
+    ASSERT_EQ(c.count(), 4u);                              // 0, 10, 30, 60
+    expectNear(c.last<DimensionEntity>().def1, {30, 20});  // the point nearer to the row
+    EXPECT_EQ(c.lastStep(), "QDIM");
+    c.feed("U");
+    EXPECT_EQ(c.count(), 1u);
+    c.run({"QDIM", "ALL", "", "P", "60,0", "B", "30,-10"});
+    ASSERT_EQ(c.count(), 4u);
+    EXPECT_NEAR(c.last<DimensionEntity>().measurement(), 60, 1e-9);
+    EXPECT_NEAR(c.last<DimensionEntity>().dimLine.y, -10 - 2 * 3.75, 1e-9);
+    c.run({"U", "QDIM", "ALL", "", "S", "30,-10"});
+    EXPECT_EQ(c.count(), 3u);
+    EXPECT_NEAR(c.last<DimensionEntity>().measurement(), 60, 1e-9);
+    c.run({"U", "QDIM", "ALL", "", "E", "10,0", "10,20", "", "80,10"});  // upright, and a point taken out
+    EXPECT_EQ(c.count(), 2u);
+    c.run({"U", "QDIM", "ALL", "", "O", "30,40"});
+    EXPECT_EQ(c.last<DimensionEntity>().kind(), DimensionType::OrdinateX);
+    EXPECT_EQ(c.run({"U", "QDIM", "ALL", "", "D", "30,40"}).back(), "No circles or arcs to dimension.");
+    c.run({"ERASE", "ALL", "", "CIRCLE", "0,0", "5", "CIRCLE", "40,0", "8", "QDIM", "ALL", "", "R", "10,0"});
+    EXPECT_EQ(c.count(), 4u);
+    expectNear(c.last<DimensionEntity>().def2, {48, 0});
+    EXPECT_TRUE(c.idle());
+}
+
 }  // namespace
 }  // namespace kova::cmd

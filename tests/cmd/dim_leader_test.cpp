@@ -106,6 +106,29 @@ TEST(MLeader, OrdersAndOptions) {
     EXPECT_EQ(c.last<MLeaderEntity>().contentType, engine::MLeaderContent::Block);
 }
 
+TEST(NamedStyles, MadeEditedRenamedDeleted) {
+    DrawConsole c;
+    c.run({"MLEADERSTYLE", "N", "Notes", "", "MLS", "E", "", "TEXTHEIGHT", "6", "textFrame", "on", "textHeight", "x",
+           "name", "leaderColor", "1", "firstSegmentAngle", "45", ""});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.drawing().currentMLeaderStyle, "Notes");
+    const auto* style = c.drawing().mleaderStyles.find("Notes");
+    ASSERT_NE(style, nullptr);
+    EXPECT_DOUBLE_EQ(style->textHeight, 6);
+    EXPECT_TRUE(style->textFrame);
+    EXPECT_EQ(style->leaderColor, engine::Color::index(1));
+    EXPECT_NEAR(style->firstSegmentAngle, math::kPi / 4, 1e-12);
+    c.run({"MLEADER", "0,0", "20,20", "x", ""});
+    EXPECT_DOUBLE_EQ(c.last<MLeaderEntity>().effectiveTextHeight(), 6);
+    c.run({"MLS", "R", "Notes", "Remarks", "MLS", "S", "standard"});
+    EXPECT_EQ(c.last<MLeaderEntity>().styleName, "Remarks");
+    EXPECT_EQ(c.run({"MLS", "D", "remarks"}).back(), "Style \"remarks\" is in use and stays.");
+    c.run({"ERASE", "ALL", "", "MLS", "D", "Remarks"});
+    EXPECT_EQ(c.drawing().mleaderStyles.find("Remarks"), nullptr);
+    c.run({"TABLESTYLE", "N", "Parts", "", "TS", "E", "", "title.alignment", "2", ""});
+    EXPECT_EQ(c.drawing().tableStyles.find("Parts")->title.alignment, 2);
+}
+
 TEST(Tolerance, PartsOrText) {
     DrawConsole c;
     c.run({"TOLERANCE", "FL", "0.05", "", "", "10,10"});

@@ -127,8 +127,7 @@ TEST(Trim, LinesAtOneAndTwoEdges) {
     expectLine(c, 0, {0, 0}, {7, 0});
     c.feed("5,0");
     expectLine(c, 0, {0, 0}, {3, 0});
-    EXPECT_EQ(c.feed("1,0"), Lines{});
-    c.feed("U");
+    EXPECT_EQ(c.feed("1,0"), Lines{"Object does not intersect an edge."});
     c.feed("U");
     expectLine(c, 0, {0, 0}, {7, 0});
     c.run({"U", "5,0"});

@@ -199,7 +199,8 @@ TEST(Zoom, ShowsWindowsExtentsAndScales) {
     c.run({"ZOOM", "1,1", "4,3"});
     expectNear(shown(c).center, {2.5, 2});
     EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: ZOOM"});
-    EXPECT_EQ(c.run({"ZOOM", "-3"}), Lines{"Invalid point or option keyword."});
+    EXPECT_EQ(c.run({"ZOOM", "-3"}), Lines{"Invalid value."});
+    EXPECT_EQ(c.feed("here"), Lines{"Invalid point or option keyword."});
     EXPECT_EQ(c.run({"1xp"}), Lines{"A scale of paper units needs a viewport of a layout."});
     EXPECT_EQ(c.run({"ZOOM", "D"}), Lines{"Dynamic zoom needs a window, which kovacad-cli does not have."});
     EXPECT_TRUE(c.idle());

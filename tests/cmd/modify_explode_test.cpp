@@ -55,7 +55,9 @@ TEST(Explode, WorksOnTheSelectionAtOnceAndTellsWhatStays) {
     c.addLine(0, 0, 1, 0);
     EXPECT_EQ(c.run({"X", "ALL", ""}), Lines{"1 object could not be exploded."});
     EXPECT_EQ(c.document.history().undoCount(), 0u);
+    c.feed("LINE");
     EXPECT_EQ(c.feed("'EXPLODE"), Lines{"No objects selected."});
+    c.feed("");
     c.add(engine::PolylineEntity({{0, 0}, {1, 0}, {1, 1}}));
     EXPECT_EQ(c.run({"SELECTALL", "X"}).back(), "1 object could not be exploded.");
     EXPECT_EQ(c.count(), 3u);

@@ -37,6 +37,7 @@ void addText(Drawing& drawing, const char* content, const char* font) {
     auto text = std::make_unique<TextEntity>();
     text->content = content;
     text->height = 10.0;
+    text->position = {10.0, 10.0};
     text->textStyle = font;
     drawing.modelSpace().append(std::move(text));
 }

@@ -71,7 +71,7 @@ std::vector<EditableText> editableTexts(Entity& entity, const math::Vector2& pic
 class DdEditTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        std::size_t steps = 0;
+        std::vector<std::uint64_t> steps;  // of the history, this command's own
         for (;;) {
             Ask::Request request;
             request.kind = Ask::Kind::Object;
@@ -84,11 +84,11 @@ protected:
             const Answer picked = co_await ask.request(std::move(request));
             if (picked.isEnter()) co_return;
             if (picked.is("UNDO")) {
-                if (steps == 0) {
+                if (steps.empty() || steps.back() != document().history().topSequence()) {
                     message("Nothing to undo.");
                 } else {
                     document().undo();
-                    --steps;
+                    steps.pop_back();
                 }
                 continue;
             }
@@ -96,7 +96,7 @@ protected:
                 co_await askMode(ask);
                 continue;
             }
-            if (co_await edit(ask, picked.id, picked.point)) ++steps;
+            if (co_await edit(ask, picked.id, picked.point)) steps.push_back(document().history().topSequence());
             if (remembered(document(), kSingle, 0.0) != 0.0) co_return;
         }
     }

@@ -11,9 +11,6 @@ namespace {
 using engine::DimensionEntity;
 using math::Vector2;
 
-/// An angle that is kept apart from 0, which means "as the style says".
-double keptAngle(double radians) { return radians == 0.0 ? math::kTwoPi : radians; }
-
 /// Changes dimensions in place as one step.
 void change(doc::Document& document, const char* label, const std::vector<std::uint64_t>& ids,
             const std::function<void(DimensionEntity&)>& edit) {
@@ -43,7 +40,7 @@ protected:
         } else if (kind.is("ROTATE")) {
             const Answer typed = co_await ask.angle("Specify angle for dimension text:");
             if (!typed.isNumber()) co_return;
-            angle = worldDirection(typed, drawing());
+            angle = dimensionTextAngle(typed, drawing());
         }
         const Answer selected = co_await ask.selection();
         const std::vector<std::uint64_t> ids = dimensionsOf(document(), selected.ids);
@@ -55,7 +52,6 @@ protected:
         } else if (kind.is("NEW")) {
             change(document(), "DIMEDIT", ids, [&](DimensionEntity& d) { d.textOverride = text; });
         } else if (kind.is("ROTATE")) {
-            // 0 turns the texts back to the style's direction, as 0 always has.
             change(document(), "DIMEDIT", ids, [&](DimensionEntity& d) { d.textRotation = angle; });
         } else {
             change(document(), "DIMEDIT", ids, bringHome);
@@ -82,10 +78,8 @@ protected:
         } else if (place.is("ANGLE")) {
             const Answer angle = co_await ask.angle("Specify angle for dimension text:");
             if (!angle.isNumber()) co_return;
-            const double radians = worldDirection(angle, drawing());
-            const bool typedZero = isTyped(angle) && angle.number == 0.0;
-            change(document(), "DIMTEDIT", ids,
-                   [&](DimensionEntity& d) { d.textRotation = typedZero ? 0.0 : keptAngle(radians); });
+            const double radians = dimensionTextAngle(angle, drawing());
+            change(document(), "DIMTEDIT", ids, [&](DimensionEntity& d) { d.textRotation = radians; });
         } else {
             const double justify = place.is("LEFT") ? 1.0 : place.is("RIGHT") ? 2.0 : 0.0;
             change(document(), "DIMTEDIT", ids, [&](DimensionEntity& d) {

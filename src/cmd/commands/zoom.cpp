@@ -89,6 +89,10 @@ protected:
                 co_return zoom(*scale);
             }
             if (const auto scale = parseScale(answer.text)) co_return zoom(*scale);
+            if (parseNumber(answer.text)) {
+                message("Invalid value.");
+                continue;
+            }
             const auto point = parsePointInput(answer.text, ask.lastPoint(), {}, PointContext::of(drawing()));
             if (point) {
                 co_await window(ask, *point);

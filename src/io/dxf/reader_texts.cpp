@@ -239,7 +239,7 @@ std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
     Vector3 position;
     Vector3 direction;
     Vector3 normal{0, 0, 1};
-    bool byDirection = false;
+    bool byDirection = true;
     std::string raw;  // pieces are joined before they are decoded: an escape may be cut in two
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, position) || axis(tag, 210, normal)) continue;
@@ -305,7 +305,10 @@ std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
                 break;
         }
     }
-    if (byDirection && direction.length_squared() > 0.0) out->rotation = std::atan2(direction.y, direction.x);
+    if (direction.length_squared() == 0.0) direction = {1.0, 0.0, 0.0};
+    // The direction is one of the world; seen from behind the letters run against the rotation.
+    if (byDirection && normal.z < 0.0) direction = -direction;
+    if (byDirection) out->rotation = std::atan2(direction.y, direction.x);
     out->content = decoder_.decode(raw);
     out->position = position.xy();
     if (out->attachment < 1 || out->attachment > 9) out->attachment = engine::kAttachTopLeft;

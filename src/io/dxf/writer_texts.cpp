@@ -223,7 +223,11 @@ bool Writer::write(const MTextEntity& e, const Target& t) {
     longText(3, 1, e.content);
     textStyleName(7, e.textStyle);
     normal(e);
-    if (e.rotation != 0.0) out.angle(50, e.rotation);
+    // Seen from behind the letters run against the direction that their rotation names.
+    if (e.backward && e.normal().z < 0.0)
+        out.point(11, Vector3{-std::cos(e.rotation), -std::sin(e.rotation), 0.0});
+    else if (e.rotation != 0.0)
+        out.angle(50, e.rotation);
     out.integer(73, e.lineSpacingExact ? 2 : 1);
     out.real(44, std::isfinite(e.lineSpacingFactor) ? std::clamp(e.lineSpacingFactor, 0.25, 4.0) : 1.0);
     if ((e.bgFlags & 3) != 0) {

@@ -17,7 +17,8 @@ constexpr std::size_t middleDistance = 0x4000;  // reached by the three-byte for
 constexpr std::size_t farDistance = 0xBFFF;
 constexpr int chainLength = 24;         // candidates tried per position
 constexpr std::size_t goodLength = 96;  // a match this long is taken without looking further
-constexpr unsigned hashBits = 13;
+constexpr unsigned hashBits = 14;       // of four bytes
+constexpr unsigned hash3Bits = 12;      // of three bytes, of which only near ones count
 
 struct Match {
     std::size_t length = 0;
@@ -104,12 +105,13 @@ private:
     static constexpr std::uint32_t none = 0xFFFF'FFFF;
 
     static std::uint32_t hash4(std::uint32_t value) { return value * 0x9E37'79B1u >> (32 - hashBits); }
-    static std::uint32_t hash3(std::uint32_t value) { return (value << 8) * 0x9E37'79B1u >> (32 - hashBits); }
+    static std::uint32_t hash3(std::uint32_t value) { return (value << 8) * 0x9E37'79B1u >> (32 - hash3Bits); }
 
     void insert(std::size_t at) {
         const std::uint32_t value = load4(m_source + at);
         std::uint32_t& head = m_head[hash4(value)];
-        m_previous[at] = head;
+        const std::size_t distance = at - head;
+        m_previous[at] = head != none && distance <= farDistance ? static_cast<std::uint16_t>(distance) : 0;
         head = static_cast<std::uint32_t>(at);
         m_head3[hash3(value)] = static_cast<std::uint32_t>(at);
     }
@@ -125,8 +127,10 @@ private:
             const std::size_t distance = at - candidate;
             if (distance > farDistance) break;
             const char* const there = m_source + candidate;
-            // Only a longer match can be better than one that is nearer.
-            if (load4(there) == value && (best.length >= available || there[best.length] == here[best.length])) {
+            // Only a longer match can be better than one that is nearer; it must agree where the best one ends.
+            if (load4(there) == value &&
+                (best.length == 0 ||
+                 (best.length < available && load4(there + best.length - 3) == load4(here + best.length - 3)))) {
                 const std::size_t length = commonLength(there + 4, here + 4, end) + 4;
                 const int gain = matchGain(length, distance);
                 if (gain > best.gain) {
@@ -134,7 +138,8 @@ private:
                     if (length >= goodLength) return best;
                 }
             }
-            candidate = m_previous[candidate];
+            if (m_previous[candidate] == 0) break;
+            candidate -= m_previous[candidate];
         }
         if (best.length == 0) {
             // Three equal bytes pay when they are near.
@@ -204,9 +209,9 @@ private:
     const char* m_source;
     std::size_t m_size;
     std::string& m_out;
-    std::array<std::uint32_t, 1 << hashBits> m_head;   // the last place with the hash of its four bytes
-    std::array<std::uint32_t, 1 << hashBits> m_head3;  // the same for three bytes
-    std::vector<std::uint32_t> m_previous;             // the place before with the same hash
+    std::array<std::uint32_t, 1 << hashBits> m_head;    // the last place with the hash of its four bytes
+    std::array<std::uint32_t, 1 << hash3Bits> m_head3;  // the same for three bytes
+    std::vector<std::uint16_t> m_previous;  // how far back the place before with the same hash is; 0: none in reach
     Match m_pending;
     bool m_started = false;  // a first match was found, after at least four literals
 };

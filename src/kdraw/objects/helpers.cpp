@@ -3,6 +3,10 @@
 namespace kdraw {
 
 void dataHandle(Fields& f, int code, Handle& v) {
+    if (DxfOutput* out = f.output()) {
+        out->handle(code, v);
+        return;
+    }
     if (f.dxf()) {
         f.handle(Ref::SoftPointer, code, v);
         return;

@@ -39,7 +39,7 @@ void MLineStyle::describe(Fields& f) {
         f.bd(0, line.offset);
         f.color(0, 0, line.color);
         if (f.since(Version::R2018))
-            f.handle(Ref::HardPointer, 0, line.linetype);
+            f.record(Table::Linetype, 0, line.linetype);
         else
             f.bs(0, line.linetypeIndex);
     });

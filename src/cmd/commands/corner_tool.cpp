@@ -1,0 +1,144 @@
+#include "cmd/commands/corner_tool.hpp"
+
+#include "cmd/drawing_aids.hpp"
+#include "cmd/format.hpp"
+#include "engine/entities/arc.hpp"
+#include "engine/entities/line.hpp"
+
+namespace kova::cmd::commands {
+
+using engine::Corner;
+using engine::CornerFault;
+using engine::EditCurve;
+using engine::PickedCurve;
+
+bool CornerTool::trims() const { return engine::sysVarInt(drawing(), "TRIMMODE") != 0; }
+
+bool CornerTool::hasCorners(const engine::Entity& entity) {
+    using engine::EntityType;
+    switch (entity.type()) {
+        case EntityType::Line:
+        case EntityType::Arc:
+        case EntityType::Circle:
+        case EntityType::Polyline:
+        case EntityType::Xline:
+        case EntityType::Ray:
+            return EditCurve::of(entity).has_value();
+        default:
+            return false;
+    }
+}
+
+Dialogue CornerTool::askTrimMode(Ask& ask) {
+    const Answer answer = co_await ask.keyword(
+        withDefault("Enter Trim mode option [Trim/No trim]", trims() ? "Trim" : "No trim"), "Trim No");
+    if (answer.isEnter()) co_return;
+    document().setVariable("TRIMMODE", engine::SysVarValue(std::int32_t{answer.is("Trim") ? 1 : 0}));
+}
+
+void CornerTool::tell(CornerFault fault, const char* what) {
+    switch (fault) {
+        case CornerFault::Parallel:
+            return message("Lines are parallel.");
+        case CornerFault::TooLarge:
+            return message(std::string(what) + " is too large.");
+        case CornerFault::WrongKind:
+            return message("Object cannot be used here.");
+        default:
+            return message(std::string("No valid ") + (what[0] == 'R' ? "fillet" : "chamfer") +
+                           " between these objects.");
+    }
+}
+
+Task<bool> CornerTool::askPolyline(Ask& ask, StepGroup& group, const char* verb,
+                                   std::function<engine::PolylineCorners(const engine::PolylineEntity&)> cut) {
+    Ask::Request request;
+    request.kind = Ask::Kind::Object;
+    request.prompt = "Select 2D polyline:";
+    request.filter = [](const engine::Entity& e) { return e.type() == engine::EntityType::Polyline; };
+    request.refusal = "Object selected is not a 2D polyline.";
+    const Answer picked = co_await ask.request(std::move(request));
+    engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
+    if (entity == nullptr) co_return false;
+    engine::PolylineCorners result = cut(static_cast<engine::PolylineEntity&>(*entity));
+    if (result.cut > 0) {
+        group.begin();
+        document().replaceEntity(*entity, std::move(result.polyline));
+    }
+    const auto were = [](int count) { return count == 1 ? " was " : " were "; };
+    message(counted(static_cast<std::size_t>(result.cut), "line") + were(result.cut) + verb);
+    if (result.parallel > 0) message(std::to_string(result.parallel) + were(result.parallel) + "parallel");
+    if (result.tooShort > 0) message(std::to_string(result.tooShort) + were(result.tooShort) + "too short");
+    co_return result.cut > 0;
+}
+
+bool CornerTool::makeCorner(StepGroup& group, const Pick& first, const Pick& second) {
+    engine::Entity* a = drawing().findById(first.id);
+    engine::Entity* b = drawing().findById(second.id);
+    if (a == nullptr || b == nullptr) return false;
+    const auto curveA = EditCurve::of(*a);
+    const auto curveB = EditCurve::of(*b);
+    if (!curveA || !curveB) return false;
+    const PickedCurve pickA(*curveA, first.point);
+    const PickedCurve pickB(*curveB, second.point);
+    if (a == b && (a->type() != engine::EntityType::Polyline || pickA.piece == pickB.piece)) {
+        message("The two objects must be different.");
+        return false;
+    }
+    const auto corner = cornerOf(pickA, pickB);
+    if (!corner) return false;
+    group.begin();
+    if (apply(*a, *b, *curveA, *curveB, *corner)) return true;
+    group.drop();
+    message("Object cannot be used here.");
+    return false;
+}
+
+bool CornerTool::apply(engine::Entity& a, engine::Entity& b, const EditCurve& curveA, const EditCurve& curveB,
+                       const Corner& corner) {
+    if (!trims()) {
+        addJoint(a, b, corner);
+        return true;
+    }
+    if (&a == &b) {
+        auto polyline = engine::cornerInPolyline(curveA, corner);
+        if (!polyline) return false;
+        document().replaceEntity(a, std::move(polyline));
+        return true;
+    }
+    for (const EditCurve* curve : {&curveA, &curveB})
+        if (curve->closed() && curve->entity().type() != engine::EntityType::Circle) return false;
+    auto first = engine::cutToCorner(curveA, corner.first);
+    auto second = engine::cutToCorner(curveB, corner.second);
+    if (!first || !second) return false;
+    addJoint(a, b, corner);
+    if (a.type() != engine::EntityType::Circle) document().replaceEntity(a, std::move(first));
+    if (b.type() != engine::EntityType::Circle) document().replaceEntity(b, std::move(second));
+    return true;
+}
+
+void CornerTool::addJoint(const engine::Entity& a, const engine::Entity& b, const Corner& corner) {
+    if (corner.sharp) return;
+    std::unique_ptr<engine::Entity> joint;
+    if (const auto arc = math::arcFromBulge(corner.from, corner.to, corner.bulge)) {
+        const double from = arc->sweep > 0.0 ? arc->start : arc->end();
+        const double to = arc->sweep > 0.0 ? arc->end() : arc->start;
+        joint = std::make_unique<engine::ArcEntity>(arc->center, arc->radius, math::normalizeAngle(from),
+                                                    math::normalizeAngle(to));
+    } else {
+        joint = std::make_unique<engine::LineEntity>(corner.from, corner.to);
+    }
+    // What both have in common passes on.
+    document().applyCurrentProperties(*joint);
+    if (a.layer == b.layer) joint->layer = a.layer;
+    if (a.color == b.color) joint->color = a.color;
+    if (a.linetype == b.linetype) joint->linetype = a.linetype;
+    if (a.linetypeScale() == b.linetypeScale()) joint->setLinetypeScale(a.linetypeScale());
+    if (a.lineweight == b.lineweight) joint->lineweight = a.lineweight;
+    if (a.transparency == b.transparency) joint->transparency = a.transparency;
+    if (a.elevation == b.elevation) joint->elevation = a.elevation;
+    if (a.thickness() == b.thickness()) joint->setThickness(a.thickness());
+    document().addEntity(std::move(joint));
+}
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,79 @@
+#include "cmd/dialogue.hpp"
+#include "cmd/drawing_aids.hpp"
+#include "cmd/duplicates.hpp"
+#include "cmd/format.hpp"
+#include "cmd/registry.hpp"
+#include "math/number_text.hpp"
+
+namespace kova::cmd::commands {
+
+namespace {
+
+/// OVERKILL: removes duplicates and puts overlapping lines and arcs together.
+class OverkillTool final : public DialogueTool {
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        const Answer selected = co_await ask.selection();
+        if (selected.ids.empty()) co_return;
+        for (;;) {
+            const Answer option = co_await ask.keyword(
+                "Enter an option to change [Done/Ignore/tOlerance/optimize Plines/combine parTial overlap/combine "
+                "Endtoend] <Done>:",
+                "Done Ignore tOlerance optimizePlines combineparTial combineEndtoend");
+            if (option.isEnter() || option.is("DONE")) break;
+            if (option.is("IGNORE")) {
+                co_await askIgnore(ask);
+            } else if (option.is("TOLERANCE")) {
+                std::string prompt =
+                    withDefault("Specify tolerance for numeric comparisons", math::shortest(rules_.tolerance));
+                const Answer answer = co_await ask.number(std::move(prompt), {}, kNotNegative);
+                rules_.tolerance = answer.numberOr(rules_.tolerance);
+            } else if (option.is("OPTIMIZEPLINES")) {
+                rules_.optimizePolylines =
+                    co_await askYesNo(ask, "Optimize segments within plines [Yes/No] <Yes>:", true);
+            } else if (option.is("COMBINEPARTIAL")) {
+                rules_.partialOverlap =
+                    co_await askYesNo(ask, "Combine collinear objects that partially overlap [Yes/No] <Yes>:", true);
+            } else {
+                rules_.endToEnd =
+                    co_await askYesNo(ask, "Combine collinear objects when aligned end to end [Yes/No] <Yes>:", true);
+            }
+        }
+        DuplicateCounts counts;
+        {
+            const doc::GroupScope group(document(), "OVERKILL");
+            counts = removeDuplicates(document(), selected.ids, rules_);
+        }
+        message(std::to_string(counts.duplicates) + " duplicate(s) deleted.");
+        message(std::to_string(counts.overlaps) + " overlapping object(s) or segment(s) deleted.");
+    }
+
+private:
+    Dialogue askIgnore(Ask& ask) {
+        const Answer answer = co_await ask.keyword(
+            "Enter object properties to ignore "
+            "[None/All/Color/LAyer/Ltype/ltScale/LWeight/Thickness/TRansparency/plotSTyle] <None>:",
+            "None All Color LAyer Ltype ltScale LWeight Thickness TRansparency plotSTyle");
+        struct Row {
+            const char* keyword;
+            unsigned bits;
+        };
+        static constexpr Row kRows[] = {
+            {"ALL", DuplicateRules::kAllProperties},     {"COLOR", DuplicateRules::kColor},
+            {"LAYER", DuplicateRules::kLayer},           {"LTYPE", DuplicateRules::kLinetype},
+            {"LTSCALE", DuplicateRules::kLinetypeScale}, {"LWEIGHT", DuplicateRules::kLineweight},
+            {"THICKNESS", DuplicateRules::kThickness},   {"TRANSPARENCY", DuplicateRules::kTransparency},
+            {"PLOTSTYLE", DuplicateRules::kPlotStyle}};
+        if (answer.isEnter() || answer.is("NONE")) rules_.ignore = 0;
+        for (const Row& row : kRows)
+            if (answer.is(row.keyword)) rules_.ignore |= row.bits;
+    }
+
+    DuplicateRules rules_;
+};
+
+}  // namespace
+
+KOVA_TOOL_COMMAND(Overkill, "OVERKILL", "Remove Duplicates", "Modify")
+
+}  // namespace kova::cmd::commands

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include "engine/edit_curve.hpp"
+#include "engine/entities/polyline.hpp"
+
+namespace kova::engine {
+
+/// A curve taken at a point: the piece that lies there.
+struct PickedCurve {
+    const EditCurve* curve = nullptr;
+    math::Vector2 point;  ///< on the curve
+    std::size_t piece = 0;
+
+    PickedCurve(const EditCurve& of, const math::Vector2& pick);
+    const CurvePiece& at() const { return curve->pieces()[piece]; }
+};
+
+/// Where a corner ends a curve: the part before or behind u stays.
+struct CornerCut {
+    double u = 0.0;
+    bool keepsStart = true;
+};
+
+/// What joins two curves: from a place on the first to one on the second, straight or along an arc.
+struct Corner {
+    CornerCut first;
+    CornerCut second;
+    math::Vector2 from;
+    math::Vector2 to;
+    double bulge = 0.0;  ///< of the way from `from` to `to`
+    bool sharp = false;  ///< both places are one
+};
+
+enum class CornerFault { None, Parallel, TooLarge, NoSolution, WrongKind };
+
+/// The rounding of the corner between two curves (lines, arcs and circles, also as segments of polylines, construction
+/// lines and rays) on the sides that were picked. Radius 0: where they meet. Parallel lines are joined by a half
+/// circle, from the end of the first one near the pick. Nothing, with a fault, when there is none.
+std::optional<Corner> filletCorner(const PickedCurve& a, const PickedCurve& b, double radius, CornerFault& fault);
+
+/// The bevel between two straight curves, so far from where they meet along the first and the second.
+std::optional<Corner> chamferCorner(const PickedCurve& a, const PickedCurve& b, double first, double second,
+                                    CornerFault& fault);
+/// The second distance of a bevel that leaves the first line at `angle` (radians) after `length`; negative: it never
+/// reaches the second one.
+double chamferDistance(const PickedCurve& a, const PickedCurve& b, double length, double angle);
+
+/// The curve cut to the corner; a circle stays whole. Null when nothing would be left.
+std::unique_ptr<Entity> cutToCorner(const EditCurve& curve, const CornerCut& cut);
+/// A corner between two segments of one polyline, as the polyline with it. Null when they cannot have one.
+std::unique_ptr<Entity> cornerInPolyline(const EditCurve& curve, const Corner& corner);
+
+/// All corners between straight segments of a polyline rounded (`radius` above 0) or bevelled (by the two distances).
+struct PolylineCorners {
+    std::unique_ptr<PolylineEntity> polyline;
+    int cut = 0;
+    int tooShort = 0;
+    int parallel = 0;
+};
+PolylineCorners cutPolylineCorners(const PolylineEntity& polyline, double radius, double first, double second);
+
+}  // namespace kova::engine
