@@ -10,7 +10,7 @@
 namespace kova::cmd {
 
 /// The single values of a record (numbers, switches, texts, names, colours) by the names its description gives them,
-/// and as they are typed; values of nested records as "title.alignment". Angles in degrees. Lists are left out.
+/// and as they are typed; values of nested records as "rows.title.alignment". Angles in degrees. Lists are left out.
 using PropertyList = std::vector<std::pair<std::string, std::string>>;
 
 namespace detail {

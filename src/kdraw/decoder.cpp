@@ -118,6 +118,10 @@ void linkOwners(Database& database) {
     }
     if (database.version >= Version::R2004) return;
     constexpr std::uint16_t kBlock = 4, kEndBlock = 5, kSeqEnd = 6;
+    // What owns a sequence names its ends only.
+    for (const auto& object : database.objects)
+        if (object->isEntity())
+            if (auto* owned = static_cast<Entity&>(*object).owned()) owned->clear();
     for (const auto& object : database.objects) {
         if (!object->isEntity()) continue;
         auto* entity = static_cast<Entity*>(object.get());

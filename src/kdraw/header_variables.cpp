@@ -26,7 +26,10 @@ void HeaderVariables::Date::describe(Fields& f) {
     }
     double days = day + milliseconds / kDay;
     f.bd(40, days);
-    if (!f.reading()) return;
+    if (f.reading()) setDays(days);
+}
+
+void HeaderVariables::Date::setDays(double days) {
     if (!(days >= 0.0 && days < 1e9)) days = 0.0;
     day = static_cast<std::int32_t>(std::floor(days));
     milliseconds = static_cast<std::int32_t>(std::lround((days - day) * kDay));

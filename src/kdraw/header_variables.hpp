@@ -18,6 +18,8 @@ struct HeaderVariables {
         std::int32_t milliseconds = 0;  ///< of the day
 
         void describe(Fields& f);
+        /// Days with their fraction; what is no date becomes 0.
+        void setDays(double days);
     };
 
     // In the order of the format. What is called unknown is kept as files have it.

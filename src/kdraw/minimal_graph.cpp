@@ -1,6 +1,7 @@
 #include "kdraw/minimal_graph.hpp"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "kdraw/dangling_references.hpp"
 #include "kdraw/database.hpp"
@@ -21,6 +22,7 @@
 #include "kdraw/objects/table_style.hpp"
 #include "kdraw/objects/text_style.hpp"
 #include "kdraw/objects/views.hpp"
+#include "kdraw/objects/xrecord.hpp"
 #include "kdraw/record_codec.hpp"
 
 namespace kdraw {
@@ -54,6 +56,8 @@ public:
         layouts();
         details();
         header();
+        dates();
+        identity();
         countClasses();
     }
 
@@ -407,6 +411,42 @@ private:
         h_.continuous = continuous_->handle;
         if (h_.cepsntype == 3 && h_.cpsnid == 0) h_.cepsntype = 0;
         h_.handseed = std::max<Handle>(h_.handseed, db_.nextHandle());
+    }
+
+    /// The dates that the drawing's properties tell, where the header has none.
+    void dates() {
+        const auto* properties = db_.as<XRecord>(root_->find("DWGPROPS"));
+        if (properties == nullptr) return;
+        for (const XRecord::Item& item : properties->items) {
+            HeaderVariables::Date* date = item.code == 40   ? &h_.tdindwg
+                                          : item.code == 41 ? &h_.tdcreate
+                                          : item.code == 42 ? &h_.tdupdate
+                                                            : nullptr;
+            if (date != nullptr && date->day == 0 && date->milliseconds == 0) date->setDays(item.real);
+        }
+    }
+
+    /// The drawing's own number and that of this version of it. They come from what is in it: the same drawing gives
+    /// the same file.
+    void identity() {
+        if (h_.fingerprintguid.empty())
+            h_.fingerprintguid =
+                guid(static_cast<std::uint64_t>(h_.tdcreate.day), static_cast<std::uint64_t>(h_.tdcreate.milliseconds));
+        if (h_.versionguid.empty()) h_.versionguid = guid(db_.objects.size(), h_.handseed);
+    }
+    static std::string guid(std::uint64_t a, std::uint64_t b) {
+        const auto mixed = [](std::uint64_t v) {
+            v += 0x9E3779B97F4A7C15ULL;
+            v = (v ^ v >> 30) * 0xBF58476D1CE4E5B9ULL;
+            v = (v ^ v >> 27) * 0x94D049BB133111EBULL;
+            return v ^ v >> 31;
+        };
+        const std::uint64_t high = mixed(a ^ mixed(b)), low = mixed(high + b);
+        char text[40];
+        std::snprintf(text, sizeof text, "{%08X-%04X-4%03X-8%03X-%012llX}", static_cast<unsigned>(high >> 32),
+                      static_cast<unsigned>(high >> 16 & 0xFFFF), static_cast<unsigned>(high & 0xFFF),
+                      static_cast<unsigned>(low >> 52), static_cast<unsigned long long>(low & 0xFFFFFFFFFFFFULL));
+        return text;
     }
 
     void countClasses() {

@@ -125,7 +125,7 @@ TEST(NamedStyles, MadeEditedRenamedDeleted) {
     EXPECT_EQ(c.run({"MLS", "D", "remarks"}).back(), "Style \"remarks\" is in use and stays.");
     c.run({"ERASE", "ALL", "", "MLS", "D", "Remarks"});
     EXPECT_EQ(c.drawing().mleaderStyles.find("Remarks"), nullptr);
-    c.run({"TABLESTYLE", "N", "Parts", "", "TS", "E", "", "title.alignment", "2", ""});
+    c.run({"TABLESTYLE", "N", "Parts", "", "TS", "E", "", "rows.title.alignment", "2", ""});
     EXPECT_EQ(c.drawing().tableStyles.find("Parts")->title.alignment, 2);
 }
 

@@ -229,7 +229,7 @@ TEST(Explode, TablesLeadersMultilinesHatchesAndMeshes) {
     leader.annotation = "note";
     c.add(leader);
     c.run({"X", "ALL", ""});
-    EXPECT_EQ(countOf(c, EntityType::Line), 2u);
+    EXPECT_EQ(countOf(c, EntityType::Line), 3u);  // the third below the text
     EXPECT_EQ(countOf(c, EntityType::Solid2D), 1u);
     EXPECT_EQ(countOf(c, EntityType::MText), 1u);
     c.run({"ERASE", "ALL", ""});

@@ -133,9 +133,10 @@ void LwPolylineEntity::writeGroups(DxfOutput& out) {
     for (std::size_t i = 0; i < vertices.size(); ++i) {
         out.point(10, vertices[i]);
         if (i < ids.size() && ids[i] != 0) out.integer(91, ids[i]);
-        if (i < widths.size()) {
-            out.real(40, widths[i].start);
-            out.real(41, widths[i].end);
+        if (!widths.empty()) {
+            const Taper width = i < widths.size() ? widths[i] : Taper{};
+            out.real(40, width.start);
+            out.real(41, width.end);
         }
         if (i < bulges.size() && bulges[i] != 0.0) out.real(42, bulges[i]);
     }
