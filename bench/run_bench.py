@@ -8,6 +8,7 @@ import argparse
 import json
 import os
 import pathlib
+import shutil
 import subprocess
 import sys
 import tempfile
@@ -97,6 +98,42 @@ def main():
         report("native file, loading (whole run less an empty one)", size / 1e6 / (wall - idle[0]), "MB/s", "goal >= 40")
         report("native file, peak memory of loading to file size", (peak - idle[2]) / size, "", "goal < 3")
         report("bytes a line in the drawing, whole process", (peak - idle[2]) / million, "bytes")
+
+        # The same doubly recursive function in this program's LISP and in Lua, both as whole processes less their start.
+        lua = shutil.which("lua5.4")
+        recursion = folder / "fib.lsp"
+        recursion.write_text("(defun fib (n) (if (< n 2) n (+ (fib (- n 1)) (fib (- n 2)))))\n(fib 25)\n")
+        call = "(load \"" + str(recursion) + "\")"
+        ours = min(run([program, "run", "-c", call])[1] for _ in range(7)) - min(run([program, "run"])[1] for _ in range(7))
+        report("LISP, (fib 25)", ours * 1e3, "ms of CPU")
+        if lua:
+            source = "local function fib(n) if n < 2 then return n end return fib(n - 1) + fib(n - 2) end print(fib(25))"
+            theirs = (min(run([lua, "-e", source])[1] for _ in range(7)) - min(run([lua, "-e", ""])[1] for _ in range(7)))
+            report("LISP, (fib 25) to the same in Lua 5.4", ours / max(theirs, 1e-3), "", "goal <= 5")
+
+        # Files of mixed entities, opened and saved.
+        for count in (100_000 // scale, 1_000_000 // scale):
+            drawing = folder / "mixed.dxf"
+            subprocess.run([sys.executable, pathlib.Path(__file__).parent / "mixed_dxf.py", drawing, str(count)], check=True)
+            _, opened, peak = run([program, "run", "--open", drawing], repeat=3)
+            _, both, _ = run([program, "run", "--open", drawing, "--save", folder / "again.dxf"], repeat=3)
+            report(f"DXF of {count:,}: opening, whole process", opened, "s of CPU")
+            report(f"DXF of {count:,}: peak memory of opening", peak / 1e6, "MB")
+            report(f"DXF of {count:,}: saving to opening", (both - opened) / (opened - idle[1]), "", "goal <= 1")
+            _, both, _ = run([program, "run", "--open", drawing, "--save", folder / "again.dwg"], repeat=3)
+            report(f"DXF of {count:,} to DWG 2018, whole process", both, "s of CPU", "goal <= 1.8 (100,000)")
+            _, cpu, peak = run([program, "run", "--open", folder / "again.dwg"], repeat=3)
+            report(f"DWG of {count:,}: opening, whole process", cpu, "s of CPU", "goal <= 0.5 (100,000)")
+            report(f"DWG of {count:,}: peak memory of opening", peak / 1e6, "MB", "goal <= 200 (100,000)")
+            report(f"DWG of {count:,}: size", (folder / "again.dwg").stat().st_size / 1e6, "MB")
+            if count == 100_000 // scale:
+                reader = [sys.executable if not os.path.exists("/usr/bin/python3") else "/usr/bin/python3", "-c",
+                          f"import ezdxf; ezdxf.readfile({str(drawing)!r})"]
+                try:
+                    _, theirs, _ = run(reader)
+                    report(f"DXF of {count:,}: ezdxf's time to ours", theirs / opened, "", "goal >= 20")
+                except SystemExit:
+                    print("ezdxf is not installed: not compared")
 
     if not arguments.skip_micro:
         for program in sorted((build / "bench").glob("bench_*")):

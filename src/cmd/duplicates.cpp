@@ -348,9 +348,9 @@ public:
         for (std::size_t i = 0; i < lean.vertices.size(); ++i) {
             const Vector2& p = lean.vertices[i];
             const std::size_t n = out.vertices.size();
-            if (n > 0 && out.vertices[n - 1].distance_to(p) <= rules_.tolerance && straight(out, n - 1)) {
-                out.setBulge(n - 1, lean.bulge(i));
-                out.setWidths(n - 1, lean.startWidth(i), lean.endWidth(i));
+            // Of vertices that coincide the last one says how the way goes on.
+            if (i + 1 < lean.vertices.size() && straight(lean, i) &&
+                p.distance_to(lean.vertices[i + 1]) <= rules_.tolerance) {
                 ++removed;
                 continue;
             }

@@ -72,17 +72,39 @@ void visitArc(engine::ArcEntity& arc, PointVisitor& visit) {
 
 void visitLoop(engine::HatchLoop& loop, PointVisitor& visit) {
     visit.all(loop.vertices);
+    const auto isLine = [](const engine::HatchEdge& e) { return std::holds_alternative<engine::HatchLineEdge>(e); };
+    if (std::all_of(loop.edges.begin(), loop.edges.end(), isLine)) {
+        for (engine::HatchEdge& edge : loop.edges) {
+            visit(std::get<engine::HatchLineEdge>(edge).start);
+            visit(std::get<engine::HatchLineEdge>(edge).end);
+        }
+        return;
+    }
+    // Curved edges would come apart: such a boundary moves as a whole or stays.
+    bool whole = true;
+    Vector2 shift;
+    const engine::Path path = loop.path();
+    for (const engine::PathElement& e : path.view()) {
+        Vector2 p = e.p;
+        visit(p);
+        whole = whole && p != e.p;
+        if (p != e.p) shift = p - e.p;
+    }
+    if (!whole) return;
+    const auto move = [&](std::vector<Vector2>& points) {
+        for (Vector2& p : points) p += shift;
+    };
     for (engine::HatchEdge& edge : loop.edges) {
         if (auto* line = std::get_if<engine::HatchLineEdge>(&edge)) {
-            visit(line->start);
-            visit(line->end);
+            line->start += shift;
+            line->end += shift;
         } else if (auto* arc = std::get_if<engine::HatchArcEdge>(&edge)) {
-            visit(arc->center);
+            arc->center += shift;
         } else if (auto* ellipse = std::get_if<engine::HatchEllipseEdge>(&edge)) {
-            visit(ellipse->center);
+            ellipse->center += shift;
         } else if (auto* spline = std::get_if<engine::HatchSplineEdge>(&edge)) {
-            visit.all(spline->control);
-            visit.all(spline->fit);
+            move(spline->control);
+            move(spline->fit);
         }
     }
 }

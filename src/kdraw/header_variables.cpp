@@ -258,7 +258,7 @@ void HeaderVariables::describe(Fields& f) {
     if (f.since(Version::R2004) && f.variable("$OBSCOLOR")) f.bs(70, obscolor);
     if (f.since(Version::R2004) && f.variable("$INTERSECTIONCOLOR")) f.bs(70, intersectioncolor);
     if (f.since(Version::R2004) && f.variable("$OBSLTYPE")) f.rc(280, obsltype);
-    if (f.since(Version::R2004) && f.variable("$INTERSECTIONDISPLAY")) f.rc(290, intersectiondisplay);
+    if (f.since(Version::R2004) && f.variable("$INTERSECTIONDISPLAY")) f.rc(280, intersectiondisplay);
     if (f.since(Version::R2004) && f.variable("$PROJECTNAME")) f.text(1, projectname);
     f.handle(Ref::HardPointer, 0, paperSpace);
     f.handle(Ref::HardPointer, 0, modelSpace);

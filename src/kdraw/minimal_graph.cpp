@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unordered_set>
 
 #include "kdraw/dangling_references.hpp"
 #include "kdraw/database.hpp"
@@ -34,12 +35,14 @@ constexpr const char* kUsualClasses[] = {"ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER
                                          "TABLESTYLE",          "MATERIAL",        "VISUALSTYLE", "SCALE",
                                          "MLEADERSTYLE",        "CELLSTYLEMAP"};
 
-bool sameName(std::string_view a, std::string_view b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) {
-        const auto lower = [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; };
-        return lower(x) == lower(y);
-    });
+std::string folded(std::string_view name) {
+    std::string text(name);
+    for (char& c : text)
+        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
+    return text;
 }
+
+bool sameName(std::string_view a, std::string_view b) { return a.size() == b.size() && folded(a) == folded(b); }
 
 class Completion {
 public:
@@ -317,6 +320,9 @@ private:
         auto* paper = db_.as<BlockHeader>(blocks_->paperSpace);
         std::unordered_map<Handle, Layout*> known;
         std::int32_t lastTab = 0;
+        int number = 1;
+        std::unordered_set<std::string> taken;
+        for (const Dictionary::Entry& one : layoutNames_->entries) taken.insert(folded(one.key));
         for (const Dictionary::Entry& one : layoutNames_->entries)
             if (auto* layout = db_.as<Layout>(one.value)) {
                 known.emplace(layout->block, layout);
@@ -327,8 +333,10 @@ private:
             Layout* layout = found != known.end() ? found->second : nullptr;
             if (layout == nullptr) {
                 std::string key = name;
-                while (layoutNames_->find(key) != 0) key += "_";
-                layout = &entry<Layout>(*layoutNames_, key.c_str(), "LAYOUT", customary);
+                while (!taken.insert(folded(key)).second) key = "Layout" + std::to_string(++number);
+                layout = &make<Layout>("LAYOUT", layoutNames_->handle, customary);
+                layout->reactors.push_back(layoutNames_->handle);
+                layoutNames_->entries.push_back({key, layout->handle});
                 layout->name = key;
                 const bool isModel = &block == model;
                 layout->tab = isModel ? 0 : ++lastTab;

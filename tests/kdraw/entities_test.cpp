@@ -102,9 +102,10 @@ TEST(KdrawEntities, EveryGroupComesBack) {
                                           << first << "\n--\n"
                                           << groupsOf(*again, records.database);
             for (std::size_t i = 0; i < a.size(); ++i)
-                if (a[i] != b[i])
+                if (a[i] != b[i]) {
                     EXPECT_NEAR(std::atof(a[i].c_str()), std::atof(b[i].c_str()), 1e-9)
                         << kind.cppClass << seed << " after " << a[i - 1];
+                }
         }
 }
 

@@ -5,6 +5,8 @@
 
 #include "kdraw/bit_fields.hpp"
 #include "kdraw/dxf/dxf_fields.hpp"
+#include "kdraw/objects/table_record.hpp"
+#include "kdraw/record_codec.hpp"
 
 namespace kdraw::test {
 
@@ -97,9 +99,12 @@ public:
 }  // namespace
 
 NamedRecords::NamedRecords() {
-    for (int table = 0; table <= static_cast<int>(Table::DimStyle); ++table) {
-        handles.push_back(0x100 + static_cast<Handle>(table));
-        database.nameRecord(static_cast<Table>(table), "Record " + std::to_string(table), handles.back());
+    for (const char* type : {"BLOCK_RECORD", "LAYER", "STYLE", "LTYPE", "VIEW", "UCS", "VPORT", "APPID", "DIMSTYLE"}) {
+        auto made = kindNamed(type)->make();
+        static_cast<TableRecord&>(*made).name = std::string("Record ") + type;
+        Object& added = database.add(std::move(made));
+        database.nameRecord(static_cast<Table>(handles.size()), added.recordName(), added.handle);
+        handles.push_back(added.handle);
     }
 }
 

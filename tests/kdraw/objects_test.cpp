@@ -420,6 +420,7 @@ TEST(KdrawObjects, XRecordsKeepEveryKindOfGroup) {
     }
     record.items.push_back({10, {}, {1.5, -2.5, 3.5}, 0, 0, 0});
     record.items.push_back({210, {}, {0, 0, 1}, 0, 0, 0});
+    record.items.push_back({50, {}, {}, 0.0, 0, 0});
     record.items.push_back({40, {}, {}, 2.25, 0, 0});
     for (const int code : {70, 90, 160, 280, 290, 370, 1071})
         record.items.push_back({code, {}, {}, 0, 100 + code % 7, 0});
@@ -476,6 +477,10 @@ TEST(KdrawObjects, XRecordsKeepEveryKindOfGroup) {
     ASSERT_EQ(again.items.size(), 2U);
     EXPECT_EQ(again.items[0].text, "A\xC3\xA9");
     EXPECT_EQ(again.items[1].real, 1.5);
+    // Angles are radians in files and degrees in groups.
+    XRecord angle;
+    angle.items.push_back({53, {}, {}, std::acos(0.0), 0, 0});
+    EXPECT_NE(groups(angle, database).find("53\n90\n"), std::string::npos) << groups(angle, database);
 }
 
 TEST(KdrawObjects, PackedFieldsStandWhereFilesHaveThem) {

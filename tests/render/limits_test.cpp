@@ -90,15 +90,17 @@ TEST(Limits, DashesWithoutEnd) {
         circle.linetype = "Evil";
         expectBounded(picture, "line and circle");
 
-        Picture long_;
-        long_.drawing.linetypes.add(linetype(pattern));
-        auto& line = long_.add(PolylineEntity());
+        Picture dense;
+        dense.drawing.linetypes.add(linetype(pattern));
+        auto& line = dense.add(PolylineEntity());
         for (int i = 0; i < 300'000; ++i) line.vertices.emplace_back(i % 400, (i * 7919) % 400);
         line.bulges.assign(line.vertices.size(), 0.0);
         line.startWidths = line.endWidths = line.bulges;
         line.linetype = "Evil";
         line.ltgen = true;
-        long_.paint();  // a polyline of 300,000 vertices costs what its vertices cost
+        const std::clock_t start = std::clock();
+        dense.paint();
+        EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 1.0);
     }
 }
 
@@ -213,7 +215,7 @@ TEST(Limits, BlocksWithinBlocks) {
         for (int i = 0; i < 10; ++i) {
             auto reference = std::make_unique<BlockReferenceEntity>();
             reference->blockName = Name("B" + std::to_string(level - 1));
-            reference->insertion = {i * 1.0, 0};
+            reference->insert = {i * 1.0, 0};
             block->entities.append(std::move(reference));
         }
     }

@@ -103,7 +103,8 @@ struct CurrentValues {
         CurrentValues v{drawing.currentLayer,     drawing.currentLinetype, drawing.currentColor,
                         drawing.currentTextStyle, drawing.currentDimStyle, drawing.currentMLeaderStyle,
                         drawing.currentTableStyle};
-        for (const char* name : {"CELTSCALE", "CELWEIGHT", "CETRANSPARENCY", "ELEVATION", "THICKNESS"})
+        for (const char* name : {"CELTSCALE", "CELWEIGHT", "CETRANSPARENCY", "ELEVATION", "THICKNESS", "HPNAME",
+                                 "HPSCALE", "HPANG", "INSNAME"})
             if (auto value = engine::getSysVar(drawing, name)) v.variables.emplace(name, std::move(*value));
         return v;
     }
@@ -132,6 +133,13 @@ struct CurrentValues {
         if (const auto* e = dynamic_cast<const engine::MTextEntity*>(&entity)) textStyle = e->textStyle;
         if (const auto* e = dynamic_cast<const engine::DimensionEntity*>(&entity)) dimStyle = e->dimStyleName;
         if (const auto* e = dynamic_cast<const engine::LeaderEntity*>(&entity)) dimStyle = e->dimStyleName;
+        if (const auto* e = dynamic_cast<const engine::BlockReferenceEntity*>(&entity))
+            variables["INSNAME"] = e->blockName.str();
+        if (const auto* e = dynamic_cast<const engine::HatchEntity*>(&entity)) {
+            variables["HPNAME"] = e->patternName.str();
+            variables["HPSCALE"] = e->patternScale;
+            variables["HPANG"] = e->patternAngle;
+        }
         if (const auto* e = dynamic_cast<const engine::MLeaderEntity*>(&entity)) mleaderStyle = e->styleName;
         if (const auto* e = dynamic_cast<const engine::TableEntity*>(&entity)) tableStyle = e->styleName;
     }

@@ -437,21 +437,24 @@ private:
 class ArrayRectTool final : public ArrayTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        if (co_await askObjects(ask)) co_await rectangular(ask);
+        const bool any = co_await askObjects(ask);
+        if (any) co_await rectangular(ask);
     }
 };
 
 class ArrayPolarTool final : public ArrayTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        if (co_await askObjects(ask)) co_await polar(ask);
+        const bool any = co_await askObjects(ask);
+        if (any) co_await polar(ask);
     }
 };
 
 class ArrayPathTool final : public ArrayTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        if (co_await askObjects(ask)) co_await path(ask);
+        const bool any = co_await askObjects(ask);
+        if (any) co_await path(ask);
     }
 };
 
@@ -459,7 +462,8 @@ protected:
 class ArrayAnyTool final : public ArrayTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        if (!co_await askObjects(ask)) co_return;
+        const bool any = co_await askObjects(ask);
+        if (!any) co_return;
         if (isCommandLineVariant()) co_return co_await classic(ask);
         const Answer type =
             co_await ask.keyword("Enter array type [Rectangular/PAth/POlar] <Rectangular>:", "Rectangular PAth POlar");

@@ -96,7 +96,8 @@ protected:
                 co_await askMode(ask);
                 continue;
             }
-            if (co_await edit(ask, picked.id, picked.point)) steps.push_back(document().history().topSequence());
+            const bool changed = co_await edit(ask, picked.id, picked.point);
+            if (changed) steps.push_back(document().history().topSequence());
             if (remembered(document(), kSingle, 0.0) != 0.0) co_return;
         }
     }

@@ -60,7 +60,9 @@ private:
             if (entity == nullptr) continue;
             if (const auto arc = engine::measuredArc(*entity); arc && entity->type() != engine::EntityType::Polyline)
                 rounds_.push_back({*arc, entity->handle()});
-            const bool circle = entity->type() == engine::EntityType::Circle;
+            const engine::EntityType type = entity->type();
+            const bool circle = type == engine::EntityType::Circle;
+            if (type == engine::EntityType::Text || type == engine::EntityType::MText) continue;
             engine::eachLinkablePoint(*entity, [&](const engine::DimensionLink& link, const Vector2& p) {
                 using engine::LinkKind;
                 if (points_.size() >= kMostDimensions) return;

@@ -57,8 +57,8 @@ void DimensionEntity::describeCommon(Fields& f, std::uint16_t kind, bool* ordina
         return;
     }
     f.rd2(0, blockPosition);
-    f.handle(Ref::HardPointer, 0, style);
-    f.handle(Ref::HardPointer, 0, block);
+    f.record(Table::DimStyle, 0, style);
+    f.record(Table::Block, 0, block);
 }
 
 // Groups have the definition point in the common part; records have it among the kind's own points.

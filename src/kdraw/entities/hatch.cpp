@@ -15,7 +15,9 @@ void HatchEntity::describeGradient(Fields& f) {
     f.bd(462, gradient.tint);
     f.list(Width::BL, 453, gradient.stops, 2 + 12, [&](Stop& stop) {
         f.bd(463, stop.value);
-        f.color(63, 421, stop.color);
+        // The true colour of a later stop is not this one's.
+        f.color(63, 0, stop.color);
+        if (f.dxf() && follows(f, 421, true)) f.color(0, 421, stop.color);
     });
     f.text(470, gradient.name);
 }

@@ -63,7 +63,7 @@ void BlockReference::describeReference(Fields& f, Grid* grid) {
         f.bd(45, grid->rowSpacing);
     }
     if (f.dxf()) return;
-    f.handle(Ref::HardPointer, 0, block);
+    f.record(Table::Block, 0, block);
     if (!hasAttributes) return;
     if (f.before(Version::R2004)) {
         attributes.resize(2);

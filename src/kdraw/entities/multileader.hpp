@@ -21,7 +21,7 @@ public:
         std::int32_t index = 0;
         // R2010 and later
         std::uint16_t kind = 1;
-        Color color;
+        Color color{Color::kByBlock, {}, {}};
         Handle linetype = 0;
         std::int32_t lineweight = -2;
         double arrowSize = 0.0;

@@ -220,7 +220,7 @@ void TableEntity::describeFormat(Fields& f, Format& format) {
     f.bd(0, format.blockScale);
     f.bl(0, format.alignment);
     f.longColor(0, format.color);
-    f.handle(Ref::HardPointer, 0, format.textStyle);
+    f.record(Table::Style, 0, format.textStyle);
     f.bd(0, format.textHeight);
 }
 

@@ -60,7 +60,7 @@ void TextLine::describeLine(Fields& f, std::string& shown) {
     if ((absent & kGeneration) == 0) f.bs(0, generation);
     if ((absent & kHorizontal) == 0) f.bs(0, horizontal);
     if ((absent & kVertical) == 0) f.bs(0, vertical);
-    f.handle(Ref::HardPointer, 0, style);
+    f.record(Table::Style, 0, style);
 }
 
 void TextEntity::describe(Fields& f) {
@@ -145,7 +145,7 @@ void MTextEntity::describe(Fields& f) {
     f.bd(0, extentsHeight);
     f.bd(0, extentsWidth);
     f.text(0, text);
-    f.handle(Ref::HardPointer, 0, style);
+    f.record(Table::Style, 0, style);
     f.bs(0, spacingStyle);
     f.bd(0, spacingFactor);
     bool unknown = false;

@@ -46,8 +46,9 @@ void MLeaderStyle::describe(Fields& f) {
     f.b(294, blockRotationOn);
     f.bs(177, blockConnection);
     f.bd(142, scale);
-    f.b(295, changed);
+    // Drawings have these two the other way round than their codes.
     f.b(296, annotative);
+    f.b(295, changed);
     f.bd(143, breakSize);
     if (from2010) {
         f.bs(271, direction);

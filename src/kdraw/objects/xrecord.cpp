@@ -3,7 +3,7 @@
 #include <bit>
 #include <cstring>
 
-#include "kdraw/objects/helpers.hpp"
+#include "kdraw/dxf/dxf_fields.hpp"
 #include "kdraw/text_codec.hpp"
 
 namespace kdraw {
@@ -18,15 +18,15 @@ struct Range {
 };
 
 constexpr Range kRanges[] = {
-    {0, 9, Kind::Text},        {10, 18, Kind::Point},      {19, 59, Kind::Real},      {60, 79, Kind::Int16},
-    {90, 99, Kind::Int32},     {100, 105, Kind::Text},     {110, 112, Kind::Point},   {113, 149, Kind::Real},
-    {160, 169, Kind::Int64},   {170, 179, Kind::Int16},    {210, 219, Kind::Point},   {220, 239, Kind::Real},
-    {270, 279, Kind::Int16},   {280, 299, Kind::Int8},     {300, 309, Kind::Text},    {310, 319, Kind::Bytes},
-    {320, 369, Kind::Handle},  {370, 389, Kind::Int16},    {390, 399, Kind::Handle},  {400, 409, Kind::Int16},
-    {410, 419, Kind::Text},    {420, 429, Kind::Int32},    {430, 439, Kind::Text},    {440, 459, Kind::Int32},
-    {460, 469, Kind::Real},    {470, 479, Kind::Text},     {480, 481, Kind::Handle},  {999, 1003, Kind::Text},
-    {1004, 1004, Kind::Bytes}, {1005, 1005, Kind::Handle}, {1010, 1013, Kind::Point}, {1040, 1042, Kind::Real},
-    {1070, 1070, Kind::Int16}, {1071, 1071, Kind::Int32},
+    {0, 9, Kind::Text},        {10, 18, Kind::Point},    {19, 49, Kind::Real},      {50, 58, Kind::Angle},
+    {59, 59, Kind::Real},      {60, 79, Kind::Int16},    {90, 99, Kind::Int32},     {100, 105, Kind::Text},
+    {110, 112, Kind::Point},   {113, 149, Kind::Real},   {160, 169, Kind::Int64},   {170, 179, Kind::Int16},
+    {210, 219, Kind::Point},   {220, 239, Kind::Real},   {270, 279, Kind::Int16},   {280, 299, Kind::Int8},
+    {300, 309, Kind::Text},    {310, 319, Kind::Bytes},  {320, 369, Kind::Handle},  {370, 389, Kind::Int16},
+    {390, 399, Kind::Handle},  {400, 409, Kind::Int16},  {410, 419, Kind::Text},    {420, 429, Kind::Int32},
+    {430, 439, Kind::Text},    {440, 459, Kind::Int32},  {460, 469, Kind::Real},    {470, 479, Kind::Text},
+    {480, 481, Kind::Handle},  {999, 1003, Kind::Text},  {1004, 1004, Kind::Bytes}, {1005, 1005, Kind::Handle},
+    {1010, 1013, Kind::Point}, {1040, 1042, Kind::Real}, {1070, 1070, Kind::Int16}, {1071, 1071, Kind::Int32},
 };
 
 /// Takes little-endian values off the front of a byte string.
@@ -66,23 +66,6 @@ private:
 
 void append(std::string& out, std::uint64_t v, std::size_t bytes) {
     for (std::size_t i = 0; i < bytes; ++i) out += static_cast<char>(v >> (8 * i) & 0xFF);
-}
-
-int digit(char c) {
-    if (c >= '0' && c <= '9') return c - '0';
-    if (c >= 'a' && c <= 'f') return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F') return c - 'A' + 10;
-    return -1;
-}
-
-std::string bytesOfHex(std::string_view hex) {
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
-        const int high = digit(hex[i]), low = digit(hex[i + 1]);
-        if (high < 0 || low < 0) break;
-        bytes += static_cast<char>(high << 4 | low);
-    }
-    return bytes;
 }
 
 }  // namespace
@@ -133,6 +116,7 @@ void XRecord::parse(Fields& f, const std::string& raw) {
                 item.point.z = in.real();
                 break;
             case Kind::Real:
+            case Kind::Angle:
                 item.real = in.real();
                 break;
             case Kind::Int8:
@@ -183,6 +167,7 @@ std::string XRecord::packed() const {
                     append(out, std::bit_cast<std::uint64_t>(v), 8);
                 break;
             case Kind::Real:
+            case Kind::Angle:
                 head(), append(out, std::bit_cast<std::uint64_t>(item.real), 8);
                 break;
             case Kind::Int8:
@@ -218,7 +203,7 @@ void XRecord::describeGroups(Fields& f) {
     f.subclass("AcDbXrecord");
     if (DxfOutput* out = f.output()) {
         out->integer(280, cloning);
-        for (const Item& item : items) {
+        for (Item& item : items) {
             switch (kindOf(item.code)) {
                 case Kind::None:
                     break;
@@ -230,6 +215,9 @@ void XRecord::describeGroups(Fields& f) {
                     break;
                 case Kind::Real:
                     out->real(item.code, item.real);
+                    break;
+                case Kind::Angle:
+                    f.angle(item.code, item.real);
                     break;
                 case Kind::Int8:
                 case Kind::Int16:
@@ -270,6 +258,10 @@ void XRecord::describeGroups(Fields& f) {
             case Kind::Real:
                 item.real = in.real();
                 break;
+            case Kind::Angle:
+                f.angle(item.code, item.real);
+                items.push_back(std::move(item));
+                continue;  // the cursor is behind it
             case Kind::Int8:
             case Kind::Int16:
             case Kind::Int32:
@@ -277,7 +269,7 @@ void XRecord::describeGroups(Fields& f) {
                 item.integer = in.integer();
                 break;
             case Kind::Bytes:
-                item.text = bytesOfHex(in.text());
+                appendHex(item.text, in.text());
                 break;
             case Kind::Handle:
                 item.handle = in.handle();

@@ -13,12 +13,12 @@ public:
         int code = 1;
         std::string text;  ///< texts (UTF-8), hexadecimal texts, bytes
         Vector3 point;
-        double real = 0.0;
+        double real = 0.0;  ///< angles (codes 50 to 58) in radians, in groups in degrees
         std::int64_t integer = 0;
         Handle handle = 0;
     };
     /// What an item of a code holds.
-    enum class Kind : std::uint8_t { None, Text, Point, Real, Int8, Int16, Int32, Int64, Bytes, Handle };
+    enum class Kind : std::uint8_t { None, Text, Point, Real, Angle, Int8, Int16, Int32, Int64, Bytes, Handle };
     static Kind kindOf(int code);
 
     std::int16_t cloning = 1;

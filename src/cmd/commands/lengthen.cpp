@@ -1,0 +1,136 @@
+#include "engine/lengthen.hpp"
+
+#include "cmd/dialogue.hpp"
+#include "cmd/drawing_aids.hpp"
+#include "cmd/format.hpp"
+#include "cmd/registry.hpp"
+#include "cmd/step_group.hpp"
+#include "math/number_text.hpp"
+
+namespace kova::cmd::commands {
+
+namespace {
+
+using engine::EditCurve;
+
+bool hasLength(const engine::Entity& entity) {
+    const auto curve = EditCurve::of(entity);
+    return curve && !curve->isUnbounded();
+}
+
+/// LENGTHEN: changes open curves at the end nearer to the pick.
+class LengthenTool final : public DialogueTool {
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        for (;;) {
+            const Answer answer = co_await ask.object(
+                "Select an object to measure or [DElta/Percent/Total/DYnamic] <Total>:", "DElta Percent Total DYnamic",
+                hasLength);
+            if (answer.isObject()) {
+                if (const engine::Entity* e = drawing().findById(answer.id)) tellLength(*e);
+                continue;
+            }
+            const std::string word = answer.isEnter() ? "TOTAL" : answer.word;
+            const bool asked = co_await askMeasure(ask, word);
+            if (!asked) co_return;
+            co_return co_await changes(ask);
+        }
+    }
+
+private:
+    enum class By { Delta, DeltaAngle, Percent, Total, TotalAngle, Dynamic };
+
+    void tellLength(const engine::Entity& entity) {
+        const auto curve = EditCurve::of(entity);
+        std::string text = "Current length: " + lengthText(drawing(), curve->length(curve->start(), curve->end()));
+        if (const auto angle = engine::includedAngle(*curve))
+            text += ", included angle: " + math::shortest(std::round(*angle / math::kDegree * 1e4) / 1e4);
+        message(text);
+    }
+
+    Task<bool> askMeasure(Ask& ask, std::string word) {
+        if (word == "DYNAMIC") {
+            by_ = By::Dynamic;
+        } else if (word == "PERCENT") {
+            by_ = By::Percent;
+            const Answer answer = co_await ask.number("Enter percentage length <100>:", {}, kPositive);
+            value_ = answer.numberOr(100.0);
+        } else {
+            const bool delta = word == "DELTA";
+            by_ = delta ? By::Delta : By::Total;
+            const char* prompt = delta ? "Enter delta length or [Angle] <0>:" : "Specify total length or [Angle] <1>:";
+            const Range range = delta ? Range{} : kPositive;
+            const Answer answer = co_await ask.distance(prompt, "Angle", {}, range);
+            value_ = answer.numberOr(delta ? 0.0 : 1.0);
+            if (answer.is("Angle")) {
+                by_ = delta ? By::DeltaAngle : By::TotalAngle;
+                const char* question = delta ? "Enter delta angle <0>:" : "Specify total angle <57>:";
+                const Answer angle = co_await ask.number(question, {}, range);
+                value_ = angle.numberOr(delta ? 0.0 : 57.0) * math::kDegree;
+            }
+        }
+        co_return true;
+    }
+
+    Dialogue changes(Ask& ask) {
+        StepGroup group(document(), "LENGTHEN");
+        for (;;) {
+            const Answer answer = co_await ask.object("Select an object to change or [Undo]:", "Undo", hasLength);
+            if (answer.isEnter()) co_return;
+            if (answer.is("Undo")) {
+                if (!group.drop()) message("Command has been completely undone.");
+                continue;
+            }
+            std::optional<math::Vector2> end;
+            if (by_ == By::Dynamic) {
+                const Answer point = co_await ask.point("Specify new end point:");
+                if (!point.isPoint()) continue;
+                end = point.point;
+            }
+            if (engine::Entity* entity = drawing().findById(answer.id)) change(group, *entity, answer.point, end);
+        }
+    }
+
+    void change(StepGroup& group, engine::Entity& entity, const math::Vector2& pick,
+                const std::optional<math::Vector2>& end) {
+        const auto curve = EditCurve::of(entity);
+        if (!curve) return;
+        if (curve->closed()) return message("Cannot lengthen a closed object.");
+        const double at = curve->nearest(pick);
+        const bool atEnd = curve->length(curve->start(), at) > curve->length(at, curve->end());
+        const double now = curve->length(curve->start(), curve->end());
+        const auto angle = engine::includedAngle(*curve);
+        double length = now;
+        switch (by_) {
+            case By::Delta:
+                length = now + value_;
+                break;
+            case By::Percent:
+                length = now * value_ / 100.0;
+                break;
+            case By::Total:
+                length = value_;
+                break;
+            case By::DeltaAngle:
+            case By::TotalAngle:
+                if (!angle) return message("Only arcs have an included angle.");
+                length = now / *angle * (by_ == By::DeltaAngle ? *angle + value_ : value_);
+                break;
+            case By::Dynamic:
+                break;
+        }
+        auto changed = end ? engine::withEndNear(*curve, atEnd, *end) : engine::withLength(*curve, atEnd, length);
+        if (!changed) return message("Invalid length for that object.");
+        group.begin();
+        document().replaceEntity(entity, std::move(changed));
+    }
+
+    By by_ = By::Total;
+    double value_ = 1.0;
+};
+
+}  // namespace
+
+KOVA_TOOL_COMMAND(Lengthen, "LENGTHEN", "Lengthen", "Modify", {"LEN"})
+
+}  // namespace kova::cmd::commands
