@@ -192,6 +192,20 @@ DimensionEntity* lastDimension(doc::Document& document) {
     return dynamic_cast<DimensionEntity*>(document.drawing().findByHandle(static_cast<std::uint64_t>(handle)));
 }
 
+double dimensionScale(const engine::Drawing& drawing, const engine::DimStyle& style) {
+    if (style.scaleFactor > 0.0 && std::isfinite(style.scaleFactor)) return style.scaleFactor;
+    const double paper = style.annotative ? engine::sysVarReal(drawing, "CANNOSCALEVALUE", 1.0) : 1.0;
+    return paper > 0.0 && std::isfinite(1.0 / paper) ? 1.0 / paper : 1.0;
+}
+
+void applyAnnotationScale(const engine::Drawing& drawing, const engine::DimStyle& style, engine::Entity& entity) {
+    if (!style.annotative) return;
+    const double paper = engine::sysVarReal(drawing, "CANNOSCALEVALUE", 1.0);
+    entity.setAnnotative(true);
+    if (paper > 0.0 && std::isfinite(1.0 / paper)) entity.setAnnotationScale(1.0 / paper);
+    entity.setObjectScales({engine::Name(engine::sysVarString(drawing, "CANNOSCALE", "1:1"))});
+}
+
 double dimensionTextAngle(const Answer& answer, const engine::Drawing& drawing) {
     if (isTyped(answer) && answer.number == 0.0) return 0.0;
     // 0 itself means "as the style says".
@@ -212,9 +226,13 @@ void DimensionTool::start(engine::DimensionType type) {
 std::string DimensionTool::measuredText() const {
     DimensionEntity plain(dim_);
     plain.textOverride.clear();
+    return engine::plainText(plain.textContent(styleInForce(), !drawing().isModelSpaceCurrent()));
+}
+
+engine::DimStyle DimensionTool::styleInForce() const {
     engine::DimStyle style = drawing().dimStyleOrStandard(dim_.dimStyleName);
     engine::overrideDimStyle(style, dim_.styleOverrides, dim_.nameOverrides);
-    return engine::plainText(plain.textContent(style, !drawing().isModelSpaceCurrent()));
+    return style;
 }
 
 Task<bool> DimensionTool::takeTextOption(Ask& ask, Answer answer) {
@@ -256,6 +274,7 @@ std::uint64_t DimensionTool::placeLinked(const char* label, const std::vector<Di
     const std::string text = measuredText();
     auto dimension = std::make_unique<DimensionEntity>(dim_);
     applyCurrentValues(document(), *dimension);
+    applyAnnotationScale(drawing(), styleInForce(), *dimension);
     const engine::Name layer(engine::sysVarString(drawing(), "DIMLAYER"));
     if (drawing().layers.contains(layer)) dimension->layer = layer;
     const doc::GroupScope group(document(), label);

@@ -43,6 +43,11 @@ std::vector<std::uint64_t> dimensionsOf(doc::Document& document, const std::vect
 /// Handle of the dimension that was made last in this session; 0: none, or it is gone.
 engine::DimensionEntity* lastDimension(doc::Document& document);
 
+/// DIMSCALE as a factor on sizes; 0 leaves it to the current annotation scale when the style is annotative.
+double dimensionScale(const engine::Drawing& drawing, const engine::DimStyle& style);
+/// Marks an entity of an annotative dimension style with the current annotation scale.
+void applyAnnotationScale(const engine::Drawing& drawing, const engine::DimStyle& style, engine::Entity& entity);
+
 /// The rotation that an answer to an angle question gives a dimension's text: a typed 0 leaves it to the style.
 double dimensionTextAngle(const Answer& answer, const engine::Drawing& drawing);
 
@@ -64,6 +69,9 @@ protected:
     std::uint64_t placeLinked(const char* label, const std::vector<engine::DimensionLink>& links);
     /// With DIMUPT on the text stands where the dimension line was pointed at.
     void takeUserText(const math::Vector2& at);
+
+    /// The style of the dimension under way, its overrides included.
+    engine::DimStyle styleInForce() const;
 
     engine::DimensionEntity dim_;
     bool quiet_ = false;  ///< the texts are not told

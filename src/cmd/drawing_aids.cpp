@@ -50,8 +50,14 @@ bool takesThickness(engine::EntityType type) {
 
 void applyCurrentValues(doc::Document& document, engine::Entity& entity) {
     document.applyCurrentProperties(entity);
-    entity.elevation = engine::sysVarReal(document.drawing(), "ELEVATION");
-    if (takesThickness(entity.type())) entity.setThickness(engine::sysVarReal(document.drawing(), "THICKNESS"));
+    // Read straight from the map that keeps them: lines are drawn by the million, and both are rarely set.
+    const auto& reals = document.drawing().realVariables;
+    const auto value = [&](std::string_view name) {
+        const auto it = reals.find(name);
+        return it != reals.end() ? it->second : 0.0;
+    };
+    entity.elevation = value("ELEVATION");
+    if (takesThickness(entity.type())) entity.setThickness(value("THICKNESS"));
 }
 
 engine::Entity& addNew(doc::Document& document, std::unique_ptr<engine::Entity> entity, const std::string& label) {

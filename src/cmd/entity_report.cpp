@@ -66,16 +66,10 @@ std::string spaceText(const engine::Drawing& drawing, const Entity& entity) {
     return "No space";
 }
 
-std::string hexadecimal(std::uint64_t value) {
-    char buffer[24];
-    std::snprintf(buffer, sizeof buffer, "%llX", static_cast<unsigned long long>(value));
-    return buffer;
-}
-
 void Report::common(const Entity& entity) {
     lines_.push_back(std::string(engine::displayName(entity.type())) + "    Layer: " + quoted(entity.layer));
     line("Space: " + spaceText(drawing_, entity));
-    line("Handle = " + hexadecimal(entity.handle()));
+    line("Handle = " + handleText(entity.handle()));
     const engine::CommonNames& names = engine::commonNames();
     if (entity.color.method != engine::ColorMethod::ByLayer) text("Color:", engine::colorText(entity.color));
     if (entity.linetype != names.byLayer) text("Linetype:", quoted(entity.linetype));

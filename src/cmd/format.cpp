@@ -33,6 +33,12 @@ std::string pointDefault(const engine::Drawing& drawing, const math::Vector2& wo
     return lengthDefault(drawing, p.x) + "," + lengthDefault(drawing, p.y);
 }
 
+std::string handleText(std::uint64_t handle) {
+    char buffer[24];
+    std::snprintf(buffer, sizeof buffer, "%llX", static_cast<unsigned long long>(handle));
+    return buffer;
+}
+
 std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 }  // namespace kova::cmd

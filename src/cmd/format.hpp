@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ std::string lengthDefault(const engine::Drawing& drawing, double length);
 std::string angleText(const engine::Drawing& drawing, double radians);
 /// A point as a prompt shows a default, in the current UCS: "10,2.5".
 std::string pointDefault(const engine::Drawing& drawing, const math::Vector2& world);
+
+/// A handle as users know it: hexadecimal digits in upper case.
+std::string handleText(std::uint64_t handle);
 
 /// The text in double quotes.
 std::string quoted(std::string_view text);

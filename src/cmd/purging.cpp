@@ -193,12 +193,23 @@ std::string purgeKindName(PurgeKind kind) {
     return "record";
 }
 
-std::vector<Name> unusedRecords(const doc::Document& document, PurgeKind kind) {
+std::vector<std::vector<Name>> unusedRecords(const doc::Document& document, std::span<const PurgeKind> kinds) {
     const Drawing& drawing = document.drawing();
-    if (kind == PurgeKind::Group) return emptyGroups(drawing);
-    if (kind == PurgeKind::ShapeFile) return unusedShapeFiles(drawing);
-    if (kind == PurgeKind::RegApp) return unusedApplications(drawing);
-    return unusedBy(drawing, kind, engine::ReferenceCounts(drawing));
+    std::optional<engine::ReferenceCounts> counts;
+    std::vector<std::vector<Name>> unused;
+    for (const PurgeKind kind : kinds) {
+        if (kind == PurgeKind::Group) {
+            unused.push_back(emptyGroups(drawing));
+        } else if (kind == PurgeKind::ShapeFile) {
+            unused.push_back(unusedShapeFiles(drawing));
+        } else if (kind == PurgeKind::RegApp) {
+            unused.push_back(unusedApplications(drawing));
+        } else {
+            if (!counts) counts.emplace(drawing);
+            unused.push_back(unusedBy(drawing, kind, *counts));
+        }
+    }
+    return unused;
 }
 
 std::size_t purgeRecords(doc::Document& document, PurgeKind kind, const std::vector<Name>& names) {
@@ -239,12 +250,9 @@ std::size_t purgeAll(doc::Document& document) {
     std::size_t total = 0;
     for (bool more = true; more;) {
         more = false;
-        const engine::ReferenceCounts counts(document.drawing());
-        for (const PurgeKind kind : kPurgeKinds) {
-            const bool counted = kind != PurgeKind::Group && kind != PurgeKind::ShapeFile && kind != PurgeKind::RegApp;
-            const std::vector<Name> names =
-                counted ? unusedBy(document.drawing(), kind, counts) : unusedRecords(document, kind);
-            const std::size_t purged = purgeRecords(document, kind, names);
+        const auto unused = unusedRecords(document, kPurgeKinds);
+        for (std::size_t i = 0; i < unused.size(); ++i) {
+            const std::size_t purged = purgeRecords(document, kPurgeKinds[i], unused[i]);
             total += purged;
             more = more || purged != 0;
         }

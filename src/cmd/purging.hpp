@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,9 +28,9 @@ inline constexpr PurgeKind kPurgeKinds[] = {
 /// "block", "layer" ... as questions name the kind.
 std::string purgeKindName(PurgeKind kind);
 
-/// Names of what nothing uses, in table order. What always exists, what is current and what comes from an external
-/// reference is not among them.
-std::vector<engine::Name> unusedRecords(const doc::Document& document, PurgeKind kind);
+/// For each kind the names of what nothing uses, in table order. What always exists, what is current and what comes from
+/// an external reference is not among them. One pass over the drawing for all kinds.
+std::vector<std::vector<engine::Name>> unusedRecords(const doc::Document& document, std::span<const PurgeKind> kinds);
 /// Deletes these records, which must be unused, as part of the open group. Gives the number deleted.
 std::size_t purgeRecords(doc::Document& document, PurgeKind kind, const std::vector<engine::Name>& names);
 /// Deletes whatever is unused, also what becomes so by that.

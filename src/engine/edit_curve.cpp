@@ -417,7 +417,8 @@ std::unique_ptr<Entity> EditCurve::polylinePart(double u0, double u1) const {
         if (wide) fresh->setWidths(index, width(v0), width(v1));
     }
     fresh->vertices.push_back(at((i + count - 1) % n, t));
-    if (wide) fresh->setWidths(fresh->vertices.size() - 1, fresh->endWidths.back(), fresh->endWidths.back());
+    const std::size_t end = fresh->vertices.size() - 1;
+    if (wide) fresh->setWidths(end, fresh->endWidth(end - 1), fresh->endWidth(end - 1));
     return fresh;
 }
 

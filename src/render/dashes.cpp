@@ -9,7 +9,7 @@ using math::Vector2;
 namespace {
 
 // Finer patterns look continuous and cost time.
-constexpr double kFinestRound = 1.5;         // pixels for one round of the pattern
+constexpr double kFinestRound = 1.5;         // dots for one round of the pattern
 constexpr std::size_t kMaxDashes = 200'000;  // of one line
 
 /// A chain of points measured along its length.
@@ -52,7 +52,7 @@ private:
 
 }  // namespace
 
-bool layDashes(std::span<const Vector2> points, std::span<const double> pattern, const math::Bounds2& visible,
+bool layDashes(std::span<const Vector2> points, std::span<const double> pattern, const math::Bounds2& visible, double dot,
                const std::function<void(std::span<const Vector2>)>& dash,
                const std::function<void(std::size_t, const Vector2&, double)>& mark) {
     if (points.size() < 2 || pattern.size() < 2) return false;
@@ -66,7 +66,7 @@ bool layDashes(std::span<const Vector2> points, std::span<const double> pattern,
     const double length = chain.length();
     const double first = std::max(pattern[0], 0.0);
     const double rounds = std::floor((length - first) / round);
-    if (!std::isfinite(round) || !std::isfinite(length) || round < kFinestRound || !(rounds >= 1.0)) return false;
+    if (!std::isfinite(round) || !std::isfinite(length) || round < kFinestRound * dot || !(rounds >= 1.0)) return false;
 
     // What is left over goes to the first and the last dash, half each.
     const double lead = (length - first - rounds * round) / 2.0;

@@ -26,6 +26,17 @@ namespace {
 // Text lower than this many pixels is drawn as a bar: its letters could not be told apart.
 constexpr double kSmallestText = 1.5;
 
+// Painters take long over one figure of many crossing lines; pieces of it are drawn one by one.
+constexpr std::size_t kMaxChain = 256;
+// An area whose outline crosses more rows of pixels than this is filled as its box: it is a tangle, not a shape.
+constexpr double kMaxRowCrossings = 1e6;
+// Of one entity: points of the shapes and texts in its linetype, and letters of such a text.
+constexpr std::size_t kMaxMarkPoints = 400'000;
+constexpr std::size_t kMaxMarkText = 256;
+// Lines of one hatch; more cannot be told apart on any sheet.
+constexpr engine::HatchLineLimits kHatchLimits{200'000, 400'000};
+constexpr engine::HatchLineLimits kVectorHatchLimits{100'000, 150'000};
+
 QPointF toQt(const Vector2& p) { return {p.x, p.y}; }
 QColor toQt(engine::Rgb c) { return QColor(c.red, c.green, c.blue); }
 
@@ -159,6 +170,15 @@ void PainterSink::drawChain(std::span<const Vector2> points, bool closed) {
         return;
     }
     buffer_.clear();
+    if (points.size() > kMaxChain) {
+        for (std::size_t begin = 0; begin + 1 < points.size(); begin += kMaxChain - 1) {
+            buffer_.clear();
+            for (const Vector2& p : points.subspan(begin, std::min(kMaxChain, points.size() - begin)))
+                buffer_.push_back(toQt(p));
+            painter_.drawPolyline(buffer_.data(), static_cast<int>(buffer_.size()));
+        }
+        return;
+    }
     for (const Vector2& p : points) buffer_.push_back(toQt(p));
     if (closed && buffer_.size() > 3) {
         buffer_.pop_back();
@@ -179,7 +199,7 @@ void PainterSink::drawDashed(std::span<const Vector2> points, const Look& look, 
             if (entry < linetype.elements.size() && linetype.elements[entry].flags != 0)
                 drawElement(linetype, entry, at, angle, look);
         };
-    const bool laid = layDashes(points, dashes_, view_.pixels,
+    const bool laid = layDashes(points, dashes_, view_.pixels, settings_.dot,
                                 [this](std::span<const Vector2> piece) { drawChain(piece, false); }, mark);
     if (!laid) drawChain(points, false);
 }
@@ -201,8 +221,12 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
     Flattener flattener(flat);
     const auto draw = [&](PathView path) {
         flattener.flatten(path);
-        for (std::size_t i = 0; i < flattener.count(); ++i) drawChain(flattener[i].points, flattener[i].closed);
+        for (std::size_t i = 0; i < flattener.count(); ++i) {
+            marks_ += flattener[i].points.size();
+            drawChain(flattener[i].points, flattener[i].closed);
+        }
     };
+    if (marks_ > kMaxMarkPoints) return;
     if ((element.flags & 4) != 0) {
         math::Matrix4 place;
         place(0, 0) = xAxis.x;
@@ -217,7 +241,7 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
     }
     if (element.text.empty()) return;
     engine::TextRun run;
-    run.text = element.text;
+    run.text = std::string_view(element.text).substr(0, kMaxMarkText);
     const engine::TextStyle& style = drawing_.textStyleOrStandard(element.style);
     run.font = style.fontFile;
     run.xAxis = xAxis;
@@ -332,6 +356,7 @@ void PainterSink::fillRings(PathView rings, const QBrush& brush, bool evenOdd) {
     QPainterPath area;
     area.setFillRule(evenOdd ? Qt::OddEvenFill : Qt::WindingFill);
     Bounds2 all;
+    double crossings = 0.0;
     for (std::size_t i = 0; i < flattener_.count(); ++i) {
         Bounds2 box;
         for (const Vector2& p : flattener_[i].points) box.expand(p);
@@ -343,11 +368,15 @@ void PainterSink::fillRings(PathView rings, const QBrush& brush, bool evenOdd) {
             for (const Vector2& p : clipPolygon(flattener_[i].points, guard_)) ring << toQt(p);
         }
         if (ring.size() < 2) continue;
+        for (qsizetype k = 1; k < ring.size(); ++k) crossings += std::abs(ring[k].y() - ring[k - 1].y());
         all.expand(box);
         area.addPolygon(ring);
         area.closeSubpath();
     }
-    if (!area.isEmpty()) painter_.fillPath(area, brush);
+    if (settings_.textOutput == nullptr && crossings > kMaxRowCrossings)
+        painter_.fillRect(area.controlPointRect(), brush);
+    else if (!area.isEmpty())
+        painter_.fillPath(area, brush);
     // An area thinner than a pixel leaves hardly a trace: its outline keeps it visible.
     if (!all.is_empty() && (all.width() < 1.0 || all.height() < 1.0) && brush.style() == Qt::SolidPattern) {
         painter_.setPen(QPen(brush.color(), 1.0));
@@ -378,7 +407,8 @@ void PainterSink::pattern(PathView rings, std::span<const engine::HatchFamily> f
     const Look look = this->look(style);
     if (!settings_.fill) return;
     const engine::HatchLines lines =
-        engine::hatchLines(rings, families, std::max(Flattener::kTolerance / view_.scale, 1e-12), &visible_);
+        engine::hatchLines(rings, families, std::max(Flattener::kTolerance / view_.scale, 1e-12), &visible_,
+                           settings_.textOutput != nullptr ? kVectorHatchLimits : kHatchLimits);
     if (lines.overflow) {
         // Too dense to be told apart: at this scale the lines would cover the area.
         useOpacity(look.opacity);

@@ -54,6 +54,8 @@ public:
         std::string folder;           ///< of the drawing's file: where relative image paths start
         PlotLook look;
         TextOutput* textOutput = nullptr;  ///< not owned; null: letters are drawn as shapes
+        /// The size of a dot that an eye can tell from its neighbour: 1 pixel, more on devices with finer dots.
+        double dot = 1.0;
     };
 
     PainterSink(QPainter& painter, const engine::Drawing& drawing, const View& view, const LayerLook& layers,
@@ -72,6 +74,8 @@ public:
     void pattern(engine::PathView rings, std::span<const engine::HatchFamily> families,
                  const engine::OutlineStyle& style) override;
     void line(const math::Vector2& a, const math::Vector2& b, const engine::OutlineStyle& style) override;
+    /// A new entity begins: what one entity may cost is counted from here.
+    void beginEntity() { marks_ = 0; }
     bool wants(const math::Bounds2& extents) const override;
     bool wantsLayer(engine::Name layer) const override { return layers_.isShown(layer); }
     void pushClip(engine::PathView path, bool inverted) override;
@@ -123,6 +127,7 @@ private:
     std::map<std::string, QImage> pictures_;
     std::map<std::pair<const void*, std::string>, engine::Path> shapes_;  ///< of complex linetypes
     int clips_ = 0;
+    std::size_t marks_ = 0;  ///< points drawn for shapes and texts in the entity's linetype
 };
 
 }  // namespace kova::render

@@ -24,6 +24,7 @@ namespace {
 
 constexpr double kInch = 25.4;
 constexpr int kVectorDpi = 1200;          // dots of PDF and SVG pages: 0.02 mm, the thinnest line
+constexpr double kFinestDot = 0.1;        // millimetres: lines closer than this run together
 constexpr double kSmallestPaper = 1.0;    // millimetres
 constexpr double kLargestPaper = 5000.0;  // what a page of a PDF file can be, rounded down
 constexpr double kMaxPixels = 200e6;      // of a PNG
@@ -59,6 +60,7 @@ void paintPage(QPainter& painter, const engine::Drawing& drawing, const PlotPage
     request.dpi = dpi;
     request.query = query;
     request.textOutput = text;
+    if (text != nullptr) request.dot = kFinestDot * dpi / kInch;
     request.look.colors = engine::plotColors(page.setup.plotStyleTable);
     request.look.lineweights = page.setup.plotWithLineweights;
     request.look.transparency = page.setup.plotTransparency;

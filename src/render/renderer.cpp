@@ -30,6 +30,7 @@ PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderR
     settings.background = request.background;
     settings.look = request.look;
     settings.textOutput = request.textOutput;
+    settings.dot = request.dot;
     if (!drawing.fileName.empty()) settings.folder = std::filesystem::path(drawing.fileName).parent_path().string();
     return settings;
 }
@@ -37,6 +38,7 @@ PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderR
 /// Paints one entity if it is to be seen.
 void paintEntity(PainterSink& sink, const LayerLook& layers, const engine::Entity& entity) {
     if (!entity.visible || !layers.isShown(entity.layer)) return;
+    sink.beginEntity();
     entity.emit(sink, engine::outlineStyle(entity));
 }
 

@@ -41,6 +41,7 @@ struct RenderRequest {
     engine::Rgb background{255, 255, 255};
     PlotLook look;
     TextOutput* textOutput = nullptr;  ///< a device that keeps text as text; null: letters become shapes
+    double dot = 1.0;  ///< pixels that an eye can tell apart: more than 1 where the device's dots are finer
     /// Entities of a space whose extents meet a box, in drawing order: how a small window onto a large drawing is
     /// found fast. Absent: all entities are looked at.
     std::function<std::vector<engine::Entity*>(engine::EntityList&, const math::Bounds2&)> query;

@@ -1,5 +1,9 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
 #include "cmd/draw_harness.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
@@ -167,6 +171,33 @@ TEST_F(Attributes, FollowTheirDefinitions) {
     EXPECT_EQ(second.attributes[1].value, "steel");
     EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: ATTSYNC"});
     EXPECT_EQ(references()[1]->attributes[1].tag, "LEN");
+}
+
+// Extraction -----------------------------------------------------------------------------------------------
+
+TEST_F(Attributes, AreExtractedAsText) {
+    c.addLine(0, 0, 1, 1);
+    EXPECT_EQ(c.feed("EXTRACTDATA"),
+              (Lines{"Block,Layer,X,Y,Attributes", "Bolt,0,0,0,SIZE=M8,LEN=20", "Bolt,L,100,0,SIZE=M8,LEN=20",
+                     "Type,Count", "Block Reference,2", "Line,1", "Layer,Count", "0,2", "L,1"}));
+    EXPECT_EQ(c.run({"BCOUNT", ""}),
+              (Lines{"Press ENTER to select all or select objects.", "Block....Count", "Bolt.....2"}));
+    const std::string folder = ::testing::TempDir();
+    std::ofstream(folder + "kova_columns.txt") << "BL:NAME C008000\r\nSIZE C003000\nLEN N006001\n";
+    const Lines lines = c.run({"ATTEXT", "C", folder + "kova_columns.txt", folder + "kova_extract"});
+    EXPECT_EQ(lines.back(), "2 records in extract file.");
+    std::stringstream text;
+    text << std::ifstream(folder + "kova_extract.txt").rdbuf();
+    EXPECT_EQ(text.str(), "'Bolt','M8',20.0\r\n'Bolt','M8',20.0\r\n");
+    c.run({"ATTEXT", "O", "3,0", "", "S", folder + "kova_columns", folder + "kova_extract"});
+    text.str({});
+    text << std::ifstream(folder + "kova_extract.txt").rdbuf();
+    EXPECT_EQ(text.str(), "Bolt    M8   20.0\r\n");
+    std::ofstream(folder + "kova_columns.txt") << "SIZE words\n";
+    EXPECT_EQ(c.run({"ATTEXT", "C", folder + "kova_columns.txt"}), Lines{"Invalid template file."});
+    EXPECT_TRUE(c.idle());
+    std::filesystem::remove(folder + "kova_columns.txt");
+    std::filesystem::remove(folder + "kova_extract.txt");
 }
 
 TEST_F(Attributes, AreShownByAttdisp) {

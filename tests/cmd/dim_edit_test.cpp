@@ -65,6 +65,16 @@ TEST_F(DimEdit, SpacedFromABase) {
     EXPECT_NEAR(static_cast<DimensionEntity*>(all[2])->dimLine.y, 20, 1e-9);
 }
 
+TEST_F(DimEdit, InspectionData) {
+    c.run({"DIMINSPECT", "", "ALL", "", "A", "A1", "50%"});
+    EXPECT_EQ(d().inspectShape, engine::InspectionShape::Angular);
+    EXPECT_EQ(d().inspectLabel, "A1");
+    EXPECT_EQ(d().inspectRate, "50%");
+    c.run({"DIMINSPECT", "R", "ALL", ""});
+    EXPECT_EQ(d().inspectShape, engine::InspectionShape::Off);
+    EXPECT_TRUE(d().inspectLabel.empty());
+}
+
 TEST_F(DimEdit, Overrides) {
     c.run({"DIMOVERRIDE", "dimtxt", "-1"});
     EXPECT_EQ(c.prompt(), "Enter new value for dimension variable <2.5>:");  // asked again
@@ -100,6 +110,9 @@ TEST_F(DimEdit, StylesSavedRestoredApplied) {
     EXPECT_GT(c.run({"DIMSTYLE", "ST"}).size(), 70u);
     c.run({"DIMSTYLE", "AN", "Y", "Notes"});
     EXPECT_TRUE(c.drawing().dimStyles.find("Notes")->annotative);
+    c.run({"CANNOSCALE", "1:50", "DLI", "0,0", "100,0", "50,500"});
+    EXPECT_NEAR(engine::layoutDimension(c.last<DimensionEntity>()).scale, 50, 1e-9);  // sizes suit the paper
+    c.feed("U");
     // From a dimension the style comes with the dimension's own values.
     c.run({"DOV", "DIMTXT", "11", "", "ALL", "", "DIMSTYLE", "R", "", "0,15"});
     EXPECT_EQ(c.drawing().currentDimStyle, "Standard");

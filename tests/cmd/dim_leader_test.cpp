@@ -106,6 +106,18 @@ TEST(MLeader, OrdersAndOptions) {
     EXPECT_EQ(c.last<MLeaderEntity>().contentType, engine::MLeaderContent::Block);
 }
 
+TEST(MLeader, LinesAddedAndRemoved) {
+    DrawConsole c;
+    c.run({"MLEADER", "0,0", "20,20", "x", "", "MLEADEREDIT", "10,10", "40,0", "20,20", "R", "35,5", "300,300", ""});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.lines.back(), "No leader line found.");
+    const auto& leader = c.only<MLeaderEntity>();
+    ASSERT_EQ(leader.heads.size(), 1u);
+    expectNear(leader.heads[0].vertices[0], {0, 0});
+    c.feed("U");
+    EXPECT_EQ(c.only<MLeaderEntity>().heads.size(), 2u);
+}
+
 TEST(NamedStyles, MadeEditedRenamedDeleted) {
     DrawConsole c;
     c.run({"MLEADERSTYLE", "N", "Notes", "", "MLS", "E", "", "TEXTHEIGHT", "6", "textFrame", "on", "textHeight", "x",

@@ -276,6 +276,97 @@ TEST(Explode, TablesLeadersMultilinesHatchesAndMeshes) {
     EXPECT_EQ(at<engine::LineEntity>(c, 0)->end3(), math::Vector3(1, 0, 5));
 }
 
+/// Explodes the only entity and compares what is seen before and after.
+void expectSamePicture(Console& c, std::size_t parts) {
+    const math::Bounds2 before = c.entities().at(0)->bounds();
+    EXPECT_EQ(c.run({"X", "ALL", ""}).front(), "1 object exploded.");
+    EXPECT_EQ(c.count(), parts);
+    math::Bounds2 after;
+    for (const engine::Entity* e : c.entities()) after.expand(e->bounds());
+    EXPECT_TRUE(after.min.near_equal(before.min, 1e-6));
+    EXPECT_TRUE(after.max.near_equal(before.max, 1e-6));
+    c.run({"ERASE", "ALL", ""});
+}
+
+TEST(Explode, RegionsTolerancesMultileadersAndFaces) {
+    Console c;
+    engine::RegionEntity region;
+    region.vertices = {{0, 0}, {10, 0}, {10, 10}};
+    region.bulges = {0, 1, 0};
+    engine::RegionLoop hole;
+    hole.vertices = {{8, 2}, {9, 2}};
+    hole.bulges = {1, 1};
+    region.loops.push_back(hole);
+    c.add(region);
+    expectSamePicture(c, 5);
+
+    engine::ToleranceEntity tolerance;
+    tolerance.insertion = {5, 5};
+    tolerance.first.symbol = "j";
+    tolerance.first.toleranceValue = "0.1";
+    c.add(tolerance);
+    const math::Bounds2 frame = c.entities()[0]->bounds();
+    c.run({"X", "ALL", ""});
+    EXPECT_EQ(countOf(c, EntityType::Line), 5u);
+    EXPECT_EQ(countOf(c, EntityType::Text), 1u);   // the value
+    EXPECT_EQ(countOf(c, EntityType::MText), 1u);  // the symbol, whose font no style has
+    for (const engine::Entity* e : c.entities()) EXPECT_TRUE(frame.inflated(1e-6).contains_box(e->bounds()));
+    c.run({"ERASE", "ALL", ""});
+
+    defineBlock(c, "TAG");
+    engine::MLeaderEntity mleader;
+    mleader.heads = {{{{0, 0}, {20, 20}}}};
+    mleader.contentType = engine::MLeaderContent::Block;
+    mleader.blockName = "TAG";
+    mleader.contentPos = {30, 20};
+    c.add(mleader);
+    c.run({"X", "ALL", ""});
+    ASSERT_EQ(countOf(c, EntityType::BlockReference), 1u);
+    EXPECT_EQ(countOf(c, EntityType::Circle), 0u);  // the block's contents come once
+    EXPECT_EQ(at<engine::BlockReferenceEntity>(c, c.count() - 1)->insert, Vector2(30, 20));
+    c.run({"ERASE", "ALL", ""});
+
+    engine::PolyfaceEntity faces;
+    faces.vertices = {{0, 0, 0}, {10, 0, 0}, {10, 10, 5}, {0, 10, 5}, {-5, 5, 2}};
+    faces.faces = {{1, 2, 3, -4}, {1, 2, 3, 4, 5}, {1, 2}, {99, 1, 2}};
+    c.add(faces);
+    c.run({"X", "ALL", ""});
+    EXPECT_EQ(countOf(c, EntityType::Face3D), 4u);  // one of four corners, and a fan of three
+    EXPECT_EQ(countOf(c, EntityType::Line), 2u);
+    EXPECT_EQ(at<engine::Face3DEntity>(c, 0)->edgeFlags, 8);
+}
+
+TEST(Explode, AndStretchEndureDamagedEntities) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    for (int kind = 0; kind < engine::kEntityTypeCount; ++kind) {
+        for (const double value : {nan, 1e308, -1e308}) {
+            SCOPED_TRACE(kind);
+            Console c;
+            auto fresh = engine::makeEntity(static_cast<EntityType>(kind));
+            if (auto* p = dynamic_cast<engine::PolylineEntity*>(fresh.get())) {
+                p->vertices = {{0, 0}, {value, 0}, {5, value}};
+                p->bulges = {value, 1};
+            }
+            if (auto* p = dynamic_cast<engine::MLineEntity*>(fresh.get())) p->vertices = {{0, 0}, {value, 0}, {5, 5}};
+            if (auto* p = dynamic_cast<engine::LeaderEntity*>(fresh.get())) p->vertices = {{0, 0}, {value, value}};
+            if (auto* p = dynamic_cast<engine::DimensionEntity*>(fresh.get())) p->def2 = {value, 3};
+            if (auto* p = dynamic_cast<engine::MTextEntity*>(fresh.get())) {
+                p->content = "text";
+                p->height = value;
+            }
+            if (auto* p = dynamic_cast<engine::MeshEntity*>(fresh.get())) p->rows = p->cols = 2000000000;
+            fresh->elevation = value;
+            engine::Entity& entity = c.drawing().currentSpace().append(std::move(fresh));
+            c.document.selection().set({entity.id()});
+            c.feed("COPYCLIP");
+            c.feed("PASTEORIG");
+            c.run({"SELECTALL", "STRETCH", "C", "-1,-1", "1,1", "", "0,0", "1,1"});
+            c.run({"OVERKILL", "ALL", "", "", "X", "ALL", ""});
+            EXPECT_TRUE(c.idle());
+        }
+    }
+}
+
 TEST(Explode, TenThousandReferencesAtOnce) {
     Console c;
     defineBlock(c, "B");

@@ -138,9 +138,8 @@ private:
     }
 
     double spacing() const {
-        engine::DimStyle style = drawing().dimStyleOrStandard(dim_.dimStyleName);
-        engine::overrideDimStyle(style, dim_.styleOverrides, dim_.nameOverrides);
-        return style.baselineSpacing * (style.scaleFactor > 0.0 ? style.scaleFactor : 1.0);
+        const engine::DimStyle style = styleInForce();
+        return style.baselineSpacing * dimensionScale(drawing(), style);
     }
 
     void addNext(const Vector2& p) {

@@ -102,8 +102,7 @@ protected:
         const auto* base = dynamic_cast<const DimensionEntity*>(drawing().findById(picked.id));
         if (base == nullptr) co_return;
         const engine::DimStyle style = base->style();
-        const double scale = style.scaleFactor > 0.0 ? style.scaleFactor : 1.0;
-        const double step = value.isNumber() ? value.number : 2.0 * style.textHeight * scale;
+        const double step = value.isNumber() ? value.number : 2.0 * style.textHeight * dimensionScale(drawing(), style);
         spread(*base, ids, step);
     }
 

@@ -108,8 +108,7 @@ class DimCenterTool final : public RoundTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
         const engine::DimStyle style = drawing().effectiveDimStyle();
-        const double scale = style.scaleFactor > 0.0 ? style.scaleFactor : 1.0;
-        const double mark = std::abs(style.centerMark) * scale;
+        const double mark = std::abs(style.centerMark) * dimensionScale(drawing(), style);
         if (!(mark > 0.0)) co_return message("Center marks are off: DIMCEN is 0.");
         const std::optional<PickedPiece> piece = co_await askRound(ask);
         if (!piece) co_return;

@@ -124,6 +124,7 @@ private:
         DimStyle style = drawing().effectiveDimStyle();
         style.name = name;
         if (annotative) style.annotative = *annotative;
+        if (style.annotative) style.scaleFactor = 0.0;  // the annotation scale decides
         const doc::GroupScope group(document(), "DIMSTYLE");
         document().editTable<doc::DimStyleTraits>([&](engine::Table<DimStyle>& styles) { styles.add(style); });
         makeCurrent(name);

@@ -87,6 +87,10 @@ private:
                 exploded_ = true;
                 text.erase(0, 1);
             }
+            if (text.empty()) {
+                message("Invalid block name \"\".");
+                continue;
+            }
             const std::size_t equals = text.find('=');
             if (equals != std::string::npos) {
                 const std::string name = text.substr(0, equals);

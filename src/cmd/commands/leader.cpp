@@ -1,6 +1,7 @@
 #include "engine/entities/leader.hpp"
 
 #include "cmd/annotation_prompts.hpp"
+#include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
@@ -34,7 +35,7 @@ protected:
         leader->dimStyleName = drawing().dimStyleOrStandard(drawing().currentDimStyle).name;
         // Overrides in force for new dimensions become the leader's own sizes.
         const engine::DimStyle style = drawing().effectiveDimStyle();
-        const double scale = style.scaleFactor > 0.0 ? style.scaleFactor : 1.0;
+        const double scale = dimensionScale(drawing(), style);
         if (drawing().dimStyleOverrides.contains("DIMASZ")) leader->arrowSize = style.arrowSize * scale;
         if (drawing().dimStyleOverrides.contains("DIMTXT")) leader->textHeight = style.textHeight * scale;
         if (drawing().dimStyleNameOverrides.contains("DIMLDRBLK")) leader->arrowBlock = style.leaderArrowBlock;
@@ -42,6 +43,7 @@ protected:
         leader->hookDir = last.x < 0.0 ? 0 : 1;
         leader->hookLine = annotated && std::abs(std::atan2(last.y, std::abs(last.x))) > kHookAngle;
         applyCurrentValues(document(), *leader);
+        applyAnnotationScale(drawing(), style, *leader);
         return leader;
     }
 
@@ -84,7 +86,8 @@ protected:
         auto& leader = static_cast<LeaderEntity&>(document().addEntity(makeLeader(!placed)));
         if (!placed) {
             const Vector2 end = leader.endPoint();
-            const double gap = std::abs(drawing().effectiveDimStyle().textGap);
+            const engine::DimStyle style = drawing().effectiveDimStyle();
+            const double gap = std::abs(style.textGap) * dimensionScale(drawing(), style);
             // Left of the leader the entity's right edge meets it.
             Vector2 at = end + leader.hookDirection() * gap;
             entity->transform(math::Matrix4::translation(at - anchor(*entity)));

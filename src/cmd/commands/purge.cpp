@@ -61,9 +61,12 @@ protected:
         std::unordered_set<std::string> kept;
         for (bool more = true; more;) {
             more = false;
-            for (const PurgeKind kind : kinds) {
+            const auto unused = unusedRecords(document(), kinds);
+            for (std::size_t i = 0; i < kinds.size(); ++i) {
+                const PurgeKind kind = kinds[i];
                 std::vector<Name> chosen;
-                for (const Name name : candidates(kind)) {
+                for (const Name name : unused[i]) {
+                    if (!matchesWildcards(name.view(), pattern_)) continue;
                     const std::string key = purgeKindName(kind) + "|" + name.folded();
                     if (kept.contains(key)) continue;
                     if (verify) {
@@ -86,12 +89,6 @@ protected:
     }
 
 private:
-    std::vector<Name> candidates(PurgeKind kind) const {
-        std::vector<Name> names = unusedRecords(document(), kind);
-        std::erase_if(names, [&](const Name& name) { return !matchesWildcards(name.view(), pattern_); });
-        return names;
-    }
-
     std::size_t purge(PurgeKind kind, const std::vector<Name>& names) {
         if (names.empty()) return 0;
         if (!group_) group_.emplace(document(), "PURGE");

@@ -128,7 +128,7 @@ private:
         if (mode_ == Mode::Ordinate) return makeOrdinates(row, at, along);
         if (row.size() < 2) return message("One point has no distance to dimension.");
         const engine::DimStyle style = drawing().effectiveDimStyle();
-        const double step = style.baselineSpacing * (style.scaleFactor > 0.0 ? style.scaleFactor : 1.0);
+        const double step = style.baselineSpacing * dimensionScale(drawing(), style);
         const bool above = (at - row.front()).dot(across) >= 0.0;
         const Vector2 rise = across * (above ? step : -step);
         const double angle = along.angle();

@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t nearDistance = 0x400;     // reached by two-byte matches
 constexpr std::size_t middleDistance = 0x4000;  // reached by the three-byte form with long lengths
 constexpr std::size_t farDistance = 0xBFFF;
-constexpr int chainLength = 8;         // candidates tried per position
+constexpr int chainLength = 8;          // candidates tried per position
 constexpr std::size_t goodLength = 96;  // a match this long is taken without looking further
 constexpr unsigned hashBits = 14;       // of four bytes
 constexpr unsigned hash3Bits = 12;      // of three bytes, of which only near ones count

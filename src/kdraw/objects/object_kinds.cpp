@@ -25,9 +25,7 @@ namespace {
 
 constexpr const char* kCommon = "ObjectDBX Classes";
 constexpr const char* kImages = "ISM";
-constexpr const char* kWipeout =
-    "\"WipeOut|Product Desc:     WipeOut Dbx Application|Company:          Autodesk, Inc.|WEB Address:      "
-    "www.autodesk.com\"";
+constexpr const char* kWipeout = "WipeOut";
 
 template <class T>
 constexpr ObjectKind fixed(std::uint16_t type, const char* name, const char* cppClass) {

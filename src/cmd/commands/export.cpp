@@ -1,0 +1,49 @@
+#include <filesystem>
+
+#include "cmd/commands/file_names.hpp"
+#include "cmd/dialogue.hpp"
+#include "cmd/registry.hpp"
+#include "engine/name.hpp"
+
+namespace kova::cmd::commands {
+
+namespace {
+
+/// The command that writes files of an extension; null: there is none.
+const char* exporterOf(const std::string& extension) {
+    if (extension == ".pdf") return "PDFEXPORT";
+    if (extension == ".svg") return "SVGEXPORT";
+    for (const char* picture : {".png", ".jpg", ".jpeg", ".bmp"})
+        if (extension == picture) return "EXPORTIMAGE";
+    return nullptr;
+}
+
+/// EXPORT: writes a copy of the drawing in the format of the file's extension.
+class ExportTool final : public DialogueTool {
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        const Answer answer = co_await ask.text("Enter file name:");
+        const std::string path = typedPath(answer.text);
+        AppServices* services = host()->services();
+        if (path.empty() || services == nullptr) co_return;
+        const std::string extension = engine::foldCase(std::filesystem::path(path).extension().string());
+        if (const char* exporter = exporterOf(extension)) {
+            std::vector<std::string> lines(1, exporter);
+            lines.push_back(path);
+            services->queueLines(std::move(lines));
+            co_return;
+        }
+        if (extension != ".dxf" && extension != ".dwg" && extension != ".kvcad") {
+            message("Unsupported file type \"" + extension + "\".");
+            co_return;
+        }
+        const std::string error = services->writeDrawing(drawing(), path);
+        message(error.empty() ? "Saved: " + path : error);
+    }
+};
+
+}  // namespace
+
+KOVA_TOOL_COMMAND(Export, "EXPORT", "Export", "File", {"EXP"})
+
+}  // namespace kova::cmd::commands
