@@ -1,6 +1,6 @@
 #include "cmd/shape_test.hpp"
 
-#include "cmd/element_cuts.hpp"
+#include "engine/element_cuts.hpp"
 #include "engine/entities/wipeout.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "math/curves.hpp"

@@ -7,22 +7,19 @@
 namespace kova::cmd {
 
 /// The undo group of a command that changes the drawing step by step and can take back its last step: one entry in the
-/// history for all of it. The group opens with the first step and closes with the object.
+/// history for all of it, none when nothing was changed. What is done outside of steps (settings) belongs to it too.
 class StepGroup {
 public:
-    StepGroup(doc::Document& document, std::string label) : document_(document), label_(std::move(label)) {}
+    StepGroup(doc::Document& document, const std::string& label) : document_(document) { document_.beginGroup(label); }
     ~StepGroup() {
-        for (; steps_ > 0; --steps_) document_.endGroup();
-        if (open_) document_.endGroup();
+        for (; steps_ >= 0; --steps_) document_.endGroup();
     }
     StepGroup(const StepGroup&) = delete;
     StepGroup& operator=(const StepGroup&) = delete;
 
     /// What follows is a step of its own.
     void begin() {
-        if (!open_) document_.beginGroup(label_);
-        open_ = true;
-        document_.beginGroup(label_);
+        document_.beginGroup({});
         ++steps_;
     }
     /// Takes back the last step; false when there is none.
@@ -35,9 +32,7 @@ public:
 
 private:
     doc::Document& document_;
-    std::string label_;
     int steps_ = 0;
-    bool open_ = false;
 };
 
 }  // namespace kova::cmd

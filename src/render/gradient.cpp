@@ -45,7 +45,7 @@ QBrush gradientBrush(const engine::GradientFill& gradient, const math::Bounds2& 
     const double reachU = std::max((std::abs(d.x) * box.width() + std::abs(d.y) * box.height()) / 2.0, 1e-9);
     const double reachV = std::max((std::abs(n.x) * box.width() + std::abs(n.y) * box.height()) / 2.0, 1e-9);
 
-    QImage image(kSteps, kSteps, QImage::Format_ARGB32);
+    QImage image(kSteps, kSteps, QImage::Format_RGB32);
     const auto mix = [](int a, int b, double t) { return static_cast<int>(std::lround(a + (b - a) * t)); };
     for (int y = 0; y < kSteps; ++y) {
         auto* row = reinterpret_cast<QRgb*>(image.scanLine(y));

@@ -54,7 +54,7 @@ QByteArray escaped(const QString& text) {
 class SvgEngine final : public QPaintEngine {
 public:
     explicit SvgEngine(double millimetresPerDot)
-        : QPaintEngine(PrimitiveTransform | PatternTransform | PixmapTransform | PatternBrush | AlphaBlend |
+        : QPaintEngine(PrimitiveTransform | PatternTransform | PixmapTransform | PatternBrush | MaskedBrush | AlphaBlend |
                        PainterPaths | Antialiasing | BrushStroke | ConstantOpacity | PaintOutsidePaintEvent),
           toPage_(QTransform::fromScale(millimetresPerDot, millimetresPerDot)) {}
 

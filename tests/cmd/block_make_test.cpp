@@ -418,5 +418,15 @@ TEST(Wblock, WritesABlockOrTheWholeDrawing) {
     EXPECT_EQ(c.run({"WBLOCK", (c.folder / "x.dxf").string(), "Nut"}), Lines{"Block \"Nut\" not found."});
 }
 
+TEST(Export, WritesTheDrawingByTheFilesExtension) {
+    FileConsole c;
+    c.addLine(0, 0, 9, 9);
+    EXPECT_EQ(c.run({"EXPORT", "/nowhere/copy.DXF"}), Lines{"Saved: /nowhere/copy.DXF"});
+    EXPECT_EQ(c.written.size(), 1u);
+    EXPECT_EQ(c.run({"EXPORT", "copy.xyz"}), Lines{"Unsupported file type \".xyz\"."});
+    c.failure = "no room";
+    EXPECT_EQ(c.run({"EXPORT", "copy.kvcad"}), Lines{"no room"});
+}
+
 }  // namespace
 }  // namespace kova::cmd

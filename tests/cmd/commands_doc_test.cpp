@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 
 #include "cmd/registry.hpp"
@@ -85,11 +86,18 @@ std::string manual() {
         "not available yet.\n";
     for (const auto& [category, commands] : categories) {
         out += "\n## " + category + "\n";
+        // Commands that stand in one file share its questions.
+        std::set<const Source*> told;
         for (const Command* command : commands) {
-            out += "\n**" + command->name() + "**";
-            for (const std::string& alias : command->aliases()) out += " " + alias;
-            out += " (" + command->title() + ")\n";
             const Source* source = sourceOf(*command);
+            if (source != nullptr && !told.insert(source).second) continue;
+            out += "\n";
+            for (const Command* other : commands) {
+                if (other != command && (source == nullptr || sourceOf(*other) != source)) continue;
+                out += "**" + other->name() + "**";
+                for (const std::string& alias : other->aliases()) out += " " + alias;
+                out += " (" + other->title() + ")  \n";
+            }
             if (source == nullptr) continue;
             for (const std::string& prompt : source->prompts) out += "- `" + prompt + "`\n";
         }

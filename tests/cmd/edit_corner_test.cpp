@@ -58,8 +58,9 @@ TEST(Fillet, RoundsACornerOnThePickedSides) {
     EXPECT_EQ(arc.layer, engine::Name("WALL"));
     EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: FILLET"});
     expectLine(c, 0, {-10, 0}, {10, 0});
-    // The other quadrant.
-    c.run({"F", "-5,0", "0,-5"});
+    // The radius belonged to the command that is taken back. The other quadrant.
+    EXPECT_EQ(engine::sysVarReal(c.drawing(), "FILLETRAD"), 0.0);
+    c.run({"F", "R", "2", "-5,0", "0,-5"});
     expectNear(at<ArcEntity>(c, 2).center, {-2, -2});
     EXPECT_EQ(c.run({"UNDO", "F", "R", "20", "5,0", "0,5"}).back(), "Radius is too large.");
 }
@@ -126,7 +127,7 @@ TEST(Fillet, PolylinesAllAtOnceAndBySegments) {
     EXPECT_EQ(all.vertices.size(), 8u);
     EXPECT_NEAR(all.area(), 96.0 + math::kPi, 1e-9);
     c.feed("UNDO");
-    c.run({"F", "5,0", "10,5"});
+    c.run({"F", "R", "1", "5,0", "10,5"});
     const auto& one = at<PolylineEntity>(c, 0);
     EXPECT_TRUE(one.closed);
     EXPECT_NEAR(one.area(), 99.0 + math::kPi / 4, 1e-9);
@@ -137,14 +138,18 @@ TEST(Fillet, PolylinesAllAtOnceAndBySegments) {
     ASSERT_EQ(open.vertices.size(), 4u);
     expectNear(open.vertices[1], {8, 0});
     EXPECT_NEAR(open.bulge(1), std::tan(math::kPi / 8), 1e-9);
-    // A line at the end of a polyline.
+    // A line at the end of a polyline becomes part of it.
     Console e;
     e.add(PolylineEntity({{0, 0}, {10, 0}, {10, 10}}));
     e.addLine(20, 15, 12, 15);
     e.run({"F", "R", "1", "10,8", "19,15"});
-    ASSERT_EQ(e.count(), 3u);
-    expectNear(at<PolylineEntity>(e, 0).vertices[2], {10, 14});
-    expectNear(at<ArcEntity>(e, 2).center, {11, 14});
+    ASSERT_EQ(e.count(), 1u);
+    const auto& joined = at<PolylineEntity>(e, 0);
+    ASSERT_EQ(joined.vertices.size(), 5u);
+    expectNear(joined.vertices[2], {10, 14});
+    expectNear(joined.vertices[3], {11, 15});
+    expectNear(joined.vertices[4], {20, 15});
+    EXPECT_NEAR(joined.bulge(2), -std::tan(math::kPi / 8), 1e-9);
 }
 
 TEST(Fillet, MultipleUndoAndNoTrim) {
@@ -158,7 +163,7 @@ TEST(Fillet, MultipleUndoAndNoTrim) {
     c.feed("U");
     EXPECT_EQ(c.count(), 4u);
     c.feed("");
-    EXPECT_EQ(c.document.history().undoCount(), 1u + 1u);  // the radius is a step of its own
+    EXPECT_EQ(c.document.history().undoCount(), 1u);
     c.run({"F", "T", "N", "5,0", "10,5"});
     ASSERT_EQ(c.count(), 5u);
     expectLine(c, 2, {10, 0}, {10, 10});

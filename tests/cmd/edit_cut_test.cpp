@@ -222,6 +222,23 @@ TEST(Trim, PolylinesOpenAndClosed) {
     expectNear(half.vertices[1], {10, 0});
 }
 
+TEST(Trim, ClosedPolylinesWithManySidesOverTheirStart) {
+    std::vector<Vector2> points;
+    for (int i = 0; i < 1000; ++i) points.push_back(Vector2::from_angle(math::kTwoPi * i / 1000) * 100.0);
+    for (const auto& [pick, kept] : {std::pair{"100,0", Vector2{-100, 0}}, std::pair{"-100,0", Vector2{100, 0}}}) {
+        Console c;
+        c.add(PolylineEntity(points, true));
+        c.addLine(0, -3, 120, -3);
+        c.addLine(0, 3, 120, 3);
+        c.run({"TR", "", pick, ""});
+        const auto& rest = at<PolylineEntity>(c, 0);
+        EXPECT_LT(rest.distanceTo(kept), 1e-6);
+        EXPECT_NEAR(std::abs(rest.vertices.front().y), 3.0, 1e-9);
+        EXPECT_NEAR(std::abs(rest.vertices.back().y), 3.0, 1e-9);
+        EXPECT_EQ(rest.vertices.size() < 50, kept.x > 0.0);
+    }
+}
+
 TEST(Trim, UnboundedLinesFencesAndErasing) {
     Console c;
     c.add(engine::XlineEntity(Vector2{0, 0}, Vector2{1, 0}));
@@ -239,6 +256,34 @@ TEST(Trim, UnboundedLinesFencesAndErasing) {
     EXPECT_EQ(f.document.history().undoCount(), 1u);
     f.run({"TR", "5,9", "", "R", "2,0", "", "C", "1,0.5", "4,4.5", ""});
     EXPECT_EQ(f.count(), 5u);
+}
+
+TEST(Trim, QuickModeTakesAllEdgesAndErasesTheRest) {
+    Console c;
+    c.addLine(0, 0, 10, 0);
+    c.addLine(5, -5, 5, 5);
+    c.addLine(0, 20, 10, 20);
+    c.run({"TR", "", "O", "Q", ""});
+    c.feed("TR");
+    EXPECT_TRUE(c.prompt().starts_with("Select object to trim"));
+    c.run({"8,0", "2,20", ""});
+    ASSERT_EQ(c.count(), 2u);
+    expectLine(c, 0, {0, 0}, {5, 0});
+    // A window across them all picks the parts inside.
+    Console w;
+    for (int i = 0; i < 3; ++i) w.addLine(0, i, 10, i);
+    w.addLine(5, -1, 5, 3);
+    w.run({"TR", "5,2.5", "", "C", "7,-0.5", "9,2.5", ""});
+    for (std::size_t i = 0; i < 3; ++i) expectLine(w, i, {0, static_cast<double>(i)}, {5, static_cast<double>(i)});
+}
+
+TEST(Offset, TenThousandVerticesAndOne) {
+    Console c;
+    std::vector<Vector2> points;
+    for (int i = 0; i < 10001; ++i) points.push_back({static_cast<double>(i), i % 2 == 0 ? 0.0 : 1.0});
+    c.add(PolylineEntity(points));
+    EXPECT_LT(seconds([&] { c.run({"O", "0.2", "0,0", "5000,50", "0,0", "5000,-50", ""}); }), 2.0);
+    EXPECT_EQ(c.count(), 3u);
 }
 
 TEST(Trim, ABlockCanBeAnEdge) {

@@ -5,6 +5,7 @@
 #include "cmd/harness.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
+#include "engine/entities/mesh.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
@@ -237,6 +238,16 @@ TEST(Pedit, ThreeDimensionalPolylines) {
     c.run({"C", "R", ""});
     EXPECT_TRUE(at<engine::Polyline3DEntity>(c, 0).closed);
     EXPECT_EQ(at<engine::Polyline3DEntity>(c, 0).vertices[0].z, 9.0);
+    Console m;
+    engine::MeshEntity mesh;
+    mesh.rows = mesh.cols = 3;
+    for (int i = 0; i < 9; ++i) mesh.vertices.push_back({i % 3 * 5.0, i / 3 * 5.0, 0.0});
+    m.add(mesh);
+    m.run({"PE", "0,0"});
+    EXPECT_EQ(m.prompt(), "Enter an option [Mclose/Nclose/Undo]:");
+    m.run({"N", "M", "U", ""});
+    EXPECT_TRUE(at<engine::MeshEntity>(m, 0).closedN);
+    EXPECT_FALSE(at<engine::MeshEntity>(m, 0).closedM);
 }
 
 // REVERSE ------------------------------------------------------------------------------------------------

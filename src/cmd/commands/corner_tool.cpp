@@ -4,6 +4,7 @@
 #include "cmd/format.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
+#include "engine/join.hpp"
 
 namespace kova::cmd::commands {
 
@@ -111,14 +112,31 @@ bool CornerTool::apply(engine::Entity& a, engine::Entity& b, const EditCurve& cu
     auto first = engine::cutToCorner(curveA, corner.first);
     auto second = engine::cutToCorner(curveB, corner.second);
     if (!first || !second) return false;
-    addJoint(a, b, corner);
+    const std::uint64_t joint = addJoint(a, b, corner);
+    const bool flat = a.type() == engine::EntityType::Polyline;
+    const bool flatSecond = b.type() == engine::EntityType::Polyline;
+    std::vector<std::uint64_t> ids{flat ? a.id() : b.id()};
+    if (joint != 0) ids.push_back(joint);
+    ids.push_back(flat ? b.id() : a.id());
     if (a.type() != engine::EntityType::Circle) document().replaceEntity(a, std::move(first));
     if (b.type() != engine::EntityType::Circle) document().replaceEntity(b, std::move(second));
+    if (flat || flatSecond) joinToPolyline(ids);
     return true;
 }
 
-void CornerTool::addJoint(const engine::Entity& a, const engine::Entity& b, const Corner& corner) {
-    if (corner.sharp) return;
+void CornerTool::joinToPolyline(const std::vector<std::uint64_t>& ids) {
+    std::vector<const engine::Entity*> parts;
+    for (const std::uint64_t id : ids) parts.push_back(drawing().findById(id));
+    engine::JoinOptions options;
+    options.toPolylines = true;
+    std::vector<engine::JoinedChain> chains = engine::joinEntities(parts, options);
+    if (chains.size() != 1 || chains.front().members.size() != ids.size()) return;
+    document().replaceEntity(*drawing().findById(ids.front()), std::move(chains.front().made));
+    document().removeEntities({ids.begin() + 1, ids.end()});
+}
+
+std::uint64_t CornerTool::addJoint(const engine::Entity& a, const engine::Entity& b, const Corner& corner) {
+    if (corner.sharp) return 0;
     std::unique_ptr<engine::Entity> joint;
     if (const auto arc = math::arcFromBulge(corner.from, corner.to, corner.bulge)) {
         const double from = arc->sweep > 0.0 ? arc->start : arc->end();
@@ -138,7 +156,7 @@ void CornerTool::addJoint(const engine::Entity& a, const engine::Entity& b, cons
     if (a.transparency == b.transparency) joint->transparency = a.transparency;
     if (a.elevation == b.elevation) joint->elevation = a.elevation;
     if (a.thickness() == b.thickness()) joint->setThickness(a.thickness());
-    document().addEntity(std::move(joint));
+    return document().addEntity(std::move(joint)).id();
 }
 
 }  // namespace kova::cmd::commands

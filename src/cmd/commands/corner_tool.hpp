@@ -31,7 +31,10 @@ protected:
 private:
     bool apply(engine::Entity& a, engine::Entity& b, const engine::EditCurve& curveA, const engine::EditCurve& curveB,
                const engine::Corner& corner);
-    void addJoint(const engine::Entity& a, const engine::Entity& b, const engine::Corner& corner);
+    /// The joint's id; 0 for a sharp corner.
+    std::uint64_t addJoint(const engine::Entity& a, const engine::Entity& b, const engine::Corner& corner);
+    /// A polyline takes up the corner and what lies beyond.
+    void joinToPolyline(const std::vector<std::uint64_t>& ids);
 };
 
 }  // namespace kova::cmd::commands

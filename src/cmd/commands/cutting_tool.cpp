@@ -250,26 +250,43 @@ void CuttingTool::forEdges(const Bounds2& window, const engine::Entity& self, co
 
 std::vector<double> CuttingTool::cutsAround(const EditCurve& curve, double pick) {
     std::vector<double> cuts;
-    const bool everywhere = implied() || curve.closed() || curve.isUnbounded();
+    const bool everywhere = implied() || curve.isUnbounded();
     const double whole = static_cast<double>(curve.pieces().size());
     if (everywhere) {
-        const Bounds2 window = implied() || curve.isUnbounded()
-                                   ? Bounds2{}
-                                   : boxOf(curve, curve.start(), curve.end()).inflated(1e-9 * curve.scale());
-        forEdges(window, curve.entity(), [&](const EdgeSink::Edge& edge) {
+        forEdges({}, curve.entity(), [&](const EdgeSink::Edge& edge) {
             engine::cutsWith(curve, curve.start(), curve.end(), edge, implied(), cuts);
         });
         return cuts;
     }
     // Mostly the nearest edges are near: a long object among many edges is not cut at all of them.
+    const auto search = [&](double lo, double hi) {
+        if (lo > hi) return;
+        forEdges(boxOf(curve, lo, hi).inflated(1e-9 * curve.scale()), curve.entity(),
+                 [&](const EdgeSink::Edge& edge) { engine::cutsWith(curve, lo, hi, edge, false, cuts); });
+    };
     for (double reach = whole * kFirstWindow;; reach *= 4.0) {
         const double lo = std::max(pick - reach, 0.0);
         const double hi = std::min(pick + reach, whole);
+        const bool all = curve.closed() ? reach >= whole / 2.0 : lo <= 0.0 && hi >= whole;
         cuts.clear();
-        forEdges(boxOf(curve, lo, hi).inflated(1e-9 * curve.scale()), curve.entity(),
-                 [&](const EdgeSink::Edge& edge) { engine::cutsWith(curve, lo, hi, edge, false, cuts); });
-        const bool below = lo <= 0.0 || std::any_of(cuts.begin(), cuts.end(), [&](double u) { return u <= pick; });
-        const bool above = hi >= whole || std::any_of(cuts.begin(), cuts.end(), [&](double u) { return u > pick; });
+        if (all) {
+            search(0.0, whole);
+            return cuts;
+        }
+        search(lo, hi);
+        bool below = lo <= 0.0 && !curve.closed();
+        bool above = hi >= whole && !curve.closed();
+        if (curve.closed()) {
+            // What reaches over the start goes on at the other end.
+            search(pick - reach + whole, whole);
+            search(0.0, pick + reach - whole);
+        }
+        for (const double u : cuts) {
+            double ahead = u - pick;
+            if (curve.closed() && ahead > whole / 2.0) ahead -= whole;
+            if (curve.closed() && ahead < -whole / 2.0) ahead += whole;
+            (ahead > 0.0 ? above : below) = true;
+        }
         if (below && above) return cuts;
     }
 }
@@ -279,7 +296,7 @@ std::vector<double> CuttingTool::cutsBeyond(const EditCurve& curve, bool atEnd) 
     const std::size_t index = atEnd ? curve.pieces().size() - 1 : 0;
     const engine::CurvePiece& piece = curve.pieces()[index];
     const Bounds2 extents = document().spatialIndex().extents();
-    if (implied() || !piece.isStraight() || extents.is_empty()) {
+    if (implied() || !piece.isStraight() || !(extents.width() + extents.height() > 0.0)) {
         forEdges({}, curve.entity(),
                  [&](const EdgeSink::Edge& edge) { engine::extensionCuts(curve, atEnd, edge, implied(), cuts); });
         return cuts;

@@ -27,9 +27,12 @@ protected:
         AppServices* services = host()->services();
         if (path.empty() || services == nullptr) co_return;
         const std::string extension = engine::foldCase(std::filesystem::path(path).extension().string());
-        if (const char* exporter = exporterOf(extension)) {
+        if (const char* exporter = exporterOf(extension); exporter != nullptr && isAvailable(exporter)) {
+            // Its own questions: the name, then size and area, which take their defaults.
             std::vector<std::string> lines(1, exporter);
             lines.push_back(path);
+            if (extension != ".pdf") lines.emplace_back();
+            if (extension != ".pdf" && extension != ".svg") lines.emplace_back();
             services->queueLines(std::move(lines));
             co_return;
         }
@@ -39,6 +42,13 @@ protected:
         }
         const std::string error = services->writeDrawing(drawing(), path);
         message(error.empty() ? "Saved: " + path : error);
+    }
+
+private:
+    bool isAvailable(const char* name) const {
+        const CommandRegistry* registry = host()->registry();
+        const Command* command = registry != nullptr ? registry->find(name) : nullptr;
+        return command != nullptr && command->isAvailable();
     }
 };
 

@@ -3,6 +3,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
+#include "engine/entities/mesh.hpp"
 #include "engine/entities/polyline3d.hpp"
 #include "engine/join.hpp"
 #include "engine/polyline_fit.hpp"
@@ -23,7 +24,7 @@ bool canBecomePolyline(const engine::Entity& e) {
 }
 
 bool editable(const engine::Entity& e) {
-    return isPolyline(e) || canBecomePolyline(e) || e.type() == EntityType::Polyline3D;
+    return isPolyline(e) || canBecomePolyline(e) || e.type() == EntityType::Polyline3D || e.type() == EntityType::Mesh;
 }
 
 class PeditTool final : public DialogueTool {
@@ -47,7 +48,10 @@ protected:
         }
         const bool ready = co_await askConversion(ask, group);
         if (!ready) co_return;
-        co_await options(ask, group);
+        if (!multiple_ && first() != nullptr && first()->type() == EntityType::Mesh)
+            co_await meshOptions(ask, group);
+        else
+            co_await options(ask, group);
     }
 
 private:
@@ -136,6 +140,30 @@ private:
             } else {
                 apply(group, word);
             }
+        }
+    }
+
+    /// A mesh is closed and opened in both of its directions.
+    Dialogue meshOptions(Ask& ask, StepGroup& group) {
+        for (;;) {
+            const auto* mesh = dynamic_cast<const engine::MeshEntity*>(first());
+            if (mesh == nullptr) co_return;
+            std::string list = mesh->closedM ? "Mopen/" : "Mclose/";
+            list += mesh->closedN ? "Nopen/Undo" : "Nclose/Undo";
+            const Answer answer =
+                co_await ask.keyword("Enter an option [" + list + "]:", "Mopen Mclose Nopen Nclose Undo eXit");
+            if (answer.isEnter() || answer.is("eXit")) co_return;
+            if (answer.is("Undo")) {
+                if (!group.drop()) message("Command has been completely undone.");
+                continue;
+            }
+            const bool rows = answer.word.front() == 'M';
+            group.begin();
+            document().modifyEntity(*first(), [rows](engine::Entity& e) {
+                auto& target = static_cast<engine::MeshEntity&>(e);
+                bool& closed = rows ? target.closedM : target.closedN;
+                closed = !closed;
+            });
         }
     }
 
