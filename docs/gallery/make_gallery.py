@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
 """Writes the gallery's drawings and renders them: make_gallery.py PROGRAM [FOLDER].
 
+First the drawings that command scripts among the examples make, then one native file a picture.
 Each drawing is a native file with nothing but what it needs; the program fills in the rest. The pictures are for people
 to look at; they are not compared byte by byte, since installed fonts differ.
 """
@@ -405,6 +406,10 @@ DRAWINGS = {f.__name__.replace("_", "-"): f for f in (
     hatch_islands, gradients, dimensions, dimension_kinds, leaders, table, multilines, blocks, masks, images, surfaces, paper_space)}
 
 
+# Scripts whose drawings are shown, with the size of the picture.
+SCRIPTS = {"house": "1600x1130", "flange": "1600x1130", "schematic": "1600x870"}
+
+
 def builtin_linetypes(names, resource):
     """The records of built-in linetypes, read from the program's own library file."""
     out, lines = [], pathlib.Path(resource).read_text(encoding="utf-8").splitlines()
@@ -422,6 +427,9 @@ def main():
     here = pathlib.Path(__file__).resolve().parent
     folder = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else here
     folder.mkdir(parents=True, exist_ok=True)
+    for name, size in SCRIPTS.items():
+        subprocess.run([program, "run", "--script", here / f"../../examples/{name}.scr", "--png", folder / f"{name}.png", "--size", size],
+                       check=True, stdout=subprocess.DEVNULL)
     for name, make in DRAWINGS.items():
         entities, more = make()
         drawing = {"format": "kovacad", "version": 2, "entities": entities}

@@ -7,6 +7,8 @@ namespace kova::cmd {
 
 std::string AppServices::readDrawing(const std::string&, engine::Drawing&) { return "Files cannot be read here."; }
 
+std::string AppServices::readReference(const std::string&, engine::Drawing&) { return "Files cannot be read here."; }
+
 std::string AppServices::writeDrawing(const engine::Drawing&, const std::string&) {
     return "Files cannot be written here.";
 }

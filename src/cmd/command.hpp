@@ -39,6 +39,9 @@ public:
     virtual void newDrawing(const std::string& templateName) = 0;
     /// Reads a drawing file (.kvcad, .dxf, .dwg) into a fresh drawing, beside the open one. Default: refuses.
     virtual std::string readDrawing(const std::string& path, engine::Drawing& drawing);
+    /// Reads the drawing of an external reference of the open one, with what that refers to itself; the path counts
+    /// from the open drawing's file. Default: refuses.
+    virtual std::string readReference(const std::string& path, engine::Drawing& drawing);
     /// Writes a drawing that is not the open one, in the format of the path's extension. Default: refuses.
     virtual std::string writeDrawing(const engine::Drawing& drawing, const std::string& path);
     /// Plots pages to a file: PDF a page each, the other formats the first page. Default: refuses.

@@ -33,12 +33,18 @@ std::string fixed2(double value) {
 
 const char* areaName(std::int32_t area) {
     switch (static_cast<PlotArea>(area)) {
-        case PlotArea::Extents: return "Extents";
-        case PlotArea::Limits: return "Limits";
-        case PlotArea::View: return "View";
-        case PlotArea::Window: return "Window";
-        case PlotArea::Layout: return "Layout";
-        default: return "Display";
+        case PlotArea::Extents:
+            return "Extents";
+        case PlotArea::Limits:
+            return "Limits";
+        case PlotArea::View:
+            return "View";
+        case PlotArea::Window:
+            return "Window";
+        case PlotArea::Layout:
+            return "Layout";
+        default:
+            return "Display";
     }
 }
 
@@ -115,7 +121,8 @@ Task<> askOffset(Ask& ask, PageSetup& setup, double unit) {
         const std::string_view text = trimmed(answer.text);
         const std::size_t comma = text.find(',');
         const auto x = parseNumber(text.substr(0, comma));
-        const auto y = comma == std::string_view::npos ? std::optional<double>(0.0) : parseNumber(text.substr(comma + 1));
+        const auto y =
+            comma == std::string_view::npos ? std::optional<double>(0.0) : parseNumber(text.substr(comma + 1));
         if (x && y) {
             setup.centerOnPage = false;
             setup.offsetX = *x * unit;
@@ -232,13 +239,14 @@ Task<> askPageSetup(Ask& ask, engine::Drawing& drawing, PlotPage& page, bool ask
     co_await askPaper(ask, setup);
 
     std::string unitName = drawing.isMetric() ? "Millimeters" : "Inches";
-    const Answer units = co_await ask.keyword(withDefault("Enter paper units [Inches/Millimeters]", unitName), "Inches Millimeters");
+    const Answer units =
+        co_await ask.keyword(withDefault("Enter paper units [Inches/Millimeters]", unitName), "Inches Millimeters");
     const bool inches = units.isEnter() ? !drawing.isMetric() : units.is("INCHES");
     const double unit = inches ? kInch : 1.0;
 
     std::string orientation = isLandscape(setup) ? "Landscape" : "Portrait";
-    const Answer turned =
-        co_await ask.keyword(withDefault("Enter drawing orientation [Portrait/Landscape]", orientation), "Portrait Landscape");
+    const Answer turned = co_await ask.keyword(
+        withDefault("Enter drawing orientation [Portrait/Landscape]", orientation), "Portrait Landscape");
     if (!turned.isEnter()) turnPaper(setup, turned.is("LANDSCAPE"));
     page.upsideDown = co_await askYesNo(ask, "Plot upside down? [Yes/No] <No>:", false);
     if (askArea) {
@@ -298,7 +306,8 @@ void writePlot(ToolHost& host, const std::vector<PlotPage>& pages, PlotFormat fo
     }
     for (const PlotPage& page : pages) {
         fs::path file(path);
-        file.replace_filename(file.stem().string() + "-" + (page.layout.empty() ? std::string("Model") : page.layout.str()) +
+        file.replace_filename(file.stem().string() + "-" +
+                              (page.layout.empty() ? std::string("Model") : page.layout.str()) +
                               std::string(plotExtension(format)));
         const std::string error = services->plot({&page, 1}, format, file.string());
         host.message(error.empty() ? "Plotted: " + file.string() : error);

@@ -29,7 +29,7 @@ void Document::adopt() {
     modified_ = false;
 }
 
-void Document::setDrawing(std::unique_ptr<engine::Drawing> drawing) {
+std::unique_ptr<engine::Drawing> Document::setDrawing(std::unique_ptr<engine::Drawing> drawing) {
     if (!drawing) drawing = std::make_unique<engine::Drawing>();
     open_.reset();
     marks_.clear();
@@ -39,9 +39,9 @@ void Document::setDrawing(std::unique_ptr<engine::Drawing> drawing) {
     adopt();
     history_.clear();
     selection_.clear();
-    drawing.reset();
     for (std::size_t i = 0; i < reactors_.size(); ++i) reactors_[i]->documentRestored(*drawing_);
     Q_EMIT spaceChanged();
+    return drawing;
 }
 
 // Groups -------------------------------------------------------------------------------------------------

@@ -39,7 +39,8 @@ public:
     engine::Drawing& drawing() { return *drawing_; }
     const engine::Drawing& drawing() const { return *drawing_; }
     /// Replaces the drawing (open, new, template): selection, history and the modified flag are cleared.
-    void setDrawing(std::unique_ptr<engine::Drawing> drawing);
+    /// Gives the old one, for who may still look at it; most let it go at once.
+    std::unique_ptr<engine::Drawing> setDrawing(std::unique_ptr<engine::Drawing> drawing);
     SelectionSet& selection() { return selection_; }
     UndoHistory& history() { return history_; }
     /// Index of a space; of the current one when none is named.
@@ -122,6 +123,8 @@ public:
     void editLayout(engine::Layout& layout, const std::function<void(engine::Layout&)>& change);
     /// False for an unknown layer, layer "0" and the current layer.
     bool deleteLayer(engine::Name name);
+    /// Renames many records, whatever form their names have. Gives the number renamed.
+    std::size_t renameSymbolsUnchecked(std::vector<engine::SymbolRename> renames);
     /// Lets `change` edit the drawing's own settings (see DrawingSettings): properties, current names, UCS, limits ...
     void editSettings(const std::function<void(engine::Drawing&)>& change);
     /// Renames a table's record and everything that refers to it. Error text, empty on success.

@@ -118,9 +118,17 @@ std::string Document::renameSymbol(engine::SymbolKind kind, engine::Name from, e
     const engine::Name known = engine::findSymbol(*drawing_, kind, from).value_or(from);
     std::string error = engine::renameSymbol(*drawing_, kind, known, to);
     if (!error.empty() || known.identical(to)) return error;
-    record(std::make_unique<RenameSymbolAction>(kind, known, to));
+    record(std::make_unique<RenameSymbolsAction>(std::vector<engine::SymbolRename>{{kind, known, to}}));
     noteSpace();
     return {};
+}
+
+std::size_t Document::renameSymbolsUnchecked(std::vector<engine::SymbolRename> renames) {
+    engine::renameSymbolsUnchecked(*drawing_, renames);
+    const std::size_t renamed = renames.size();
+    if (renamed != 0) record(std::make_unique<RenameSymbolsAction>(std::move(renames)));
+    noteSpace();
+    return renamed;
 }
 
 void Document::editSettings(const std::function<void(engine::Drawing&)>& change) {

@@ -105,4 +105,21 @@ void DeleteLayoutAction::redo(engine::Drawing& drawing) {
 
 std::size_t DeleteLayoutAction::sizeInBytes() const { return sizeof *this + (layout_ ? bytesOf(*layout_) : 0); }
 
+void RenameSymbolsAction::undo(engine::Drawing& drawing) {
+    std::vector<engine::SymbolRename> back;
+    for (const engine::SymbolRename& rename : renames_) back.push_back({rename.kind, rename.to, rename.from});
+    engine::renameSymbolsUnchecked(drawing, back);
+}
+
+void RenameSymbolsAction::redo(engine::Drawing& drawing) {
+    std::vector<engine::SymbolRename> again = renames_;
+    engine::renameSymbolsUnchecked(drawing, again);
+}
+
+std::string RenameSymbolsAction::description() const {
+    const engine::SymbolRename& first = renames_.front();
+    if (renames_.size() > 1) return "Rename " + std::to_string(renames_.size()) + " names";
+    return "Rename " + first.from.str() + " to " + first.to.str();
+}
+
 }  // namespace kova::doc

@@ -124,19 +124,20 @@ private:
     CurrentSpace after_;
 };
 
-class RenameSymbolAction final : public IUndoableAction {
+/// Records got other names, and what refers to them followed.
+class RenameSymbolsAction final : public IUndoableAction {
 public:
-    RenameSymbolAction(engine::SymbolKind kind, engine::Name from, engine::Name to)
-        : kind_(kind), from_(from), to_(to) {}
-    void undo(engine::Drawing& drawing) override { engine::renameSymbolUnchecked(drawing, kind_, to_, from_); }
-    void redo(engine::Drawing& drawing) override { engine::renameSymbolUnchecked(drawing, kind_, from_, to_); }
-    std::string description() const override { return "Rename " + from_.str() + " to " + to_.str(); }
-    std::size_t sizeInBytes() const override { return sizeof *this; }
+    /// At least one.
+    explicit RenameSymbolsAction(std::vector<engine::SymbolRename> renames) : renames_(std::move(renames)) {}
+    void undo(engine::Drawing& drawing) override;
+    void redo(engine::Drawing& drawing) override;
+    std::string description() const override;
+    std::size_t sizeInBytes() const override {
+        return sizeof *this + renames_.capacity() * sizeof(engine::SymbolRename);
+    }
 
 private:
-    engine::SymbolKind kind_;
-    engine::Name from_;
-    engine::Name to_;
+    std::vector<engine::SymbolRename> renames_;
 };
 
 }  // namespace kova::doc

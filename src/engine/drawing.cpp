@@ -134,6 +134,12 @@ std::unique_ptr<Block> Drawing::takeBlock(Name name) {
     return block;
 }
 
+std::vector<std::unique_ptr<Block>> Drawing::takeBlocks() {
+    blockIndex_.clear();
+    for (const auto& block : blocks_) block->entities.attach(nullptr);
+    return std::exchange(blocks_, {});
+}
+
 void Drawing::putBlock(std::unique_ptr<Block> block, std::size_t position) {
     block->entities.attach(this);
     blockIndex_.emplace(block->name.key(), block.get());

@@ -115,6 +115,8 @@ public:
     /// Adds an empty block; null when the name is taken or empty.
     Block* addBlock(Name name);
     std::unique_ptr<Block> takeBlock(Name name);
+    /// Takes out all blocks, in their order.
+    std::vector<std::unique_ptr<Block>> takeBlocks();
     /// Adds a block at a position of the table (at the end by default). Its name must not be taken.
     void putBlock(std::unique_ptr<Block> block, std::size_t position = static_cast<std::size_t>(-1));
     bool renameBlock(Name from, Name to);

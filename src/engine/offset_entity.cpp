@@ -20,7 +20,9 @@ namespace {
 
 /// Deviation of the spline that stands for the parallel of a curve, as part of its size.
 constexpr double kFitTolerance = 1e-6;
-constexpr int kMostHalvings = 10;
+constexpr int kMostHalvings = 8;
+/// Chords of a curve whose parallel folds back.
+constexpr std::size_t kMostChords = 4096;
 
 /// Left of the direction counts in plan; in an object plane that is seen from behind it is the other way round.
 double planeSign(const Entity& entity) {
@@ -62,7 +64,7 @@ private:
         bool good = true;
         for (const double s : {0.25, 0.5, 0.75})
             good = good && math::cubicPoint(cubic, s).distance_to(pointAt(t0 + (t1 - t0) * s)) <= tolerance_;
-        if (good || depth >= kMostHalvings) {
+        if (good || foldsBack || depth >= kMostHalvings) {
             cubics.push_back(cubic);
             return;
         }
@@ -114,9 +116,11 @@ std::vector<std::unique_ptr<Entity>> offsetCurve(const Entity& entity, double di
     }
     if (cubics.empty()) return out;
     if (foldsBack) {
-        std::vector<Vector2> points{curve->pieces().front().from};
-        for (const CurvePiece& piece : curve->pieces())
-            for (int i = 1; i <= 64; ++i) points.push_back(piece.pointAt(i / 64.0));
+        // Chopped finely, but into no more chords than are quick to work with.
+        const std::size_t chords = std::min<std::size_t>(curve->pieces().size() * 64, kMostChords);
+        std::vector<Vector2> points;
+        for (std::size_t i = 0; i <= chords; ++i)
+            points.push_back(curve->pointAt(curve->end() * static_cast<double>(i) / static_cast<double>(chords)));
         if (curve->closed()) points.pop_back();
         return polylinesAlong(math::offsetPolyline(points, {}, curve->closed(), distance, gap), entity);
     }

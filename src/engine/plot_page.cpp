@@ -13,14 +13,12 @@ constexpr double kInch = 25.4;
 constexpr double kLargestSheet = 5000.0;  // millimetres; what a page of a PDF file can be, rounded down
 
 constexpr PaperSize kSizes[] = {
-    {"ISO A0", 1189.0, 841.0}, {"ISO A1", 841.0, 594.0},  {"ISO A2", 594.0, 420.0},
-    {"ISO A3", 420.0, 297.0},  {"ISO A4", 297.0, 210.0},  {"ISO A5", 210.0, 148.0},
-    {"ISO B1", 1000.0, 707.0}, {"ISO B2", 707.0, 500.0},  {"ISO B3", 500.0, 353.0},
-    {"ISO B4", 353.0, 250.0},  {"ISO B5", 250.0, 176.0},  {"Letter", 279.4, 215.9},
-    {"Legal", 355.6, 215.9},   {"Tabloid", 431.8, 279.4}, {"ANSI A", 279.4, 215.9},
-    {"ANSI B", 431.8, 279.4},  {"ANSI C", 558.8, 431.8},  {"ANSI D", 863.6, 558.8},
-    {"ANSI E", 1117.6, 863.6}, {"ARCH A", 304.8, 228.6},  {"ARCH B", 457.2, 304.8},
-    {"ARCH C", 609.6, 457.2},  {"ARCH D", 914.4, 609.6},  {"ARCH E", 1219.2, 914.4},
+    {"ISO A0", 1189.0, 841.0},  {"ISO A1", 841.0, 594.0},  {"ISO A2", 594.0, 420.0},  {"ISO A3", 420.0, 297.0},
+    {"ISO A4", 297.0, 210.0},   {"ISO A5", 210.0, 148.0},  {"ISO B1", 1000.0, 707.0}, {"ISO B2", 707.0, 500.0},
+    {"ISO B3", 500.0, 353.0},   {"ISO B4", 353.0, 250.0},  {"ISO B5", 250.0, 176.0},  {"Letter", 279.4, 215.9},
+    {"Legal", 355.6, 215.9},    {"Tabloid", 431.8, 279.4}, {"ANSI A", 279.4, 215.9},  {"ANSI B", 431.8, 279.4},
+    {"ANSI C", 558.8, 431.8},   {"ANSI D", 863.6, 558.8},  {"ANSI E", 1117.6, 863.6}, {"ARCH A", 304.8, 228.6},
+    {"ARCH B", 457.2, 304.8},   {"ARCH C", 609.6, 457.2},  {"ARCH D", 914.4, 609.6},  {"ARCH E", 1219.2, 914.4},
     {"ARCH E1", 1066.8, 762.0},
 };
 
@@ -48,7 +46,8 @@ std::optional<Vector2> writtenSize(const std::string& words) {
         const auto first = std::from_chars(words.data() + begin, words.data() + x, size.x);
         const auto second = std::from_chars(words.data() + x + 3, end, size.y);
         if (first.ec != std::errc() || second.ec != std::errc()) continue;
-        if (std::string_view(second.ptr, static_cast<std::size_t>(end - second.ptr)).starts_with(" INCH")) size *= kInch;
+        if (std::string_view(second.ptr, static_cast<std::size_t>(end - second.ptr)).starts_with(" INCH"))
+            size *= kInch;
         if (size.x >= 1.0 && size.y >= 1.0 && size.x <= kLargestSheet && size.y <= kLargestSheet) return size;
     }
     return {};

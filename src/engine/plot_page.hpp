@@ -12,9 +12,9 @@ enum class PlotArea : std::int32_t { Display = 0, Extents = 1, Limits = 2, View 
 
 /// One page of a plot: which space, and how it stands on the paper.
 struct PlotPage {
-    Name layout;             ///< empty: model space
-    PageSetup setup;         ///< paper, area, scale, offset, plot styles
-    math::Bounds2 window;    ///< drawing units; the area for PlotArea::Window and PlotArea::View
+    Name layout;           ///< empty: model space
+    PageSetup setup;       ///< paper, area, scale, offset, plot styles
+    math::Bounds2 window;  ///< drawing units; the area for PlotArea::Window and PlotArea::View
     bool upsideDown = false;
     bool scaleLineweights = false;  ///< lineweights grow and shrink with the plot's scale
 };

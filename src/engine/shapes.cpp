@@ -15,13 +15,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::size_t kMaxBytes = 2000;        // of one definition, as shape compilers have it
+constexpr std::size_t kMaxBytes = 2000;  // of one definition, as shape compilers have it
 constexpr std::size_t kMaxShapes = 70'000;
 constexpr std::uintmax_t kMaxFile = 32 << 20;
-constexpr int kMaxSteps = 20'000;              // of one shape with its subshapes
+constexpr int kMaxSteps = 20'000;  // of one shape with its subshapes
 constexpr int kMaxDepth = 8;
 constexpr std::size_t kMaxStack = 16;
-constexpr double kLargest = 1e9;               // coordinates and scale of a shape
+constexpr double kLargest = 1e9;  // coordinates and scale of a shape
 
 // Direction codes: sixteen directions, the even odd ones as long as the box of side 1 lets them.
 constexpr double kDirectionX[16] = {1, 1, 1, 0.5, 0, -0.5, -1, -1, -1, -1, -1, -0.5, 0, 0.5, 1, 1};
@@ -49,7 +49,8 @@ public:
             const bool skip = std::exchange(skip_, false);
             const int c = next();
             switch (c) {
-                case 0: return;
+                case 0:
+                    return;
                 case 1:
                     if (!skip) down_ = true;
                     break;
@@ -262,7 +263,8 @@ const ShapeDefinition* ShapeSet::find(std::int32_t number) const {
 
 const ShapeDefinition* ShapeSet::find(std::string_view name) const {
     if (name.empty()) return nullptr;
-    const auto it = std::find_if(shapes.begin(), shapes.end(), [&](const auto& s) { return equalNoCase(s.name, name); });
+    const auto it =
+        std::find_if(shapes.begin(), shapes.end(), [&](const auto& s) { return equalNoCase(s.name, name); });
     return it != shapes.end() ? &*it : nullptr;
 }
 
@@ -304,7 +306,9 @@ ShapeSet parseCompiledShapes(std::string_view bytes) {
         return set;
     bytes.remove_prefix(mark + 1);
     const auto word = [&](std::size_t i) -> std::size_t {
-        return i + 1 < bytes.size() ? static_cast<unsigned char>(bytes[i]) + 256U * static_cast<unsigned char>(bytes[i + 1]) : 0U;
+        return i + 1 < bytes.size()
+                   ? static_cast<unsigned char>(bytes[i]) + 256U * static_cast<unsigned char>(bytes[i + 1])
+                   : 0U;
     };
     // Lowest and highest number, count; then number and size of each; then their bytes, each behind its name.
     const std::size_t count = word(4);

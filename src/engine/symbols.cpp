@@ -47,17 +47,24 @@ bool withTable(DrawingType& drawing, SymbolKind kind, Visit&& visit) {
 
 class Renamer final : public ReferenceSink {
 public:
-    Renamer(Name from, Name to) : from_(from), to_(to) {}
-    void name(SymbolKind, Name& name, ReferenceStrength) override {
-        if (name == from_) name = to_;
+    explicit Renamer(const std::vector<SymbolRename>& renames) {
+        for (const SymbolRename& rename : renames)
+            names_[static_cast<std::size_t>(rename.kind)].emplace(rename.from.key(), rename.to);
     }
-    void text(SymbolKind, std::string& name, ReferenceStrength) override {
-        if (equalNoCase(name, from_.view())) name = to_.str();
+    void name(SymbolKind kind, Name& name, ReferenceStrength) override {
+        if (const Name* fresh = find(kind, name)) name = *fresh;
+    }
+    void text(SymbolKind kind, std::string& name, ReferenceStrength) override {
+        if (const Name* fresh = find(kind, Name(name))) name = fresh->str();
     }
 
 private:
-    Name from_;
-    Name to_;
+    const Name* find(SymbolKind kind, Name name) const {
+        const auto& names = names_[static_cast<std::size_t>(kind)];
+        const auto it = names.find(name.key());
+        return it != names.end() ? &it->second : nullptr;
+    }
+    std::array<std::unordered_map<const void*, Name>, kSymbolKindCount> names_;
 };
 
 class Counter final : public ReferenceSink {
@@ -190,18 +197,33 @@ std::string renameSymbol(Drawing& drawing, SymbolKind kind, Name from, Name to) 
     return {};
 }
 
-bool renameSymbolUnchecked(Drawing& drawing, SymbolKind kind, Name from, Name to) {
+namespace {
+
+/// The record alone; what refers to it is the caller's.
+bool renameRecord(Drawing& drawing, const SymbolRename& rename) {
+    if (rename.kind == SymbolKind::Block) return drawing.renameBlock(rename.from, rename.to);
+    if (rename.kind == SymbolKind::Layout) return drawing.renameLayout(rename.from, rename.to);
     bool renamed = false;
-    if (kind == SymbolKind::Block)
-        renamed = drawing.renameBlock(from, to);
-    else if (kind == SymbolKind::Layout)
-        renamed = drawing.renameLayout(from, to);
-    else
-        withTable(drawing, kind, [&](auto& table) { renamed = table.rename(from, to); });
-    if (!renamed) return false;
-    Renamer renamer(from, to);
-    visitReferences(drawing, symbolBit(kind), renamer);
-    return true;
+    withTable(drawing, rename.kind, [&](auto& table) { renamed = table.rename(rename.from, rename.to); });
+    return renamed;
+}
+
+}  // namespace
+
+bool renameSymbolUnchecked(Drawing& drawing, SymbolKind kind, Name from, Name to) {
+    std::vector<SymbolRename> one;
+    one.push_back({kind, from, to});
+    renameSymbolsUnchecked(drawing, one);
+    return !one.empty();
+}
+
+void renameSymbolsUnchecked(Drawing& drawing, std::vector<SymbolRename>& renames) {
+    std::erase_if(renames, [&](const SymbolRename& rename) { return !renameRecord(drawing, rename); });
+    if (renames.empty()) return;
+    Renamer renamer(renames);
+    SymbolKinds kinds = 0;
+    for (const SymbolRename& rename : renames) kinds |= symbolBit(rename.kind);
+    visitReferences(drawing, kinds, renamer);
 }
 
 std::size_t countReferences(const Drawing& drawing, SymbolKind kind, Name name) {

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "engine/name.hpp"
 
@@ -35,6 +36,16 @@ std::string renameSymbol(Drawing& drawing, SymbolKind kind, Name from, Name to);
 /// The same without a look at the new name's form; how undo gives back a name that a file brought in.
 /// False when the record is unknown or the new name is taken.
 bool renameSymbolUnchecked(Drawing& drawing, SymbolKind kind, Name from, Name to);
+
+/// One record's new name.
+struct SymbolRename {
+    SymbolKind kind;
+    Name from;
+    Name to;
+};
+/// Renames many records and what refers to them in one pass over the drawing, without a look at the names' form. Those
+/// that cannot be renamed (unknown, name taken) are dropped from the list.
+void renameSymbolsUnchecked(Drawing& drawing, std::vector<SymbolRename>& renames);
 
 /// Number of entities, styles and records that refer to a record; 0: it may be purged.
 std::size_t countReferences(const Drawing& drawing, SymbolKind kind, Name name);

@@ -4,6 +4,8 @@
 
 #include "engine/name.hpp"
 #include "engine/sysvar.hpp"
+#include "headless/external_references.hpp"
+#include "headless/terminal_progress.hpp"
 #include "io/content.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dwg/dwg_save.hpp"
@@ -37,8 +39,9 @@ void tellReplaced(std::size_t count, SaveReport& report) {
 
 std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, SaveReport& report) {
     keepBackup(drawing, path);
+    TerminalProgress progress("Saving", path);
     io::dxf::DxfSaveReport notes;
-    std::string error = io::dxf::saveDxf(drawing, path, &notes);
+    std::string error = io::dxf::saveDxf(drawing, path, &notes, progress.watcher());
     if (!error.empty()) return error;
     if (notes.droppedSat > 0)
         report.lines.push_back(
@@ -55,8 +58,9 @@ std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, S
 std::string saveAsDwg(const engine::Drawing& drawing, const std::string& path, const std::string& version,
                       SaveReport& report) {
     keepBackup(drawing, path);
+    TerminalProgress progress("Saving", path);
     io::dwg::DwgSaveReport notes;
-    std::string error = io::dwg::saveDwg(drawing, path, version, &notes);
+    std::string error = io::dwg::saveDwg(drawing, path, version, &notes, progress.watcher());
     if (!error.empty()) return error;
     if (notes.dropped > 0)
         report.lines.push_back("DWG: " + std::to_string(notes.dropped) + " of " + std::to_string(notes.total) +
@@ -65,9 +69,10 @@ std::string saveAsDwg(const engine::Drawing& drawing, const std::string& path, c
     return error;
 }
 
-std::string openDwg(const std::string& path, engine::Drawing& drawing, OpenReport& report) {
-    io::dwg::DwgLoadResult result = io::dwg::loadDwg(path, drawing);
-    report.lines = std::move(result.lines);
+std::string openDwg(const std::string& path, engine::Drawing& drawing, std::vector<std::string>& lines,
+                    io::Progress* progress) {
+    io::dwg::DwgLoadResult result = io::dwg::loadDwg(path, drawing, progress);
+    lines = std::move(result.lines);
     if (result.success) return {};
     std::string error = "Could not open DWG (" + path + "): " + result.message;
     if (io::dwg::isOlderThanR2007(path))
@@ -75,22 +80,49 @@ std::string openDwg(const std::string& path, engine::Drawing& drawing, OpenRepor
     return error;
 }
 
-}  // namespace
-
-std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenReport& report) {
+/// The file itself, without what it refers to.
+std::string readAnyFormat(const std::string& path, engine::Drawing& drawing, std::vector<std::string>& lines) {
+    TerminalProgress progress("Opening", path);
     switch (io::recognise(path)) {
         case io::FileKind::Dxf: {
             io::dxf::DxfLoadReport notes;
-            std::string error = io::dxf::loadDxf(path, drawing, &notes);
-            report.lines = std::move(notes.lines);
+            std::string error = io::dxf::loadDxf(path, drawing, &notes, progress.watcher());
+            lines = std::move(notes.lines);
             return error;
         }
         case io::FileKind::Dwg:
-            return openDwg(path, drawing, report);
+            return openDwg(path, drawing, lines, progress.watcher());
         case io::FileKind::Native:
             break;
     }
-    return io::native::loadNative(path, drawing);
+    return io::native::loadNative(path, drawing, progress.watcher());
+}
+
+/// A reason why a referenced file cannot be read, without what its reader puts in front of it for the host.
+std::string readReferenced(const std::string& path, engine::Drawing& drawing, std::vector<std::string>& lines) {
+    if (io::recognise(path) != io::FileKind::Dwg) return readAnyFormat(path, drawing, lines);
+    TerminalProgress progress("Opening", path);
+    io::dwg::DwgLoadResult result = io::dwg::loadDwg(path, drawing, progress.watcher());
+    lines = std::move(result.lines);
+    return result.success ? std::string() : result.message;
+}
+
+}  // namespace
+
+std::string openDrawing(const std::string& path, engine::Drawing& drawing, OpenReport& report) {
+    if (std::string error = readAnyFormat(path, drawing, report.lines); !error.empty()) return error;
+    ReferenceLoader references(readReferenced);
+    references.loadAll(drawing, path);
+    report.lines.insert(report.lines.end(), references.lines().begin(), references.lines().end());
+    return {};
+}
+
+std::string openReference(const std::string& path, const std::string& hostFile, engine::Drawing& drawing,
+                          OpenReport& report) {
+    ReferenceLoader references(readReferenced);
+    std::string error = references.loadOne(path, hostFile, drawing);
+    report.lines = std::move(references.lines());
+    return error;
 }
 
 std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string& dwgVersion,
@@ -99,8 +131,9 @@ std::string saveDrawing(const engine::Drawing& drawing, const std::string& path,
     if (extension == ".dxf") return saveAsDxf(drawing, path, report);
     if (extension == ".dwg") return saveAsDwg(drawing, path, dwgVersion, report);
     keepBackup(drawing, path);
+    TerminalProgress progress("Saving", path);
     io::native::SaveNotes notes;
-    std::string error = io::native::saveNative(drawing, path, &notes);
+    std::string error = io::native::saveNative(drawing, path, &notes, progress.watcher());
     if (error.empty()) tellReplaced(notes.replacedNumbers, report);
     return error;
 }

@@ -60,6 +60,7 @@ void Session::clearPromptOverride() { hasPromptOverride_ = false; }
 void Session::cancel() {
     const bool evaluating = isLispWaiting();
     if (processor_.cancel() || evaluating) append("*Cancel*");
+    retired_.clear();
     clearPromptOverride();
     if (evaluating) report(lisp_->cancel());
 }
@@ -117,6 +118,7 @@ void Session::process(const std::string& line) {
         processIdle(text);
     }
     runAfterLine();
+    if (!processor_.isActive()) retired_.clear();
     pumpEvents();
 }
 
@@ -190,7 +192,9 @@ bool Session::eventFilter(QObject* watched, QEvent* event) {
 void Session::replaceDrawing(std::unique_ptr<engine::Drawing> drawing) {
     // A program that waits for an answer was about the old drawing.
     if (isLispWaiting()) lisp_->cancel();
-    document_.setDrawing(std::move(drawing));
+    auto old = document_.setDrawing(std::move(drawing));
+    // A command that waits may hold on to what it saw of it until it ends.
+    if (processor_.isActive()) retired_.push_back(std::move(old));
 }
 
 std::string Session::open(const std::string& path) {
@@ -242,6 +246,13 @@ std::string Session::readDrawing(const std::string& path, engine::Drawing& drawi
     std::string error = openDrawing(path, drawing, report);
     if (error.empty())
         for (const std::string& line : report.lines) append(line);
+    return error;
+}
+
+std::string Session::readReference(const std::string& path, engine::Drawing& drawing) {
+    OpenReport report;
+    std::string error = openReference(path, document_.drawing().fileName, drawing, report);
+    for (const std::string& line : report.lines) append(line);
     return error;
 }
 

@@ -52,6 +52,7 @@ public:
     std::string save(const std::string& path) override;
     /// Files beside the open drawing, which stays (INSERT, WBLOCK).
     std::string readDrawing(const std::string& path, engine::Drawing& drawing) override;
+    std::string readReference(const std::string& path, engine::Drawing& drawing) override;
     std::string writeDrawing(const engine::Drawing& drawing, const std::string& path) override;
     /// The drawing as a picture; a null image when it cannot be rendered.
     QImage renderImage(int width, int height);
@@ -99,6 +100,7 @@ private:
     void pumpEvents();
     void replaceDrawing(std::unique_ptr<engine::Drawing> drawing);
 
+    std::vector<std::unique_ptr<engine::Drawing>> retired_;  ///< replaced while the running command waits
     doc::Document document_;
     cmd::CommandRegistry& registry_;
     cmd::CommandProcessor processor_;

@@ -25,6 +25,7 @@ FileKind kindByExtension(std::string_view path) {
 
 FileKind kindByContent(std::string_view head) {
     head = head.substr(0, kHeadSize);
+    if (head.starts_with(kBinaryDxfMark)) return FileKind::Dxf;
     if (head.starts_with("\xEF\xBB\xBF")) head.remove_prefix(3);
     const std::size_t start = head.find_first_not_of(" \t\r\n\v\f");
     if (start == std::string_view::npos) return FileKind::Native;

@@ -9,6 +9,7 @@
 #include "kdraw/objects/group.hpp"
 #include "kdraw/objects/layout.hpp"
 #include "kdraw/objects/small_objects.hpp"
+#include "kdraw/objects/xrecord.hpp"
 
 namespace kdraw {
 
@@ -22,8 +23,7 @@ public:
 
     bool isThere(Handle h) const {
         const Object* object = database_.find(h);
-        return object != nullptr && dynamic_cast<const OpaqueObject*>(object) == nullptr &&
-               dynamic_cast<const OpaqueEntity*>(object) == nullptr;
+        return object != nullptr && !object->isOpaque();
     }
     void check(Handle& h) const {
         if (h != 0 && !isThere(h)) h = 0;
@@ -88,6 +88,10 @@ void dropDanglingReferences(Database& database) {
             std::erase_if(order->pairs, [&](const SortEntities::Pair& pair) { return !f.isThere(pair.entity); });
         } else if (auto* fields = dynamic_cast<FieldList*>(&object)) {
             f.check(fields->fields);
+        } else if (auto* record = dynamic_cast<XRecord*>(&object)) {
+            // Its references stand among its data.
+            for (XRecord::Item& item : record->items)
+                if (XRecord::kindOf(item.code) == XRecord::Kind::Handle) f.check(item.handle);
         }
         object.describe(f);
     }

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -35,7 +36,11 @@ public:
     Object* find(Handle handle) const;
     template <class T>
     T* as(Handle handle) const {
-        return dynamic_cast<T*>(find(handle));
+        Object* const object = find(handle);
+        if constexpr (std::is_same_v<T, Entity> || std::is_same_v<T, const Entity>)
+            return object != nullptr && object->isEntity() ? static_cast<T*>(object) : nullptr;
+        else
+            return dynamic_cast<T*>(object);
     }
     /// Adds an object under the handle wanted, or under a new one when it is 0 or taken.
     Object& add(std::unique_ptr<Object> object, Handle wanted = 0);

@@ -8,6 +8,7 @@
 #include "kdraw/container/section_frame.hpp"
 #include "kdraw/database.hpp"
 #include "kdraw/entities/inserts.hpp"
+#include "kdraw/minimal_graph.hpp"
 #include "kdraw/objects/block_header.hpp"
 #include "kdraw/objects/control.hpp"
 #include "kdraw/objects/table_record.hpp"
@@ -170,6 +171,25 @@ void nameRecords(Database& database) {
     }
 }
 
+/// Before R2007 the material of an entity stands in its extended data.
+void takeOldMaterials(Database& database) {
+    if (database.version >= Version::R2007) return;
+    for (const auto& object : database.objects) {
+        if (!object->isEntity()) continue;
+        auto& entity = static_cast<Entity&>(*object);
+        for (XBlock& block : entity.xdata) {
+            const auto mark = std::find_if(block.items.begin(), block.items.end(), [](const XItem& item) {
+                return item.code == 1000 && item.text == "RTMaterial";
+            });
+            if (mark == block.items.end() || mark + 1 == block.items.end() || (mark + 1)->code != 1005) continue;
+            entity.material = (mark + 1)->handle;
+            entity.materialFlags = 3;
+            block.items.erase(mark, mark + 2);
+        }
+        std::erase_if(entity.xdata, [](const XBlock& block) { return block.items.empty(); });
+    }
+}
+
 }  // namespace
 
 std::string decode(std::string_view file, Database& database) {
@@ -184,6 +204,8 @@ std::string decode(std::string_view file, Database& database) {
     decodeObjects(container, codec, database);
     linkOwners(database);
     nameRecords(database);
+    resolveNumbers(database);
+    takeOldMaterials(database);
     if (const Section* solids = container.find(section::solids)) {
         database.modelerData = readSolidStore(solids->bytes, database.notes);
         std::erase_if(database.modelerData, [&](const auto& item) { return database.find(item.first) == nullptr; });

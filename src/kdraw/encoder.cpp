@@ -50,10 +50,12 @@ std::string encode(Database& database, std::string& file) {
     placeSolids(database, version);
     database.header.handseed = database.nextHandle();
 
-    std::vector<Object*> order;
+    std::vector<std::pair<Handle, Object*>> order;
     order.reserve(database.objects.size());
-    for (const auto& object : database.objects) order.push_back(object.get());
-    std::sort(order.begin(), order.end(), [](const Object* a, const Object* b) { return a->handle < b->handle; });
+    for (const auto& object : database.objects)
+        // Those of unknown classes came without what they hold: there is nothing to write.
+        if (!object->isOpaque()) order.emplace_back(object->handle, object.get());
+    std::sort(order.begin(), order.end());
 
     Section objects{std::string(section::objects), {}};
     objects.bytes.reserve(order.size() * 64 + 4096);
@@ -61,8 +63,8 @@ std::string encode(Database& database, std::string& file) {
     std::vector<ObjectMapEntry> map;
     map.reserve(order.size());
     RecordEncoder encoder(version);
-    for (Object* object : order) {
-        map.push_back({object->handle, objects.bytes.size()});
+    for (const auto& [handle, object] : order) {
+        map.push_back({handle, objects.bytes.size()});
         encoder.encode(*object, objects.bytes);
     }
 

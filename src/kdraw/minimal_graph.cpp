@@ -35,6 +35,9 @@ constexpr const char* kUsualClasses[] = {"ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER
                                          "TABLESTYLE",          "MATERIAL",        "VISUALSTYLE", "SCALE",
                                          "MLEADERSTYLE",        "CELLSTYLEMAP"};
 
+/// Type codes of block references.
+constexpr std::uint16_t kInsert = 7, kMInsert = 8;
+
 std::string folded(std::string_view name) {
     std::string text(name);
     for (char& c : text)
@@ -90,7 +93,7 @@ private:
     T* firstOf(Handle known) {
         if (T* object = db_.as<T>(known)) return object;
         for (const auto& object : db_.objects)
-            if (T* found = dynamic_cast<T*>(object.get())) return found;
+            if (T* found = object->isEntity() ? nullptr : dynamic_cast<T*>(object.get())) return found;
         return nullptr;
     }
 
@@ -287,12 +290,14 @@ private:
         // The references of each block.
         std::unordered_map<Handle, BlockHeader*> byHandle;
         for (const auto& object : db_.objects)
-            if (auto* block = dynamic_cast<BlockHeader*>(object.get())) {
+            if (auto* block = object->isEntity() ? nullptr : dynamic_cast<BlockHeader*>(object.get())) {
                 block->inserts.clear();
                 byHandle.emplace(block->handle, block);
             }
         for (const auto& object : db_.objects) {
-            if (!object->isEntity()) continue;
+            // A million objects are asked: plain kinds are none.
+            if (!object->isEntity() || (object->type != kInsert && object->type != kMInsert && object->type < ClassRecord::kFirst))
+                continue;
             auto* reference = dynamic_cast<BlockReference*>(object.get());
             if (reference == nullptr) continue;
             const auto block = byHandle.find(reference->block);
@@ -353,6 +358,7 @@ private:
                 if (layout->activeViewport == 0) layout->activeViewport = activeView_->handle;
                 return;
             }
+            sheetFirst(block, *layout, &block == paper);
             for (const Handle handle : block.owned)
                 if (db_.as<ViewportEntity>(handle) != nullptr) layout->viewports.push_back(handle);
             if (layout->activeViewport == 0 && !layout->viewports.empty())
@@ -369,6 +375,39 @@ private:
                 block->layout = 0;
         }
     }
+
+    /// The first viewport of a layout is its view of the whole sheet, in records: they have no numbers.
+    void sheetFirst(BlockHeader& block, const Layout& layout, bool active) {
+        const auto isViewport = [&](Handle handle) { return db_.as<ViewportEntity>(handle) != nullptr; };
+        const auto first = std::find_if(block.owned.begin(), block.owned.end(), isViewport);
+        if (first == block.owned.end()) return;
+        bool numbered = false;
+        const auto sheet = std::find_if(first, block.owned.end(), [&](Handle handle) {
+            const auto* viewport = db_.as<ViewportEntity>(handle);
+            if (viewport == nullptr) return false;
+            numbered = numbered || viewport->number != 0;
+            return viewport->number == kSheetNumber;
+        });
+        if (!numbered) return;
+        if (sheet != block.owned.end()) {
+            std::rotate(first, sheet, sheet + 1);
+            return;
+        }
+        auto& made = make<ViewportEntity>("VIEWPORT", block.handle);
+        made.mode = active ? 1 : 0;
+        made.number = kSheetNumber;
+        made.width = layout.paperWidth > 0.0 ? layout.paperWidth : 1.0;
+        made.height = layout.paperHeight > 0.0 ? layout.paperHeight : 1.0;
+        if ((layout.rotation & 1) != 0) std::swap(made.width, made.height);
+        made.center = {made.width / 2, made.height / 2, 0.0};
+        made.viewCenter = {made.width / 2, made.height / 2};
+        made.viewHeight = made.height;
+        made.status = kSheetStatus;
+        block.owned.insert(block.owned.begin(), made.handle);
+    }
+    /// Number of the view of the sheet, and its usual state: icons of both coordinate systems.
+    static constexpr std::int32_t kSheetNumber = 1;
+    static constexpr std::uint32_t kSheetStatus = 0x8020;
 
     /// What records may not lack.
     void details() {
@@ -496,7 +535,8 @@ void resolveNumbers(Database& database) {
     const auto* table = database.as<LinetypeControl>(database.header.linetypeControl);
     if (table == nullptr) return;
     for (const auto& object : database.objects)
-        if (auto* style = dynamic_cast<MLineStyle*>(object.get())) style->resolveLinetypes(*table);
+        if (auto* style = object->isEntity() ? nullptr : dynamic_cast<MLineStyle*>(object.get()))
+            style->resolveLinetypes(*table);
 }
 
 }  // namespace kdraw

@@ -15,11 +15,14 @@ public:
     /// The fields of the kind behind the common part, with their groups.
     virtual void describe(Fields& f) = 0;
     virtual bool isEntity() const { return false; }
+    /// Of a class that this library does not know.
+    virtual bool isOpaque() const { return false; }
     /// Name of a table record; empty for everything else.
     virtual std::string_view recordName() const { return {}; }
 
     std::uint16_t type = 0;       ///< type code in the file (class number from 500 on)
     bool hasBinaryData = false;   ///< its modeller data stands in the data storage section
+    bool visited = false;         ///< free for whoever passes over all objects and must not take one twice
     Handle handle = 0;
     Handle owner = 0;
     Handle dictionary = 0;        ///< extension dictionary
@@ -79,12 +82,14 @@ std::unique_ptr<Object> makeObject() {
 class OpaqueObject final : public Object {
 public:
     void describe(Fields&) override {}
+    bool isOpaque() const override { return true; }
     std::string className;
     std::string record;
 };
 class OpaqueEntity final : public Entity {
 public:
     void describe(Fields&) override {}
+    bool isOpaque() const override { return true; }
     std::string className;
     std::string record;
 };

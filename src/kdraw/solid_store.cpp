@@ -22,7 +22,7 @@ std::uint64_t little(std::string_view bytes, std::uint64_t at, unsigned n) {
 std::uint32_t word(std::string_view bytes, std::uint64_t at) { return static_cast<std::uint32_t>(little(bytes, at, 4)); }
 
 void put(std::string& out, std::uint64_t v, unsigned n) {
-    for (unsigned i = 0; i < n; ++i) out += static_cast<char>(v >> (8 * i));
+    for (unsigned i = 0; i < n; ++i) out += i < 8 ? static_cast<char>(v >> (8 * i)) : '\0';
 }
 
 /// Places and sizes of the segments by their number.
@@ -31,8 +31,9 @@ struct Segment {
     std::uint64_t size = 0;
 };
 
-/// The data of one entity in pieces of their own.
-std::string blobData(std::string_view section, std::uint64_t at, const std::vector<Segment>& segments) {
+/// The data of one entity in pieces of their own. `room` is what may still be looked at, of all entities together.
+std::string blobData(std::string_view section, std::uint64_t at, const std::vector<Segment>& segments,
+                     std::uint64_t& room) {
     const std::uint64_t total = little(section, at + 4, 8);
     const std::uint64_t pages = word(section, at + 12);
     std::string data;
@@ -42,7 +43,10 @@ std::string blobData(std::string_view section, std::uint64_t at, const std::vect
         if (number >= segments.size()) return {};
         const std::uint64_t page = segments[number].offset + kSegmentHead;
         const std::uint64_t size = little(section, page + 24, 8);
-        if (page + 32 > section.size() || size > section.size() - page - 32) return {};
+        if (page > section.size() || section.size() - page < 32 || size > section.size() - page - 32) return {};
+        const std::uint64_t cost = size + 8;  // a piece has a place in a list, too
+        if (cost > room) return {};
+        room -= cost;
         data += section.substr(static_cast<std::size_t>(page + 32), static_cast<std::size_t>(size));
         if (data.size() > total) return {};
     }
@@ -70,7 +74,7 @@ std::unordered_map<Handle, std::string> readSolidStore(std::string_view section,
     if (list > section.size()) return solids;
     const std::uint64_t entries = std::min<std::uint64_t>(word(section, list), section.size() / 12);
     // Every byte belongs to one entity: overlapping entries cannot make more of them than there are.
-    std::size_t room = section.size();
+    std::uint64_t room = section.size();
     for (std::uint64_t i = 0; i < entries; ++i) {
         const std::uint64_t at = list + 8 + i * 12;
         const std::uint32_t number = word(section, at);
@@ -84,12 +88,12 @@ std::unordered_map<Handle, std::string> readSolidStore(std::string_view section,
         if (data > section.size() || section.size() - data < 4) continue;
         const std::uint32_t length = word(section, data);
         std::string bytes;
-        if (length == kBlobMark)
-            bytes = blobData(section, data, segments);
-        else if (length <= section.size() - data - 4 && length <= room)
+        if (length == kBlobMark) {
+            bytes = blobData(section, data, segments, room);
+        } else if (length <= section.size() - data - 4 && length <= room) {
             bytes = section.substr(static_cast<std::size_t>(data) + 4, length);
-        if (bytes.size() > room) break;
-        room -= bytes.size();
+            room -= length;
+        }
         if (handle != 0 && (bytes.starts_with("ACIS BinaryFile") || bytes.starts_with("ASM BinaryFile")))
             solids[handle] = std::move(bytes);
     }

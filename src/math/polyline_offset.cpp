@@ -266,8 +266,8 @@ class Nodes {
 public:
     explicit Nodes(double eps) : cell_(4.0 * eps), eps_(eps) {}
     std::size_t number(const Vector2& p) {
-        const auto x = static_cast<std::int64_t>(std::floor(p.x / cell_));
-        const auto y = static_cast<std::int64_t>(std::floor(p.y / cell_));
+        const auto x = static_cast<std::int64_t>(std::clamp(std::floor(p.x / cell_), -1e18, 1e18));
+        const auto y = static_cast<std::int64_t>(std::clamp(std::floor(p.y / cell_), -1e18, 1e18));
         for (std::int64_t i = x - 1; i <= x + 1; ++i)
             for (std::int64_t j = y - 1; j <= y + 1; ++j) {
                 const auto [from, to] = cells_.equal_range(key(i, j));
@@ -343,7 +343,8 @@ private:
     }
 
     void cut(std::size_t piece, const Vector2& p) {
-        cuts_.push_back({piece, raw_[piece].parameter(p), nodes_.number(p)});
+        const double t = raw_[piece].parameter(p);
+        if (p.is_finite() && std::isfinite(t)) cuts_.push_back({piece, t, nodes_.number(p)});
     }
 
     void findCuts() {
@@ -434,7 +435,8 @@ private:
 
     /// Number of pieces that a slice touches.
     std::size_t span(const Slice& slice) const {
-        return slice.to.piece + (slice.wraps ? raw_.size() : 0) - slice.from.piece + 1;
+        const std::size_t end = slice.to.piece + (slice.wraps ? raw_.size() : 0);
+        return end >= slice.from.piece ? end - slice.from.piece + 1 : 0;
     }
 
     void range(const Slice& slice, std::size_t k, std::size_t count, std::size_t& piece, double& t0, double& t1) const {

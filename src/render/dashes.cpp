@@ -16,7 +16,8 @@ constexpr std::size_t kMaxDashes = 200'000;  // of one line
 class Chain {
 public:
     explicit Chain(std::span<const Vector2> points) : points_(points), reach_(points.size(), 0.0) {
-        for (std::size_t i = 1; i < points.size(); ++i) reach_[i] = reach_[i - 1] + points[i - 1].distance_to(points[i]);
+        for (std::size_t i = 1; i < points.size(); ++i)
+            reach_[i] = reach_[i - 1] + points[i - 1].distance_to(points[i]);
     }
     double length() const { return reach_.empty() ? 0.0 : reach_.back(); }
     double reach(std::size_t i) const { return reach_[i]; }
@@ -52,8 +53,8 @@ private:
 
 }  // namespace
 
-bool layDashes(std::span<const Vector2> points, std::span<const double> pattern, const math::Bounds2& visible, double dot,
-               const std::function<void(std::span<const Vector2>)>& dash,
+bool layDashes(std::span<const Vector2> points, std::span<const double> pattern, const math::Bounds2& visible,
+               double dot, const std::function<void(std::span<const Vector2>)>& dash,
                const std::function<void(std::size_t, const Vector2&, double)>& mark) {
     if (points.size() < 2 || pattern.size() < 2) return false;
     std::vector<double> starts;  // of the entries within a round

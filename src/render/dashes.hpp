@@ -20,8 +20,7 @@ struct Dash {
 /// `marks` (optional) gets the position and direction where each pattern entry begins (complex linetypes).
 /// `dot`: pixels that can be told apart. Returns false when the line is to be drawn continuous.
 bool layDashes(std::span<const math::Vector2> points, std::span<const double> pattern, const math::Bounds2& visible,
-               double dot,
-               const std::function<void(std::span<const math::Vector2>)>& dash,
+               double dot, const std::function<void(std::span<const math::Vector2>)>& dash,
                const std::function<void(std::size_t entry, const math::Vector2& at, double angle)>& mark = {});
 
 }  // namespace kova::render

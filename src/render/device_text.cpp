@@ -48,7 +48,8 @@ bool PainterSink::writeText(const engine::TextRun& run, const Look& look) {
     DeviceText text;
     text.font = *raw;
     text.color = look.color;
-    text.toDevice = QTransform(along.x / capital, along.y / capital, -up.x / capital, -up.y / capital, origin.x, origin.y);
+    text.toDevice =
+        QTransform(along.x / capital, along.y / capital, -up.x / capital, -up.y / capital, origin.x, origin.y);
     engine::Path placed;
     engine::forEachGlyph(run, [&](char32_t c, const engine::Glyph& glyph, const Vector2& offset) {
         if (const std::uint32_t index = c < 0x20 ? 0 : font.rawGlyph(c)) {

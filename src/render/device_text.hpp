@@ -13,10 +13,10 @@ namespace kova::render {
 /// Characters of one installed font where a page wants them.
 struct DeviceText {
     QRawFont font;
-    std::vector<quint32> glyphs;      ///< numbers in the font
+    std::vector<quint32> glyphs;       ///< numbers in the font
     std::vector<char32_t> characters;  ///< the same as code points
-    std::vector<QPointF> positions;   ///< of the glyphs' origins, in the font's pixels, y down
-    QTransform toDevice;              ///< from the font's pixels to the device's
+    std::vector<QPointF> positions;    ///< of the glyphs' origins, in the font's pixels, y down
+    QTransform toDevice;               ///< from the font's pixels to the device's
     QColor color;
 };
 

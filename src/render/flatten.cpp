@@ -104,16 +104,19 @@ void Flattener::flatten(engine::PathView path) {
             continue;
         }
         if (!open) {
-            start = e.kind == PathElement::Kind::Arc
-                        ? view_.map(e.center + e.a * std::cos(e.t0) + e.b * std::sin(e.t0))
-                        : p;
+            start = e.kind == PathElement::Kind::Arc ? view_.map(e.center + e.a * std::cos(e.t0) + e.b * std::sin(e.t0))
+                                                     : p;
             if (!start.is_finite()) continue;
             begin(start);
             open = true;
         }
         switch (e.kind) {
-            case PathElement::Kind::Line: add(p, drawn); break;
-            case PathElement::Kind::Arc: addArc(e, drawn); break;
+            case PathElement::Kind::Line:
+                add(p, drawn);
+                break;
+            case PathElement::Kind::Arc:
+                addArc(e, drawn);
+                break;
             case PathElement::Kind::Cubic: {
                 const Vector2 p0 = figures_[count_ - 1].points.back();
                 const Vector2 c1 = view_.map(e.a);
@@ -125,7 +128,8 @@ void Flattener::flatten(engine::PathView path) {
                 if (c1.is_finite() && c2.is_finite()) subdivide(curve, 0.0, p0, 1.0, p, kMaxDepth, drawn);
                 break;
             }
-            default: break;
+            default:
+                break;
         }
         ++drawn;
     }
@@ -138,8 +142,10 @@ bool clipSegment(Vector2& a, Vector2& b, const Bounds2& box) {
     const auto edge = [&](double p, double q) {
         if (p == 0.0) return q >= 0.0;
         const double r = q / p;
-        if (p < 0.0) t0 = std::max(t0, r);
-        else t1 = std::min(t1, r);
+        if (p < 0.0)
+            t0 = std::max(t0, r);
+        else
+            t1 = std::min(t1, r);
         return t0 <= t1;
     };
     if (!edge(-d.x, a.x - box.min.x) || !edge(d.x, box.max.x - a.x) || !edge(-d.y, a.y - box.min.y) ||

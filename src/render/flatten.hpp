@@ -31,8 +31,8 @@ private:
     Figure& begin(const math::Vector2& p);
     void addArc(const engine::PathElement& e, std::uint32_t index);
     template <class Curve>
-    void subdivide(const Curve& curve, double t0, const math::Vector2& p0, double t1, const math::Vector2& p1, int depth,
-                   std::uint32_t index);
+    void subdivide(const Curve& curve, double t0, const math::Vector2& p0, double t1, const math::Vector2& p1,
+                   int depth, std::uint32_t index);
     void add(const math::Vector2& p, std::uint32_t index);
 
     const View& view_;

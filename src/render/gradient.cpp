@@ -54,7 +54,8 @@ QBrush gradientBrush(const engine::GradientFill& gradient, const math::Bounds2& 
             const double u = (x + 0.5 - kSteps / 2.0) / (kSteps / 2.0 - 1.0) + 0.5 * shift;
             const double v = -(y + 0.5 - kSteps / 2.0) / (kSteps / 2.0 - 1.0) - 0.5 * shift;
             const double t = gradientPart(kind, u, v);
-            row[x] = qRgb(mix(from.red(), to.red(), t), mix(from.green(), to.green(), t), mix(from.blue(), to.blue(), t));
+            row[x] =
+                qRgb(mix(from.red(), to.red(), t), mix(from.green(), to.green(), t), mix(from.blue(), to.blue(), t));
         }
     }
     const Vector2 center = view.map(box.center());

@@ -101,7 +101,8 @@ void PainterSink::image(const engine::ImageEntity& image, const engine::OutlineS
         cross.moveTo(box[0]).lineTo(box[2]).moveTo(box[1]).lineTo(box[3]);
         if (image.isClipped()) pushClip(border, false);
         stroke(cross, style, solid);
-        const std::string name = fs::path(std::string_view(image.filePath).substr(image.filePath.find_last_of("/\\") + 1)).string();
+        const std::string name =
+            fs::path(std::string_view(image.filePath).substr(image.filePath.find_last_of("/\\") + 1)).string();
         engine::TextRun run;
         run.text = name;
         const Vector2 along = box[1] - box[0];

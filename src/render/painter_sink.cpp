@@ -28,6 +28,9 @@ constexpr double kSmallestText = 1.5;
 
 // Painters take long over one figure of many crossing lines; pieces of it are drawn one by one.
 constexpr std::size_t kMaxChain = 256;
+constexpr double kMaxChainLength = 2000.0;  // pixels
+// Pixels of line that one entity may draw: many times what a picture holds.
+constexpr double kMaxInk = 30e6;
 // An area whose outline crosses more rows of pixels than this is filled as its box: it is a tangle, not a shape.
 constexpr double kMaxRowCrossings = 1e6;
 // Of one entity: points of the shapes and texts in its linetype, and letters of such a text.
@@ -70,8 +73,14 @@ const LayerLook::Entry& LayerLook::entry(engine::Name layer) const {
 
 PainterSink::PainterSink(QPainter& painter, const engine::Drawing& drawing, const View& view, const LayerLook& layers,
                          Settings settings)
-    : painter_(painter), drawing_(drawing), view_(view), layers_(layers), settings_(std::move(settings)),
-      flattener_(view_), visible_(view.visible()), guard_(view.pixels.inflated(2000.0)) {}
+    : painter_(painter),
+      drawing_(drawing),
+      view_(view),
+      layers_(layers),
+      settings_(std::move(settings)),
+      flattener_(view_),
+      visible_(view.visible()),
+      guard_(view.pixels.inflated(2000.0)) {}
 
 /// Colour 7 is white on a dark screen and black on paper; a picture is paper. Only index colours have pens.
 QColor PainterSink::ink(const Color& color, const Color& layerColor) const {
@@ -151,7 +160,13 @@ void PainterSink::line(const Vector2& a, const Vector2& b, const OutlineStyle& s
         const Vector2 points[2] = {p, q};
         return drawDashed(points, look, {});
     }
-    if (clipSegment(p, q, guard_)) painter_.drawLine(toQt(p), toQt(q));
+    if (clipSegment(p, q, guard_) && takeInk(std::abs(q.x - p.x) + std::abs(q.y - p.y)))
+        painter_.drawLine(toQt(p), toQt(q));
+}
+
+bool PainterSink::takeInk(double length) {
+    ink_ += length;
+    return ink_ < kMaxInk || settings_.textOutput != nullptr;
 }
 
 void PainterSink::drawChain(std::span<const Vector2> points, bool closed) {
@@ -160,7 +175,8 @@ void PainterSink::drawChain(std::span<const Vector2> points, bool closed) {
         if (guard_.contains_point(points[0])) painter_.drawPoint(toQt(points[0]));
         return;
     }
-    const bool inside = std::all_of(points.begin(), points.end(), [&](const Vector2& p) { return guard_.contains_point(p); });
+    const bool inside =
+        std::all_of(points.begin(), points.end(), [&](const Vector2& p) { return guard_.contains_point(p); });
     if (!inside) {
         for (std::size_t i = 1; i < points.size(); ++i) {
             Vector2 a = points[i - 1];
@@ -170,12 +186,18 @@ void PainterSink::drawChain(std::span<const Vector2> points, bool closed) {
         return;
     }
     buffer_.clear();
-    if (points.size() > kMaxChain) {
-        for (std::size_t begin = 0; begin + 1 < points.size(); begin += kMaxChain - 1) {
-            buffer_.clear();
-            for (const Vector2& p : points.subspan(begin, std::min(kMaxChain, points.size() - begin)))
-                buffer_.push_back(toQt(p));
+    double length = 0.0;
+    for (std::size_t i = 1; i < points.size(); ++i) length += points[i - 1].distance_to(points[i]);
+    if (!takeInk(length)) return;
+    if (points.size() > kMaxChain || (points.size() > 16 && length > kMaxChainLength)) {
+        double reach = 0.0;
+        for (std::size_t i = 0; i < points.size(); ++i) {
+            buffer_.push_back(toQt(points[i]));
+            if (i > 0) reach += points[i - 1].distance_to(points[i]);
+            if (i == 0 || (buffer_.size() < kMaxChain && reach < kMaxChainLength && i + 1 < points.size())) continue;
             painter_.drawPolyline(buffer_.data(), static_cast<int>(buffer_.size()));
+            buffer_.assign(1, toQt(points[i]));
+            reach = 0.0;
         }
         return;
     }
@@ -199,8 +221,9 @@ void PainterSink::drawDashed(std::span<const Vector2> points, const Look& look, 
             if (entry < linetype.elements.size() && linetype.elements[entry].flags != 0)
                 drawElement(linetype, entry, at, angle, look);
         };
-    const bool laid = layDashes(points, dashes_, view_.pixels, settings_.dot,
-                                [this](std::span<const Vector2> piece) { drawChain(piece, false); }, mark);
+    const bool laid = layDashes(
+        points, dashes_, view_.pixels, settings_.dot,
+        [this](std::span<const Vector2> piece) { drawChain(piece, false); }, mark);
     if (!laid) drawChain(points, false);
 }
 
@@ -213,7 +236,8 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
     const Vector2 xAxis = Vector2::from_angle(turn) * size;
     const Vector2 yAxis{xAxis.y, -xAxis.x};
     const Vector2 along = Vector2::from_angle(angle);
-    const Vector2 origin = at + (along * element.offsetX + Vector2{along.y, -along.x} * element.offsetY) * look.dashScale;
+    const Vector2 origin =
+        at + (along * element.offsetX + Vector2{along.y, -along.x} * element.offsetY) * look.dashScale;
     if (!origin.is_finite() || !xAxis.is_finite() || std::abs(size) > 1e6) return;
     View flat;
     flat.d = 1.0;
@@ -324,7 +348,8 @@ void PainterSink::drawWide(Figure& figure, const Look& look, const engine::Strok
     }
     painter_.fillPath(area, look.color);
     // A taper that comes to nothing must not vanish before its end.
-    const bool thin = std::any_of(line.begin(), line.end(), [](const WidePoint& p) { return p.widthIn < 1.0 || p.widthOut < 1.0; });
+    const bool thin =
+        std::any_of(line.begin(), line.end(), [](const WidePoint& p) { return p.widthIn < 1.0 || p.widthOut < 1.0; });
     if (!thin) return;
     Look hair = look;
     hair.width = 1.0;
@@ -345,8 +370,10 @@ void PainterSink::stroke(PathView path, const OutlineStyle& style, const engine:
         Bounds2 box;
         for (const Vector2& p : figure.points) box.expand(p);
         if (!box.inflated(look.width + widest * view_.scale).intersects(view_.pixels)) continue;
-        if (wide) drawWide(figure, look, options);
-        else drawFigure(figure, look, dashed, options.patternThroughVertices);
+        if (wide)
+            drawWide(figure, look, options);
+        else
+            drawFigure(figure, look, dashed, options.patternThroughVertices);
         usePen(look);
     }
 }
@@ -449,7 +476,10 @@ void PainterSink::text(const engine::TextRun& run, const OutlineStyle& style) {
             flattener_.flatten(path);
             for (std::size_t i = 0; i < flattener_.count(); ++i) drawChain(flattener_[i].points, flattener_[i].closed);
         },
-        [&](PathView path) { fillRings(path, letters.color, false); usePen(letters); });
+        [&](PathView path) {
+            fillRings(path, letters.color, false);
+            usePen(letters);
+        });
 }
 
 void PainterSink::point(const Vector2& p, const OutlineStyle& style) {
@@ -465,11 +495,20 @@ void PainterSink::point(const Vector2& p, const OutlineStyle& style) {
     };
     painter_.setBrush(Qt::NoBrush);
     switch (settings_.pointMode & 7) {
-        case 0: painter_.drawPoint(toQt(at)); break;
-        case 2: lineTo(-2, 0, 2, 0), lineTo(0, -2, 0, 2); break;
-        case 3: lineTo(-1.5, -1.5, 1.5, 1.5), lineTo(-1.5, 1.5, 1.5, -1.5); break;
-        case 4: lineTo(0, 0, 0, -1); break;
-        default: break;
+        case 0:
+            painter_.drawPoint(toQt(at));
+            break;
+        case 2:
+            lineTo(-2, 0, 2, 0), lineTo(0, -2, 0, 2);
+            break;
+        case 3:
+            lineTo(-1.5, -1.5, 1.5, 1.5), lineTo(-1.5, 1.5, 1.5, -1.5);
+            break;
+        case 4:
+            lineTo(0, 0, 0, -1);
+            break;
+        default:
+            break;
     }
     if ((settings_.pointMode & 32) != 0) painter_.drawEllipse(toQt(at), r, r);
     if ((settings_.pointMode & 64) != 0) painter_.drawRect(QRectF(at.x - r, at.y - r, 2 * r, 2 * r));
@@ -486,8 +525,10 @@ void PainterSink::unbounded(const Vector2& base, const Vector2& direction, bool 
     const Look look = this->look(style);
     usePen(look);
     const Vector2 points[2] = {a, b};
-    if (look.linetype != nullptr) drawDashed(points, look, {});
-    else painter_.drawLine(toQt(a), toQt(b));
+    if (look.linetype != nullptr)
+        drawDashed(points, look, {});
+    else
+        painter_.drawLine(toQt(a), toQt(b));
 }
 
 bool PainterSink::wants(const Bounds2& extents) const { return extents.is_empty() || extents.intersects(visible_); }

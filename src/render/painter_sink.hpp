@@ -44,14 +44,14 @@ class PainterSink final : public engine::OutlineSink {
 public:
     struct Settings {
         double dotsPerMillimetre = 150.0 / 25.4;
-        double linetypeScale = 1.0;   ///< LTSCALE, and what paper space makes of it
-        int defaultLineweight = 25;   ///< hundredths of a millimetre
-        bool fill = true;             ///< FILLMODE
-        int pointMode = 0;            ///< PDMODE
-        double pointSize = 0.0;       ///< PDSIZE
+        double linetypeScale = 1.0;  ///< LTSCALE, and what paper space makes of it
+        int defaultLineweight = 25;  ///< hundredths of a millimetre
+        bool fill = true;            ///< FILLMODE
+        int pointMode = 0;           ///< PDMODE
+        double pointSize = 0.0;      ///< PDSIZE
         engine::Rgb background{255, 255, 255};
-        bool textAsFrames = false;    ///< QTEXTMODE
-        std::string folder;           ///< of the drawing's file: where relative image paths start
+        bool textAsFrames = false;  ///< QTEXTMODE
+        std::string folder;         ///< of the drawing's file: where relative image paths start
         PlotLook look;
         TextOutput* textOutput = nullptr;  ///< not owned; null: letters are drawn as shapes
         /// The size of a dot that an eye can tell from its neighbour: 1 pixel, more on devices with finer dots.
@@ -64,7 +64,8 @@ public:
 
     using OutlineSink::fill;
     using OutlineSink::stroke;
-    void stroke(engine::PathView path, const engine::OutlineStyle& style, const engine::StrokeOptions& options) override;
+    void stroke(engine::PathView path, const engine::OutlineStyle& style,
+                const engine::StrokeOptions& options) override;
     void fill(engine::PathView rings, const engine::OutlineStyle& style, const engine::FillOptions& options) override;
     void text(const engine::TextRun& run, const engine::OutlineStyle& style) override;
     void image(const engine::ImageEntity& image, const engine::OutlineStyle& style) override;
@@ -75,7 +76,10 @@ public:
                  const engine::OutlineStyle& style) override;
     void line(const math::Vector2& a, const math::Vector2& b, const engine::OutlineStyle& style) override;
     /// A new entity begins: what one entity may cost is counted from here.
-    void beginEntity() { marks_ = 0; }
+    void beginEntity() {
+        marks_ = 0;
+        ink_ = 0.0;
+    }
     bool wants(const math::Bounds2& extents) const override;
     bool wantsLayer(engine::Name layer) const override { return layers_.isShown(layer); }
     void pushClip(engine::PathView path, bool inverted) override;
@@ -85,14 +89,16 @@ private:
     /// A style with everything looked up.
     struct Look {
         QColor color;
-        double width = 1.0;                      ///< pixels, at least 1
+        double width = 1.0;                          ///< pixels, at least 1
         const engine::Linetype* linetype = nullptr;  ///< null: continuous
-        double dashScale = 1.0;                  ///< pixels for a unit of the pattern
+        double dashScale = 1.0;                      ///< pixels for a unit of the pattern
         double opacity = 1.0;
     };
     const Look& look(const engine::OutlineStyle& style);
     void usePen(const Look& look);
     void useOpacity(double opacity);
+    /// Counts pixels of line; false when the entity has drawn more than any picture can show.
+    bool takeInk(double length);
     void drawChain(std::span<const math::Vector2> points, bool closed);
     void drawFigure(Figure& figure, const Look& look, bool dashed, bool throughVertices);
     void drawWide(Figure& figure, const Look& look, const engine::StrokeOptions& options);
@@ -114,8 +120,8 @@ private:
     const LayerLook& layers_;
     Settings settings_;
     Flattener flattener_;
-    math::Bounds2 visible_;        ///< drawing coordinates
-    math::Bounds2 guard_;          ///< pixels beyond which nothing is handed to the painter
+    math::Bounds2 visible_;  ///< drawing coordinates
+    math::Bounds2 guard_;    ///< pixels beyond which nothing is handed to the painter
     engine::OutlineStyle lastStyle_;
     Look look_;
     bool hasLook_ = false;
@@ -127,6 +133,7 @@ private:
     std::map<std::string, QImage> pictures_;
     std::map<std::pair<const void*, std::string>, engine::Path> shapes_;  ///< of complex linetypes
     int clips_ = 0;
+    double ink_ = 0.0;       ///< pixels of line drawn for the entity
     std::size_t marks_ = 0;  ///< points drawn for shapes and texts in the entity's linetype
 };
 

@@ -66,8 +66,7 @@ void paintPage(QPainter& painter, const engine::Drawing& drawing, const PlotPage
     request.look.transparency = page.setup.plotTransparency;
     if (page.scaleLineweights) request.look.lineweightFactor = place.scale;
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setClipRect(
-        QRectF(place.clip.min.x, place.clip.min.y, place.clip.width(), place.clip.height()));
+    painter.setClipRect(QRectF(place.clip.min.x, place.clip.min.y, place.clip.width(), place.clip.height()));
     const engine::Layout* layout = page.layout.empty() ? nullptr : drawing.findLayout(page.layout);
     if (layout != nullptr)
         paintLayout(painter, drawing, *layout, place.view, request);
@@ -141,7 +140,8 @@ PagePlacement placePage(const engine::Drawing& drawing, const PlotPage& page, do
     place.width = paperSide(setup.paperWidth);
     place.height = paperSide(setup.paperHeight);
     const Bounds2 paper{{0.0, 0.0}, {place.width, place.height}};
-    const Vector2 offset{std::isfinite(setup.offsetX) ? setup.offsetX : 0.0, std::isfinite(setup.offsetY) ? setup.offsetY : 0.0};
+    const Vector2 offset{std::isfinite(setup.offsetX) ? setup.offsetX : 0.0,
+                         std::isfinite(setup.offsetY) ? setup.offsetY : 0.0};
     const bool layout = !page.layout.empty() && drawing.findLayout(page.layout) != nullptr;
     const auto area = static_cast<PlotArea>(setup.plotArea);
 
@@ -198,9 +198,12 @@ QByteArray plot(const engine::Drawing& drawing, std::span<const PlotPage> pages,
                 const SpaceQuery& query) {
     if (pages.empty()) return {};
     switch (format) {
-        case PlotFormat::Svg: return plotSvg(drawing, pages.front(), query);
-        case PlotFormat::Png: return plotPng(drawing, pages.front(), query);
-        default: return plotPdf(drawing, pages, query);
+        case PlotFormat::Svg:
+            return plotSvg(drawing, pages.front(), query);
+        case PlotFormat::Png:
+            return plotPng(drawing, pages.front(), query);
+        default:
+            return plotPdf(drawing, pages, query);
     }
 }
 

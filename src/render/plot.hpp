@@ -11,11 +11,11 @@ namespace kova::render {
 
 /// Where a page's drawing lies on its paper.
 struct PagePlacement {
-    double width = 0.0;      ///< of the paper, millimetres
+    double width = 0.0;  ///< of the paper, millimetres
     double height = 0.0;
-    double scale = 1.0;      ///< millimetres for a drawing unit
-    View view;               ///< to dots, from the paper's upper left corner
-    math::Bounds2 clip;      ///< in dots
+    double scale = 1.0;  ///< millimetres for a drawing unit
+    View view;           ///< to dots, from the paper's upper left corner
+    math::Bounds2 clip;  ///< in dots
 };
 /// Lays a page out. A layout's own area is its sheet, whose origin is the paper's lower left corner; any other area
 /// stands within the margins, fitted or to scale, in their middle or from their lower left corner, moved by the offset.

@@ -118,7 +118,8 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
 void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& view, const RenderRequest& request,
                 bool everything) {
     const LayerLook layers(drawing);
-    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, sinkSettings(drawing, request), request, everything);
+    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, sinkSettings(drawing, request), request,
+               everything);
 }
 
 void paintLayout(QPainter& painter, const engine::Drawing& drawing, const engine::Layout& layout, const View& view,
@@ -191,8 +192,10 @@ void render(QPainter& painter, const engine::Drawing& drawing, const RenderReque
     const QRectF page(0.0, 0.0, request.width, request.height);
     painter.fillRect(page, QColor(request.background.red, request.background.green, request.background.blue));
     painter.setClipRect(page);
-    if (request.layout != nullptr) renderLayout(painter, drawing, request);
-    else renderModel(painter, drawing, request);
+    if (request.layout != nullptr)
+        renderLayout(painter, drawing, request);
+    else
+        renderModel(painter, drawing, request);
     painter.restore();
 }
 

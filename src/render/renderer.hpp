@@ -20,7 +20,8 @@ void paintLayout(QPainter& painter, const engine::Drawing& drawing, const engine
                  const RenderRequest& request);
 
 /// The drawing as a picture: sizes below 16 are raised to 16; model space, or the active layout when TILEMODE is 0.
-QImage renderImage(const engine::Drawing& drawing, int width, int height,
-                   const std::function<std::vector<engine::Entity*>(engine::EntityList&, const math::Bounds2&)>& query = {});
+QImage renderImage(
+    const engine::Drawing& drawing, int width, int height,
+    const std::function<std::vector<engine::Entity*>(engine::EntityList&, const math::Bounds2&)>& query = {});
 
 }  // namespace kova::render

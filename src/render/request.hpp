@@ -17,9 +17,9 @@ enum class Area : std::int16_t { Default = 0, Extents = 1, Display = 2, Window =
 /// What becomes of colours, lineweights and transparency on paper.
 struct PlotLook {
     engine::PlotColors colors = engine::PlotColors::AsDrawn;
-    bool lineweights = true;        ///< false: all lines as thin as can be
+    bool lineweights = true;  ///< false: all lines as thin as can be
     double lineweightFactor = 1.0;
-    bool transparency = true;       ///< false: everything is opaque
+    bool transparency = true;  ///< false: everything is opaque
 };
 
 class TextOutput;
@@ -30,11 +30,11 @@ struct RenderRequest {
     double height = 1000.0;  ///< pixels
     double dpi = 150.0;
     Area area = Area::Extents;
-    math::Bounds2 window;          ///< drawing units, for Area::Window
-    bool useScale = false;         ///< the fixed scale below instead of fitting
-    double scalePaper = 1.0;       ///< paper millimetres ...
-    double scaleDrawing = 1.0;     ///< ... per drawing units
-    double offsetX = 0.0;          ///< millimetres, when not centred
+    math::Bounds2 window;       ///< drawing units, for Area::Window
+    bool useScale = false;      ///< the fixed scale below instead of fitting
+    double scalePaper = 1.0;    ///< paper millimetres ...
+    double scaleDrawing = 1.0;  ///< ... per drawing units
+    double offsetX = 0.0;       ///< millimetres, when not centred
     double offsetY = 0.0;
     bool centered = true;
     const engine::Layout* layout = nullptr;  ///< paper space; null: model space

@@ -33,11 +33,16 @@ QByteArray matrix(const QTransform& t) {
 /// A character as XML holds it; nothing for those that XML cannot hold.
 QByteArray escaped(char32_t c) {
     switch (c) {
-        case '<': return "&lt;";
-        case '>': return "&gt;";
-        case '&': return "&amp;";
-        case '"': return "&quot;";
-        default: break;
+        case '<':
+            return "&lt;";
+        case '>':
+            return "&gt;";
+        case '&':
+            return "&amp;";
+        case '"':
+            return "&quot;";
+        default:
+            break;
     }
     if (c < 0x20 || (c >= 0xD800 && c < 0xE000) || c == 0xFFFE || c == 0xFFFF || c > 0x10FFFF) return {};
     return QString::fromUcs4(&c, 1).toUtf8();
@@ -54,8 +59,9 @@ QByteArray escaped(const QString& text) {
 class SvgEngine final : public QPaintEngine {
 public:
     explicit SvgEngine(double millimetresPerDot)
-        : QPaintEngine(PrimitiveTransform | PatternTransform | PixmapTransform | PatternBrush | MaskedBrush | AlphaBlend |
-                       PainterPaths | Antialiasing | BrushStroke | ConstantOpacity | PaintOutsidePaintEvent),
+        : QPaintEngine(PrimitiveTransform | PatternTransform | PixmapTransform | PatternBrush | MaskedBrush |
+                       AlphaBlend | PainterPaths | Antialiasing | BrushStroke | ConstantOpacity |
+                       PaintOutsidePaintEvent),
           toPage_(QTransform::fromScale(millimetresPerDot, millimetresPerDot)) {}
 
     bool begin(QPaintDevice*) override { return true; }
@@ -130,11 +136,13 @@ public:
         const QTransform turned(place.m11() / size, place.m12() / size, place.m21() / size, place.m22() / size,
                                 place.dx(), place.dy());
         QByteArray look = "<text xml:space=\"preserve\" transform=\"" + matrix(turned) + "\" font-family=\"" +
-                          escaped(text.font.familyName()) + "\" font-size=\"" + number(text.font.pixelSize() * size) + '"';
+                          escaped(text.font.familyName()) + "\" font-size=\"" + number(text.font.pixelSize() * size) +
+                          '"';
         if (text.font.weight() > QFont::Medium) look += " font-weight=\"bold\"";
         if (text.font.style() != QFont::StyleNormal) look += " font-style=\"italic\"";
         look += " fill=\"" + text.color.name().toUtf8() + '"' + opacityOf("opacity", opacity_ * text.color.alphaF());
-        const bool level = std::all_of(text.positions.begin(), text.positions.end(), [](const QPointF& p) { return p.y() == 0.0; });
+        const bool level =
+            std::all_of(text.positions.begin(), text.positions.end(), [](const QPointF& p) { return p.y() == 0.0; });
         QByteArray xs;
         QByteArray letters;
         for (std::size_t i = 0; i < text.characters.size(); ++i) {
@@ -143,7 +151,8 @@ public:
             const QByteArray x = number(text.positions[i].x() * size);
             if (!level) {
                 // Letters below each other stand alone: not every viewer follows lists of places.
-                body_ += look + " x=\"" + x + "\" y=\"" + number(text.positions[i].y() * size) + "\">" + letter + "</text>\n";
+                body_ += look + " x=\"" + x + "\" y=\"" + number(text.positions[i].y() * size) + "\">" + letter +
+                         "</text>\n";
                 continue;
             }
             letters += letter;
@@ -154,9 +163,9 @@ public:
     }
 
 private:
-
     static QByteArray opacityOf(const char* name, double opacity) {
-        return opacity < 0.999 ? ' ' + QByteArray(name) + "=\"" + number(std::max(opacity, 0.0), 3) + '"' : QByteArray();
+        return opacity < 0.999 ? ' ' + QByteArray(name) + "=\"" + number(std::max(opacity, 0.0), 3) + '"'
+                               : QByteArray();
     }
 
     static QByteArray data(const QPainterPath& path) {
@@ -173,7 +182,7 @@ private:
                 case QPainterPath::LineToElement: {
                     const bool last = i + 1 == path.elementCount() || path.elementAt(i + 1).isMoveTo();
                     d += last && QPointF(e) == start && i > 1 && !path.elementAt(i - 1).isMoveTo() ? QByteArray("Z")
-                                                                                                  : 'L' + at;
+                                                                                                   : 'L' + at;
                     break;
                 }
                 case QPainterPath::CurveToElement:
@@ -196,14 +205,16 @@ private:
         if (filled && brush_.style() == Qt::TexturePattern) {
             flush();
             const int id = writeClip(path);
-            writeImage(brush_.textureImage(), brush_.transform() * matrix_, " clip-path=\"url(#c" + QByteArray::number(id) + ")\"");
+            writeImage(brush_.textureImage(), brush_.transform() * matrix_,
+                       " clip-path=\"url(#c" + QByteArray::number(id) + ")\"");
             if (!stroked) return;
         }
         const bool flat = filled && brush_.style() != Qt::TexturePattern;
         if (!flat && !stroked) return;
         QByteArray look;
         if (flat) {
-            look += " fill=\"" + brush_.color().name().toUtf8() + '"' + opacityOf("fill-opacity", opacity_ * brush_.color().alphaF());
+            look += " fill=\"" + brush_.color().name().toUtf8() + '"' +
+                    opacityOf("fill-opacity", opacity_ * brush_.color().alphaF());
             if (path.fillRule() == Qt::OddEvenFill) look += " fill-rule=\"evenodd\"";
         } else {
             look += " fill=\"none\"";
@@ -211,7 +222,8 @@ private:
         if (stroked) {
             const double scale = pen_.isCosmetic() ? toPage_.m11() : std::sqrt(std::abs(matrix_.determinant()));
             look += " stroke=\"" + pen_.color().name().toUtf8() + "\" stroke-width=\"" +
-                    number(std::max(pen_.widthF(), 1.0) * scale) + '"' + opacityOf("stroke-opacity", opacity_ * pen_.color().alphaF());
+                    number(std::max(pen_.widthF(), 1.0) * scale) + '"' +
+                    opacityOf("stroke-opacity", opacity_ * pen_.color().alphaF());
             look += pen_.capStyle() == Qt::RoundCap    ? " stroke-linecap=\"round\""
                     : pen_.capStyle() == Qt::SquareCap ? " stroke-linecap=\"square\""
                                                        : "";
@@ -242,7 +254,8 @@ private:
         buffer.open(QIODevice::WriteOnly);
         if (!image.save(&buffer, "PNG")) return;
         body_ += "<g" + groupAttributes + opacityOf("opacity", opacity_) + "><image transform=\"" + matrix(place) +
-                 "\" width=\"" + QByteArray::number(image.width()) + "\" height=\"" + QByteArray::number(image.height()) +
+                 "\" width=\"" + QByteArray::number(image.width()) + "\" height=\"" +
+                 QByteArray::number(image.height()) +
                  "\" preserveAspectRatio=\"none\" xlink:href=\"data:image/png;base64," + png.toBase64() + "\"/></g>\n";
     }
 
@@ -319,19 +332,29 @@ QByteArray SvgDevice::document() const {
 int SvgDevice::metric(PaintDeviceMetric metric) const {
     const auto dots = [&](double mm) { return static_cast<int>(std::ceil(mm / 25.4 * dpi_)); };
     switch (metric) {
-        case PdmWidth: return dots(width_);
-        case PdmHeight: return dots(height_);
-        case PdmWidthMM: return static_cast<int>(std::lround(width_));
-        case PdmHeightMM: return static_cast<int>(std::lround(height_));
+        case PdmWidth:
+            return dots(width_);
+        case PdmHeight:
+            return dots(height_);
+        case PdmWidthMM:
+            return static_cast<int>(std::lround(width_));
+        case PdmHeightMM:
+            return static_cast<int>(std::lround(height_));
         case PdmDpiX:
         case PdmDpiY:
         case PdmPhysicalDpiX:
-        case PdmPhysicalDpiY: return dpi_;
-        case PdmNumColors: return 0x7fffffff;
-        case PdmDepth: return 32;
-        case PdmDevicePixelRatio: return 1;
-        case PdmDevicePixelRatioScaled: return static_cast<int>(devicePixelRatioFScale());
-        default: return 0;
+        case PdmPhysicalDpiY:
+            return dpi_;
+        case PdmNumColors:
+            return 0x7fffffff;
+        case PdmDepth:
+            return 32;
+        case PdmDevicePixelRatio:
+            return 1;
+        case PdmDevicePixelRatioScaled:
+            return static_cast<int>(devicePixelRatioFScale());
+        default:
+            return 0;
     }
 }
 

@@ -13,8 +13,8 @@ namespace kova::render {
 struct View {
     // pixel x = a * x + b * y + dx, pixel y = c * x + d * y + dy
     double a = 1.0, b = 0.0, c = 0.0, d = -1.0, dx = 0.0, dy = 0.0;
-    double scale = 1.0;          ///< pixels per drawing unit
-    math::Bounds2 pixels;        ///< the visible rectangle in pixels
+    double scale = 1.0;    ///< pixels per drawing unit
+    math::Bounds2 pixels;  ///< the visible rectangle in pixels
 
     /// The view that puts `center` (drawing) on the middle of a picture.
     static View centred(double width, double height, double scale, const math::Vector2& center) {

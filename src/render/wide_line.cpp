@@ -12,8 +12,10 @@ constexpr double kSharpest = 0.12;
 std::vector<std::array<Vector2, 4>> widenLine(std::span<const WidePoint> points, bool closed) {
     std::vector<WidePoint> line;
     for (const WidePoint& p : points) {
-        if (!line.empty() && line.back().p.distance_to(p.p) < 1e-9) line.back().widthOut = p.widthOut;
-        else line.push_back(p);
+        if (!line.empty() && line.back().p.distance_to(p.p) < 1e-9)
+            line.back().widthOut = p.widthOut;
+        else
+            line.push_back(p);
     }
     if (closed && line.size() > 1 && line.front().p.distance_to(line.back().p) < 1e-9) {
         line.front().widthIn = line.back().widthIn;

@@ -7,6 +7,7 @@
 #include "cmd/draw_harness.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
+#include "engine/entities/text.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {
@@ -171,6 +172,30 @@ TEST_F(Attributes, FollowTheirDefinitions) {
     EXPECT_EQ(second.attributes[1].value, "steel");
     EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: ATTSYNC"});
     EXPECT_EQ(references()[1]->attributes[1].tag, "LEN");
+}
+
+TEST_F(Attributes, GetOneValueByGatte) {
+    EXPECT_EQ(c.run({"GATTE", "B", "Bolt", "COLOR"}), Lines{"Attribute \"COLOR\" not found."});
+    c.feed("len");
+    EXPECT_EQ(c.prompt(), "Number of inserts in drawing = 2  Process all of them? [Yes/No] <Yes>:");
+    EXPECT_EQ(c.run({"", "99"}), Lines{"2 attributes changed."});
+    EXPECT_EQ(value(0, 1), "99");
+    EXPECT_EQ(value(1, 1), "99");
+    EXPECT_EQ(value(1, 0), "M8");
+}
+
+TEST_F(Attributes, BecomeTextsByBurst) {
+    references()[1]->attributes[1].invisible = true;
+    EXPECT_EQ(c.run({"BURST", "ALL", ""}), Lines{"2 block references exploded."});
+    std::vector<std::string> texts;
+    for (const engine::Entity* e : c.entities())
+        if (const auto* text = dynamic_cast<const engine::TextEntity*>(e)) texts.push_back(text->content);
+    EXPECT_EQ(texts, (std::vector<std::string>{"M8", "20", "M8"}));
+    EXPECT_EQ(c.count(), 5u);
+    // The second line came from layer "0" of the block.
+    EXPECT_EQ(c.entities()[3]->layer, "L");
+    EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: BURST"});
+    EXPECT_EQ(c.count(), 2u);
 }
 
 // Extraction -----------------------------------------------------------------------------------------------

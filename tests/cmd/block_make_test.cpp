@@ -324,6 +324,27 @@ TEST(Insert, RefusesAFileThatWouldContainItself) {
     EXPECT_EQ(c.run({"INSERT", "New=" + path}).back(), "Could not open " + path + ": damaged");
 }
 
+TEST(Insert, SurvivesTheLossOfItsBlock) {
+    DrawConsole c;
+    auto definition = attribute("NO", "1");
+    makeBlock(c, "B").entities.append(std::make_unique<AttributeDefinitionEntity>(definition));
+    c.run({"INSERT", "B", "0,0", "", "'NEW", "", "", ""});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.count(), 0u);
+}
+
+TEST(Insert, ConvertsTheUnitsOfAFile) {
+    FileConsole c;
+    c.fill = [](engine::Drawing& d) {
+        d.integerVariables["INSUNITS"] = 1;  // inches, into a drawing of millimetres
+        d.modelSpace().append(std::make_unique<LineEntity>(Vector2{0, 0}, Vector2{2, 0}));
+    };
+    c.file("inch.kvcad");
+    c.drawing().fileName = (c.folder / "main.kvcad").string();
+    EXPECT_EQ(c.run({"INSERT", "inch", "0,0", "", "", ""}), Lines{"Units of the file converted, factor 25.4."});
+    EXPECT_NEAR(c.only<BlockReferenceEntity>().bounds().max.x, 50.8, 1e-9);
+}
+
 TEST(Minsert, MakesAGrid) {
     DrawConsole c;
     makeBlock(c, "B");

@@ -56,6 +56,14 @@ TEST(Hatch, PickedPointWithIslandStyles) {
     }
 }
 
+TEST(Hatch, AnAreaPickedTwiceCountsOnce) {
+    DrawConsole c;
+    c.run({"RECTANGLE", "0,0", "10,10", "CIRCLE", "5,5", "2"});
+    EXPECT_EQ(c.run({"HATCH", "1,1", "9,9"}), Lines{"That area is chosen already."});
+    c.run({"5,5", ""});
+    EXPECT_EQ(hatchOf(c).loops.size(), 3u);
+}
+
 TEST(Hatch, PatternScaleAngleStay) {
     DrawConsole c;
     drawPlate(c);

@@ -63,6 +63,25 @@ TEST_F(FileCommands, OpenAndSaveasNeedANameWhileDialogsAreOn) {
     EXPECT_EQ(c.calls.back(), "save out.txt");
 }
 
+TEST_F(FileCommands, OpenTakesTheAnswerThatOldScriptsGiveFirst) {
+    c.run({"FILEDIA 0", "LINE 0,0 1,1", "", "OPEN", "Y", "next.dxf"});
+    ASSERT_FALSE(c.calls.empty());
+    EXPECT_EQ(c.calls, Lines{"open next.dxf"});
+    // Nothing to give up: it is a name.
+    c.document.setModified(false);
+    c.run({"OPEN", "Y"});
+    EXPECT_EQ(c.calls.back(), "open Y");
+    EXPECT_TRUE(c.idle());
+}
+
+TEST_F(FileCommands, DxfoutNamesItsFile) {
+    EXPECT_EQ(c.feed("DXFOUT"), Lines{"The drawing has no file name yet: give one."});
+    // The console writes nothing: what counts is that the name got there.
+    EXPECT_EQ(c.feed("DXFOUT out 16"), Lines{"Files cannot be written here."});
+    EXPECT_EQ(c.feed("IMPORT nowhere"), Lines{"File not found: nowhere"});
+    EXPECT_EQ(c.feed("DXFIN " + write("note.txt", "x")), Lines{"Unsupported file type \".txt\"."});
+}
+
 TEST_F(FileCommands, SaveNewClose) {
     c.feed("SAVE");
     EXPECT_EQ(c.calls.back(), "save ");

@@ -197,7 +197,7 @@ TEST(Overkill, GrowsAsNLogN) {
     c.run({"OVERKILL", "ALL", "", ""});
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     EXPECT_EQ(c.count(), 2u * kMany);
-    EXPECT_LT(seconds, 10.0);
+    EXPECT_LT(seconds, 100.0);
     RecordProperty("seconds", std::to_string(seconds));
 }
 

@@ -28,8 +28,27 @@ bool is(const engine::PageSetup& setup, PlotArea area) { return setup.plotArea =
 
 TEST(PlotCommand, DetailedAnswersOfScriptsBuildThePage) {
     PlotConsole c;
-    c.run({"-PLOT", "Y", "Layout1", "DWG To PDF.pc3", "ISO full bleed A2 (594.00 x 420.00 MM)", "M", "P", "Y", "E",
-           "1=2", "5,7", "Y", "monochrome.ctb", "N", "N", "N", "N", "Y", "/tmp/a sheet", "N", "Y"});
+    c.run({"-PLOT",
+           "Y",
+           "Layout1",
+           "DWG To PDF.pc3",
+           "ISO full bleed A2 (594.00 x 420.00 MM)",
+           "M",
+           "P",
+           "Y",
+           "E",
+           "1=2",
+           "5,7",
+           "Y",
+           "monochrome.ctb",
+           "N",
+           "N",
+           "N",
+           "N",
+           "Y",
+           "/tmp/a sheet",
+           "N",
+           "Y"});
     ASSERT_TRUE(c.idle()) << c.prompt();
     ASSERT_EQ(c.plotted.size(), 1U);
     EXPECT_EQ(c.paths.back(), "/tmp/a sheet.pdf");
@@ -52,8 +71,8 @@ TEST(PlotCommand, DetailedAnswersOfScriptsBuildThePage) {
 
 TEST(PlotCommand, ModelWindowInInchesWithTheFileNamedAtOnce) {
     PlotConsole c;
-    c.run({"PLOT", "Yes", "Model", "", "A4", "Inches", "Landscape", "No", "Window", "10,10", "60,40", "1:4", "Center",
-           "No", ".", "Yes", "W", "/tmp/m.svg.pdf", "", ""});
+    c.run({"PLOT", "Yes",    "Model", "",  "A4",  "Inches", "Landscape",      "No", "Window", "10,10", "60,40",
+           "1:4",  "Center", "No",    ".", "Yes", "W",      "/tmp/m.svg.pdf", "",   ""});
     ASSERT_TRUE(c.idle()) << c.prompt();
     ASSERT_EQ(c.plotted.size(), 1U);
     EXPECT_TRUE(c.plotted[0].layout.empty());
@@ -118,14 +137,16 @@ TEST(PlotCommand, ExportsOfSpacesAndLayouts) {
 TEST(PlotCommand, ScalesAsTheyAreTyped) {
     engine::PageSetup setup;
     const auto scale = [&](const char* text, double unit = 1.0) {
-        return parsePlotScale(text, unit, setup) ? (setup.scaleType == 0 ? 0.0 : setup.scalePaper / setup.scaleDrawing) : -1.0;
+        return parsePlotScale(text, unit, setup) ? (setup.scaleType == 0 ? 0.0 : setup.scalePaper / setup.scaleDrawing)
+                                                 : -1.0;
     };
     EXPECT_EQ(scale("1=50"), 0.02);
     EXPECT_EQ(scale(" 2 : 1 "), 2.0);
     EXPECT_EQ(scale("0.25"), 0.25);
     EXPECT_EQ(scale("_F"), 0.0);
     EXPECT_EQ(scale("1=1", 25.4), 25.4);
-    for (const char* bad : {"", "x", "1=0", "-1=5", "1=", "=", "1e308=1e-308", "nan"}) EXPECT_EQ(scale(bad), -1.0) << bad;
+    for (const char* bad : {"", "x", "1=0", "-1=5", "1=", "=", "1e308=1e-308", "nan"})
+        EXPECT_EQ(scale(bad), -1.0) << bad;
 }
 
 }  // namespace

@@ -55,16 +55,45 @@ void compare(const std::string& path, const json& a, const json& b, std::vector<
             }
             for (const auto& [key, value] : right)
                 if (left.find(key) == left.end()) out.push_back(path + "[" + key + "]: missing | " + shown(*value));
+            // What stands later is drawn over what stands before.
+            if (path.ends_with("/entities") && a.size() == b.size())
+                for (std::size_t i = 0; i < a.size(); ++i)
+                    if (a[i].value("handle", 0) != b[i].value("handle", 0)) {
+                        out.push_back(path + ": another order from place " + std::to_string(i) + " on");
+                        break;
+                    }
             return;
         }
         if (a.size() != b.size())
-            out.push_back(path + ": " + std::to_string(a.size()) + " | " + std::to_string(b.size()) + " items: " + shown(a) +
-                          " | " + shown(b));
+            out.push_back(path + ": " + std::to_string(a.size()) + " | " + std::to_string(b.size()) +
+                          " items: " + shown(a) + " | " + shown(b));
         for (std::size_t i = 0; i < std::min(a.size(), b.size()); ++i)
             compare(path + "[" + std::to_string(i) + "]", a[i], b[i], out);
     } else if (a != b) {
         out.push_back(path + ": " + shown(a) + " | " + shown(b));
     }
+}
+
+void rename(json& value, const std::map<std::string, std::string>& names) {
+    if (value.is_string()) {
+        if (const auto found = names.find(value.get_ref<const std::string&>()); found != names.end())
+            value = found->second;
+    } else if (value.is_structured()) {
+        for (json& item : value) rename(item, names);
+    }
+}
+
+/// Programs number anonymous blocks anew when they save: these go by their first entity.
+void nameByContent(json& drawing) {
+    if (!drawing.contains("blocks")) return;
+    std::map<std::string, std::string> names;
+    for (const json& block : drawing["blocks"]) {
+        const std::string name = block["name"];
+        const bool numbered = name.starts_with("*D") || name.starts_with("*T");
+        if (numbered && block.contains("entities") && !block["entities"].empty())
+            names[name] = name.substr(0, 2) + " with " + block["entities"][0]["handle"].dump();
+    }
+    rename(drawing, names);
 }
 
 }  // namespace
@@ -75,6 +104,8 @@ std::vector<std::string> differences(const engine::Drawing& a, const engine::Dra
     json right = json::parse(io::native::nativeText(b));
     for (json* drawing : {&left, &right})
         for (const char* member : ignored) drawing->erase(member);
+    nameByContent(left);
+    nameByContent(right);
     std::vector<std::string> found;
     compare("", left, right, found);
     return found;

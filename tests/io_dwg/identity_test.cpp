@@ -3,12 +3,21 @@
 
 #include <QTemporaryDir>
 
+#include <fstream>
+#include <sstream>
+
 #include "engine/drawing.hpp"
+#include "engine/entities/point.hpp"
+#include "engine/entities/solid3d.hpp"
+#include "engine/entities/viewport.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dwg/dwg_save.hpp"
 #include "io_dwg/drawing_difference.hpp"
 #include "io_dxf/rich_drawing.hpp"
 #include "io_native/sample_drawing.hpp"
+#include "kdraw/database.hpp"
+#include "kdraw/decoder.hpp"
+#include "kdraw/objects/layout.hpp"
 
 namespace kova::test {
 
@@ -39,10 +48,58 @@ TEST(DwgIdentity, NewDrawing) {
     expectIdentity(drawing);
 }
 
+TEST(DwgIdentity, EveryKindAndRecordWithEveryField) {
+    engine::Drawing drawing;
+    fillDrawing(drawing);
+    soundShapes(drawing);
+    expectIdentity(drawing);
+}
+
 TEST(DwgIdentity, EveryKindAsAUserDrawsIt) {
     engine::Drawing drawing;
     fillRichDrawing(drawing);
     expectIdentity(drawing);
+}
+
+TEST(DwgIdentity, SolidsThatAreOnlyTextAreCounted) {
+    engine::Drawing drawing;
+    auto solid = std::make_unique<engine::Solid3DEntity>();
+    solid->sat = "400 0 1 0\nEnd-of-ACIS-data\n";
+    drawing.modelSpace().append(std::move(solid));
+    drawing.modelSpace().append(std::make_unique<engine::PointEntity>());
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath("drawing.dwg").toStdString();
+    io::dwg::DwgSaveReport report;
+    ASSERT_EQ(io::dwg::saveDwg(drawing, path, "", &report), "");
+    EXPECT_EQ(report.total, 2u);
+    EXPECT_EQ(report.dropped, 1u);
+    engine::Drawing again;
+    ASSERT_TRUE(io::dwg::loadDwg(path, again).success);
+    EXPECT_EQ(again.modelSpace().size(), 1u);
+}
+
+/// Other programs take the first viewport of a layout for the sheet itself.
+TEST(DwgIdentity, FirstViewportOfALayoutIsTheSheet) {
+    engine::Drawing drawing;
+    fillRichDrawing(drawing);
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath("drawing.dwg").toStdString();
+    ASSERT_EQ(io::dwg::saveDwg(drawing, path, "2018"), "");
+    std::ifstream in(path, std::ios::binary);
+    std::stringstream bytes;
+    bytes << in.rdbuf();
+    kdraw::Database database;
+    ASSERT_EQ(kdraw::decode(bytes.str(), database), "");
+    std::size_t layouts = 0;
+    for (const auto& object : database.objects) {
+        const auto* layout = dynamic_cast<const kdraw::Layout*>(object.get());
+        if (layout == nullptr || layout->viewports.empty()) continue;
+        ++layouts;
+        const engine::Entity* window = drawing.findByHandle(layout->viewports.front());
+        EXPECT_TRUE(window == nullptr || static_cast<const engine::ViewportEntity*>(window)->isSheet());
+        EXPECT_GE(layout->viewports.size(), 2u);
+    }
+    EXPECT_EQ(layouts, 2u);
 }
 
 }  // namespace kova::test

@@ -211,7 +211,11 @@ void fillShapes(EntityList& list) {
     shape.rotation = 0.7;
     auto& body = add<Solid3DEntity>(list);
     body.modelerVersion = 2;
-    body.sab = std::string("ACIS BinaryFile") + std::string(300, '\x07');
+    body.sab = std::string("ACIS BinaryFile") + std::string(300, '\x07') +
+               "\x0E\x03"
+               "End\x0E\x02of\x0E\x04"
+               "ACIS\x0D\x04"
+               "data";
     auto& region = add<RegionEntity>(list);
     region.vertices = {{0, 0}, {4, 0}, {4, 4}};
     region.bulges = {0, 1, 0};

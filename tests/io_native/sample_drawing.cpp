@@ -1,6 +1,9 @@
 #include "io_native/sample_drawing.hpp"
 
 #include "engine/entities/hatch.hpp"
+#include "engine/entities/mesh.hpp"
+#include "engine/entities/solid3d.hpp"
+#include "engine/entities/spline.hpp"
 #include "io_native/field_visitors.hpp"
 
 namespace kova::test {
@@ -61,7 +64,32 @@ void fillEntities(EntityList& list, int seed) {
     for (int t = 0; t < kEntityTypeCount; ++t) addFilledEntity(list, static_cast<EntityType>(t), seed + t * 40);
 }
 
+void soundEntities(EntityList& list) {
+    for (Entity& e : list) {
+        if (auto* spline = dynamic_cast<SplineEntity*>(&e)) {
+            spline->degree = 2;
+            spline->knots = {0, 0, 0, 0.5, 1, 1};
+        }
+        if (auto* mesh = dynamic_cast<MeshEntity*>(&e)) {
+            mesh->rows = mesh->cols = 2;
+            mesh->vertices.push_back({1, 2, 3});
+        }
+        if (auto* solid = dynamic_cast<Solid3DEntity*>(&e))
+            solid->sab = "ACIS BinaryFile" + solid->sab +
+                         "\x0E\x03"
+                         "End\x0E\x02of\x0E\x04"
+                         "ACIS\x0D\x04"
+                         "data";
+    }
+}
+
 }  // namespace
+
+void soundShapes(Drawing& drawing) {
+    soundEntities(drawing.modelSpace());
+    soundEntities(drawing.findBlock("Door")->entities);
+    for (const auto& layout : drawing.layouts()) soundEntities(layout->entities);
+}
 
 std::unique_ptr<Entity> filledEntity(EntityType type, int seed) {
     FillVisitor fill(seed);
@@ -132,6 +160,12 @@ void fillDrawing(Drawing& d) {
         block.describeHead(fill);
         block.describeDynamic(fill);
         block.name = Name(name);
+        // What an external reference holds stands in its own file; this one has entities.
+        if (block.name == "Door") {
+            block.xrefType = XrefType::None;
+            block.xrefStatus = XrefStatus::Unloaded;
+            block.xrefPath.clear();
+        }
     }
     fillEntities(d.findBlock("Door")->entities, 4000);
     fillEntities(d.modelSpace(), 6000);

@@ -17,6 +17,9 @@ engine::Entity& addFilledEntity(engine::EntityList& list, engine::EntityType typ
 /// and in a layout, every field set.
 void fillDrawing(engine::Drawing& drawing);
 
+/// Makes what the general filling leaves without a meaning fit to be drawn.
+void soundShapes(engine::Drawing& drawing);
+
 /// Where two texts first differ, with what stands around; empty when they are equal.
 std::string firstDifference(const std::string& a, const std::string& b);
 

@@ -111,6 +111,16 @@ TEST_F(CadTest, EveryKindGoesThroughItsGroups) {
         "((0 . \"WIPEOUT\") (14 0 0 0) (14 5 0 0) (14 5 5 0))",
         "((0 . \"REGION\") (10 0 0 0) (10 5 0 0) (10 5 5 0))",
         "((0 . \"SHAPE\") (10 1 2 0) (40 . 3.0) (2 . \"ARROW\"))",
+        "((0 . \"MULTILEADER\") (300 . \"CONTEXT_DATA{\") (40 . 1.0) (10 12 8 0) (41 . 2.0) (140 . 1.5) (145 . 0.5) "
+        "(290 . 1) (304 . \"Weld\") (296 . 0) (302 . \"LEADER{\") (10 10 8 0) (11 1 0 0) (40 . 1.5) "
+        "(304 . \"LEADER_LINE{\") (10 0 0 0) (10 5 5 0) (305 . \"}\") (303 . \"}\") (301 . \"}\") (172 . 2))",
+        "((0 . \"MULTILEADER\") (300 . \"CONTEXT_DATA{\") (10 1 2 0) (296 . 1) (341 . \"Box\") (301 . \"}\") (172 . "
+        "1))",
+        "((0 . \"ACAD_TABLE\") (10 1 2 0) (91 . 2) (92 . 2) (141 . 9.0) (141 . 7.0) (142 . 30.0) (142 . 20.0) (171 . "
+        "1) "
+        "(175 . 2) (1 . \"Title\") (171 . 1) (173 . 1) (1 . \"\") (171 . 1) (170 . 5) (7 . \"Standard\") (1 . \"a\") "
+        "(171 . "
+        "1) (3 . \"long \") (1 . \"text\"))",
         "((0 . \"IMAGE\") (1 . \"a.png\") (10 1 2 0) (11 0.1 0 0) (12 0 0.1 0) (13 100 50) (281 . 60))",
     };
     for (const char* make : makes) {
@@ -127,6 +137,73 @@ TEST_F(CadTest, EveryKindGoesThroughItsGroups) {
         EXPECT_NE(eval("(entmod l)"), "nil") << make;
         EXPECT_EQ(eval("(equal l (entget made) 1e-9)"), "T") << make << "\n" << eval("(entget made)");
     }
+}
+
+TEST_F(CadTest, SizesOfTheStyleStayTheStyles) {
+    auto leader = std::make_unique<engine::MLeaderEntity>();
+    leader->heads.push_back({{{0, 0}, {5, 5}}});
+    leader->contentPos = {8, 5};
+    leader->textContent = "old";
+    session.document().addEntity(std::move(leader));
+    EXPECT_NE(eval("(progn (setq l (entget (entlast))) (entmod (subst '(304 . \"new\") (assoc 304 l) l)))"), "nil");
+    EXPECT_EQ(last<engine::MLeaderEntity>().textContent, "new");
+    EXPECT_EQ(last<engine::MLeaderEntity>().textHeight, 0.0) << "the style's still counts";
+    EXPECT_EQ(last<engine::MLeaderEntity>().heads.size(), 1u);
+    EXPECT_EQ(eval("(cdr (assoc 0 (entget (cdr (assoc 340 (member '(301 . \"}\") l))))))"), "\"MLEADERSTYLE\"");
+    auto table = std::make_unique<engine::TableEntity>();
+    table->rows = table->cols = 2;
+    session.document().addEntity(std::move(table));
+    EXPECT_NE(eval("(entmod (append (entget (entlast)) '((171 . 1) (1 . \"first\"))))"), "nil");
+    EXPECT_TRUE(last<engine::TableEntity>().rowHeights.empty());
+    EXPECT_EQ(last<engine::TableEntity>().cell(0, 0)->content, "first");
+    EXPECT_THAT(eval("(entmod (subst '(91 . 2000000000) (assoc 91 (setq l (entget (entlast)))) l))"),
+                HasSubstr("; error"));
+}
+
+TEST_F(CadTest, BodiesGoThroughTheirData) {
+    auto body = std::make_unique<engine::Solid3DEntity>();
+    body->kind = engine::Solid3DEntity::BodyKind::Body;
+    body->sat = "400 3 1 0\nbody $-1 $1 $-1 $-1 #\nlump $-1 $-1 $2 $0 #\nshell ANTEATER $-1 #\nEnd-of-ACIS-data\n";
+    const std::string sat = body->sat;
+    session.document().addEntity(std::move(body));
+    EXPECT_EQ(eval("(progn (setq l (entget (entlast))) (cdr (assoc 1 l)))"), "\"koo l n o\"");
+    ASSERT_NE(eval("(entmakex l)"), "nil");
+    EXPECT_EQ(last<engine::Solid3DEntity>().sat, sat);
+    EXPECT_EQ(last<engine::Solid3DEntity>().kind, engine::Solid3DEntity::BodyKind::Body);
+    EXPECT_NE(eval("(entmod (subst '(8 . \"Bodies\") (assoc 8 l) l))"), "nil");
+    EXPECT_EQ(eval("(entmake '((0 . \"3DSOLID\") (70 . 1) (1 . \"no body\")))"), "nil");
+    EXPECT_EQ(eval("(entmake '((0 . \"3DSOLID\") (70 . 1)))"), "nil");
+    auto binary = std::make_unique<engine::Solid3DEntity>();
+    for (int i = 0; i < 300; ++i) binary->sab += static_cast<char>(i);
+    session.document().addEntity(std::move(binary));
+    EXPECT_EQ(eval("(strlen (cdr (assoc 310 (setq l (entget (entlast))))))"), "254");
+    EXPECT_NE(eval("(entmod l)"), "nil");
+    EXPECT_EQ(last<engine::Solid3DEntity>().sab.size(), 300u);
+    EXPECT_EQ(eval("(equal l (entget (entlast)))"), "T");
+}
+
+TEST_F(CadTest, PicksWithinBlocks) {
+    // A circle in an inner block, which stands turned in an outer one, which stands shifted and doubled.
+    eval(
+        "(entmake '((0 . \"BLOCK\") (2 . \"In\") (10 0 0)))(entmake '((0 . \"CIRCLE\") (10 0 0) (40 . 1)))"
+        "(entmake '((0 . \"LINE\") (10 5 0) (11 9 0)))(entmake '((0 . \"ENDBLK\")))"
+        "(entmake '((0 . \"BLOCK\") (2 . \"Out\") (10 0 0)))"
+        "(entmake (list '(0 . \"INSERT\") '(2 . \"In\") '(10 10 0) (cons 50 (/ pi 2))))(entmake '((0 . \"ENDBLK\")))"
+        "(entmake '((0 . \"INSERT\") (66 . 1) (2 . \"Out\") (10 100 0) (41 . 2.0) (42 . 2.0)))"
+        "(entmake '((0 . \"ATTRIB\") (10 130 0) (40 . 3.0) (1 . \"7\") (2 . \"NO\")))(entmake '((0 . \"SEQEND\")))");
+    session.feed("(setq p (nentsel))");
+    session.feed("120,14");  // on the line, which stands upright above (120,0)
+    EXPECT_EQ(eval("(cdr (assoc 0 (entget (car p))))"), "\"LINE\"");
+    EXPECT_EQ(eval("(caddr p)"), "((0.0 2.0 0.0) (-2.0 0.0 0.0) (0.0 0.0 2.0) (120.0 0.0 0.0))");
+    EXPECT_EQ(eval("(mapcar '(lambda (e) (cdr (assoc 2 (entget e)))) (cadddr p))"), "(\"In\" \"Out\")");
+    EXPECT_EQ(eval("(caddr (nentselp '(118 0)))"),
+              "((0.0 -2.0 0.0 120.0) (2.0 0.0 0.0 0.0) (0.0 0.0 2.0 0.0) (0.0 0.0 0.0 1.0))");
+    EXPECT_EQ(eval("(cdr (assoc 2 (entget (car (setq p (nentselp '(131 1)))))))"), "\"NO\"");
+    EXPECT_EQ(eval("(length p)"), "2");
+    EXPECT_EQ(eval("(nentselp '(500 500))"), "nil");
+    session.feed("(setq p (entsel))");
+    session.feed("120,14");
+    EXPECT_EQ(eval("(eq (car p) (entlast))"), "T");
 }
 
 TEST_F(CadTest, ListsEveryKind) {
@@ -243,6 +320,33 @@ TEST_F(CadTest, Tables) {
         {"MINE", "DICTIONARY", 0, {}, {{"REC", "XRECORD", 0, {"1", "text", "40", "2.5"}, {}}}});
     EXPECT_EQ(eval("(cddr (dictsearch (cdr (assoc 350 (entget (namedobjdict)))) \"rec\"))"),
               "((1 . \"text\") (40 . 2.5))");
+}
+
+TEST_F(CadTest, RecordsAreMadeAndChanged) {
+    eval(
+        "(entmake '((0 . \"LAYER\") (2 . \"Steel\") (70 . 0) (62 . 3)))(setq e (tblobjname \"LAYER\" \"Steel\") l "
+        "(entget e))");
+    EXPECT_NE(eval("(entmod (subst '(62 . -5) (assoc 62 l) (subst '(70 . 4) (assoc 70 l) l)))"), "nil");
+    const engine::Layer* layer = drawing().layers.find("Steel");
+    EXPECT_TRUE(!layer->on && layer->locked && layer->color.bareIndex() == 5);
+    EXPECT_EQ(session.document().history().undoLabel(), "LISP entmod");
+    session.document().undo();
+    EXPECT_TRUE(drawing().layers.find("Steel")->on);
+    EXPECT_EQ(eval("(entmod (subst '(6 . \"NoLinetype\") (assoc 6 l) l))"), "nil");
+    eval(
+        "(entmake '((0 . \"LINE\") (8 . \"Steel\") (10 0 0) (11 1 1)))(entmod (subst '(2 . \"Iron\") '(2 . \"Steel\") "
+        "l))");
+    EXPECT_EQ(last<engine::LineEntity>().layer, "Iron");
+    EXPECT_EQ(eval("(entmod (subst '(2 . \"0\") '(2 . \"Steel\") l))"), "nil") << "the old name is gone";
+    EXPECT_NE(eval("(entmake '((0 . \"LTYPE\") (2 . \"Dots\") (70 . 0) (3 . \". .\") (49 . 0.0) (49 . -2.0)))"), "nil");
+    EXPECT_EQ(drawing().linetypes.find("Dots")->pattern, (std::vector<double>{0.0, -2.0}));
+    EXPECT_NE(eval("(entmake '((0 . \"DIMSTYLE\") (2 . \"Big\") (70 . 0) (140 . 7.5)))"), "nil");
+    EXPECT_EQ(drawing().dimStyles.find("Big")->textHeight, 7.5);
+    eval("(setq d (entget (tblobjname \"DIMSTYLE\" \"Big\")))");
+    EXPECT_NE(eval("(entmod (subst '(140 . 9.0) (assoc 140 d) d))"), "nil");
+    EXPECT_EQ(drawing().dimStyles.find("Big")->textHeight, 9.0);
+    eval("(setq s (entget (tblobjname \"STYLE\" \"Standard\")))(entmod (subst '(41 . 0.8) (assoc 41 s) s))");
+    EXPECT_EQ(drawing().textStyles.find("Standard")->widthFactor, 0.8);
 }
 
 TEST_F(CadTest, SystemVariables) {

@@ -51,7 +51,7 @@ assert.match(await run('ARC', 'C', '3000,1000', '3900,1000', 'A', '90'), /\[read
 await run('-LAYER', 'M', 'Dims', 'C', '1', '', '');
 await run('DIMLINEAR', '0,0', '6000,0', '3000,-800');
 await run('DIMLINEAR', '0,0', '0,4000', '-800,2000');
-await run('TEXT', '800,2000', '250', '0', 'Room 1');
+await run('TEXT', '800,2000', '250', '0', 'Room 1', '');
 assert.match(await run('CIRCLE'), /\[waiting\]/);
 await ok('cancel_command');
 assert.match(text(await ok('run_commands', { commands: ['LINE', '0,0'], cancel_first: true })), /\[waiting\]/);
@@ -93,6 +93,9 @@ await fails('list_entities', { space: 'No such layout' });
 await fails('list_entities', { limit: '5' });
 await fails('run_commands', { commands: 'LINE' });
 await fails('render_image', { width: 'wide' });
+assert.equal(await fails('no_such_tool'), 'Unknown tool: no_such_tool');
+assert.equal(await fails('list_entities', { type: 'FROB' }), 'Unknown entity type: FROB');
+assert.equal(await fails('list_entities', { space: 'Nowhere' }), 'No layout named Nowhere');
 await assert.rejects(client.request({ method: 'no/such/method' }, { parse: value => value }));
 await client.ping();
 

@@ -159,5 +159,70 @@ TEST_F(PythonTest, CommandsWrittenInPython) {
     EXPECT_EQ(show("len(ms)"), "0");
 }
 
+// A generator asks wherever it yields, and waits for the line that is fed next.
+TEST_F(PythonTest, CommandsThatAsk) {
+    good(
+        "from kova.cmd import ask\nended = []\n@cmd.command('PYASK')\ndef pyask():\n    try:\n"
+        "        at = yield ask.point('Center:')\n        if at is None: return\n"
+        "        size = yield ask.distance('Radius or [Unit]:', 'Unit', base=at)\n"
+        "        ms.add(Circle(at, 1 if size == 'UNIT' else size))\n        many = yield ask.integer('Copies:', "
+        "minimum=1)\n"
+        "        for i in range(many): ms.add(Circle(at + (10 * (i + 1), 0), 1))\n"
+        "        picked = yield ask.selection()\n        print('picked', len(picked), picked[0].kind)\n"
+        "    finally: ended.append(1)");
+    session.feed("PYASK");
+    EXPECT_TRUE(session.isWaiting());
+    EXPECT_EQ(session.currentPrompt(), "Center:");
+    session.feed("5,5");
+    EXPECT_EQ(session.currentPrompt(), "Radius or [Unit]:");
+    session.feed("@3,4");
+    EXPECT_EQ(show("ms[-1].radius"), "5.0");
+    session.feed("0");
+    EXPECT_EQ(session.currentPrompt(), "Copies:") << "too small: asked again";
+    session.feed("2");
+    EXPECT_EQ(model().size(), 3u);
+    session.feed("ALL");
+    EXPECT_THAT(session.feed(""), ::testing::Contains("picked 3 Circle"));
+    EXPECT_FALSE(session.isWaiting());
+    EXPECT_EQ(show("(doc.undo(), doc.undo(), len(ms), len(ended))"), "('PYASK', 'PYASK', 0, 1)");
+    // Words on its line answer; Escape ends the generator where it stands.
+    session.feed("PYASK 1,1 U");
+    EXPECT_EQ(show("ms[-1].radius"), "1.0");
+    session.cancel();
+    EXPECT_FALSE(session.isWaiting());
+    EXPECT_EQ(show("len(ended)"), "2");
+    // From other code: answers are fed.
+    good("cmd.run('PYASK', (0, 0), 2, 1, 'ALL', '')");
+    EXPECT_FALSE(session.isWaiting());
+    EXPECT_EQ(model().size(), 3u);
+    // What goes wrong ends the command with a message.
+    good(
+        "@cmd.command('PYBAD')\ndef pybad():\n    word = yield ask.text('Word:')\n    if word == 'raise': raise "
+        "ValueError('no')\n    if word == 'five': yield 5\n    if word == 'new': doc.new()\n    if word == 'run': "
+        "cmd.run('LINE')\n    if word == 'cancel': cmd.cancel()\n    if word == 'stop': raise SystemExit(3)\n"
+        "    with doc.transaction('T'):\n        ms.add(Line((0, 0), (1, 1)))\n        yield ask.point('P:')");
+    const std::pair<const char*, const char*> cases[] = {
+        {"raise", "ValueError: no"},
+        {"five", "TypeError: a command yields questions of kova.cmd.ask, not int"},
+        {"new", "RuntimeError: a new drawing is not possible in a command that asks"},
+        {"run", "another command waits for input"},
+        {"cancel", "RuntimeError: cancelling a command is not possible in a command that asks"},
+        {"stop", "SystemExit: 3"},
+        {"trans", "RuntimeError: a command cannot ask inside a transaction"}};
+    for (const auto& [word, message] : cases) {
+        session.feed("PYBAD");
+        EXPECT_THAT(session.feed(word), ::testing::Contains(HasSubstr(message))) << word;
+        EXPECT_FALSE(session.isWaiting()) << word;
+    }
+    EXPECT_EQ(model().size(), 3u) << "the transaction was rolled back";
+    // A new drawing leaves the command waiting, as any other one.
+    session.feed("PYASK");
+    session.newDrawing();
+    session.feed("1,1");
+    session.feed("2");
+    EXPECT_EQ(show("len(ms)"), "1");
+    session.cancel();
+}
+
 }  // namespace
 }  // namespace kova::script::python

@@ -137,7 +137,8 @@ TEST(Plot, SvgIsInMillimetresWithText) {
     pages.front().setup.plotStyleTable = "monochrome.ctb";
     EXPECT_FALSE(plot(drawing, pages, PlotFormat::Svg).contains("#ff0000"));
     pages.front().setup.plotStyleTable = "Grayscale.ctb";
-    EXPECT_TRUE(plot(drawing, pages, PlotFormat::Svg).contains(QColor(qGray(255, 0, 0), qGray(255, 0, 0), qGray(255, 0, 0)).name().toUtf8()));
+    EXPECT_TRUE(plot(drawing, pages, PlotFormat::Svg)
+                    .contains(QColor(qGray(255, 0, 0), qGray(255, 0, 0), qGray(255, 0, 0)).name().toUtf8()));
 }
 
 TEST(Plot, LineweightsAndTransparencyFollowTheSetup) {

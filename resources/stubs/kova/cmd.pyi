@@ -14,7 +14,10 @@ def command(name: str | Callable | None = None, *, title: Optional[str] = None, 
     """Makes a command of a function: `@command("GRID10")`, or `@command` for the function's own name.
 
     The words behind the command's name on its line are the function's arguments. What it prints goes to the transcript,
-    and what it changes is one undo group. To define the command again replaces the function."""
+    and what it changes is one undo group. To define the command again replaces the function.
+
+    A generator function asks: `center = yield ask.point("Center:")`. It has no arguments (the words behind its name are
+    its first answers); what it changes between two questions is one undo group, and transactions end before a question."""
 
 def feed(*lines: Any) -> List[str]:
     """Feeds lines as they would be typed and gives the transcript lines; a command may go on waiting."""

@@ -1480,8 +1480,8 @@ class AttributeDefinition(Entity):
 class Viewport(Entity):
     """The kind "Viewport".
 
-    Positional arguments: center, width, height, view_target, view_scale, view_twist, on, locked, vp_id, snap_base, snap_spacing, grid_spacing, snap_angle, status_flags, vp_frozen_layers."""
-    def __init__(self, center: Point = ..., width: float = ..., height: float = ..., view_target: Point = ..., view_scale: float = ..., view_twist: float = ..., on: bool = ..., locked: bool = ..., vp_id: int = ..., snap_base: Point = ..., snap_spacing: Point = ..., grid_spacing: Point = ..., snap_angle: float = ..., status_flags: int = ..., vp_frozen_layers: Sequence[str] = ..., *, layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    Positional arguments: center, width, height, view_target, view_scale, view_twist, on, locked, vp_id, snap_base, snap_spacing, grid_spacing, snap_angle, status_flags, vp_frozen_layers, clip_handle."""
+    def __init__(self, center: Point = ..., width: float = ..., height: float = ..., view_target: Point = ..., view_scale: float = ..., view_twist: float = ..., on: bool = ..., locked: bool = ..., vp_id: int = ..., snap_base: Point = ..., snap_spacing: Point = ..., grid_spacing: Point = ..., snap_angle: float = ..., status_flags: int = ..., vp_frozen_layers: Sequence[str] = ..., clip_handle: str = ..., *, layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def center(self) -> Vector2:
         """Vector2, drawing units."""
@@ -1557,6 +1557,11 @@ class Viewport(Entity):
         """list[str]."""
     @vp_frozen_layers.setter
     def vp_frozen_layers(self, value: Sequence[str]) -> None: ...
+    @property
+    def clip_handle(self) -> str:
+        """str."""
+    @clip_handle.setter
+    def clip_handle(self, value: str) -> None: ...
 
 class Face3D(Entity):
     """The kind "3D Face".

@@ -15,8 +15,10 @@ namespace {
 
 constexpr const char* kQuickMode = "trimQuickMode";
 /// The first stretch around a pick that is searched for edges, as part of the whole; then four times as much, and so
-/// on.
-constexpr double kFirstWindow = 1.0 / 64.0;
+/// on. The more there is, the nearer the next edge may be: few are looked at for a pick whatever the drawing's size.
+double firstWindow(const engine::EntityList& space) {
+    return 1.0 / static_cast<double>(std::max<std::size_t>(space.size(), 64));
+}
 
 bool isCurve(const engine::Entity& entity) { return EditCurve::of(entity).has_value(); }
 
@@ -264,7 +266,7 @@ std::vector<double> CuttingTool::cutsAround(const EditCurve& curve, double pick)
         forEdges(boxOf(curve, lo, hi).inflated(1e-9 * curve.scale()), curve.entity(),
                  [&](const EdgeSink::Edge& edge) { engine::cutsWith(curve, lo, hi, edge, false, cuts); });
     };
-    for (double reach = whole * kFirstWindow;; reach *= 4.0) {
+    for (double reach = whole * firstWindow(drawing().currentSpace());; reach *= 4.0) {
         const double lo = std::max(pick - reach, 0.0);
         const double hi = std::min(pick + reach, whole);
         const bool all = curve.closed() ? reach >= whole / 2.0 : lo <= 0.0 && hi >= whole;
@@ -307,7 +309,7 @@ std::vector<double> CuttingTool::cutsBeyond(const EditCurve& curve, bool atEnd) 
     const double size = extents.width() + extents.height();
     const double most = size + from.distance_to(extents.center());
     const double speed = curve.tangentAt(u).length();
-    for (double reach = size * kFirstWindow;; reach *= 4.0) {
+    for (double reach = size * firstWindow(drawing().currentSpace());; reach *= 4.0) {
         Bounds2 window(from, from);
         window.expand(from + way * reach);
         cuts.clear();

@@ -32,14 +32,20 @@ protected:
             rate = last.isEnter() ? "100%" : std::string(trimmed(last.text));
         }
         const doc::GroupScope group(document(), "DIMINSPECT");
-        for (const std::uint64_t id : ids)
-            document().modifyEntity(*drawing().findById(id), [&](engine::Entity& e) {
+        std::size_t changed = 0;
+        for (const std::uint64_t id : ids) {
+            // Some may have gone while the command waited.
+            engine::Entity* entity = drawing().findById(id);
+            if (entity == nullptr) continue;
+            ++changed;
+            document().modifyEntity(*entity, [&](engine::Entity& e) {
                 auto& dimension = static_cast<engine::DimensionEntity&>(e);
                 dimension.inspectShape = shape;
                 dimension.inspectLabel = label;
                 dimension.inspectRate = rate;
             });
-        message(counted(ids.size(), "dimension") + " changed.");
+        }
+        message(counted(changed, "dimension") + " changed.");
         repaint();
     }
 };

@@ -1,14 +1,33 @@
 #include "cmd/commands/file_names.hpp"
 
+#include <filesystem>
+#include <vector>
+
 #include "cmd/point_input.hpp"
+#include "engine/drawing.hpp"
 #include "engine/sysvar.hpp"
 
 namespace kova::cmd::commands {
+
+namespace fs = std::filesystem;
 
 std::string dialogRefusal(const engine::Drawing& drawing, const char* command) {
     if (engine::sysVarInt(drawing, "FILEDIA", 1) == 0) return {};
     return std::string(command) +
            " needs a file name: FILEDIA is 1, and kovacad-cli cannot show the file dialog. Set FILEDIA 0.";
+}
+
+std::string findDrawingFile(const engine::Drawing& drawing, const std::string& name) {
+    if (name.empty()) return {};
+    std::vector<fs::path> folders{fs::path()};
+    if (!drawing.fileName.empty()) folders.push_back(fs::path(drawing.fileName).parent_path());
+    for (const fs::path& folder : folders)
+        for (const char* extension : {"", ".kvcad", ".dxf", ".dwg"}) {
+            const fs::path path = folder / (name + extension);
+            std::error_code error;
+            if (fs::is_regular_file(path, error)) return path.string();
+        }
+    return {};
 }
 
 std::string typedPath(const std::string& line) {

@@ -326,6 +326,9 @@ private:
         Area area;
         area.seed = p;
         area.loops.push_back(hatchLoop(found->outer, false));
+        // Twice the same outline would leave the area free.
+        const auto again = [&](const Area& known) { return sameOutline(known.loops, area.loops.front()); };
+        if (std::any_of(areas_.begin(), areas_.end(), again)) return message("That area is chosen already.");
         takeSources(found->outer, area);
         const int deepest = style_ == HatchEntity::kNormal ? 1 << 20 : 0;
         if (wanted) {
@@ -341,6 +344,23 @@ private:
                 }
         }
         areas_.push_back(std::move(area));
+    }
+
+    /// Whether the first of an area's loops runs as the other one, wherever either begins.
+    static bool sameOutline(const std::vector<HatchLoop>& known, const HatchLoop& other) {
+        if (known.empty()) return false;
+        const HatchLoop& loop = known.front();
+        if (loop.vertices.size() != other.vertices.size() || loop.bulges.size() != other.bulges.size()) return false;
+        const auto from = std::find(loop.vertices.begin(), loop.vertices.end(), other.vertices.front());
+        if (from == loop.vertices.end()) return false;
+        const std::size_t n = loop.vertices.size();
+        const auto shift = static_cast<std::size_t>(from - loop.vertices.begin());
+        for (std::size_t i = 0; i < n; ++i) {
+            const std::size_t k = (i + shift) % n;
+            if (loop.vertices[k] != other.vertices[i]) return false;
+            if (!loop.bulges.empty() && loop.bulges[k] != other.bulges[i]) return false;
+        }
+        return true;
     }
 
     /// A text's box is an island when all of it lies in the area, outside the others.

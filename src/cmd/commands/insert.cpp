@@ -1,6 +1,7 @@
 #include <filesystem>
 
 #include "cmd/block_attributes.hpp"
+#include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/drawing_transfer.hpp"
@@ -17,21 +18,6 @@ using engine::Name;
 using math::Vector2;
 
 namespace fs = std::filesystem;
-
-/// The drawing file that a typed name means: as it stands, or with one of the known extensions, here or beside the
-/// open drawing. Empty: there is none.
-std::string findDrawingFile(const engine::Drawing& drawing, const std::string& name) {
-    if (name.empty()) return {};
-    std::vector<fs::path> folders{fs::path()};
-    if (!drawing.fileName.empty()) folders.push_back(fs::path(drawing.fileName).parent_path());
-    for (const fs::path& folder : folders)
-        for (const char* extension : {"", ".kvcad", ".dxf", ".dwg"}) {
-            const fs::path path = folder / (name + extension);
-            std::error_code error;
-            if (fs::is_regular_file(path, error)) return path.string();
-        }
-    return {};
-}
 
 /// INSERT and MINSERT: place a block, of this drawing or out of a file, with values for its attributes.
 class InsertTool : public DialogueTool {
@@ -56,8 +42,12 @@ private:
 
     // The block ------------------------------------------------------------------------------------------------
 
-    const engine::EntityList& contents() const {
-        return source_ ? source_->modelSpace() : drawing().findBlock(name_)->entities;
+    /// The definitions of the attributes to be filled in; none when the block went while the command waited.
+    std::vector<const engine::AttributeDefinitionEntity*> definitions() const {
+        if (source_) return attributeDefinitions(source_->modelSpace());
+        const engine::Block* block = drawing().findBlock(name_);
+        if (block == nullptr) return {};
+        return attributeDefinitions(block->entities);
     }
     bool exists() const { return drawing().findBlock(name_) != nullptr; }
 
@@ -282,20 +272,15 @@ private:
     }
 
     Dialogue askValues(Ask& ask) {
-        // Nobody changes the block while the command waits: its definitions keep their places.
-        std::size_t count = 0;
-        {
-            const auto definitions = attributeDefinitions(contents());
-            count = definitions.size();
-            for (const auto* definition : definitions) values_.push_back(definition->defaultValue);
-        }
+        for (const auto* definition : definitions()) values_.push_back(definition->defaultValue);
         if (engine::sysVarInt(drawing(), "ATTREQ", 1) == 0) co_return;
         for (const bool verifying : {false, true}) {
             bool announced = false;
-            for (std::size_t i = 0; i < count; ++i) {
-                const auto definitions = attributeDefinitions(contents());
-                if (i >= definitions.size()) co_return;
-                const engine::AttributeDefinitionEntity& definition = *definitions[i];
+            for (std::size_t i = 0; i < values_.size(); ++i) {
+                // Looked up anew each time: a transparent command may have changed the block.
+                const auto known = definitions();
+                if (i >= known.size()) co_return;
+                const engine::AttributeDefinitionEntity& definition = *known[i];
                 if (definition.preset || (verifying && !definition.verify)) continue;
                 if (!announced) message(verifying ? "Verify attribute values" : "Enter attribute values");
                 announced = true;
@@ -311,11 +296,13 @@ private:
     void commit() {
         doc::GroupScope group(document(), label());
         if (source_) {
-            const std::string error = importAsBlock(document(), *source_, name_, unitFactor(*source_, drawing()));
+            const double factor = unitFactor(*source_, drawing());
+            const std::string error = importAsBlock(document(), *source_, name_, factor);
             if (!error.empty()) {
                 group.rollback();
                 return message(error);
             }
+            if (factor != 1.0) message("Units of the file converted, factor " + lengthDefault(drawing(), factor) + ".");
         }
         engine::Block* block = drawing().findBlock(name_);
         if (block == nullptr) return;

@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/registry.hpp"
@@ -14,9 +16,17 @@ protected:
             message(refusal);
             co_return;
         }
-        const Answer answer = co_await ask.text("Enter name of drawing to open <.>:");
-        const std::string path = typedPath(answer.text);
-        if (path.empty() || path == ".") co_return;
+        std::string path;
+        for (bool confirmed = false;;) {
+            const Answer answer = co_await ask.text("Enter name of drawing to open <.>:");
+            path = typedPath(answer.text);
+            if (path.empty() || path == ".") co_return;
+            // Changes are given up without a question. Scripts that expect one answer it first.
+            const std::string word = engine::upperCase(path);
+            const bool answersQuestion = !confirmed && document().isModified() && (word == "Y" || word == "YES");
+            if (!answersQuestion || std::filesystem::exists(path)) break;
+            confirmed = true;
+        }
         AppServices* services = host()->services();
         const std::string error = services != nullptr ? services->open(path) : "Files cannot be opened here.";
         message(error.empty() ? "Opened: " + path : "Could not open " + path + ": " + error);

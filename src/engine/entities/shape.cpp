@@ -1,11 +1,11 @@
 #include "engine/entities/shape.hpp"
 
+#include <filesystem>
+#include "engine/drawing.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/text_line.hpp"
-#include "engine/drawing.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/shapes.hpp"
-#include <filesystem>
 #include "math/angles.hpp"
 
 namespace kova::engine {
@@ -46,8 +46,9 @@ Matrix4 ShapeEntity::matrix() const {
 
 Path ShapeEntity::outline() const {
     const Drawing* home = drawing();
-    const std::string folder =
-        home != nullptr && !home->fileName.empty() ? std::filesystem::path(home->fileName).parent_path().string() : std::string();
+    const std::string folder = home != nullptr && !home->fileName.empty()
+                                   ? std::filesystem::path(home->fileName).parent_path().string()
+                                   : std::string();
     return findShape(file, folder, number, name);
 }
 

@@ -2,7 +2,6 @@
 
 #include <spdlog/spdlog.h>
 
-#include <filesystem>
 #include <fstream>
 #include <new>
 
@@ -15,28 +14,44 @@
 
 namespace kova::io::dwg {
 
-DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing, const std::string& folder) {
+void importBlocks(kdraw::DxfFileOutput& groups) {
+    groups.writeTables();
+    groups.writeBlocks();
+}
+
+void importEntities(kdraw::DxfFileOutput& groups) { groups.writeEntities(); }
+
+DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing, Progress* progress) {
     DwgLoadResult result;
     // The groups of DXF are what both formats mean: one reader builds the entities of either.
-    const std::string groups = kdraw::databaseToDxf(database);
+    std::string groups;
+    {
+        kdraw::DxfFileOutput output(database);
+        importBlocks(output);
+        importEntities(output);
+        groups = output.finish();
+    }
+    result.skippedObjects = database.skipped.size();
+    // A million objects need not stand beside the drawing that is built from their groups.
+    database = kdraw::Database();
     dxf::DxfLoadReport report;
-    result.message = dxf::loadDxfText(groups, drawing, &report, folder);
+    result.message = dxf::loadDxfText(groups, drawing, &report, progress);
     result.lines = std::move(report.lines);
     result.success = result.message.empty();
-    result.skippedObjects = database.skipped.size();
     if (result.skippedObjects > 0)
-        result.lines.push_back("DWG: " + std::to_string(result.skippedObjects) + " object(s) could not be decoded and were skipped.");
+        result.lines.push_back("DWG: " + std::to_string(result.skippedObjects) +
+                               " object(s) could not be decoded and were skipped.");
     return result;
 }
 
-DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, const std::string& folder) {
+DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, Progress* progress) {
     DwgLoadResult result;
     try {
         kdraw::Database database;
         result.message = kdraw::decode(bytes, database);
         if (!result.message.empty()) return result;
         for (const std::string& note : database.notes) spdlog::warn("DWG: {}", note);
-        return importDatabase(database, drawing, folder);
+        return importDatabase(database, drawing, progress);
     } catch (const std::bad_alloc&) {
         result.message = "not enough memory";
     } catch (const std::length_error&) {
@@ -46,12 +61,12 @@ DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, con
     return result;
 }
 
-DwgLoadResult loadDwg(const std::string& path, engine::Drawing& drawing) {
+DwgLoadResult loadDwg(const std::string& path, engine::Drawing& drawing, Progress* progress) {
     MappedFile file;
     DwgLoadResult result;
     result.message = file.open(path);
     if (!result.message.empty()) return result;
-    return loadDwgBytes(file.view(), drawing, std::filesystem::path(path).parent_path().string());
+    return loadDwgBytes(file.view(), drawing, progress);
 }
 
 bool isOlderThanR2007(const std::string& path) {

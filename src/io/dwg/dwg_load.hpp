@@ -7,9 +7,14 @@
 
 namespace kdraw {
 class Database;
+class DxfFileOutput;
 }
 namespace kova::engine {
 class Drawing;
+}
+
+namespace kova::io {
+class Progress;
 }
 
 namespace kova::io::dwg {
@@ -22,15 +27,19 @@ struct DwgLoadResult {
     std::vector<std::string> lines;  ///< what the user is told besides
 };
 
-/// Fills a new drawing from a database: tables, blocks, entities, objects; relative paths of
-/// external references count from `folder`. After a failure the drawing holds a part and
-/// should be thrown away.
-DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing, const std::string& folder = {});
+/// The first step of importDatabase: tables and block definitions, as the groups from which the drawing is built.
+void importBlocks(kdraw::DxfFileOutput& groups);
+/// The second one: what stands in model space and on the active sheet.
+void importEntities(kdraw::DxfFileOutput& groups);
+
+/// Fills a new drawing from a database, which is empty afterwards: tables, blocks, entities, objects. After a failure the
+/// drawing holds a part and should be thrown away.
+DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing, Progress* progress = nullptr);
 
 /// Reads a DWG file into a new drawing.
-DwgLoadResult loadDwg(const std::string& path, engine::Drawing& drawing);
+DwgLoadResult loadDwg(const std::string& path, engine::Drawing& drawing, Progress* progress = nullptr);
 /// The same from memory.
-DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, const std::string& folder = {});
+DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, Progress* progress = nullptr);
 
 /// True when the first letters of a file are those of a DWG file of a version before R2007.
 bool isOlderThanR2007(const std::string& path);

@@ -68,14 +68,15 @@ kdraw::Version versionOfSetting(std::string_view setting) {
 }
 
 std::string saveDwg(const engine::Drawing& drawing, const std::string& path, std::string_view setting,
-                    DwgSaveReport* report) {
+                    DwgSaveReport* report, Progress* progress) {
     DwgSaveReport own;
     DwgSaveReport& result = report != nullptr ? *report : own;
     result = {};
     const kdraw::Version version = versionOfSetting(setting);
     const Intermediate intermediate;
     dxf::DxfSaveReport notes;
-    if (const std::string error = dxf::saveDxf(drawing, intermediate.path.string(), &notes); !error.empty())
+    if (const std::string error = dxf::saveDxfForDwg(drawing, intermediate.path.string(), &notes, progress);
+        !error.empty())
         return "DWG export: writing the intermediate DXF failed: " + error;
     result.total = notes.total;
     result.dropped = notes.dropped;

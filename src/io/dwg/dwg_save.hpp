@@ -9,6 +9,10 @@ namespace kova::engine {
 class Drawing;
 }
 
+namespace kova::io {
+class Progress;
+}
+
 namespace kova::io::dwg {
 
 /// What a save had to leave out.
@@ -25,6 +29,6 @@ kdraw::Version versionOfSetting(std::string_view setting);
 /// environment variable KOVA_DWG_EXPORT_KEEP_DXF is set. Error text, empty on success; after a failure an older file of
 /// that name stands as it was.
 std::string saveDwg(const engine::Drawing& drawing, const std::string& path, std::string_view setting,
-                    DwgSaveReport* report = nullptr);
+                    DwgSaveReport* report = nullptr, Progress* progress = nullptr);
 
 }  // namespace kova::io::dwg

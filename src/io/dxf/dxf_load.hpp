@@ -11,6 +11,10 @@ namespace kova::engine {
 class Drawing;
 }
 
+namespace kova::io {
+class Progress;
+}
+
 namespace kova::io::dxf {
 
 /// Larger files are refused before they are opened.
@@ -24,12 +28,13 @@ struct DxfLoadReport {
     std::vector<std::string> lines;
 };
 
-/// Fills a new drawing from a DXF file: ASCII or binary, from release 9 on. Error text, empty on success; after a
-/// failure the drawing holds a part of the file and should be thrown away.
-std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report = nullptr);
+/// Fills a new drawing from a DXF file: ASCII or binary, from release 9 on. What it refers to is left out. Error text,
+/// empty on success; after a failure the drawing holds a part of the file and should be thrown away.
+std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report = nullptr,
+                    Progress* progress = nullptr);
 
-/// The same from memory; `folder` is where relative paths of external references count from.
+/// The same from memory.
 std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report = nullptr,
-                        const std::string& folder = {});
+                        Progress* progress = nullptr);
 
 }  // namespace kova::io::dxf

@@ -7,6 +7,10 @@ namespace kova::engine {
 class Drawing;
 }
 
+namespace kova::io {
+class Progress;
+}
+
 namespace kova::io::dxf {
 
 /// What a save had to leave out or change.
@@ -19,7 +23,12 @@ struct DxfSaveReport {
 
 /// Saves a drawing as an AC1027 text DXF file. Error text ("Failed to open file for writing: ", "Write error on file: "
 /// and the path), empty on success; after a failure an older file of that name stands as it was.
-std::string saveDxf(const engine::Drawing& drawing, const std::string& path, DxfSaveReport* report = nullptr);
+std::string saveDxf(const engine::Drawing& drawing, const std::string& path, DxfSaveReport* report = nullptr,
+                    Progress* progress = nullptr);
+
+/// The same as the intermediate file of a DWG export: what DXF can say and DWG cannot stands in the program's own data.
+std::string saveDxfForDwg(const engine::Drawing& drawing, const std::string& path, DxfSaveReport* report = nullptr,
+                          Progress* progress = nullptr);
 
 /// The same to memory.
 std::string dxfText(const engine::Drawing& drawing, DxfSaveReport* report = nullptr);

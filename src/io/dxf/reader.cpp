@@ -11,8 +11,8 @@ namespace kova::io::dxf {
 
 using engine::Name;
 
-Reader::Reader(std::string_view text, engine::Drawing& drawing, DxfLoadReport& report, const std::string& folder)
-    : drawing_(drawing), report_(report), reader_(text), folder_(folder) {}
+Reader::Reader(std::string_view text, engine::Drawing& drawing, DxfLoadReport& report, Progress* progress)
+    : drawing_(drawing), report_(report), reader_(text), progress_(progress) {}
 
 void Reader::skipSection() {
     while (reader_.next(record_)) {
@@ -82,6 +82,7 @@ void Reader::ensureRecords() {
 void Reader::finish() {
     settleBodies();
     readObjects();
+    settleViewports();
     settleStyles();
     settleExtensions();
     settleImages();
@@ -102,7 +103,7 @@ void Reader::finish() {
     drawing_.nextHandle = std::max({drawing_.nextHandle, seed_ < kMaxHandle ? seed_ : 0, highestHandle_ + 1});
     applyHeader();
     readDrawingRecord(dictionaryEntry(rootDictionary_, "KOVA_DRAWING"));
-    settleExternalReferences();
+    dropAdditions();
     ensureRecords();
     if (ownNextHandle_ != 0) drawing_.nextHandle = ownNextHandle_;
     ++drawing_.styleRevision;
@@ -145,7 +146,7 @@ bool looksLikeDxf(std::string_view text) {
     return tags.next(tag) && tags.damage() == 0;
 }
 
-std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport* report, const std::string& folder) {
+std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport* report, Progress* progress) {
     DxfLoadReport unused;
     DxfLoadReport& out = report != nullptr ? *report : unused;
     try {
@@ -158,7 +159,7 @@ std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport
             text = converted;
         }
         if (!looksLikeDxf(text)) return "DXF read failed: not a DXF file (no group code at line 1)";
-        return Reader(text, drawing, out, folder).run();
+        return Reader(text, drawing, out, progress).run();
     } catch (const std::exception& problem) {
         return std::string("DXF read failed: ") + problem.what();
     } catch (...) {
@@ -168,18 +169,17 @@ std::string load(std::string_view bytes, engine::Drawing& drawing, DxfLoadReport
 
 }  // namespace
 
-std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report,
-                        const std::string& folder) {
-    return load(text, drawing, report, folder);
+std::string loadDxfText(std::string_view text, engine::Drawing& drawing, DxfLoadReport* report, Progress* progress) {
+    return load(text, drawing, report, progress);
 }
 
-std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report) {
+std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadReport* report, Progress* progress) {
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
     if (!error && size > kMaxDxfFileSize) return "DXF file rejected: size exceeds the 256 MB safety limit.";
     MappedFile file;
     if (!file.open(path).empty()) return "Failed to open file: " + path;
-    return load(file.view(), drawing, report, std::filesystem::path(path).parent_path().string());
+    return load(file.view(), drawing, report, progress);
 }
 
 }  // namespace kova::io::dxf

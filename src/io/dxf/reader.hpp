@@ -14,6 +14,7 @@
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/reader_tags.hpp"
 #include "io/dxf/reader_text.hpp"
+#include "io/progress.hpp"
 
 namespace kova::engine {
 class HatchEntity;
@@ -65,8 +66,7 @@ private:
 /// down is settled at the end, when objects are read again from where they stand in the text.
 class Reader {
 public:
-    /// `folder` is where relative paths of external references count from.
-    Reader(std::string_view text, engine::Drawing& drawing, DxfLoadReport& report, const std::string& folder);
+    Reader(std::string_view text, engine::Drawing& drawing, DxfLoadReport& report, Progress* progress = nullptr);
     /// Error text, empty on success. Throws what the standard library throws when memory runs out.
     std::string run();
 
@@ -166,6 +166,8 @@ private:
     // reader_dimensions.cpp
     std::unique_ptr<engine::Entity> buildDimension(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildLeader(const EntityTags& tags);
+    /// Sets the fields that an entity's own data holds.
+    void applyEntityData(std::string_view json, engine::Entity& entity);
     void takeDimensionOverrides(std::vector<engine::XDataItem>& items, engine::Entity& entity);
     // reader_mleader.cpp
     std::unique_ptr<engine::Entity> buildMLeader(const EntityTags& tags);
@@ -207,8 +209,10 @@ private:
     void settleStyles();
     void settleBodies();
     void settleDrawOrder();
-    void settleExternalReferences();
     void dropPictures();
+    // reader_additions.cpp
+    void settleViewports();
+    void dropAdditions();
 
     // Helpers -------------------------------------------------------------------------------------------------
     /// A number of an entity; what is not finite makes the entity unusable.
@@ -259,7 +263,7 @@ private:
     engine::Drawing& drawing_;
     DxfLoadReport& report_;
     RecordReader reader_;
-    std::string folder_;
+    ProgressCounter progress_;
     TextDecoder decoder_;
     Record record_;       ///< being read
     Record subRecord_;    ///< vertices, attributes

@@ -3,13 +3,13 @@
 #include <charconv>
 #include <cstring>
 
+#include "io/content.hpp"
 #include "io/dxf/reader_tags.hpp"
 
 namespace kova::io::dxf {
 
 namespace {
 
-constexpr std::string_view kMark = "AutoCAD Binary DXF";
 constexpr std::size_t kMarkSize = 22;
 
 enum class Form : std::uint8_t { Text, Real, Int16, Int32, Int64, Boolean, Bytes };
@@ -161,7 +161,7 @@ private:
 
 }  // namespace
 
-bool isBinaryDxf(std::string_view bytes) { return bytes.size() >= kMarkSize && bytes.starts_with(kMark); }
+bool isBinaryDxf(std::string_view bytes) { return bytes.size() >= kMarkSize && bytes.starts_with(kBinaryDxfMark); }
 
 std::string binaryToText(std::string_view bytes, std::string& text) {
     text.clear();

@@ -65,6 +65,7 @@ void Reader::place(std::unique_ptr<Entity> entity, const EntityTags& tags, Entit
 }
 
 void Reader::readEntity(EntityList* list) {
+    progress_.count([&](std::size_t) { return std::pair(reader_.tags().position(), reader_.tags().size()); });
     const EntityTags tags = partTags(record_);
     if (tags.type == "SEQEND" || tags.type == "VERTEX") return;
     if (tags.type == "ATTRIB") {

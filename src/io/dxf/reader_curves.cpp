@@ -9,6 +9,7 @@
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
 #include "io/dxf/reader.hpp"
+#include "math/nurbs.hpp"
 
 namespace kova::io::dxf {
 
@@ -327,6 +328,9 @@ std::unique_ptr<Entity> Reader::buildSpline(const EntityTags& tags) {
     engine::HelixData helix;
     bool inHelix = false;
     Vector3 normal{0, 0, 1};
+    Vector3 startTangent;
+    Vector3 endTangent;
+    double fitZ = 0.0;
     bool tilted = false;
     for (const Tag& tag : tags.body) {
         if (tag.code == 100) {
@@ -377,6 +381,9 @@ std::unique_ptr<Entity> Reader::buildSpline(const EntityTags& tags) {
             case 21:
                 if (!spline->fitPoints.empty()) spline->fitPoints.back().y = real(tag);
                 break;
+            case 31:
+                fitZ = real(tag);
+                break;
             case 40:
                 spline->knots.push_back(real(tag));
                 break;
@@ -390,11 +397,20 @@ std::unique_ptr<Entity> Reader::buildSpline(const EntityTags& tags) {
                 spline->degree = small(tag);
                 break;
             default:
-                axis(tag, 210, normal);
+                if (!axis(tag, 210, normal) && !axis(tag, 12, startTangent)) axis(tag, 13, endTangent);
                 break;
         }
     }
     if (spline->controlPoints.empty() && spline->fitPoints.empty()) return nullptr;
+    // Other programs may leave it to the reader to put the curve through its fit points. It has tangents then that
+    // only control points can keep.
+    if (!own_ && spline->controlPoints.empty() && spline->degree == 3) {
+        math::CubicSpline cubic =
+            math::interpolateCubic(spline->fitPoints, spline->closed, startTangent.xy(), endTangent.xy());
+        spline->controlPoints = std::move(cubic.points);
+        spline->knots = std::move(cubic.knots);
+    }
+    if (spline->controlZ.empty()) spline->elevation = fitZ;
     if (!spline->controlZ.empty() && !tilted) {
         spline->elevation = spline->controlZ.front();
         spline->controlZ.clear();

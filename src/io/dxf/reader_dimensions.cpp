@@ -5,6 +5,7 @@
 #include "engine/entities/dimension.hpp"
 #include "engine/entities/leader.hpp"
 #include "engine/entities/tolerance.hpp"
+#include "io/dxf/own_data.hpp"
 #include "io/dxf/reader.hpp"
 #include "math/matrix4.hpp"
 
@@ -73,7 +74,7 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
         }
     }
     // The text's place is in the object plane, the other points are in world coordinates.
-    if (!own_ && !(normal == Vector3{0, 0, 1}) && normal.length_squared() > 0.0)
+    if (!(normal == Vector3{0, 0, 1}) && normal.length_squared() > 0.0)
         p11 = math::Matrix4::object_to_world(normal.normalized()).transform_point(p11);
     std::int64_t kind = flags & 15;
     if (tags.type == "ARC_DIMENSION") kind = 8;
@@ -197,6 +198,22 @@ void Reader::takeDimensionOverrides(std::vector<XDataItem>& items, Entity& entit
         leader.arrowBlock = engine::Name(block->second);
 }
 
+namespace {
+
+/// Files have the end of the hook line among the vertices.
+void settleHook(engine::LeaderEntity& leader) {
+    if (leader.hookLine && leader.vertices.size() >= 2) leader.vertices.pop_back();
+}
+
+}  // namespace
+
+void Reader::applyEntityData(std::string_view json, Entity& entity) {
+    auto* leader = entity.type() == engine::EntityType::Leader ? static_cast<engine::LeaderEntity*>(&entity) : nullptr;
+    const bool settled = leader == nullptr || leader->hookLine;
+    applyOwnData(json, entity);
+    if (!settled) settleHook(*leader);
+}
+
 std::unique_ptr<Entity> Reader::buildLeader(const EntityTags& tags) {
     auto out = std::make_unique<engine::LeaderEntity>();
     Vector3 normal{0, 0, 1};
@@ -240,18 +257,15 @@ std::unique_ptr<Entity> Reader::buildLeader(const EntityTags& tags) {
         }
     }
     if (out->vertices.empty()) return nullptr;
-    if (own_) {
-        out->hookLine = hook;
-    } else {
-        // Other programs count the end of the hook line as a vertex, and differ in what they call its direction.
-        const std::size_t n = out->vertices.size();
-        if (n >= 2) {
-            const Vector2 last = out->vertices[n - 1] - out->vertices[n - 2];
-            if (last.x != 0.0) out->hookDir = last.x > 0.0 ? 1 : 0;
-            out->hookLine = hook && n >= 3 && std::abs(last.y) <= 1e-9 * std::abs(last.x);
-            if (out->hookLine) out->vertices.pop_back();
-        }
+    out->hookLine = hook;
+    const std::size_t n = out->vertices.size();
+    if (!own_ && n >= 2) {
+        // Programs differ in what they call the direction of the hook line.
+        const Vector2 last = out->vertices[n - 1] - out->vertices[n - 2];
+        if (last.x != 0.0) out->hookDir = last.x > 0.0 ? 1 : 0;
+        out->hookLine = hook && n >= 3 && std::abs(last.y) <= 1e-9 * std::abs(last.x);
     }
+    settleHook(*out);
     setPlane(*out, normal, 0.0, elevation);
     return out;
 }

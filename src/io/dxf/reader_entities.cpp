@@ -307,7 +307,7 @@ void Reader::readXdata(const EntityTags& tags, Entity& entity) {
     settle();
     entity.setXdata(std::move(data));
     if (own.empty()) return;
-    applyOwnData(own, entity);
+    applyEntityData(own, entity);
     if (entity.type() == engine::EntityType::MLine) ownMLines_.emplace(&entity, std::move(own));
 }
 

@@ -211,6 +211,7 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
     Vector3 target;
     double viewHeight = 0.0;
     std::int64_t status = 1;
+    bool hasFlags = false;
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, center) || axis(tag, 12, viewCenter) || axis(tag, 13, out->snapBase) ||
             axis(tag, 14, out->snapSpacing) || axis(tag, 15, out->gridSpacing) || axis(tag, 17, target))
@@ -239,6 +240,7 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
                 break;
             case 90:
                 out->statusFlags = small(tag);
+                hasFlags = true;
                 break;
             case 340:
                 out->clipHandle = tag.handle();
@@ -259,6 +261,8 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
     if (out->viewTwist == 0.0) out->viewTarget = target.xy() + viewCenter;
     if (viewHeight > 0.0) out->viewScale = out->height / viewHeight;
     out->locked = (out->statusFlags & engine::ViewportEntity::kLocked) != 0;
+    // The status of a layout that nobody has looked at is 0 whether its viewports are on or off.
+    if (hasFlags && !own_) status = 1;
     out->on = status != 0 && (out->statusFlags & engine::ViewportEntity::kOff) == 0;
     return out;
 }

@@ -38,7 +38,7 @@ void Reader::settleExtensions() {
                     list.replace(*entity, std::move(region));
                     entity = placed;
                 }
-                applyOwnData(json, *entity);
+                applyEntityData(json, *entity);
             } else if (engine::equalNoCase(key, "ACAD_FILTER") &&
                        link.entity->type() == engine::EntityType::BlockReference) {
                 settleClip(static_cast<BlockReferenceEntity&>(*link.entity), dictionaryEntry(item.handle, "SPATIAL"));
@@ -218,20 +218,6 @@ void Reader::settleDrawOrder() {
         std::stable_sort(order.begin(), order.end(),
                          [&](const Entity* a, const Entity* b) { return rank(a) < rank(b); });
         list->reorder(order);
-    }
-}
-
-void Reader::settleExternalReferences() {
-    for (const auto& block : drawing_.blocks()) {
-        if (block->xrefType == engine::XrefType::None || own_) continue;
-        std::error_code error;
-        std::filesystem::path path(block->xrefPath);
-        if (path.is_relative() && !folder_.empty()) path = std::filesystem::path(folder_) / path;
-        if (std::filesystem::exists(path, error)) continue;
-        block->xrefStatus = engine::XrefStatus::NotFound;
-        if (report_.lines.size() < 20)
-            report_.lines.push_back("External reference \"" + block->name.str() +
-                                    "\" was not found: " + block->xrefPath);
     }
 }
 

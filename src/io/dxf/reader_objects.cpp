@@ -366,11 +366,10 @@ void Reader::readVariables(std::uint64_t handle) {
         if (value == nullptr) continue;
         const std::string_view key = trimmed(item.key);
         if (engine::equalNoCase(key, "CTABLESTYLE")) {
-            if (const Name style = name(*value); drawing_.tableStyles.contains(style))
-                drawing_.currentTableStyle = style;
+            if (const auto* style = drawing_.tableStyles.find(name(*value))) drawing_.currentTableStyle = style->name;
         } else if (engine::equalNoCase(key, "CMLEADERSTYLE")) {
-            if (const Name style = name(*value); drawing_.mleaderStyles.contains(style))
-                drawing_.currentMLeaderStyle = style;
+            if (const auto* style = drawing_.mleaderStyles.find(name(*value)))
+                drawing_.currentMLeaderStyle = style->name;
         } else if (engine::equalNoCase(key, "CANNOSCALE")) {
             if (drawing_.annotationScales.contains(name(*value)))
                 engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(text(*value)));

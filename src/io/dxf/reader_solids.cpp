@@ -1,6 +1,7 @@
 // Bodies of the solid modeller: encrypted text before AC1027, binary data in a section of their own from then on.
 #include "engine/entities/region.hpp"
 #include "engine/entities/solid3d.hpp"
+#include "engine/modeler_text.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reader.hpp"
 
@@ -8,44 +9,6 @@ namespace kova::io::dxf {
 
 using engine::Entity;
 using engine::Solid3DEntity;
-
-namespace {
-
-void appendHex(std::string& bytes, std::string_view digits) {
-    int high = -1;
-    for (const char c : digits) {
-        int v = 0;
-        if (c >= '0' && c <= '9')
-            v = c - '0';
-        else if ((c | 32) >= 'a' && (c | 32) <= 'f')
-            v = (c | 32) - 'a' + 10;
-        else
-            continue;
-        if (high < 0) {
-            high = v;
-        } else {
-            bytes += static_cast<char>(high * 16 + v);
-            high = -1;
-        }
-    }
-}
-
-/// Modeller text stands in files with every character reversed in its range; the caret keeps its notation.
-void appendModellerText(std::string& text, std::string_view line) {
-    for (std::size_t i = 0; i < line.size(); ++i) {
-        const auto c = static_cast<unsigned char>(line[i]);
-        if (c == '^' && i + 1 < line.size() && line[i + 1] == ' ') {
-            text += static_cast<char>(159 - '^');
-            ++i;
-        } else if (c > 32 && c < 127) {
-            text += static_cast<char>(159 - c);
-        } else {
-            text += static_cast<char>(c);
-        }
-    }
-}
-
-}  // namespace
 
 std::unique_ptr<Entity> Reader::buildBody(const EntityTags& tags) {
     // A region of this program has its loops in extended data.
@@ -66,13 +29,13 @@ std::unique_ptr<Entity> Reader::buildBody(const EntityTags& tags) {
             case 1:
                 if (!first) out->sat += '\n';
                 first = false;
-                appendModellerText(out->sat, tag.text());
+                engine::appendModelerText(out->sat, tag.text());
                 break;
             case 3:
-                appendModellerText(out->sat, tag.text());
+                engine::appendModelerText(out->sat, tag.text());
                 break;
             case 310:
-                appendHex(out->sab, tag.trimmed());
+                engine::appendHexBytes(out->sab, tag.trimmed());
                 break;
             default:
                 break;
@@ -95,7 +58,7 @@ void Reader::readDataStorage() {
         for (const Tag& tag : record_.tags) {
             if (tag.code == 2) modeller = tag.trimmed() == "ASM_Data";
             if (tag.code == 320) owner = tag.handle();
-            if (tag.code == 310 && modeller) appendHex(bytes, tag.trimmed());
+            if (tag.code == 310 && modeller) engine::appendHexBytes(bytes, tag.trimmed());
         }
         if (owner != 0 && !bytes.empty()) bodies_[owner] = std::move(bytes);
     }

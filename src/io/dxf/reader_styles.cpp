@@ -256,6 +256,9 @@ void Reader::readTableStyles(std::uint64_t handle) {
         }
         if (s.name.empty() || unusable_) continue;
         if (s.textStyle.empty()) s.textStyle = engine::commonNames().standard;
+        // The colour of a fill that is off tells nothing: programs write what they like there.
+        for (engine::TableStyleRow* row : {&s.data, &s.title, &s.header})
+            if (!row->fillEnabled) row->fillColor = engine::TableStyleRow().fillColor;
         std::string json = ownData(tags.xdata);
         if (json.empty() && tags.dictionary != 0)
             json = xrecordText(dictionaryEntry(tags.dictionary, kTableStyleApplication));
@@ -332,7 +335,11 @@ void Reader::settleStyles() {
                             break;
                         }
                         case 6:
-                            if (!fill) style.elements.back().linetype = name(tag);
+                            if (!fill) {
+                                engine::Name& linetype = style.elements.back().linetype;
+                                linetype = name(tag);
+                                if (const auto* known = drawing_.linetypes.find(linetype)) linetype = known->name;
+                            }
                             break;
                         default:
                             break;

@@ -18,7 +18,8 @@ bool sameSpace(const engine::Layout* a, const std::unique_ptr<engine::Layout>& b
 
 }  // namespace
 
-Writer::Writer(const Drawing& drawing, DxfSaveReport& report) : drawing_(drawing), report_(report) {}
+Writer::Writer(const Drawing& drawing, DxfSaveReport& report, bool forDwg, Progress* progress)
+    : drawing_(drawing), saved_(drawing), report_(report), progress_(progress), forDwg_(forDwg) {}
 
 std::uint64_t Writer::newHandle() {
     do {
@@ -45,7 +46,7 @@ void Writer::assignHandles() {
     const auto& layouts = drawing_.layouts();
     const engine::Layout* active = drawing_.activeLayout();
     if (active == nullptr && !layouts.empty()) active = layouts.front().get();
-    for (const auto& block : drawing_.blocks()) {
+    for (const engine::Block* block : saved_.blocks) {
         const std::uint64_t handle = reserveHandle(block->handle);
         blockRecords_.emplace(block->name.key(), handle);
     }
@@ -82,14 +83,14 @@ void Writer::assignHandles() {
     for (const Name name : {names.byBlock, names.byLayer, names.continuous})
         if (!drawing_.linetypes.contains(name)) linetypeHandle(name);
     const auto assign = [&](HandleMap& map, const auto& table) {
-        for (const auto& record : table) map.emplace(record.name.key(), newHandle());
+        for (const auto* record : table) map.emplace(record->name.key(), newHandle());
     };
-    assign(linetypes_, drawing_.linetypes);
-    assign(layers_, drawing_.layers);
-    assign(styles_, drawing_.textStyles);
-    assign(dimStyles_, drawing_.dimStyles);
-    assign(mleaderStyles_, drawing_.mleaderStyles);
-    assign(tableStyles_, drawing_.tableStyles);
+    assign(linetypes_, saved_.linetypes);
+    assign(layers_, saved_.layers);
+    assign(styles_, saved_.textStyles);
+    assign(dimStyles_, saved_.dimStyles);
+    assign(mleaderStyles_, saved_.mleaderStyles);
+    assign(tableStyles_, saved_.tableStyles);
     layerHandle(names.layerZero);
     textStyleHandle(names.standard);
     dimStyleHandle(names.standard);
@@ -167,6 +168,7 @@ void Writer::blockEnd(std::uint64_t record, bool paper) {
 void Writer::entities(const engine::EntityList& list, const Target& target) {
     for (const Entity& e : list) {
         ++report_.total;
+        progress_.count([&](std::size_t done) { return std::pair(done, drawing_.entityCount()); });
         if (!entity(e, target)) ++report_.dropped;
     }
 }
@@ -185,7 +187,7 @@ void Writer::spaces() {
         }
         blockEnd(spaces_[i].record, paper);
     }
-    for (const auto& block : drawing_.blocks()) {
+    for (const engine::Block* block : saved_.blocks) {
         const std::uint64_t record = blockRecords_.at(block->name.key());
         int flags = block->isAnonymous() ? 1 : 0;
         for (const Entity& e : block->entities)
@@ -195,7 +197,7 @@ void Writer::spaces() {
             }
         if (block->xrefType != engine::XrefType::None) flags |= block->xrefType == engine::XrefType::Overlay ? 12 : 4;
         blockBegin(symbol(block->name), record, false, flags, block->base, block->xrefPath, block->description);
-        entities(block->entities, {record, false});
+        if (engine::hasOwnContents(*block)) entities(block->entities, {record, false});
         blockEnd(record, false);
     }
 
@@ -316,12 +318,15 @@ void Writer::normal(const Entity& e) {
 
 // Saving ----------------------------------------------------------------------------------------------------------
 
-std::string saveDxf(const Drawing& drawing, const std::string& path, DxfSaveReport* report) {
+namespace {
+
+std::string save(const Drawing& drawing, const std::string& path, DxfSaveReport* report, bool forDwg,
+                 Progress* progress) {
     DxfSaveReport own;
     DxfSaveReport& result = report != nullptr ? *report : own;
     result = {};
     try {
-        Writer writer(drawing, result);
+        Writer writer(drawing, result, forDwg, progress);
         writer.run();
         AtomicFile file;
         if (!file.open(path).empty()) return "Failed to open file for writing: " + path;
@@ -332,6 +337,16 @@ std::string saveDxf(const Drawing& drawing, const std::string& path, DxfSaveRepo
         return "Write error on file: " + path;
     }
     return {};
+}
+
+}  // namespace
+
+std::string saveDxf(const Drawing& drawing, const std::string& path, DxfSaveReport* report, Progress* progress) {
+    return save(drawing, path, report, false, progress);
+}
+
+std::string saveDxfForDwg(const Drawing& drawing, const std::string& path, DxfSaveReport* report, Progress* progress) {
+    return save(drawing, path, report, true, progress);
 }
 
 std::string dxfText(const Drawing& drawing, DxfSaveReport* report) {

@@ -8,10 +8,12 @@
 
 #include "engine/drawing.hpp"
 #include "engine/entities/all.hpp"
+#include "engine/external_reference.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/writer_stream.hpp"
+#include "io/progress.hpp"
 
 namespace kova::io::dxf {
 
@@ -35,7 +37,7 @@ struct OwnData {
 /// spaces and objects first, then header, classes and tables, which list what was used.
 class Writer {
 public:
-    Writer(const engine::Drawing& drawing, DxfSaveReport& report);
+    Writer(const engine::Drawing& drawing, DxfSaveReport& report, bool forDwg = false, Progress* progress = nullptr);
 
     void run();
     /// The file's text in pieces, in order.
@@ -185,6 +187,7 @@ private:
     bool write(const engine::ToleranceEntity& e, const Target& t);
     bool write(const engine::AttributeDefinitionEntity& e, const Target& t);
     bool write(const engine::ViewportEntity& e, const Target& t);
+    std::int32_t countedNumber(const engine::ViewportEntity& e, const Target& t);
     bool write(const engine::Face3DEntity& e, const Target& t);
     bool write(const engine::Polyline3DEntity& e, const Target& t);
     bool write(const engine::MeshEntity& e, const Target& t);
@@ -213,7 +216,10 @@ private:
     void splinePart(const engine::SplineEntity& e);
 
     const engine::Drawing& drawing_;
+    const engine::SavedRecords saved_;
     DxfSaveReport& report_;
+    ProgressCounter progress_;
+    const bool forDwg_;  ///< fields whose groups DWG has no place for go into own data
 
     // The text. Anonymous blocks come while other blocks and entities are being written.
     GroupWriter front_;
@@ -247,6 +253,8 @@ private:
         std::uint64_t object;
         int tab;
         std::uint64_t lastViewport;
+        std::int32_t viewports = 0;  ///< without the sheet's
+        bool hasSheet = false;
     };
     std::vector<Space> spaces_;  ///< model space first, then the active layout, then the others
 

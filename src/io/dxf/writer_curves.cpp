@@ -185,6 +185,8 @@ bool Writer::write(const SplineEntity& e, const Target& t) {
         keys.push_back("knots");
     if (!e.controlZ.empty()) keys.push_back("controlZ");
     if (!e.weights.empty() && e.weights.size() != count) keys.push_back("weights");
+    if (forDwg_ && count > 0 && !e.fitPoints.empty()) keys.push_back("fitPoints");
+    if (forDwg_ && count == 0 && e.closed) keys.push_back("closed");
     // The native helix knows no radius at the top.
     if (e.helix) keys.push_back("helix");
     unsigned native = kElevation;
@@ -241,6 +243,8 @@ bool Writer::write(const ShapeEntity& e, const Target& t) {
     if (!finite(e.position) || !finite(e.size)) return false;
     FieldKeys keys;
     if (e.number != 0) keys.push_back("number");
+    // Records have the number in place of the name.
+    if (forDwg_) keys.push_back("name");
     if (!e.file.empty()) keys.push_back("file");
     const OwnData own = gather(e, kElevation | kThickness | kNormal, keys);
     // The shape's file is a text style without a name.

@@ -97,7 +97,9 @@ bool Writer::write(const DimensionEntity& e, const Target& t) {
     if (!finite(middle)) middle = e.dimLine;
     // A reader takes the place of the text for that of the line.
     const bool round = kind == DimensionType::Diameter || kind == DimensionType::Radius;
-    if (round && !(middle == e.dimLine)) keys.push_back("dimLine");
+    const bool tilted = !(e.normal() == Vector3{0, 0, 1});
+    if (round && (tilted || !(middle == e.dimLine))) keys.push_back("dimLine");
+    if (tilted && e.hasUserText()) keys.push_back("userText");
 
     std::uint64_t blockRecord = 0;
     const std::string block = picture(e, "*D", blockRecord);
@@ -131,7 +133,12 @@ bool Writer::write(const DimensionEntity& e, const Target& t) {
             break;
     }
     out.point(10, base, z);
-    out.point(11, middle, z);
+    // The only point in the coordinates of the object plane.
+    Vector3 text{middle, z};
+    if (tilted && e.normal().length_squared() > 0.0)
+        if (const auto toPlane = math::Matrix4::object_to_world(e.normal().normalized()).inverse())
+            text = toPlane->transform_point(text);
+    out.point(11, text);
     out.integer(70, kindCode(e, kind) | 32 | (e.hasUserText() ? 128 : 0));
     if (!e.textOverride.empty()) out.text(1, e.textOverride);
     out.integer(71, 5);
@@ -226,6 +233,7 @@ bool Writer::write(const LeaderEntity& e, const Target& t) {
     if (e.annotationHandle != 0 && annotation == nullptr) keys.push_back("annotationHandle");
     if (e.annotationWidth != 0.0) keys.push_back("annotationWidth");
     if (e.hookDir != 0 && e.hookDir != 1) keys.push_back("hookDir");
+    if (forDwg_ && e.hookLine) keys.push_back("hookLine");
     if (!isPlain(e.dimStyleName)) keys.push_back("dimStyleName");
     const OwnData own = gather(e, kElevation | kNormal, keys);
     head("LEADER", e, t, own);
@@ -245,8 +253,10 @@ bool Writer::write(const LeaderEntity& e, const Target& t) {
     out.flag(75, e.hookLine);
     out.real(40, e.effectiveTextHeight());
     out.real(41, e.annotationWidth);
-    out.integer(76, static_cast<std::int64_t>(e.vertices.size()));
+    // Other programs have the end of the hook line among the vertices.
+    out.integer(76, static_cast<std::int64_t>(e.vertices.size() + (e.hookLine ? 1 : 0)));
     for (const Vector2& p : e.vertices) out.point(10, p, e.elevation);
+    if (e.hookLine) out.point(10, finite(e.endPoint()) ? e.endPoint() : e.vertices.back(), e.elevation);
     if (annotation != nullptr) out.handle(340, e.annotationHandle);
     normal(e);
     out.point(211, Vector3{1, 0, 0});

@@ -75,10 +75,11 @@ void Writer::dimStyleRecord(const DimStyle& style, const OwnData& own) {
 
 void Writer::dimStyleTable() {
     GroupWriter& out = *out_;
-    tableHead("DIMSTYLE", tables_.dimStyles, drawing_.dimStyles.size() + missingDimStyles_.size());
+    tableHead("DIMSTYLE", tables_.dimStyles, saved_.dimStyles.size() + missingDimStyles_.size());
     out.subclass("AcDbDimStyleTable");
-    out.integer(71, static_cast<std::int64_t>(drawing_.dimStyles.size()));
-    for (const DimStyle& style : drawing_.dimStyles) {
+    out.integer(71, static_cast<std::int64_t>(saved_.dimStyles.size()));
+    for (const DimStyle* each : saved_.dimStyles) {
+        const DimStyle& style = *each;
         FieldKeys keys;
         if (!isPlain(style.name)) keys.push_back("name");
         // Names stand as handles, which lose an arrow's spelling; colours as indexes.

@@ -165,7 +165,7 @@ std::uint64_t Writer::firstMLeaderStyle() {
     if (mleaderStyles_.empty()) mleaderStyles_.emplace(commonNames().standard.key(), newHandle());
     if (const auto standard = mleaderStyles_.find(commonNames().standard.key()); standard != mleaderStyles_.end())
         return standard->second;
-    return mleaderStyles_.at(drawing_.mleaderStyles[0].name.key());
+    return mleaderStyles_.at(saved_.mleaderStyles[0]->name.key());
 }
 
 void Writer::mleaderStyle(const MLeaderStyle& style, std::uint64_t handle, const OwnData& own) {
@@ -224,17 +224,20 @@ void Writer::mleaderStyle(const MLeaderStyle& style, std::uint64_t handle, const
 void Writer::mleaderStyles() {
     firstMLeaderStyle();
     Entries entries;
-    for (const MLeaderStyle& style : drawing_.mleaderStyles)
-        entries.emplace_back(symbol(style.name), mleaderStyles_.at(style.name.key()));
-    const bool added = drawing_.mleaderStyles.empty();
+    for (const MLeaderStyle* style : saved_.mleaderStyles)
+        entries.emplace_back(symbol(style->name), mleaderStyles_.at(style->name.key()));
+    const bool added = saved_.mleaderStyles.empty();
     if (added) entries.emplace_back("Standard", firstMLeaderStyle());
     dictionary(fixed_.mleaderStyles, fixed_.root, entries, false);
     std::size_t i = 0;
-    for (const MLeaderStyle& style : drawing_.mleaderStyles) {
+    for (const MLeaderStyle* each : saved_.mleaderStyles) {
+        const MLeaderStyle& style = *each;
         const std::uint64_t handle = entries[i++].second;
         FieldKeys keys;
         if (!isPlain(style.name)) keys.push_back("name");
         if (!style.arrowBlock.empty()) keys.push_back("arrowBlock");
+        // Not in records of R2010.
+        if (forDwg_ && style.extendLeaderToText) keys.push_back("extendLeaderToText");
         if (!style.block.empty() && !isPlain(style.block)) keys.push_back("block");
         if (style.leaderLinetype.empty() || !isPlain(style.leaderLinetype)) keys.push_back("leaderLinetype");
         if (style.textStyle.empty() || !isPlain(style.textStyle)) keys.push_back("textStyle");

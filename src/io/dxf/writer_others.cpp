@@ -227,6 +227,19 @@ bool Writer::write(const RegionEntity& e, const Target& t) {
 
 // Viewports ---------------------------------------------------------------------------------------------------------
 
+/// The number that a viewport has when it is counted: DWG files hold none. The sheet is 1, added when there is none.
+std::int32_t Writer::countedNumber(const ViewportEntity& e, const Target& t) {
+    for (Space& space : spaces_) {
+        if (space.record != t.owner || &space == &spaces_.front()) continue;
+        if (e.isSheet() && !space.hasSheet) {
+            space.hasSheet = true;
+            return e.vpId;
+        }
+        return ++space.viewports + 1;
+    }
+    return 0;
+}
+
 bool Writer::write(const ViewportEntity& e, const Target& t) {
     if (!finite(e.center) || !std::isfinite(e.width) || !std::isfinite(e.height)) return false;
     FieldKeys keys;
@@ -243,7 +256,8 @@ bool Writer::write(const ViewportEntity& e, const Target& t) {
     if (e.locked) flags |= ViewportEntity::kLocked;
     if (!e.on) flags |= ViewportEntity::kOff;
     if (flags != e.statusFlags) keys.push_back("statusFlags");
-    if (e.vpId < 0 || e.vpId > 32767) keys.push_back("vpId");
+    if (e.clipHandle != 0 && e.clipEntity() == nullptr) keys.push_back("clipHandle");
+    if (e.vpId < 0 || e.vpId > 32767 || (forDwg_ && e.vpId != countedNumber(e, t))) keys.push_back("vpId");
     const OwnData own = gather(e, kElevation, keys);
     for (Space& space : spaces_)
         if (space.record == t.owner && (space.lastViewport == 0 || e.isSheet())) space.lastViewport = e.handle();

@@ -140,14 +140,14 @@ void Writer::linetypeTable() {
     GroupWriter rest;
     GroupWriter& table = *out_;
     const engine::CommonNames& names = engine::commonNames();
-    tableHead("LTYPE", tables_.linetypes, drawing_.linetypes.size() + missingLinetypes_.size());
+    tableHead("LTYPE", tables_.linetypes, saved_.linetypes.size() + missingLinetypes_.size());
     // The three that always exist come first.
     const auto record = [&](const engine::Linetype& linetype) {
         FieldKeys keys;
         if (!isPlain(linetype.name)) keys.push_back("name");
         if (linetype.standard) keys.push_back("standard");
         if (!linetype.elements.empty()) keys.push_back("elements");
-        if ((linetype.flags & ~0x7F) != 0) keys.push_back("flags");
+        if ((linetype.flags & ~0x7F) != 0 || (forDwg_ && linetype.flags != 0)) keys.push_back("flags");
         linetypeRecord(linetype, gatherRecord(linetype, keys, linetypes_.at(linetype.name.key())));
     };
     const auto isSpecial = [&](Name name) {
@@ -165,8 +165,8 @@ void Writer::linetypeTable() {
         else
             missing(name);
     }
-    for (const engine::Linetype& linetype : drawing_.linetypes)
-        if (!isSpecial(linetype.name)) record(linetype);
+    for (const engine::Linetype* linetype : saved_.linetypes)
+        if (!isSpecial(linetype->name)) record(*linetype);
     for (std::size_t i = 0; i < missingLinetypes_.size(); ++i)
         if (!isSpecial(missingLinetypes_[i])) missing(missingLinetypes_[i]);
     table.record("ENDTAB");
@@ -176,7 +176,9 @@ void Writer::layerRecord(const engine::Layer& layer, const OwnData& own) {
     GroupWriter& out = *out_;
     recordHead("LAYER", layers_.at(layer.name.key()), tables_.layers, "AcDbLayerTableRecord", own);
     out.text(2, symbol(layer.name));
-    out.integer(70, (layer.frozen ? 1 : 0) | (layer.locked ? 4 : 0));
+    // 16 and 32: of an external reference that was found.
+    const int dependent = engine::referenceOf(drawing_, layer.name) != nullptr ? 16 + 32 : 0;
+    out.integer(70, (layer.frozen ? 1 : 0) | (layer.locked ? 4 : 0) | dependent);
     int color = layer.color.bareIndex();
     if (color < 1 || color > 255) color = 7;
     out.integer(62, layer.on ? color : -color);
@@ -207,8 +209,9 @@ void Writer::layerRecord(const engine::Layer& layer, const OwnData& own) {
 }
 
 void Writer::layerTable() {
-    tableHead("LAYER", tables_.layers, drawing_.layers.size() + missingLayers_.size(), fixed_.layerTableDictionary);
-    for (const engine::Layer& layer : drawing_.layers) {
+    tableHead("LAYER", tables_.layers, saved_.layers.size() + missingLayers_.size(), fixed_.layerTableDictionary);
+    for (const engine::Layer* each : saved_.layers) {
+        const engine::Layer& layer = *each;
         FieldKeys keys;
         if (!isPlain(layer.name)) keys.push_back("name");
         if (layer.color.method == engine::ColorMethod::ByLayer || layer.color.method == engine::ColorMethod::ByBlock ||
@@ -249,8 +252,9 @@ void Writer::styleRecord(const engine::TextStyle& style, const OwnData& own) {
 
 void Writer::styleTable() {
     GroupWriter& out = *out_;
-    tableHead("STYLE", tables_.styles, drawing_.textStyles.size() + missingStyles_.size() + shapeStyles_.size());
-    for (const engine::TextStyle& style : drawing_.textStyles) {
+    tableHead("STYLE", tables_.styles, saved_.textStyles.size() + missingStyles_.size() + shapeStyles_.size());
+    for (const engine::TextStyle* each : saved_.textStyles) {
+        const engine::TextStyle& style = *each;
         FieldKeys keys;
         if (!isPlain(style.name)) keys.push_back("name");
         styleRecord(style, gatherRecord(style, keys, styles_.at(style.name.key())));
@@ -350,9 +354,9 @@ void Writer::blockRecord(std::string_view name, std::uint64_t handle, std::uint6
 
 void Writer::blockRecordTable() {
     tableHead("BLOCK_RECORD", tables_.blockRecords,
-              spaces_.size() + drawing_.blocks().size() + anonymous_.size() + missingBlocks_.size());
+              spaces_.size() + saved_.blocks.size() + anonymous_.size() + missingBlocks_.size());
     for (const Space& space : spaces_) blockRecord(space.blockName, space.record, space.object, true, false, {});
-    for (const auto& block : drawing_.blocks()) {
+    for (const engine::Block* block : saved_.blocks) {
         const std::uint64_t handle = blockRecords_.at(block->name.key());
         blockRecord(symbol(block->name), handle, 0, block->explodable, block->scaleUniform,
                     gatherText(blockOwnData(*block),

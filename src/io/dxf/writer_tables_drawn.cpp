@@ -102,7 +102,7 @@ std::uint64_t Writer::firstTableStyle() {
     if (tableStyles_.empty()) tableStyles_.emplace(commonNames().standard.key(), newHandle());
     if (const auto standard = tableStyles_.find(commonNames().standard.key()); standard != tableStyles_.end())
         return standard->second;
-    return tableStyles_.at(drawing_.tableStyles[0].name.key());
+    return tableStyles_.at(saved_.tableStyles[0]->name.key());
 }
 
 void Writer::tableStyle(const TableStyle& style, std::uint64_t handle, const OwnData& own) {
@@ -143,22 +143,25 @@ void Writer::tableStyle(const TableStyle& style, std::uint64_t handle, const Own
 void Writer::tableStyles() {
     firstTableStyle();
     Entries entries;
-    for (const TableStyle& style : drawing_.tableStyles)
-        entries.emplace_back(symbol(style.name), tableStyles_.at(style.name.key()));
-    const bool added = drawing_.tableStyles.empty();
+    for (const TableStyle* style : saved_.tableStyles)
+        entries.emplace_back(symbol(style->name), tableStyles_.at(style->name.key()));
+    const bool added = saved_.tableStyles.empty();
     if (added) entries.emplace_back("Standard", firstTableStyle());
     dictionary(fixed_.tableStyles, fixed_.root, entries, false);
     std::size_t i = 0;
-    for (const TableStyle& style : drawing_.tableStyles) {
+    for (const TableStyle* each : saved_.tableStyles) {
+        const TableStyle& style = *each;
         const std::uint64_t handle = entries[i++].second;
         FieldKeys keys{"defaultRowHeight", "defaultColWidth"};
         if (!isPlain(style.name)) keys.push_back("name");
+        if (forDwg_ && !style.hasTitle) keys.push_back("hasTitle");
+        if (forDwg_ && !style.hasHeader) keys.push_back("hasHeader");
         if (style.textStyle.empty() || !isPlain(style.textStyle)) keys.push_back("textStyle");
         if (!isLineweight(style.borderLineweight)) keys.push_back("borderLineweight");
         if (!isLineweight(style.gridLineweight)) keys.push_back("gridLineweight");
         const auto exact = [](const TableStyleRow& r) {
             return r.alignment >= 1 && r.alignment <= 9 && r.textColor.method != ColorMethod::RGB &&
-                   r.fillColor.method != ColorMethod::RGB;
+                   (r.fillEnabled ? r.fillColor.method != ColorMethod::RGB : r.fillColor == TableStyleRow().fillColor);
         };
         if (!exact(style.data) || !exact(style.title) || !exact(style.header)) keys.push_back("rows");
         tableStyle(style, handle, gatherRecord(style, keys, handle, kTableStyleApplication));

@@ -207,6 +207,8 @@ bool Writer::write(const MTextEntity& e, const Target& t) {
     if (e.bgFlags != 0) keys.insert(keys.end(), {"bgFlags", "bgColor", "bgScale", "bgTransparency"});
     if (e.definedHeight != 0.0) keys.push_back("definedHeight");
     if (e.backward) keys.push_back("backward");
+    // Records have a direction in place of the angle.
+    if (forDwg_ && e.rotation != std::atan2(std::sin(e.rotation), std::cos(e.rotation))) keys.push_back("rotation");
     if (e.attachment < 1 || e.attachment > 9) keys.push_back("attachment");
     if (!(e.lineSpacingFactor >= 0.25 && e.lineSpacingFactor <= 4.0)) keys.push_back("lineSpacingFactor");
     if (!isPlain(e.textStyle)) keys.push_back("textStyle");

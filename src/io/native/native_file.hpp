@@ -8,6 +8,10 @@ namespace kova::engine {
 class Drawing;
 }
 
+namespace kova::io {
+class Progress;
+}
+
 namespace kova::io::native {
 
 /// What a save had to change so that the file loads again.
@@ -17,14 +21,15 @@ struct SaveNotes {
 
 /// Saves a drawing as a native drawing file. Error text, empty on success; after a failure an older file of that name
 /// stands as it was.
-std::string saveNative(const engine::Drawing& drawing, const std::string& path, SaveNotes* notes = nullptr);
+std::string saveNative(const engine::Drawing& drawing, const std::string& path, SaveNotes* notes = nullptr,
+                       Progress* progress = nullptr);
 
 /// Fills a new drawing from a native drawing file. Error text, empty on success; after a failure the drawing holds a
 /// part of the file and should be thrown away.
-std::string loadNative(const std::string& path, engine::Drawing& drawing);
+std::string loadNative(const std::string& path, engine::Drawing& drawing, Progress* progress = nullptr);
 
 /// The same from and to memory.
-std::string loadNativeText(std::string_view text, engine::Drawing& drawing);
+std::string loadNativeText(std::string_view text, engine::Drawing& drawing, Progress* progress = nullptr);
 std::string nativeText(const engine::Drawing& drawing);
 
 }  // namespace kova::io::native

@@ -6,6 +6,7 @@
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
 #include "io/native/record_reader.hpp"
+#include "io/progress.hpp"
 
 namespace kova::io::native {
 
@@ -61,7 +62,8 @@ constexpr std::string_view kSections[] = {"format",
 /// Builds the drawing while the file is parsed, and finishes it from the tree afterwards.
 class Loader final : public RecordSink {
 public:
-    explicit Loader(Drawing& drawing) : drawing_(drawing), reader_(tree_), firstHandle_(drawing.nextHandle) {}
+    Loader(Drawing& drawing, Progress* progress)
+        : drawing_(drawing), reader_(tree_), progress_(progress), firstHandle_(drawing.nextHandle) {}
     ~Loader() override;
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;
@@ -97,6 +99,7 @@ private:
     Drawing& drawing_;
     JsonTree tree_;
     RecordReader reader_;
+    ProgressCounter progress_;
     std::unique_ptr<engine::Block> block_;    ///< being read
     std::unique_ptr<engine::Layout> layout_;  ///< being read
     bool hasLayouts_ = false;                 ///< the file has some
@@ -189,6 +192,7 @@ std::unique_ptr<Entity> Loader::makeEntityOf(Index record) {
 }
 
 void Loader::entity(Index record) {
+    progress_.count([](std::size_t done) { return std::pair(done, std::size_t{0}); });
     std::unique_ptr<Entity> entity = makeEntityOf(record);
     if (!entity) return;
     reader_.readEntity(record, *entity);
@@ -251,13 +255,19 @@ void Loader::ensureStandardRecords() {
 JsonType firstType(std::string_view text) {
     const std::size_t at = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
     switch (at == std::string_view::npos ? 'n' : text[at]) {
-        case '{': return JsonType::Object;
-        case '[': return JsonType::Array;
-        case '"': return JsonType::Text;
+        case '{':
+            return JsonType::Object;
+        case '[':
+            return JsonType::Array;
+        case '"':
+            return JsonType::Text;
         case 't':
-        case 'f': return JsonType::Boolean;
-        case 'n': return JsonType::Null;
-        default: return JsonType::Float;
+        case 'f':
+            return JsonType::Boolean;
+        case 'n':
+            return JsonType::Null;
+        default:
+            return JsonType::Float;
     }
 }
 
@@ -297,18 +307,18 @@ std::string Loader::load(std::string_view text) {
 
 }  // namespace
 
-std::string loadNativeText(std::string_view text, Drawing& drawing) {
+std::string loadNativeText(std::string_view text, Drawing& drawing, Progress* progress) {
     try {
-        return Loader(drawing).load(text);
+        return Loader(drawing, progress).load(text);
     } catch (const std::exception& problem) {
         return std::string("Load error: ") + problem.what();
     }
 }
 
-std::string loadNative(const std::string& path, Drawing& drawing) {
+std::string loadNative(const std::string& path, Drawing& drawing, Progress* progress) {
     MappedFile file;
     if (std::string error = file.open(path); !error.empty()) return error;
-    return loadNativeText(file.view(), drawing);
+    return loadNativeText(file.view(), drawing, progress);
 }
 
 }  // namespace kova::io::native

@@ -1,9 +1,11 @@
 #include <exception>
 
+#include "engine/external_reference.hpp"
 #include "io/atomic_file.hpp"
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
 #include "io/native/record_writer.hpp"
+#include "io/progress.hpp"
 
 namespace kova::io::native {
 
@@ -17,7 +19,12 @@ template <class Records>
 void writeList(JsonWriter& out, std::string_view key, const Records& records) {
     out.key(key);
     out.beginArray();
-    for (const auto& record : records) writeRecord(out, record);
+    for (const auto& record : records) {
+        if constexpr (std::is_pointer_v<std::decay_t<decltype(record)>>)
+            writeRecord(out, *record);
+        else
+            writeRecord(out, record);
+    }
     out.endArray();
 }
 
@@ -32,28 +39,40 @@ void writeText(JsonWriter& out, std::string_view key, std::string_view text) {
     out.text(text);
 }
 
-void writeEntities(JsonWriter& out, const engine::EntityList& entities) {
+/// How far the file is.
+struct Stage {
+    ProgressCounter progress;
+    std::size_t total = 0;
+};
+
+void writeEntities(JsonWriter& out, const engine::EntityList& entities, Stage& stage) {
     out.key("entities");
     out.beginArray();
-    for (const engine::Entity& entity : entities) writeEntity(out, entity);
+    for (const engine::Entity& entity : entities) {
+        stage.progress.count([&](std::size_t done) { return std::pair(done, stage.total); });
+        writeEntity(out, entity);
+    }
     out.endArray();
 }
 
-void writeBlocks(JsonWriter& out, const Drawing& drawing) {
+void writeBlocks(JsonWriter& out, const engine::SavedRecords& saved, Stage& stage) {
+    static const engine::EntityList nothing;
     out.key("blocks");
     out.beginArray();
-    for (const auto& block : drawing.blocks()) {
+    for (const engine::Block* each : saved.blocks) {
+        // The visitor only looks.
+        auto& block = const_cast<engine::Block&>(*each);
         RecordWriter writer(out);
         out.beginObject();
-        block->describeHead(writer);
-        writeEntities(out, block->entities);
-        block->describeDynamic(writer);
+        block.describeHead(writer);
+        writeEntities(out, engine::hasOwnContents(block) ? block.entities : nothing, stage);
+        block.describeDynamic(writer);
         out.endObject();
     }
     out.endArray();
 }
 
-void writeLayouts(JsonWriter& out, const Drawing& drawing) {
+void writeLayouts(JsonWriter& out, const Drawing& drawing, Stage& stage) {
     if (drawing.layouts().empty()) return;
     out.key("layouts");
     out.beginArray();
@@ -61,7 +80,7 @@ void writeLayouts(JsonWriter& out, const Drawing& drawing) {
         RecordWriter writer(out);
         out.beginObject();
         LayoutRecord{*layout}.describe(writer);
-        writeEntities(out, layout->entities);
+        writeEntities(out, layout->entities, stage);
         out.endObject();
     }
     out.endArray();
@@ -98,26 +117,27 @@ void writeLayerStates(JsonWriter& out, const Drawing& drawing) {
     out.endObject();
 }
 
-void writeStyles(JsonWriter& out, const Drawing& drawing) {
+void writeStyles(JsonWriter& out, const Drawing& drawing, const engine::SavedRecords& saved) {
     RecordWriter writer(out);
     auto& d = const_cast<Drawing&>(drawing);  // the visitor only looks
-    writeList(out, "textStyles", drawing.textStyles);
+    writeList(out, "textStyles", saved.textStyles);
     writeText(out, "currentTextStyle", drawing.currentTextStyle.view());
-    writeList(out, "linetypes", drawing.linetypes);
+    writeList(out, "linetypes", saved.linetypes);
     writeText(out, "currentLinetype", drawing.currentLinetype.view());
-    writeList(out, "dimStyles", drawing.dimStyles);
+    writeList(out, "dimStyles", saved.dimStyles);
     writeText(out, "currentDimStyle", drawing.currentDimStyle.view());
     writer.numberMap("dimStyleOverrides", d.dimStyleOverrides);
     writer.textMap("dimStyleNameOverrides", d.dimStyleNameOverrides);
-    writeList(out, "mleaderStyles", drawing.mleaderStyles);
+    writeList(out, "mleaderStyles", saved.mleaderStyles);
     writeText(out, "currentMLeaderStyle", drawing.currentMLeaderStyle.view());
-    writeList(out, "tableStyles", drawing.tableStyles);
+    writeList(out, "tableStyles", saved.tableStyles);
     writeText(out, "currentTableStyle", drawing.currentTableStyle.view());
 }
 
 }  // namespace
 
-void writeDrawing(JsonWriter& out, const Drawing& drawing) {
+void writeDrawing(JsonWriter& out, const Drawing& drawing, Progress* progress) {
+    Stage stage{ProgressCounter(progress), drawing.entityCount()};
     RecordWriter writer(out);
     auto& d = const_cast<Drawing&>(drawing);  // the visitor only looks
     out.beginObject();
@@ -126,24 +146,25 @@ void writeDrawing(JsonWriter& out, const Drawing& drawing) {
     out.integer(2);
     if (const PropertiesRecord properties{d.properties}; !properties.empty())
         writeMembers(out, "properties", properties);
-    writeList(out, "layers", drawing.layers);
+    const engine::SavedRecords saved(drawing);
+    writeList(out, "layers", saved.layers);
     writeText(out, "currentLayer", drawing.currentLayer.view());
     writeListIfAny(out, "layerFilters", drawing.layerFilters);
     writer.texts("shapeFiles", d.shapeFiles, true);
     writer.point("basePoint", d.basePoint);
     writeMembers(out, "limits", LimitsRecord{d.limits});
     writer.pointObject("snapBase", d.snapBase);
-    writeBlocks(out, drawing);
+    writeBlocks(out, saved, stage);
     writeList(out, "groups", drawing.groups);
-    writeStyles(out, drawing);
+    writeStyles(out, drawing, saved);
     out.key("nextHandle");
     out.unsignedInteger(drawing.nextHandle);
     writeListIfAny(out, "hatchPatterns", drawing.hatchPatterns);
     if (!drawing.objectDictionary.empty()) writeMembers(out, "objectDictionary", DictionaryRecord{d.objectDictionary});
     writer.names("appIds", d.appIds, true);
     writeUcs(out, drawing);
-    writeEntities(out, drawing.modelSpace());
-    writeLayouts(out, drawing);
+    writeEntities(out, drawing.modelSpace(), stage);
+    writeLayouts(out, drawing, stage);
     writeText(out, "activeLayout", drawing.activeLayoutName.view());
     out.key("tilemode");
     out.integer(drawing.tileMode ? 1 : 0);
@@ -157,12 +178,12 @@ void writeDrawing(JsonWriter& out, const Drawing& drawing) {
     out.endObject();
 }
 
-std::string saveNative(const Drawing& drawing, const std::string& path, SaveNotes* notes) {
+std::string saveNative(const Drawing& drawing, const std::string& path, SaveNotes* notes, Progress* progress) {
     try {
         AtomicFile file;
         if (std::string error = file.open(path); !error.empty()) return error;
         JsonWriter out(kFileIndent, &file);
-        writeDrawing(out, drawing);
+        writeDrawing(out, drawing, progress);
         out.flush();
         if (notes != nullptr) notes->replacedNumbers = out.replacedNumbers();
         return file.commit();

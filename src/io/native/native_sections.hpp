@@ -7,6 +7,10 @@
 
 // Parts of the native file that the saver and the loader share.
 
+namespace kova::io {
+class Progress;
+}
+
 namespace kova::io::native {
 
 /// The drawing's properties as a record.
@@ -84,7 +88,7 @@ void writeMembers(JsonWriter& out, std::string_view key, Record record) {
 }
 
 /// The document itself.
-void writeDrawing(JsonWriter& out, const engine::Drawing& drawing);
+void writeDrawing(JsonWriter& out, const engine::Drawing& drawing, Progress* progress = nullptr);
 
 void writeSystemVariables(JsonWriter& out, const engine::Drawing& drawing);
 /// Sets the variables of the object "systemVariables". `spaceIsGiven` tells that the file says elsewhere which tab

@@ -180,6 +180,10 @@ private:
         return static_cast<std::uint16_t>(database_.classes.back().number);
     }
 
+    static Entity* entityOf(Object* object) {
+        return object != nullptr && object->isEntity() ? static_cast<Entity*>(object) : nullptr;
+    }
+
     void readTable() {
         if (type_ == "ENDTAB") return;
         if (type_ == "TABLE") {
@@ -245,13 +249,13 @@ private:
             fields.bd3(10, block_->base);
             fields.text(1, block_->xrefPath);
             fields.text(4, block_->description);
-            if (auto* begin = dynamic_cast<Entity*>(readObject(kindNamed("BLOCK"), block_->handle))) {
+            if (auto* begin = entityOf(readObject(kindNamed("BLOCK"), block_->handle))) {
                 begin->mode = modeOf(block_->handle);
                 block_->block = begin->handle;
             }
         } else if (type_ == "ENDBLK") {
             if (block_ == nullptr) return;
-            if (auto* end = dynamic_cast<Entity*>(readObject(kindNamed("ENDBLK"), block_->handle))) {
+            if (auto* end = entityOf(readObject(kindNamed("ENDBLK"), block_->handle))) {
                 end->mode = modeOf(block_->handle);
                 block_->endBlock = end->handle;
             }
@@ -266,7 +270,7 @@ private:
             auto* sequence = parent_;
             parent_ = nullptr;
             if (sequence == nullptr) return;
-            auto* end = dynamic_cast<Entity*>(readObject(kindNamed(type_), sequence->handle));
+            auto* end = entityOf(readObject(kindNamed(type_), sequence->handle));
             if (end == nullptr) return;
             end->mode = 0;
             if (Handle* place = sequence->seqEnd()) *place = end->handle;
@@ -275,7 +279,7 @@ private:
         const bool part = type_ == "VERTEX" || type_ == "ATTRIB";
         if (part && parent_ == nullptr) return;
         const ObjectKind* kind = entityKindOf(type_, record_);
-        auto* entity = dynamic_cast<Entity*>(readObject(kind, part ? parent_->handle : 0));
+        auto* entity = entityOf(readObject(kind, part ? parent_->handle : 0));
         if (entity == nullptr) {
             if (!part) parent_ = nullptr;
             if (!database_.skipped.empty()) database_.skipped.back().entity = true;
@@ -288,7 +292,14 @@ private:
         }
         parent_ = entity->owned() != nullptr ? entity : nullptr;
         BlockHeader* space = block;
-        if (space == nullptr) space = database_.as<BlockHeader>(entity->owner);
+        if (space == nullptr) {
+            // Entities of one owner come one behind the other.
+            if (entity->owner != lastOwner_) {
+                lastOwner_ = entity->owner;
+                lastSpace_ = database_.as<BlockHeader>(entity->owner);
+            }
+            space = lastSpace_;
+        }
         if (space == nullptr) {
             record_.findAnywhere(67);
             const bool paper = record_.peek() == 67 && record_.integer() != 0;
@@ -335,6 +346,8 @@ private:
     Control* control_ = nullptr;
     BlockHeader* block_ = nullptr;
     Entity* parent_ = nullptr;
+    Handle lastOwner_ = 0;
+    BlockHeader* lastSpace_ = nullptr;
     Handle modelSpace_ = 0, paperSpace_ = 0;
 };
 

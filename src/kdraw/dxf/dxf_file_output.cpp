@@ -4,6 +4,7 @@
 
 #include "kdraw/database.hpp"
 #include "kdraw/dxf/dxf_fields.hpp"
+#include "kdraw/entities/viewport.hpp"
 #include "kdraw/objects/block_header.hpp"
 #include "kdraw/objects/control.hpp"
 #include "kdraw/record_codec.hpp"
@@ -12,18 +13,27 @@ namespace kdraw {
 
 namespace {
 
+constexpr std::uint16_t kMaxNumber = 32767;
+/// Room for the groups of an object; what is not used costs nothing.
+constexpr std::size_t kGroupsSize = 320;
+
+}  // namespace
+
 /// Writes one database.
-class FileOutput {
+class DxfFileOutput::Sections {
 public:
-    explicit FileOutput(Database& database) : database_(database), out_(database), fields_(out_) {
+    explicit Sections(Database& database) : database_(database), out_(database), fields_(out_) {
         for (const auto list : {entityKinds(), objectKinds()})
             for (const ObjectKind& kind : list)
-                if (kind.type != 0) fixed_.emplace(kind.type, &kind);
+                if (kind.type != 0 && kind.type < fixed_.size() && fixed_[kind.type] == nullptr)
+                    fixed_[kind.type] = &kind;
+        for (const auto& object : database.objects) object->visited = false;
     }
 
-    std::string run() {
+    void tablesPart() {
         findBlocks();
-        out_.out().reserve(database_.objects.size() * 200 + 65536);
+        numberViewports();
+        out_.out().reserve(database_.objects.size() * kGroupsSize + 65536);
         begin("HEADER");
         writeHeaderGroups(database_.header, out_);
         end();
@@ -33,14 +43,20 @@ public:
         begin("TABLES");
         tables();
         end();
+    }
+    void blocksPart() {
         begin("BLOCKS");
         for (BlockHeader* block : blocks_) writeBlock(*block);
         end();
+    }
+    void entitiesPart() {
         begin("ENTITIES");
         for (BlockHeader* block : {modelSpace_, paperSpace_})
             if (block != nullptr)
                 for (const Handle handle : block->owned) writeEntity(handle, block == paperSpace_);
         end();
+    }
+    std::string objectsPart() {
         begin("OBJECTS");
         objects();
         end();
@@ -57,10 +73,7 @@ private:
     void end() { out_.word(0, "ENDSEC"); }
 
     const ObjectKind* kindOf(const Object& object) const {
-        if (object.type < 500) {
-            const auto found = fixed_.find(object.type);
-            return found == fixed_.end() ? nullptr : found->second;
-        }
+        if (object.type < ClassRecord::kFirst) return fixed_[object.type];
         for (const ClassRecord& record : database_.classes)
             if (record.number == object.type) return kindNamed(record.dxfName);
         return nullptr;
@@ -87,6 +100,17 @@ private:
                 modelSpace_ = database_.as<BlockHeader>(control->modelSpace);
                 paperSpace_ = database_.as<BlockHeader>(control->paperSpace);
             }
+        }
+    }
+
+    /// Records have no numbers of viewports: the first one of a layout is the sheet, the others count on.
+    void numberViewports() {
+        for (BlockHeader* block : blocks_) {
+            if (block == modelSpace_ || !block->isSpace()) continue;
+            std::int32_t number = 0;
+            for (const Handle handle : block->owned)
+                if (auto* viewport = database_.as<ViewportEntity>(handle); viewport != nullptr && number < kMaxNumber)
+                    viewport->number = ++number;
         }
     }
 
@@ -126,8 +150,8 @@ private:
             const char* record;
         };
         // Type codes of the control objects.
-        constexpr Row kRows[] = {{"VPORT", 0x40, "VPORT"}, {"LTYPE", 0x38, "LTYPE"}, {"LAYER", 0x32, "LAYER"},
-                                 {"STYLE", 0x34, "STYLE"}, {"VIEW", 0x3C, "VIEW"},   {"UCS", 0x3E, "UCS"},
+        constexpr Row kRows[] = {{"VPORT", 0x40, "VPORT"}, {"LTYPE", 0x38, "LTYPE"},      {"LAYER", 0x32, "LAYER"},
+                                 {"STYLE", 0x34, "STYLE"}, {"VIEW", 0x3C, "VIEW"},        {"UCS", 0x3E, "UCS"},
                                  {"APPID", 0x42, "APPID"}, {"DIMSTYLE", 0x44, "DIMSTYLE"}};
         for (const Row& row : kRows) {
             Control* control = nullptr;
@@ -181,14 +205,16 @@ private:
         if (entity == nullptr) return;
         const ObjectKind* kind = cachedKind(*entity);
         // Each has one place, whatever damaged lists say.
-        if (kind == nullptr || !written_.insert(handle).second) return;
+        if (kind == nullptr || entity->visited) return;
+        entity->visited = true;
         write(*entity, *kind, paper);
         std::vector<Handle>* owned = entity->owned();
         if (owned == nullptr || owned->empty()) return;
         for (const Handle part : *owned) {
             auto* piece = database_.as<Entity>(part);
             const ObjectKind* pieceKind = piece == nullptr ? nullptr : cachedKind(*piece);
-            if (pieceKind == nullptr || piece->owned() != nullptr || !written_.insert(part).second) continue;
+            if (pieceKind == nullptr || piece->owned() != nullptr || piece->visited) continue;
+            piece->visited = true;
             write(*piece, *pieceKind, paper);
         }
         out_.word(0, "SEQEND");
@@ -232,16 +258,26 @@ private:
     Database& database_;
     DxfOutput out_;
     DxfWriteFields fields_;
-    std::unordered_map<std::uint16_t, const ObjectKind*> fixed_;
+    std::array<const ObjectKind*, ClassRecord::kFirst> fixed_{};  ///< by type code
     std::vector<std::pair<const ObjectKind*, bool>> classKinds_;
     std::vector<BlockHeader*> blocks_;
     BlockHeader* modelSpace_ = nullptr;
     BlockHeader* paperSpace_ = nullptr;
-    std::unordered_set<Handle> written_;
 };
 
-}  // namespace
+DxfFileOutput::DxfFileOutput(Database& database) : sections_(std::make_unique<Sections>(database)) {}
+DxfFileOutput::~DxfFileOutput() = default;
+void DxfFileOutput::writeTables() { sections_->tablesPart(); }
+void DxfFileOutput::writeBlocks() { sections_->blocksPart(); }
+void DxfFileOutput::writeEntities() { sections_->entitiesPart(); }
+std::string DxfFileOutput::finish() { return sections_->objectsPart(); }
 
-std::string databaseToDxf(Database& database) { return FileOutput(database).run(); }
+std::string databaseToDxf(Database& database) {
+    DxfFileOutput output(database);
+    output.writeTables();
+    output.writeBlocks();
+    output.writeEntities();
+    return output.finish();
+}
 
 }  // namespace kdraw

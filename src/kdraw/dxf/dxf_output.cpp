@@ -8,6 +8,12 @@
 namespace kdraw {
 
 void DxfOutput::code(int code) {
+    if (code >= 0 && code < 1000) {
+        const auto digit = [](int v) { return static_cast<char>('0' + v % 10); };
+        const char line[4] = {code < 100 ? ' ' : digit(code / 100), code < 10 ? ' ' : digit(code / 10), digit(code), '\n'};
+        out_.append(line, sizeof line);
+        return;
+    }
     char digits[12];
     const auto end = std::to_chars(digits, digits + sizeof digits, code).ptr;
     const auto length = static_cast<std::size_t>(end - digits);

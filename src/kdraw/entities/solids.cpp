@@ -19,13 +19,16 @@ std::string crypted(std::string text) {
     return text;
 }
 
+constexpr std::string_view kBinaryEnd =
+    "\x0E\x03"
+    "End\x0E\x02of\x0E\x04"
+    "ACIS\x0D\x04"
+    "data";
+
 bool endsWithMark(const std::string& data) {
     using namespace std::string_view_literals;
     constexpr std::string_view kMarks[] = {
-        "\x0E\x03"
-        "End\x0E\x02of\x0E\x04"
-        "ACIS\x0D\x04"
-        "data"sv,
+        kBinaryEnd,
         "\x0E\x03"
         "End\x0E\x02of\x0E\x03"
         "ASM\x0D\x04"
@@ -87,7 +90,9 @@ void ModelerEntity::describeBody(Fields& f, bool hasHistory) {
     f.b(0, yes);  // a wireframe follows
     f.b(0, no);   // no point
     f.bl(0, isolines);
-    f.b(0, no);     // no wires
+    // No wires: a list of none, because programs differ in what follows when the list is left out.
+    f.b(0, yes);
+    f.bl(0, none);
     f.bl(0, none);  // no silhouettes
     f.b(0, yes);    // no second copy of the data
     f.bl(0, none);  // no materials
@@ -133,7 +138,10 @@ void ModelerEntity::describeData(Fields& f) {
         return;
     }
     if (form == kBinaryForm) {
-        f.bytes(0, binary, binary.size());
+        std::string data = binary;
+        // Only the mark at the end tells where the data stop.
+        if (!endsWithMark(data)) data += kBinaryEnd;
+        f.bytes(0, data, data.size());
         return;
     }
     constexpr std::size_t kBlock = 4096;

@@ -1,9 +1,6 @@
 #include "kdraw/entities/spline.hpp"
 
-#include <algorithm>
-
 #include "kdraw/entities/shared.hpp"
-#include "math/nurbs.hpp"
 
 namespace kdraw {
 
@@ -64,24 +61,6 @@ void SplineEntity::describeSpline(Fields& f) {
         if (weighted) f.bd(0, weights[i]);
         ++i;
     });
-}
-
-bool SplineEntity::addControlPoints() {
-    constexpr double kExact = 1e-6;
-    if (!byFitPoints() || degree != 3 || fitTolerance > kExact) return false;
-    if (knotParameter != kChords && knotParameter != kCustomKnots) return false;
-    const double z = fit.front().z;
-    const bool level = std::all_of(fit.begin(), fit.end(), [&](const Vector3& p) { return p.z == z; });
-    if (!level || startTangent.z != 0.0 || endTangent.z != 0.0) return false;
-    std::vector<Vector2> points;
-    points.reserve(fit.size());
-    for (const Vector3& p : fit) points.push_back({p.x, p.y});
-    const kova::math::CubicSpline curve =
-        kova::math::interpolateCubic(points, closed, {startTangent.x, startTangent.y}, {endTangent.x, endTangent.y});
-    if (curve.points.empty()) return false;
-    knots = curve.knots;
-    for (const Vector2& p : curve.points) control.push_back({p.x, p.y, z});
-    return true;
 }
 
 void SplineEntity::readGroups(DxfInput& in) {

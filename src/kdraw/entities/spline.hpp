@@ -14,10 +14,6 @@ public:
 
     bool byFitPoints() const { return control.empty() && !fit.empty(); }
 
-    /// Gives a plane curve by fit points the control points and knots of the cubic through them, chords as knots.
-    /// False: it is none, has other knots, or only comes near its fit points.
-    bool addControlPoints();
-
     static constexpr std::int32_t kChords = 0, kSquareRoot = 1, kUniform = 2, kCustomKnots = 15;
 
     std::int32_t degree = 3;

@@ -14,8 +14,8 @@ constexpr int kRowEdges[] = {Border::kTop,  Border::kInsideHorizontal, Border::k
 constexpr const char* kRowNames[] = {"_DATA", "_TITLE", "_HEADER"};
 constexpr std::int32_t kRowIds[] = {3, 1, 2};
 constexpr std::int32_t kTableId = 4;
-/// Title cells are merged over the whole width.
-constexpr std::int32_t kMergeAll = 0x8000;
+/// Title cells are merged over the whole width; tables may run upwards.
+constexpr std::int32_t kMergeAll = 0x8000, kFlowUp = 0x10000;
 
 CellStyle cellStyleOf(const TableStyle& style, const TableStyle::Row& row) {
     CellStyle cell;
@@ -243,6 +243,7 @@ void TableStyle::describeGroups(Fields& f) {
 
 void TableStyle::makeCellStyles() {
     table.style = cellStyleOf(*this, rows[0]);
+    if (flow != 0) table.style.merge |= kFlowUp;
     table.id = kTableId;
     table.styleClass = 2;
     table.name = "Table";
@@ -259,6 +260,7 @@ void TableStyle::makeCellStyles() {
 }
 
 void TableStyle::takeRows() {
+    flow = (table.style.merge & kFlowUp) != 0 ? 1 : 0;
     for (const NamedCellStyle& style : styles)
         for (std::size_t i = 0; i < rows.size(); ++i)
             if (style.id == kRowIds[i]) {

@@ -208,6 +208,12 @@ std::span<const BuiltinDef> commandBuiltins() {
         {"SETVAR", 2, 2, setVariable, "name value", "Sets a system variable.", "(setvar \"OSMODE\" 0) -> 0"},
         {"GRAPHSCR", 0, 0, registerCommand, "", "Does nothing: there is one screen.", "(graphscr) -> nil"},
         {"TEXTSCR", 0, 0, registerCommand, "", "Does nothing: there is one screen.", "(textscr) -> nil"},
+        {"GRDRAW", 3, 4, registerCommand, "from to color [highlight]", "Does nothing: there is no window.",
+         "(grdraw '(0 0) '(5 5) 1) -> nil"},
+        {"GRVECS", 1, 2, registerCommand, "vectors [transformation]", "Does nothing: there is no window.",
+         "(grvecs '(1 (0 0) (5 5))) -> nil"},
+        {"GRTEXT", 0, 3, registerCommand, "[box text [highlight]]", "Does nothing: there is no window.",
+         "(grtext -1 \"Working\") -> nil"},
         {"REDRAW", 0, 2, registerCommand, "[entity [mode]]", "Does nothing: there is no window.", "(redraw) -> nil"},
     };
     return rows;

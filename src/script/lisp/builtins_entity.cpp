@@ -105,14 +105,18 @@ std::span<const BuiltinDef> entityBuiltins() {
          "under -3.",
          "(entget (entlast) '(\"*\"))"},
         {"ENTMAKE", 1, 1, entMake, "list",
-         "Makes an entity from DXF groups, or a layer or text style; nil when it cannot be made. Group 8 makes a layer "
+         "Makes an entity from DXF groups, or a layer, text style, linetype, dimension style or application; nil when "
+         "it cannot be made. Group 8 makes a layer "
          "that "
          "is not there. INSERT with attributes (66 . 1), POLYLINE and BLOCK go on over several calls, up to SEQEND or "
          "ENDBLK.",
          "(entmake '((0 . \"LINE\") (10 0 0) (11 5 0)))"},
         {"ENTMAKEX", 1, 1, entMakeX, "list", "As ENTMAKE; gives the entity's name.",
          "(entmakex '((0 . \"POINT\") (10 1 1)))"},
-        {"ENTMOD", 1, 1, entMod, "list", "Changes the entity of group -1 to what the list says.",
+        {"ENTMOD", 1, 1, entMod, "list",
+         "Changes the entity of group -1 to what the list says, or a layer, text style, linetype or dimension style by "
+         "the "
+         "name that TBLOBJNAME gives.",
          "(entmod (subst '(8 . \"0\") (assoc 8 l) l))"},
         {"ENTDEL", 1, 1, entDel, "entity", "Deletes an entity, or brings one back that ENTDEL has deleted.",
          "(entdel (entlast))"},

@@ -4,11 +4,14 @@
 
 #include "cmd/picking.hpp"
 #include "cmd/point_input.hpp"
+#include "engine/entities/block_reference.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/units.hpp"
 #include "math/angles.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/cad.hpp"
+#include "script/lisp/entity_names.hpp"
+#include "script/lisp/nested_pick.hpp"
 
 namespace kova::script::lisp {
 
@@ -263,9 +266,43 @@ Value initget(Machine& m, Value* v, int n) {
     return {};
 }
 
+/// How an entity that was picked is told.
+enum class Picking {
+    Whole,         ///< (entity point)
+    Nested,        ///< within a block the entity of its definition: (entity point matrix containers), the matrix 4 x 3
+    NestedSquare,  ///< the same with a matrix of 4 x 4
+};
+
+Value matrixValue(const math::Matrix4& m, bool square) {
+    ListBuilder rows;
+    if (square) {
+        for (int row = 0; row < 4; ++row)
+            rows.add(Value::list(
+                {Value::real(m(row, 0)), Value::real(m(row, 1)), Value::real(m(row, 2)), Value::real(m(row, 3))}));
+    } else {
+        // The images of the axes, then the shift.
+        for (int column = 0; column < 4; ++column)
+            rows.add(pointValue(Vector3(m(0, column), m(1, column), m(2, column))));
+    }
+    return rows.finish();
+}
+
+Value pickedValue(Machine& m, const engine::Entity& entity, const Vector2& at, Picking picking) {
+    const Value point = pointValue(userPoint(m.drawing(), at, 0.0));
+    const auto* reference = dynamic_cast<const engine::BlockReferenceEntity*>(&entity);
+    if (picking == Picking::Whole || reference == nullptr) return Value::list({Value::entity(entity.handle()), point});
+    const NestedPick pick = pickNested(*reference, at);
+    if (pick.entity == nullptr) return Value::list({Value::entity(entity.handle()), point});
+    const Value name = Value::entity(SubName{pick.entity->handle(), pick.attribute}.encoded());
+    if (pick.containers.empty()) return Value::list({name, point});
+    ListBuilder containers;
+    for (const std::uint64_t handle : pick.containers) containers.add(Value::entity(handle));
+    return Value::list({name, point, matrixValue(pick.toWorld, picking == Picking::NestedSquare), containers.finish()});
+}
+
 class EntityQuestion final : public Question {
 public:
-    explicit EntityQuestion(InitgetState state) : state_(std::move(state)) {}
+    EntityQuestion(InitgetState state, Picking picking) : state_(std::move(state)), picking_(picking) {}
     bool accept(Machine& m, const std::string& line, Value& result) override {
         const std::string text(cmd::trimmed(line));
         if (text.empty()) {
@@ -297,17 +334,27 @@ public:
             m.document().setVariable("ERRNO", 7);
             return true;
         }
-        result = Value::list({Value::entity(entity->handle()), pointValue(userPoint(d, at, 0.0))});
+        result = pickedValue(m, *entity, at, picking_);
         return true;
     }
 
 private:
     InitgetState state_;
+    Picking picking_;
 };
 
+template <Picking How>
 Value entSel(Machine& m, Value* v, int n) {
-    if (n > 0 && v[0].isTrue()) stringArgument("ENTSEL", v[0]);
-    auto question = std::make_unique<EntityQuestion>(std::exchange(m.initget(), {}));
+    // A point picks without a question.
+    const char* function = How == Picking::Whole ? "ENTSEL" : How == Picking::Nested ? "NENTSEL" : "NENTSELP";
+    if (How == Picking::NestedSquare && n > 0 && v[n - 1].isCons()) {
+        m.initget() = {};
+        const Vector2 at = worldPoint(m.drawing(), pointArgument(function, v[n - 1]));
+        const engine::Entity* entity = cmd::pickEntity(m.document(), at);
+        return entity != nullptr ? pickedValue(m, *entity, at, How) : Value();
+    }
+    if (n > 0 && v[0].isTrue()) stringArgument(function, v[0]);
+    auto question = std::make_unique<EntityQuestion>(std::exchange(m.initget(), {}), How);
     question->setPrompt(showPrompt(m, n > 0 && v[0].isTrue() ? v : nullptr, "Select object:"));
     return m.wait(std::move(question));
 }
@@ -338,9 +385,17 @@ std::span<const BuiltinDef> inputBuiltins() {
          "Rules for the next asking function. Bits: 1 Enter is refused, 2 zero, 4 negative numbers, 128 any input is "
          "taken as text. Keywords are parted by blanks; their capitals suffice as an answer.",
          "(initget 1 \"Yes No\") -> nil"},
-        {"ENTSEL", 0, 1, entSel, "[prompt]", "Asks for an entity by a point on it; gives (entity point), or nil.",
-         "(entsel \"Wall: \")"},
-        {"NENTSEL", 0, 1, entSel, "[prompt]", "As ENTSEL.", "(nentsel)"},
+        {"ENTSEL", 0, 1, entSel<Picking::Whole>, "[prompt]",
+         "Asks for an entity by a point on it; gives (entity point), or nil.", "(entsel \"Wall: \")"},
+        {"NENTSEL", 0, 1, entSel<Picking::Nested>, "[prompt]",
+         "As ENTSEL; in a block it gives the attribute at the point, or (entity point matrix containers): the entity "
+         "of "
+         "the definition, the images of its axes and origin, and the references that it stands in, the innermost "
+         "first.",
+         "(nentsel)"},
+        {"NENTSELP", 0, 2, entSel<Picking::NestedSquare>, "[prompt] [point]",
+         "As NENTSEL with a matrix of four rows of four numbers; a point picks without a question.",
+         "(nentselp '(0 0)) -> nil"},
     };
     return rows;
 }

@@ -223,6 +223,14 @@ Value ssSetFirst(Machine& m, Value* v, int n) {
     return Value::list(v, static_cast<std::size_t>(n));
 }
 
+Value ssGetFirst(Machine& m, Value*, int) {
+    Value set = newSelection();
+    auto* selection = set.as<SelectionObject>();
+    for (const std::uint64_t id : m.document().selection().ids())
+        if (const engine::Entity* e = m.drawing().findById(id)) selection->add(e->handle());
+    return Value::list({Value(), selection->handles.empty() ? Value() : set});
+}
+
 }  // namespace
 
 std::span<const BuiltinDef> selectionBuiltins() {
@@ -245,6 +253,8 @@ std::span<const BuiltinDef> selectionBuiltins() {
         {"SSMEMB", 2, 2, ssMemb, "entity set", "The entity when it is in the set, else nil.", "(ssmemb (entlast) set)"},
         {"SSSETFIRST", 1, 2, ssSetFirst, "nil [set]", "Selects the set's entities for the next command.",
          "(sssetfirst nil set)"},
+        {"SSGETFIRST", 0, 0, ssGetFirst, "", "(nil set) with what is selected now; (nil nil) for nothing.",
+         "(ssgetfirst) -> (nil nil)"},
     };
     return rows;
 }

@@ -165,6 +165,40 @@ bool recordInto(GroupWriter& out, const Drawing& d, RecordKind kind, Name name) 
             out.point(12, v->target);
             return true;
         }
+        case RecordKind::MLeaderStyle: {
+            const MLeaderStyle* s = d.mleaderStyles.find(name);
+            if (s == nullptr) return false;
+            out.text(0, "MLEADERSTYLE");
+            out.text(3, s->name.view());
+            out.integer(170, s->contentType);
+            out.integer(173, s->leaderLineType);
+            out.integer(90, s->maxLeaderPoints);
+            out.integer(290, s->hasLanding ? 1 : 0);
+            out.real(42, s->landingGap);
+            out.integer(291, s->hasDogleg ? 1 : 0);
+            out.real(43, s->landingDistance);
+            out.real(44, s->arrowSize);
+            out.text(300, s->defaultText);
+            out.real(45, s->textHeight);
+            out.real(142, s->scaleFactor);
+            return true;
+        }
+        case RecordKind::TableStyle: {
+            const TableStyle* s = d.tableStyles.find(name);
+            if (s == nullptr) return false;
+            out.text(0, "TABLESTYLE");
+            out.text(3, s->name.view());
+            out.integer(70, s->flowUp ? 1 : 0);
+            out.real(40, s->cellMargin);
+            out.real(41, s->verticalMargin);
+            out.integer(280, s->hasTitle ? 0 : 1);
+            out.integer(281, s->hasHeader ? 0 : 1);
+            for (const double height : {s->textHeight, s->titleTextHeight, s->headerTextHeight}) {
+                out.text(7, s->textStyle.view());
+                out.real(140, height);
+            }
+            return true;
+        }
         case RecordKind::Application: {
             const auto it = std::find(d.appIds.begin(), d.appIds.end(), name);
             if (it == d.appIds.end()) return false;
@@ -312,6 +346,20 @@ Value dictNext(Machine& m, Value* v, int n) {
     return dictionaryGroups(m.drawing(), stepTo(path, (*entries)[position++].name));
 }
 
+Value layoutList(Machine& m, Value*, int) {
+    ListBuilder names;
+    for (const auto& layout : m.drawing().layouts()) names.add(Value::string(layout->name.str()));
+    return names.finish();
+}
+
+Value symbolNameValid(Machine& m, Value* v, int n) {
+    std::string_view name = stringArgument("SNVALID", v[0]);
+    // The flag admits the bar that parts the names of external references.
+    std::string plain(name);
+    if (n > 1 && v[1].isTrue() && v[1].isInteger() && v[1].asInteger() != 0) std::erase(plain, '|');
+    return boolean(m, !plain.empty() && isValidSymbolName(plain));
+}
+
 Value regApp(Machine& m, Value* v, int) {
     const Name name(stringArgument("REGAPP", v[0]));
     if (!isValidSymbolName(name.view())) badArgument("REGAPP", "a valid name", v[0]);
@@ -328,6 +376,20 @@ std::uint64_t recordName(RecordKind kind, Name name) {
     const auto [it, fresh] = records.numbers.try_emplace({kind, name.key()}, records.names.size());
     if (fresh) records.names.push_back(name);
     return (std::uint64_t{1} << 63) | (static_cast<std::uint64_t>(kind) << kKindShift) | it->second;
+}
+
+std::optional<Name> recordOf(std::uint64_t name, RecordKind kind) {
+    return isRecordName(name) && kindOf(name) == kind ? nameOf(name) : std::nullopt;
+}
+
+void readReference(int code, const Value& given, RecordKind kind, Name& name) {
+    std::optional<Name> found;
+    if (given.isString())
+        found = Name(given.text());
+    else if (given.isEntity())
+        found = recordOf(given.handle(), kind);
+    if (!found || found->empty()) throw LispError("group " + std::to_string(code) + ": expected a record's name");
+    name = *found;
 }
 
 Value recordGroups(Machine& m, std::uint64_t handle) {
@@ -354,6 +416,9 @@ std::span<const BuiltinDef> tableBuiltins() {
          "(dictsearch (namedobjdict) \"NOTHING\") -> nil"},
         {"DICTNEXT", 1, 2, dictNext, "dictionary [first]", "The next entry of a dictionary, or the first one.",
          "(dictnext (namedobjdict) T)"},
+        {"LAYOUTLIST", 0, 0, layoutList, "", "The names of the paper layouts.", "(type (layoutlist)) -> LIST"},
+        {"SNVALID", 1, 2, symbolNameValid, "name [flag]",
+         "T when a record may have that name; with the flag 1 the name may hold |.", "(snvalid \"Wall/2\") -> nil"},
         {"REGAPP", 1, 1, regApp, "name", "Registers an application for extended data; nil when it is known already.",
          "(regapp \"MYAPP\") -> \"MYAPP\""},
     };

@@ -127,6 +127,10 @@ void commonGroups(const GroupIo& io, Entity& e) {
     if (e.transparency != 0) out.integer(440, 0x2000000 | std::lround(255.0 * (1.0 - e.transparency / 100.0)));
 }
 
+void normalGroup(const GroupIo& io, const Entity& e) {
+    if (!io.reading()) io.out().point(210, e.normal());
+}
+
 void writeExtendedData(GroupWriter& out, const Entity& e, const Value& applications) {
     if (e.xdata() == nullptr) return;
     ListBuilder list;

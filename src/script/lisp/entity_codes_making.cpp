@@ -1,11 +1,22 @@
 // Which entities a list of groups can make, and which are sound.
 
 #include "engine/entities/all.hpp"
+#include "engine/sat_records.hpp"
 #include "script/lisp/entity_codes.hpp"
 
 namespace kova::script::lisp {
 
 using namespace engine;
+
+namespace {
+
+std::unique_ptr<Entity> emptyBody(Solid3DEntity::BodyKind kind) {
+    auto made = std::make_unique<Solid3DEntity>();
+    made->kind = kind;
+    return made;
+}
+
+}  // namespace
 
 std::unique_ptr<Entity> entityForGroups(const GroupList& groups) {
     struct Row {
@@ -31,8 +42,12 @@ std::unique_ptr<Entity> entityForGroups(const GroupList& groups) {
         {"RAY", EntityType::Ray, {10, 11}},
         {"LEADER", EntityType::Leader, {10}},
         {"MLINE", EntityType::MLine, {11}},
+        {"MULTILEADER", EntityType::MLeader, {300}},
+        {"ACAD_TABLE", EntityType::Table, {10, 91, 92}},
         {"WIPEOUT", EntityType::Wipeout, {14}},
-        {"REGION", EntityType::Region, {10}},
+        {"3DSOLID", EntityType::Solid3D, {}},
+        {"BODY", EntityType::Solid3D, {}},
+        {"REGION", EntityType::Region, {}},
         {"TOLERANCE", EntityType::Tolerance, {10, 1}},
         {"ATTDEF", EntityType::AttributeDefinition, {10, 40, 2}},
         {"VIEWPORT", EntityType::Viewport, {10, 40, 41}},
@@ -46,11 +61,24 @@ std::unique_ptr<Entity> entityForGroups(const GroupList& groups) {
         if (row.type != type) continue;
         for (const int code : row.needed)
             if (code != 0 && !groups.has(code) && !(code == 1 && groups.has(3))) return nullptr;
+        const bool hasBody = groups.has(1) || groups.has(310);
+        // A region is a list of points, or a body.
+        if (type == "REGION" && hasBody) return emptyBody(Solid3DEntity::BodyKind::Region);
+        if (row.kind == EntityType::Solid3D) {
+            if (!hasBody) return nullptr;
+            return emptyBody(type == "BODY" ? Solid3DEntity::BodyKind::Body : Solid3DEntity::BodyKind::Solid);
+        }
         std::unique_ptr<Entity> made = makeEntity(row.kind);
         if (type == "TRACE") static_cast<Solid2DEntity&>(*made).trace = true;
         return made;
     }
     return nullptr;
+}
+
+bool isUnderstood(const Entity& e) {
+    if (e.type() != EntityType::Solid3D) return true;
+    const auto& body = static_cast<const Solid3DEntity&>(e);
+    return readModelerData(body.sab.empty() ? body.sat : body.sab).has_value();
 }
 
 bool isSound(const Entity& e) {
@@ -100,6 +128,14 @@ bool isSound(const Entity& e) {
                     s.knots.size() == s.controlPoints.size() + static_cast<std::size_t>(s.degree) + 1) &&
                    std::is_sorted(s.knots.begin(), s.knots.end()) &&
                    (s.weights.empty() || s.weights.size() == s.controlPoints.size());
+        }
+        case EntityType::MLeader: {
+            const auto& l = static_cast<const MLeaderEntity&>(e);
+            return !l.heads.empty() || l.contentType != MLeaderContent::None;
+        }
+        case EntityType::Table: {
+            const auto& t = static_cast<const TableEntity&>(e);
+            return t.rows >= 1 && t.cols >= 1;
         }
         case EntityType::Polyline3D:
             return static_cast<const Polyline3DEntity&>(e).vertices.size() >= 2;

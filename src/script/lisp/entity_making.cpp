@@ -7,6 +7,7 @@
 #include "engine/symbols.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_codes.hpp"
+#include "script/lisp/record_making.hpp"
 
 namespace kova::script::lisp {
 
@@ -147,6 +148,15 @@ bool ensureReferences(Machine& m, const Entity& e, const PendingEntities* pendin
             return d.findBlock(name) != nullptr ||
                    (pending != nullptr && pending->block && pending->block->name == name);
         }
+        case EntityType::MLeader: {
+            const auto& leader = static_cast<const MLeaderEntity&>(e);
+            if (!leader.blockName.empty() && d.findBlock(leader.blockName) == nullptr) return false;
+            return leader.styleName == common.standard || d.mleaderStyles.contains(leader.styleName);
+        }
+        case EntityType::Table: {
+            const auto& table = static_cast<const TableEntity&>(e);
+            return table.styleName == common.standard || d.tableStyles.contains(table.styleName);
+        }
         case EntityType::Dimension:
             return d.dimStyles.contains(static_cast<const DimensionEntity&>(e).dimStyleName);
         default:
@@ -215,49 +225,6 @@ std::unique_ptr<Entity> builtPolyline(PendingEntities::Polyline& p) {
     }
     made->copyCommonFrom(*p.common);
     return made;
-}
-
-/// LAYER, STYLE, LTYPE and APPID records, as programs make them with ENTMAKE.
-bool makeRecord(Machine& m, const std::string& type, const GroupList& groups) {
-    const Name name(groups.text(2));
-    if (!isValidSymbolName(name.view())) return false;
-    doc::GroupScope scope(m.document(), "LISP entmake");
-    if (type == "APPID") {
-        auto& known = m.drawing().appIds;
-        if (std::find(known.begin(), known.end(), name) != known.end()) return false;
-        m.document().editSettings([&](Drawing& d) { d.appIds.push_back(name); });
-        return true;
-    }
-    if (type == "LAYER") {
-        if (m.drawing().layers.contains(name)) return false;
-        Layer layer;
-        layer.name = name;
-        const std::int64_t color = groups.integer(62, 7);
-        if (color == 0 || std::abs(color) > 255) return false;
-        layer.color = Color::index(static_cast<std::uint8_t>(std::abs(color)));
-        layer.on = color > 0;
-        const std::int64_t flags = groups.integer(70);
-        layer.frozen = (flags & 1) != 0;
-        layer.locked = (flags & 4) != 0;
-        layer.plottable = groups.integer(290, 1) != 0;
-        layer.lineweight = static_cast<std::int32_t>(std::clamp<std::int64_t>(groups.integer(370, -3), -3, 211));
-        if (groups.has(6)) {
-            layer.linetype = Name(groups.text(6));
-            if (m.drawing().loadLinetype(layer.linetype) == nullptr) return false;
-        }
-        m.document().editTable<doc::LayerTraits>([&](Table<Layer>& layers) { layers.add(layer); });
-        return true;
-    }
-    if (m.drawing().textStyles.contains(name)) return false;
-    TextStyle style;
-    style.name = name;
-    if (groups.has(3)) style.fontFile = Name(groups.text(3));
-    if (groups.has(4)) style.bigFontFile = Name(groups.text(4));
-    style.height = std::max(0.0, groups.real(40));
-    style.widthFactor = groups.real(41, 1.0);
-    style.obliqueAngle = groups.real(50);
-    m.document().editTable<doc::TextStyleTraits>([&](Table<TextStyle>& styles) { styles.add(style); });
-    return true;
 }
 
 bool endBlock(Machine& m, std::string& name) {
@@ -351,7 +318,7 @@ bool makeFromGroups(Machine& m, const Value& list, std::uint64_t& handle, std::s
         return true;
     }
     if (type == "ENDBLK") return endBlock(m, block);
-    if (type == "LAYER" || type == "STYLE" || type == "APPID") return makeRecord(m, type, groups);
+    if (isRecordType(type)) return makeRecord(m, type, groups);
     if (type == "SEQEND") {
         if (pending.insert) return addMade(m, std::move(pending.insert), handle, false);
         if (!pending.polyline) return false;
@@ -409,6 +376,7 @@ bool makeFromGroups(Machine& m, const Value& list, std::uint64_t& handle, std::s
     m.document().applyCurrentProperties(*made);
     commonGroups(GroupIo(groups), *made);
     kindGroups(GroupIo(groups), *made);
+    if (!isUnderstood(*made)) return false;
     if (groups.hasExtended()) readExtendedData(groups.extended(), *made);
     pending.polyline.reset();
     pending.insert.reset();
@@ -423,7 +391,7 @@ bool modifyFromGroups(Machine& m, const Value& list) {
     const GroupList groups(list);
     const Value* given = groups.find(-1);
     if (given == nullptr || !given->isEntity()) throw LispError("ENTMOD: the list has no entity name under -1");
-    if (isRecordName(given->handle())) return false;
+    if (isRecordName(given->handle())) return modifyRecord(m, given->handle(), groups);
     const SubName name = SubName::of(given->handle());
     Entity* e = m.drawing().findByHandle(name.handle);
     if (e == nullptr) return false;
@@ -445,7 +413,7 @@ bool modifyFromGroups(Machine& m, const Value& list) {
     } else {
         if (groups.has(0) && !equalNoCase(groups.text(0), groupTypeName(*e))) return false;
         commonGroups(GroupIo(groups), *changed);
-        kindGroups(GroupIo(groups), *changed);
+        kindGroups(GroupIo(groups, e), *changed);
         if (groups.hasExtended()) readExtendedData(groups.extended(), *changed);
         if (!isSound(*changed) || !ensureReferences(m, *changed, nullptr)) {
             group.rollback();

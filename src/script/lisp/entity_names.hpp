@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "engine/drawing.hpp"
 #include "script/lisp/machine.hpp"
@@ -33,12 +34,18 @@ enum class RecordKind : std::uint8_t {
     Ucs,
     View,
     Application,
+    MLeaderStyle,
+    TableStyle,
     Dictionary
 };
 
 /// Names of table records: they have no handle of their own, so they are told by table and name.
 std::uint64_t recordName(RecordKind kind, engine::Name name);
 inline bool isRecordName(std::uint64_t name) { return (name >> 63) != 0; }
+/// The table's record that a name stands for; nothing for other names.
+std::optional<engine::Name> recordOf(std::uint64_t name, RecordKind kind);
+/// Reads a group that refers to a record: its name as ENTGET and TBLOBJNAME give it, or as a text.
+void readReference(int code, const Value& given, RecordKind kind, engine::Name& name);
 /// The record's groups; nil when it is gone.
 Value recordGroups(Machine& machine, std::uint64_t name);
 

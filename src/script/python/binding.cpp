@@ -71,4 +71,8 @@ void Binding::requireNoTransaction(const char* what) const {
     if (!transactions_.empty()) throw std::runtime_error(std::string(what) + " is not possible inside a transaction");
 }
 
+void Binding::requireNoDialogue(const char* what) const {
+    if (inDialogue_) throw std::runtime_error(std::string(what) + " is not possible in a command that asks");
+}
+
 }  // namespace kova::script::python

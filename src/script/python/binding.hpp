@@ -50,6 +50,11 @@ public:
     /// Throws std::runtime_error inside a transaction: "`what` is not possible inside a transaction".
     void requireNoTransaction(const char* what) const;
 
+    /// A command that asks goes on, up to its next question; until then it must not be ended.
+    void setInDialogue(bool on) { inDialogue_ = on; }
+    /// Throws std::runtime_error meanwhile: "`what` is not possible in a command that asks".
+    void requireNoDialogue(const char* what) const;
+
 private:
     struct Run {
         std::string label;
@@ -62,6 +67,7 @@ private:
     std::vector<std::uint64_t> transactions_;
     std::uint64_t lastTransaction_ = 0;
     bool ownGroup_ = false;
+    bool inDialogue_ = false;
 };
 
 }  // namespace kova::script::python

@@ -24,6 +24,7 @@ py::object entity(const engine::Entity* e) {
 void openFile(const std::string& path) {
     Binding& b = Binding::get();
     b.requireNoTransaction("opening a drawing");
+    b.requireNoDialogue("opening a drawing");
     b.settle();
     if (const std::string error = b.session().open(path); !error.empty()) raiseOsError(error);
 }
@@ -31,6 +32,7 @@ void openFile(const std::string& path) {
 void newDrawing(const std::string& name) {
     Binding& b = Binding::get();
     b.requireNoTransaction("a new drawing");
+    b.requireNoDialogue("a new drawing");
     b.settle();
     if (name.empty()) return b.session().newDrawing();
     if (const std::string error = b.session().newFromTemplate(name); !error.empty()) raiseOsError(error);

@@ -1,5 +1,6 @@
 #include "script/python/convert.hpp"
 
+#include "script/python/entity_object.hpp"
 #include "script/python/package.hpp"
 #include "script/python/runner.hpp"
 
@@ -19,6 +20,66 @@ std::string takeErrorText() {
     const char* text = shown ? PyUnicode_AsUTF8(shown.get()) : nullptr;
     PyErr_Clear();
     return text != nullptr ? text : "unknown error";
+}
+
+/// The answer as Python gets it: None, a text, a number, a pair of coordinates, an entity or a list of entities.
+PyObject* answerObject(const cmd::Answer& answer, const engine::Drawing& drawing) {
+    using Kind = cmd::Answer::Kind;
+    const auto entity = [&](std::uint64_t id) -> PyObject* {
+        const engine::Entity* e = drawing.findById(id);
+        return e != nullptr ? entityObject(*e) : Py_NewRef(Py_None);
+    };
+    switch (answer.kind) {
+        case Kind::Keyword:
+            return pyText(answer.word);
+        case Kind::Point:
+            return Py_BuildValue("(dd)", answer.point.x, answer.point.y);
+        case Kind::Number:
+            return PyFloat_FromDouble(answer.number);
+        case Kind::Text:
+            return pyText(answer.text);
+        case Kind::Object:
+            return entity(answer.id);
+        case Kind::Selection: {
+            Ref list(PyList_New(0));
+            for (const std::uint64_t id : answer.ids)
+                if (const Ref item{entity(id)}; item && item.get() != Py_None) PyList_Append(list.get(), item.get());
+            return list.release();
+        }
+        case Kind::Enter:
+            break;
+    }
+    return Py_NewRef(Py_None);
+}
+
+/// The question that a tuple (kind, prompt, keywords, base, minimum, maximum) tells.
+std::optional<cmd::Ask::Request> requestOf(PyObject* question) {
+    static constexpr std::pair<std::string_view, cmd::Ask::Kind> kKinds[] = {
+        {"point", cmd::Ask::Kind::Point},        {"number", cmd::Ask::Kind::Number},
+        {"integer", cmd::Ask::Kind::Integer},    {"distance", cmd::Ask::Kind::Distance},
+        {"angle", cmd::Ask::Kind::Angle},        {"keyword", cmd::Ask::Kind::Keyword},
+        {"text", cmd::Ask::Kind::Text},          {"entity", cmd::Ask::Kind::Object},
+        {"selection", cmd::Ask::Kind::Selection}};
+    const char* kind = nullptr;
+    const char* prompt = nullptr;
+    const char* keywords = nullptr;
+    PyObject* base = nullptr;
+    cmd::Ask::Request request;
+    if (!PyArg_ParseTuple(question, "sssOdd", &kind, &prompt, &keywords, &base, &request.range.minimum,
+                          &request.range.maximum))
+        return {};
+    const auto* found =
+        std::find_if(std::begin(kKinds), std::end(kKinds), [&](const auto& k) { return k.first == kind; });
+    if (found == std::end(kKinds)) return {};
+    request.kind = found->second;
+    request.prompt = prompt;
+    request.keywords = cmd::parseKeywords(keywords);
+    math::Vector2 at;
+    if (base != Py_None) {
+        if (!PyArg_ParseTuple(base, "dd", &at.x, &at.y)) return {};
+        request.base = at;
+    }
+    return request;
 }
 
 }  // namespace
@@ -119,6 +180,50 @@ void Runner::runCommand(const std::string& name, const std::vector<std::string>&
         if (word) PyList_Append(words.get(), word.get());
     }
     callForCommand("run_command", name, Py_BuildValue("(sN)", name.c_str(), words.release()));
+}
+
+std::optional<cmd::Ask::Request> Runner::askForCommand(const char* function, const std::string& label,
+                                                       PyObject* arguments) {
+    std::string error;
+    binding_.setInDialogue(true);
+    const Ref question(call(function, label, arguments, error));
+    binding_.setInDialogue(false);
+    if (!question) {
+        binding_.session().append(error);
+        return {};
+    }
+    if (question.get() == Py_None) return {};
+    std::optional<cmd::Ask::Request> request = requestOf(question.get());
+    if (!request) binding_.session().append(takeErrorText());
+    return request;
+}
+
+std::optional<cmd::Ask::Request> Runner::beginDialogue(std::uint64_t number, const std::string& name) {
+    if (const std::string reason = start(); !reason.empty()) {
+        binding_.session().append("Python is not available: " + reason);
+        return {};
+    }
+    return askForCommand("begin_dialogue", name,
+                         Py_BuildValue("(Ks)", static_cast<unsigned long long>(number), name.c_str()));
+}
+
+std::optional<cmd::Ask::Request> Runner::answerDialogue(std::uint64_t number, const std::string& name,
+                                                        const cmd::Answer& answer) {
+    PyObject* value = nullptr;
+    try {
+        value = answerObject(answer, binding_.drawing());
+    } catch (const PythonError&) {
+    }
+    if (value == nullptr) {
+        binding_.session().append(takeErrorText());
+        return {};
+    }
+    return askForCommand("answer_dialogue", name,
+                         Py_BuildValue("(KN)", static_cast<unsigned long long>(number), value));
+}
+
+void Runner::endDialogue(std::uint64_t number, const std::string& name) {
+    callForCommand("end_dialogue", name, Py_BuildValue("(K)", static_cast<unsigned long long>(number)));
 }
 
 }  // namespace kova::script::python

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "cmd/command.hpp"
+#include "cmd/dialogue.hpp"
 #include "script/python/binding.hpp"
 #include "script/python/interpreter.hpp"
 
@@ -38,6 +39,13 @@ public:
     /// Runs the function of a command that was written in Python.
     void runCommand(const std::string& name, const std::vector<std::string>& arguments);
 
+    // A command that asks: the generator of its function, told by a number of the caller's. Each gives the question
+    // that the command then waits for; nothing at its end.
+    std::optional<cmd::Ask::Request> beginDialogue(std::uint64_t number, const std::string& name);
+    std::optional<cmd::Ask::Request> answerDialogue(std::uint64_t number, const std::string& name,
+                                                    const cmd::Answer& answer);
+    void endDialogue(std::uint64_t number, const std::string& name);
+
 private:
     /// Starts Python and the package on first use. Empty on success, else the reason why there is none.
     std::string start();
@@ -45,6 +53,8 @@ private:
     /// an error, whose text `error` then is.
     ::_object* call(const char* function, const std::string& label, ::_object* arguments, std::string& error);
     void callForCommand(const char* function, const std::string& label, ::_object* arguments);
+    std::optional<cmd::Ask::Request> askForCommand(const char* function, const std::string& label,
+                                                   ::_object* arguments);
 
     Interpreter& interpreter_;
     Binding binding_;

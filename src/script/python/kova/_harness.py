@@ -237,3 +237,77 @@ def run_command(name, arguments):
         _kova.message(name + " is not defined any more.")
         return
     _for_command(lambda: function(*arguments))
+
+
+_dialogues = {}
+_whole = set()  # those that wait for a whole number
+
+
+def _advance(token, step):
+    """Runs a command's generator up to its next question; gives that, or None at the end."""
+    from kova import cmd
+
+    asked = []
+
+    def work():
+        generator = _dialogues[token]
+        try:
+            question = step(generator)
+            if _kova.in_transaction():
+                question = generator.throw(RuntimeError("a command cannot ask inside a transaction"))
+        except StopIteration:
+            return
+        if not isinstance(question, cmd.Question):
+            raise TypeError(f"a command yields questions of kova.cmd.ask, not {type(question).__name__}")
+        if question.kind == "integer":
+            _whole.add(token)
+        asked.append((question.kind, question.prompt, question.keywords, question.base, question.minimum,
+                      question.maximum))
+
+    if _for_command(work) and asked:
+        return asked[0]
+    end_dialogue(token)
+    return None
+
+
+def begin_dialogue(token, name):
+    """Starts a command that asks."""
+    from kova import cmd
+
+    function = cmd._functions.get(name)
+    if function is None:
+        _kova.message(name + " is not defined any more.")
+        return None
+
+    def start(generator):
+        return next(generator)
+
+    def make():
+        _dialogues[token] = function()
+
+    if not _for_command(make):
+        return None
+    return _advance(token, start)
+
+
+def answer_dialogue(token, answer):
+    """Goes on with the answer to the last question."""
+    if token not in _dialogues:
+        return None
+    if isinstance(answer, tuple):
+        from kova.geom import Vector2
+
+        answer = Vector2(*answer)
+    if token in _whole:
+        _whole.discard(token)
+        if isinstance(answer, float):
+            answer = int(answer)
+    return _advance(token, lambda generator: generator.send(answer))
+
+
+def end_dialogue(token):
+    """Ends a command that asks, where it stands."""
+    generator = _dialogues.pop(token, None)
+    _whole.discard(token)
+    if generator is not None:
+        _for_command(generator.close)

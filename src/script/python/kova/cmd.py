@@ -1,16 +1,84 @@
 """Command lines, as a user types them, and commands written in Python."""
 
+import inspect
 from typing import Any, Callable, Dict, List, Optional, Sequence
 
 import _kova
 
-__all__ = ["CommandError", "aliases", "cancel", "command", "feed", "is_waiting", "names", "prompt", "run"]
+__all__ = ["CommandError", "Question", "aliases", "ask", "cancel", "command", "feed", "is_waiting", "names", "prompt", "run"]
 
 _functions: Dict[str, Callable] = {}
 
 
 class CommandError(RuntimeError):
     """A command cannot be run."""
+
+
+class Question:
+    """What a command written in Python asks for; made by the functions of `ask`."""
+
+    __slots__ = ("kind", "prompt", "keywords", "base", "minimum", "maximum")
+
+    def __init__(self, kind: str, prompt: str, keywords: str = "", base: Any = None,
+                 minimum: float = -1e300, maximum: float = 1e300) -> None:
+        if not isinstance(prompt, str) or not isinstance(keywords, str):
+            raise TypeError("prompt and keywords must be texts")
+        self.kind, self.prompt, self.keywords = kind, prompt, keywords
+        self.base = None if base is None else (float(base[0]), float(base[1]))
+        self.minimum, self.maximum = float(minimum), float(maximum)
+
+
+class ask:
+    """Questions of a command that is a generator: `center = yield ask.point("Center:")`.
+
+    The command then waits for the next line. Enter gives None; one of the keywords ("Yes No eXit": the capitals suffice as
+    an answer) gives its word in upper case. What cannot be an answer is refused in a line and asked again.
+    """
+
+    @staticmethod
+    def point(prompt: str, keywords: str = "", base: Any = None) -> Question:
+        """A point, as a Vector2; typed relative to `base`, or to the command's last point."""
+        return Question("point", prompt, keywords, base)
+
+    @staticmethod
+    def number(prompt: str, keywords: str = "", minimum: float = -1e300, maximum: float = 1e300) -> Question:
+        """A number."""
+        return Question("number", prompt, keywords, None, minimum, maximum)
+
+    @staticmethod
+    def integer(prompt: str, keywords: str = "", minimum: int = -2147483648, maximum: int = 2147483647) -> Question:
+        """A whole number."""
+        return Question("integer", prompt, keywords, None, minimum, maximum)
+
+    @staticmethod
+    def distance(prompt: str, keywords: str = "", base: Any = None, minimum: float = -1e300) -> Question:
+        """A number, or a point whose distance from `base` counts; without a base two points."""
+        return Question("distance", prompt, keywords, base, minimum)
+
+    @staticmethod
+    def angle(prompt: str, keywords: str = "", base: Any = None) -> Question:
+        """An angle typed in the drawing's unit, or shown by a point; radians."""
+        return Question("angle", prompt, keywords, base)
+
+    @staticmethod
+    def keyword(prompt: str, keywords: str) -> Question:
+        """One of the keywords."""
+        return Question("keyword", prompt, keywords)
+
+    @staticmethod
+    def text(prompt: str) -> Question:
+        """The whole line."""
+        return Question("text", prompt)
+
+    @staticmethod
+    def entity(prompt: str, keywords: str = "") -> Question:
+        """One entity, by a point on it."""
+        return Question("entity", prompt, keywords)
+
+    @staticmethod
+    def selection(prompt: str = "") -> Question:
+        """Entities, as a list: what is selected already and what the user adds, up to Enter."""
+        return Question("selection", prompt)
 
 
 def _line(value: Any) -> str:
@@ -79,6 +147,9 @@ def command(name: "str | Callable | None" = None, *, title: Optional[str] = None
 
     The words behind the command's name on its line are the function's arguments. What it prints goes to the transcript,
     and what it changes is one undo group. To define the command again replaces the function.
+
+    A generator function asks: `center = yield ask.point("Center:")`. It has no arguments (the words behind its name are
+    its first answers); what it changes between two questions is one undo group, and transactions end before a question.
     """
     if callable(name):
         return command()(name)
@@ -87,7 +158,7 @@ def command(name: "str | Callable | None" = None, *, title: Optional[str] = None
         word = (name or function.__name__).upper()
         if not word or any(c.isspace() or c in "'\"()" for c in word):
             raise ValueError(f"{word!r} is no name for a command")
-        _kova.define_command(word, title or word.title(), list(aliases))
+        _kova.define_command(word, title or word.title(), list(aliases), inspect.isgeneratorfunction(function))
         _functions[word] = function
         return function
 

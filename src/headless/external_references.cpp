@@ -1,0 +1,115 @@
+#include "headless/external_references.hpp"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "engine/external_reference.hpp"
+#include "io/content.hpp"
+
+namespace kova::headless {
+
+namespace fs = std::filesystem;
+
+using engine::Block;
+using engine::Drawing;
+using engine::XrefStatus;
+using engine::XrefType;
+
+namespace {
+
+constexpr std::size_t kMaxDepth = 32;
+/// Files read for one host: references that fan out at every level have no end in sight.
+constexpr std::size_t kMaxFiles = 1000;
+constexpr std::size_t kMaxLines = 100;
+
+std::string canonical(const std::string& path) {
+    std::error_code error;
+    const fs::path full = fs::weakly_canonical(path, error);
+    return error ? path : full.string();
+}
+
+bool isDwg(const std::string& path) { return io::kindByExtension(path) == io::FileKind::Dwg; }
+
+}  // namespace
+
+std::string findReferencedFile(const std::string& path, const std::string& hostFile) {
+    if (path.empty()) return {};
+    std::string plain = path;
+    std::replace(plain.begin(), plain.end(), '\\', '/');
+    const fs::path folder = fs::path(hostFile).parent_path();
+    // Paths of other machines lead nowhere; the file often lies beside its host.
+    const fs::path candidates[] = {path, folder / plain, folder / fs::path(plain).filename()};
+    for (const fs::path& candidate : candidates) {
+        if (candidate == candidates[0] && candidate.is_relative() && !folder.empty()) continue;
+        std::error_code error;
+        if (fs::is_regular_file(candidate, error)) return candidate.string();
+    }
+    return {};
+}
+
+void ReferenceLoader::tell(std::string line) {
+    if (lines_.size() < kMaxLines) lines_.push_back(std::move(line));
+}
+
+std::string ReferenceLoader::readFile(const std::string& file, bool nestedInDwg, Drawing& drawing) {
+    const auto refuse = [&](const std::string& reason) {
+        if (!isDwg(file)) return "Error loading xref: " + file + ": " + reason;
+        return (nestedInDwg ? "Could not open nested DWG xref (" : "Could not open DWG xref (") + file + "): " + reason;
+    };
+    const std::string full = canonical(file);
+    if (std::find(chain_.begin(), chain_.end(), full) != chain_.end()) return refuse("circular reference");
+    if (chain_.size() > kMaxDepth) return refuse("references are nested too deeply");
+    if (++count_ > kMaxFiles) return refuse("too many references");
+    std::vector<std::string> lines;
+    if (const std::string reason = reader_(file, drawing, lines); !reason.empty()) return refuse(reason);
+    for (const std::string& line : lines) tell("Xref " + file + ": " + line);
+    chain_.push_back(full);
+    load(drawing, file, true);
+    chain_.pop_back();
+    return {};
+}
+
+void ReferenceLoader::load(Drawing& drawing, const std::string& file, bool nested) {
+    // Blocks are added meanwhile, and stubs of what comes with a reference give way to it.
+    std::vector<Block*> references;
+    for (const auto& block : drawing.blocks())
+        if (block->xrefType != XrefType::None && block->xrefStatus != XrefStatus::Unloaded &&
+            engine::referenceOf(drawing, block->name) == nullptr)
+            references.push_back(block.get());
+    for (Block* reference : references) {
+        if (nested && reference->xrefType == XrefType::Overlay) {
+            reference->xrefStatus = XrefStatus::Unloaded;
+            std::vector<std::unique_ptr<engine::Entity>> nothing;
+            reference->entities.swapContents(nothing);
+            continue;
+        }
+        const std::string found = findReferencedFile(reference->xrefPath, file);
+        if (found.empty()) {
+            reference->xrefStatus = XrefStatus::NotFound;
+            tell("Xref not found: " + reference->xrefPath);
+            continue;
+        }
+        Drawing source;
+        if (std::string error = readFile(found, nested && isDwg(file), source); !error.empty()) {
+            reference->xrefStatus = XrefStatus::Unresolved;
+            tell(std::move(error));
+            continue;
+        }
+        engine::showReference(drawing, *reference, engine::takeReferenceContents(source, reference->name));
+    }
+}
+
+void ReferenceLoader::loadAll(Drawing& host, const std::string& hostFile) {
+    chain_ = {canonical(hostFile)};
+    load(host, hostFile, false);
+}
+
+std::string ReferenceLoader::loadOne(const std::string& path, const std::string& hostFile, Drawing& drawing) {
+    const std::string found = findReferencedFile(path, hostFile);
+    if (found.empty()) return "File not found: " + path;
+    chain_.clear();
+    if (!hostFile.empty()) chain_.push_back(canonical(hostFile));
+    return readFile(found, false, drawing);
+}
+
+}  // namespace kova::headless
