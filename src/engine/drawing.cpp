@@ -1,8 +1,13 @@
 #include "engine/drawing.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <unordered_set>
 
 #include "engine/entities/block_reference.hpp"
+#include "engine/entities/object_plane.hpp"
+#include "engine/entities/polyline.hpp"
+#include "engine/entities/text.hpp"
 #include "engine/entities/viewport.hpp"
 #include "engine/libraries.hpp"
 
@@ -210,6 +215,34 @@ std::uint64_t Drawing::takeHandle() {
     return nextHandle++;
 }
 
+namespace {
+
+/// A box that surely holds an entity and is quicker to know than its exact one; empty: there is none.
+math::Bounds2 looseBounds(const Entity& entity) {
+    math::Bounds2 box;
+    if (!inWorldPlane(entity)) return box;
+    if (entity.type() == EntityType::Polyline) {
+        const auto& polyline = static_cast<const PolylineEntity&>(entity);
+        if (polyline.bulges.empty() || polyline.hasWidths()) return box;
+        double most = 0.0;
+        for (const double bulge : polyline.bulges) most = std::max(most, std::abs(bulge));
+        for (const math::Vector2& p : polyline.vertices) box.expand(p);
+        // An arc stays within its height of its chord, and no chord is longer than the diagonal.
+        return box.is_empty() ? box : box.inflated(0.5 * most * box.min.distance_to(box.max));
+    }
+    if (entity.type() == EntityType::Text) {
+        const auto& text = static_cast<const TextEntity&>(entity);
+        if (text.hasSecondPoint() || std::abs(text.oblique) > 1.0) return box;
+        // No character of any font is wider than three times the height of its letters.
+        const double length =
+            3.0 * static_cast<double>(text.content.size() + 2) * std::max(1.0, std::abs(text.widthFactor));
+        return math::Bounds2{text.position, text.position}.inflated(std::abs(text.height) * length);
+    }
+    return box;
+}
+
+}  // namespace
+
 math::Bounds2 Drawing::extents(const EntityList& space) const {
     math::Bounds2 box;
     bool lastVisible = true;
@@ -221,7 +254,10 @@ math::Bounds2 Drawing::extents(const EntityList& space) const {
             const Layer* layer = layers.find(e.layer);
             lastVisible = layer == nullptr || layer->isVisible();
         }
-        if (lastVisible) box.expand(e.bounds());
+        if (!lastVisible) continue;
+        // Most of a large drawing lies within what is known already.
+        const math::Bounds2 loose = looseBounds(e);
+        if (loose.is_empty() || !box.contains_box(loose)) box.expand(e.bounds());
     }
     return box;
 }

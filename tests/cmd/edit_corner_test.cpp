@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "cmd/harness.hpp"
+#include "cmd/edit_harness.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/polyline.hpp"
@@ -16,22 +16,6 @@ using engine::CircleEntity;
 using engine::LineEntity;
 using engine::PolylineEntity;
 using math::Vector2;
-
-template <class Kind>
-Kind& at(Console& c, std::size_t index) {
-    return dynamic_cast<Kind&>(*c.entities().at(index));
-}
-
-void expectNear(const Vector2& a, const Vector2& b, double eps = 1e-9) {
-    EXPECT_NEAR(a.x, b.x, eps);
-    EXPECT_NEAR(a.y, b.y, eps);
-}
-
-void expectLine(Console& c, std::size_t index, const Vector2& a, const Vector2& b, double eps = 1e-9) {
-    const auto& line = at<LineEntity>(c, index);
-    expectNear(line.start, a, eps);
-    expectNear(line.end, b, eps);
-}
 
 // FILLET -------------------------------------------------------------------------------------------------
 

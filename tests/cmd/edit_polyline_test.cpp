@@ -2,7 +2,7 @@
 
 #include <ctime>
 
-#include "cmd/harness.hpp"
+#include "cmd/edit_harness.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/mesh.hpp"
@@ -19,16 +19,6 @@ using engine::CircleEntity;
 using engine::LineEntity;
 using engine::PolylineEntity;
 using math::Vector2;
-
-template <class Kind>
-Kind& at(Console& c, std::size_t index) {
-    return dynamic_cast<Kind&>(*c.entities().at(index));
-}
-
-void expectNear(const Vector2& a, const Vector2& b, double eps = 1e-9) {
-    EXPECT_NEAR(a.x, b.x, eps);
-    EXPECT_NEAR(a.y, b.y, eps);
-}
 
 // JOIN ---------------------------------------------------------------------------------------------------
 

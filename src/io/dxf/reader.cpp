@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <new>
 
+#include "engine/standard_records.hpp"
 #include "io/mapped_file.hpp"
 
 namespace kova::io::dxf {
@@ -52,29 +53,8 @@ void Reader::readSections() {
 
 /// The records that every drawing has, and those that entities name.
 void Reader::ensureRecords() {
-    const engine::CommonNames& names = engine::commonNames();
-    drawing_.layers.ensure(names.layerZero);
     // A drawing that this program wrote has the layers that it had.
-    if (!own_)
-        for (const Name layer : usedLayers_) drawing_.layers.ensure(layer);
-    for (const Name special : {names.byBlock, names.byLayer, names.continuous}) {
-        if (drawing_.linetypes.contains(special)) continue;
-        engine::Linetype linetype;
-        linetype.name = special;
-        linetype.standard = true;
-        if (special == names.continuous) linetype.description = "Solid line";
-        drawing_.linetypes.add(std::move(linetype));
-    }
-    drawing_.textStyles.ensure(names.standard);
-    drawing_.dimStyles.ensure(names.standard);
-    drawing_.mleaderStyles.ensure(names.standard);
-    drawing_.tableStyles.ensure(names.standard);
-    if (!drawing_.layers.contains(drawing_.currentLayer)) drawing_.currentLayer = names.layerZero;
-    if (!drawing_.linetypes.contains(drawing_.currentLinetype)) drawing_.currentLinetype = names.byLayer;
-    if (!drawing_.textStyles.contains(drawing_.currentTextStyle)) drawing_.currentTextStyle = names.standard;
-    if (!drawing_.dimStyles.contains(drawing_.currentDimStyle)) drawing_.currentDimStyle = names.standard;
-    if (!drawing_.mleaderStyles.contains(drawing_.currentMLeaderStyle)) drawing_.currentMLeaderStyle = names.standard;
-    if (!drawing_.tableStyles.contains(drawing_.currentTableStyle)) drawing_.currentTableStyle = names.standard;
+    engine::ensureStandardRecords(drawing_, own_ ? std::span<const Name>() : std::span<const Name>(usedLayers_));
     if (std::find(drawing_.appIds.begin(), drawing_.appIds.end(), Name("ACAD")) == drawing_.appIds.end() && !own_)
         drawing_.appIds.insert(drawing_.appIds.begin(), Name("ACAD"));
 }

@@ -1,6 +1,7 @@
 #include <exception>
 #include <unordered_set>
 
+#include "engine/standard_records.hpp"
 #include "io/mapped_file.hpp"
 #include "io/native/json_parser.hpp"
 #include "io/native/native_file.hpp"
@@ -224,29 +225,7 @@ void Loader::settleHandles() {
 
 /// The records that every drawing has, and layers that entities name.
 void Loader::ensureStandardRecords() {
-    const engine::CommonNames& names = engine::commonNames();
-    drawing_.layers.ensure(names.layerZero);
-    for (const Name& layer : usedLayers_)
-        if (!layer.empty()) drawing_.layers.ensure(layer);
-    for (const Name& special : {names.byBlock, names.byLayer, names.continuous}) {
-        if (drawing_.linetypes.contains(special)) continue;
-        engine::Linetype linetype;
-        linetype.name = special;
-        linetype.standard = true;
-        if (special == names.continuous) linetype.description = "Solid line";
-        drawing_.linetypes.add(std::move(linetype));
-    }
-    drawing_.textStyles.ensure(names.standard);
-    drawing_.dimStyles.ensure(names.standard);
-    drawing_.mleaderStyles.ensure(names.standard);
-    drawing_.tableStyles.ensure(names.standard);
-    // Current names must lead somewhere.
-    if (!drawing_.layers.contains(drawing_.currentLayer)) drawing_.currentLayer = names.layerZero;
-    if (!drawing_.linetypes.contains(drawing_.currentLinetype)) drawing_.currentLinetype = names.byLayer;
-    if (!drawing_.textStyles.contains(drawing_.currentTextStyle)) drawing_.currentTextStyle = names.standard;
-    if (!drawing_.dimStyles.contains(drawing_.currentDimStyle)) drawing_.currentDimStyle = names.standard;
-    if (!drawing_.mleaderStyles.contains(drawing_.currentMLeaderStyle)) drawing_.currentMLeaderStyle = names.standard;
-    if (!drawing_.tableStyles.contains(drawing_.currentTableStyle)) drawing_.currentTableStyle = names.standard;
+    engine::ensureStandardRecords(drawing_, usedLayers_);
     if (drawing_.activeLayout() == nullptr && !drawing_.layouts().empty())
         drawing_.activeLayoutName = drawing_.layouts().front()->name;
 }
