@@ -62,6 +62,7 @@
 #include <string>
 #include <string_view>
 
+#include "engine/color.hpp"
 #include "engine/entity_type.hpp"
 
 namespace kova::io::dxf {
@@ -88,6 +89,12 @@ std::span<const std::string_view> headerVariables();
 /// The lineweights that DXF knows, in hundredths of a millimetre, and the nearest of them (negative ones stay).
 std::int32_t nearestLineweight(std::int32_t lineweight);
 bool isLineweight(std::int32_t lineweight);
+
+/// The true colour of a group such as 420: red, green and blue in the low three bytes, from high to low.
+inline engine::Color colorOfRgb(std::uint32_t rgb) {
+    return engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
+                              static_cast<std::uint8_t>(rgb));
+}
 
 // Own data ----------------------------------------------------------------------------------------------------
 

@@ -151,6 +151,9 @@ private:
     std::unique_ptr<engine::Entity> buildMText(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildTolerance(const EntityTags& tags);
     bool readAttribute(const EntityTags& tags, engine::BlockAttribute& attribute);
+    struct TextGroups;
+    /// Takes a group that all kinds of single-line text have; false for others.
+    bool textGroup(const Tag& tag, TextGroups& groups);
     void takeMTextXdata(std::vector<engine::XDataItem>& items, engine::MTextEntity& text);
     void joinColumns();
     // reader_inserts.cpp
@@ -255,6 +258,26 @@ private:
     }
     /// The group 210 of an object plane kind, thickness and elevation.
     void setPlane(engine::Entity& entity, const math::Vector3& normal, double thickness, double elevation);
+    /// What the kinds of an object plane have: first point with its elevation, normal, thickness.
+    struct PlaneGroups {
+        math::Vector3 point;
+        math::Vector3 normal{0, 0, 1};
+        double thickness = 0.0;
+    };
+    /// Takes one of their groups; false for others.
+    bool planeGroup(const Tag& tag, PlaneGroups& g) {
+        if (axis(tag, 10, g.point) || axis(tag, 210, g.normal)) return true;
+        if (tag.code == 38)
+            g.point.z = real(tag);
+        else if (tag.code == 39)
+            g.thickness = real(tag);
+        else
+            return false;
+        return true;
+    }
+    void setPlane(engine::Entity& entity, const PlaneGroups& g) {
+        setPlane(entity, g.normal, g.thickness, g.point.z);
+    }
     void noteHandle(std::uint64_t handle) {
         if (handle < kMaxHandle) highestHandle_ = std::max(highestHandle_, handle);
     }

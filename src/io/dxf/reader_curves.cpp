@@ -121,9 +121,7 @@ constexpr std::int64_t kPolyface = 64;
 
 std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
     std::int64_t flags = 0;
-    Vector3 base;
-    Vector3 normal{0, 0, 1};
-    double thickness = 0.0;
+    PlaneGroups plane;
     double startWidth = 0.0;
     double endWidth = 0.0;
     std::int32_t m = 0;
@@ -132,14 +130,8 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
     std::int32_t smoothN = 0;
     std::int32_t curve = 0;
     for (const Tag& tag : tags.body) {
-        if (axis(tag, 10, base) || axis(tag, 210, normal)) continue;
+        if (planeGroup(tag, plane)) continue;
         switch (tag.code) {
-            case 38:
-                base.z = real(tag);
-                break;
-            case 39:
-                thickness = real(tag);
-                break;
             case 40:
                 startWidth = real(tag);
                 break;
@@ -261,7 +253,7 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
             else
                 spatial->vertices.push_back(vertex.p);
         } else {
-            if (firstFlat && base.z == 0.0) base.z = vertex.p.z;
+            if (firstFlat && plane.point.z == 0.0) plane.point.z = vertex.p.z;
             firstFlat = false;
             if ((vertex.flags & 16) != 0) {
                 flat->fit.push_back(vertex.p.xy());
@@ -288,7 +280,7 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
     }
     if (faces) {
         if (faces->vertices.empty()) return nullptr;
-        setPlane(*faces, normal, thickness, base.z);
+        setPlane(*faces, plane);
         return faces;
     }
     if (mesh) {
@@ -302,14 +294,14 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
         mesh->closedM = (flags & 1) != 0;
         mesh->closedN = (flags & 32) != 0;
         if (mesh->vertices.empty()) return nullptr;
-        setPlane(*mesh, normal, thickness, base.z);
+        setPlane(*mesh, plane);
         return mesh;
     }
     if (spatial) {
         if (spatial->vertices.empty()) spatial->vertices = std::move(frame);
         if (spatial->vertices.empty()) return nullptr;
         spatial->closed = (flags & 1) != 0;
-        setPlane(*spatial, normal, thickness, base.z);
+        setPlane(*spatial, plane);
         return spatial;
     }
     // A frame alone is drawn as it stands.
@@ -319,7 +311,7 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
     flat->ltgen = (flags & 128) != 0;
     flat->spline = (flags & 4) != 0;
     flat->curveType = curve;
-    setPlane(*flat, normal, thickness, base.z);
+    setPlane(*flat, plane);
     return flat;
 }
 

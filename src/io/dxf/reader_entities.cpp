@@ -127,12 +127,9 @@ void Reader::readCommon(const EntityTags& tags, Entity& entity) {
                     if (const auto color = engine::Color::fromBareIndex(std::abs(small(tag)))) entity.color = *color;
                 }
                 break;
-            case 420: {
-                const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                entity.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
-                                                  static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
+            case 420:
+                entity.color = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
                 break;
-            }
             case 440:
                 entity.transparency = transparencyPercent(small(tag));
                 break;
@@ -410,49 +407,29 @@ std::unique_ptr<Entity> Reader::buildLine(const EntityTags& tags) {
 }
 
 std::unique_ptr<Entity> Reader::buildPoint(const EntityTags& tags) {
-    Vector3 p;
-    Vector3 normal{0, 0, 1};
-    double thickness = 0.0;
-    for (const Tag& tag : tags.body) {
-        if (axis(tag, 10, p) || axis(tag, 210, normal)) continue;
-        if (tag.code == 38) p.z = real(tag);
-        if (tag.code == 39) thickness = real(tag);
-    }
-    auto point = std::make_unique<engine::PointEntity>(p.xy());
-    setPlane(*point, normal, thickness, p.z);
+    PlaneGroups plane;
+    for (const Tag& tag : tags.body) planeGroup(tag, plane);
+    auto point = std::make_unique<engine::PointEntity>(plane.point.xy());
+    setPlane(*point, plane);
     return point;
 }
 
 std::unique_ptr<Entity> Reader::buildCircle(const EntityTags& tags) {
-    Vector3 center;
-    Vector3 normal{0, 0, 1};
+    PlaneGroups plane;
     double radius = 0.0;
-    double thickness = 0.0;
-    for (const Tag& tag : tags.body) {
-        if (axis(tag, 10, center) || axis(tag, 210, normal)) continue;
-        if (tag.code == 38) center.z = real(tag);
-        if (tag.code == 39) thickness = real(tag);
-        if (tag.code == 40) radius = real(tag);
-    }
-    auto circle = std::make_unique<engine::CircleEntity>(center.xy(), radius);
-    setPlane(*circle, normal, thickness, center.z);
+    for (const Tag& tag : tags.body)
+        if (!planeGroup(tag, plane) && tag.code == 40) radius = real(tag);
+    auto circle = std::make_unique<engine::CircleEntity>(plane.point.xy(), radius);
+    setPlane(*circle, plane);
     return circle;
 }
 
 std::unique_ptr<Entity> Reader::buildArc(const EntityTags& tags) {
-    Vector3 center;
-    Vector3 normal{0, 0, 1};
-    double thickness = 0.0;
+    PlaneGroups plane;
     auto arc = std::make_unique<engine::ArcEntity>(Vector2{}, 0.0, 0.0, 0.0);
     for (const Tag& tag : tags.body) {
-        if (axis(tag, 10, center) || axis(tag, 210, normal)) continue;
+        if (planeGroup(tag, plane)) continue;
         switch (tag.code) {
-            case 38:
-                center.z = real(tag);
-                break;
-            case 39:
-                thickness = real(tag);
-                break;
             case 40:
                 arc->radius = real(tag);
                 break;
@@ -466,8 +443,8 @@ std::unique_ptr<Entity> Reader::buildArc(const EntityTags& tags) {
                 break;
         }
     }
-    arc->center = center.xy();
-    setPlane(*arc, normal, thickness, center.z);
+    arc->center = plane.point.xy();
+    setPlane(*arc, plane);
     return arc;
 }
 
@@ -573,20 +550,12 @@ std::unique_ptr<Entity> Reader::buildFace(const EntityTags& tags) {
 
 std::unique_ptr<Entity> Reader::buildShape(const EntityTags& tags) {
     auto shape = std::make_unique<engine::ShapeEntity>();
-    Vector3 position;
-    Vector3 normal{0, 0, 1};
-    double thickness = 0.0;
+    PlaneGroups plane;
     for (const Tag& tag : tags.body) {
-        if (axis(tag, 10, position) || axis(tag, 210, normal)) continue;
+        if (planeGroup(tag, plane)) continue;
         switch (tag.code) {
             case 2:
                 shape->name = text(tag);
-                break;
-            case 38:
-                position.z = real(tag);
-                break;
-            case 39:
-                thickness = real(tag);
                 break;
             case 40:
                 shape->size = real(tag);
@@ -604,8 +573,8 @@ std::unique_ptr<Entity> Reader::buildShape(const EntityTags& tags) {
                 break;
         }
     }
-    shape->position = position.xy();
-    setPlane(*shape, normal, thickness, position.z);
+    shape->position = plane.point.xy();
+    setPlane(*shape, plane);
     return shape;
 }
 

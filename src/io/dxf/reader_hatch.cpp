@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "engine/entities/hatch.hpp"
+#include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reader.hpp"
 #include "math/angles.hpp"
 
@@ -244,9 +245,7 @@ std::unique_ptr<Entity> Reader::buildHatch(const EntityTags& tags) {
                     if (const auto color = engine::Color::fromBareIndex(small(*t))) stop.color = *color;
                 if (const Tag* t = c.takeIf(421)) {
                     const auto rgb = static_cast<std::uint32_t>(t->integer());
-                    stop.color =
-                        engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
-                                           static_cast<std::uint8_t>(rgb));
+                    stop.color = colorOfRgb(rgb);
                 }
                 gradient.stops.push_back(stop);
                 break;

@@ -447,10 +447,7 @@ void Reader::readLayerStates() {
                     break;
                 case 92: {
                     const auto raw = static_cast<std::uint32_t>(tag.integer());
-                    if ((raw >> 24) == 0xC2)
-                        e->color =
-                            engine::Color::rgb(static_cast<std::uint8_t>(raw >> 16),
-                                               static_cast<std::uint8_t>(raw >> 8), static_cast<std::uint8_t>(raw));
+                    if ((raw >> 24) == 0xC2) e->color = colorOfRgb(raw);
                     break;
                 }
                 case 370:

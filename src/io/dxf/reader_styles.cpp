@@ -20,8 +20,7 @@ Color rawColor(std::int64_t value) {
         case 0xC1:
             return Color::byBlock();
         case 0xC2:
-            return Color::rgb(static_cast<std::uint8_t>(raw >> 16), static_cast<std::uint8_t>(raw >> 8),
-                              static_cast<std::uint8_t>(raw));
+            return colorOfRgb(raw);
         case 0xC3:
             return Color::fromBareIndex(static_cast<int>(raw & 0x1FF)).value_or(Color());
         default:
@@ -329,8 +328,7 @@ void Reader::settleStyles() {
                                 if (const auto c = Color::fromBareIndex(small(tag))) color = *c;
                             } else {
                                 const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                                color = Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
-                                                   static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
+                                color = colorOfRgb(rgb);
                             }
                             break;
                         }

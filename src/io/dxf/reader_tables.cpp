@@ -158,12 +158,9 @@ void Reader::readLayer(const Record& record) {
                     layer.color = engine::Color::index(static_cast<std::uint8_t>(std::abs(index)));
                 break;
             }
-            case 420: {
-                const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                layer.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
-                                                 static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
+            case 420:
+                layer.color = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
                 break;
-            }
             case 70: {
                 const std::int64_t flags = tag.integer();
                 layer.frozen = (flags & 1) != 0;

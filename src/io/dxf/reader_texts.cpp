@@ -7,6 +7,7 @@
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/entities/tolerance.hpp"
+#include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reader.hpp"
 
 namespace kova::io::dxf {
@@ -16,10 +17,8 @@ using engine::XDataItem;
 using math::Vector2;
 using math::Vector3;
 
-namespace {
-
-/// What the four kinds of single-line text have in common.
-struct TextGroups {
+/// What the kinds of single-line text have in common.
+struct Reader::TextGroups {
     Vector3 first;
     Vector3 second;
     bool hasSecond = false;
@@ -42,73 +41,67 @@ struct TextGroups {
         return byFirst ? first.xy() : second.xy();
     }
     double z() const { return first.z != 0.0 ? first.z : elevation; }
+
+    /// The fields that have the same name in all of them.
+    template <class Text>
+    void giveTo(Text& text) const {
+        text.rotation = rotation;
+        text.hAlign = hAlign;
+        text.vAlign = vAlign;
+        text.textStyle = style;
+        text.widthFactor = widthFactor;
+        text.oblique = oblique;
+        text.generation = generation;
+        if constexpr (requires { text.fitEnd; }) {
+            if (!twoPoints() || !hasSecond) return;
+            text.fit = true;
+            text.fitEnd = second.xy();
+        }
+    }
 };
 
-}  // namespace
-
-#define KOVA_TEXT_GROUPS(g, tag)     \
-    case 10:                         \
-        (g).first.x = real(tag);     \
-        break;                       \
-    case 20:                         \
-        (g).first.y = real(tag);     \
-        break;                       \
-    case 30:                         \
-        (g).first.z = real(tag);     \
-        break;                       \
-    case 11:                         \
-        (g).second.x = real(tag);    \
-        (g).hasSecond = true;        \
-        break;                       \
-    case 21:                         \
-        (g).second.y = real(tag);    \
-        break;                       \
-    case 31:                         \
-        (g).second.z = real(tag);    \
-        break;                       \
-    case 210:                        \
-        (g).normal.x = real(tag);    \
-        break;                       \
-    case 220:                        \
-        (g).normal.y = real(tag);    \
-        break;                       \
-    case 230:                        \
-        (g).normal.z = real(tag);    \
-        break;                       \
-    case 38:                         \
-        (g).elevation = real(tag);   \
-        break;                       \
-    case 39:                         \
-        (g).thickness = real(tag);   \
-        break;                       \
-    case 40:                         \
-        (g).height = real(tag);      \
-        break;                       \
-    case 41:                         \
-        (g).widthFactor = real(tag); \
-        break;                       \
-    case 50:                         \
-        (g).rotation = angle(tag);   \
-        break;                       \
-    case 51:                         \
-        (g).oblique = angle(tag);    \
-        break;                       \
-    case 7:                          \
-        (g).style = name(tag);       \
-        break;                       \
-    case 71:                         \
-        (g).generation = small(tag); \
-        break;                       \
-    case 72:                         \
-        (g).hAlign = small(tag);     \
-        break
+bool Reader::textGroup(const Tag& tag, TextGroups& g) {
+    if (tag.code == 11) g.hasSecond = true;
+    if (axis(tag, 10, g.first) || axis(tag, 11, g.second) || axis(tag, 210, g.normal)) return true;
+    switch (tag.code) {
+        case 38:
+            g.elevation = real(tag);
+            return true;
+        case 39:
+            g.thickness = real(tag);
+            return true;
+        case 40:
+            g.height = real(tag);
+            return true;
+        case 41:
+            g.widthFactor = real(tag);
+            return true;
+        case 50:
+            g.rotation = angle(tag);
+            return true;
+        case 51:
+            g.oblique = angle(tag);
+            return true;
+        case 7:
+            g.style = name(tag);
+            return true;
+        case 71:
+            g.generation = small(tag);
+            return true;
+        case 72:
+            g.hAlign = small(tag);
+            return true;
+        default:
+            return false;
+    }
+}
 
 std::unique_ptr<Entity> Reader::buildText(const EntityTags& tags) {
     TextGroups g;
     auto out = std::make_unique<engine::TextEntity>();
     for (const Tag& tag : tags.body) {
+        if (textGroup(tag, g)) continue;
         switch (tag.code) {
-            KOVA_TEXT_GROUPS(g, tag);
             case 1:
                 out->content = text(tag);
                 break;
@@ -121,17 +114,7 @@ std::unique_ptr<Entity> Reader::buildText(const EntityTags& tags) {
     }
     out->position = g.anchor();
     out->height = g.height;
-    out->rotation = g.rotation;
-    out->hAlign = g.hAlign;
-    out->vAlign = g.vAlign;
-    if (g.twoPoints() && g.hasSecond) {
-        out->fit = true;
-        out->fitEnd = g.second.xy();
-    }
-    out->textStyle = g.style;
-    out->widthFactor = g.widthFactor;
-    out->oblique = g.oblique;
-    out->generation = g.generation;
+    g.giveTo(*out);
     setPlane(*out, g.normal, g.thickness, g.z());
     return out;
 }
@@ -140,8 +123,8 @@ std::unique_ptr<Entity> Reader::buildAttDef(const EntityTags& tags) {
     TextGroups g;
     auto out = std::make_unique<engine::AttributeDefinitionEntity>();
     for (const Tag& tag : tags.body) {
+        if (textGroup(tag, g)) continue;
         switch (tag.code) {
-            KOVA_TEXT_GROUPS(g, tag);
             case 1:
                 out->defaultValue = text(tag);
                 break;
@@ -168,17 +151,7 @@ std::unique_ptr<Entity> Reader::buildAttDef(const EntityTags& tags) {
     }
     out->insertion = g.anchor();
     out->textHeight = g.height;
-    out->rotation = g.rotation;
-    out->hAlign = g.hAlign;
-    out->vAlign = g.vAlign;
-    if (g.twoPoints() && g.hasSecond) {
-        out->fit = true;
-        out->fitEnd = g.second.xy();
-    }
-    out->textStyle = g.style;
-    out->widthFactor = g.widthFactor;
-    out->oblique = g.oblique;
-    out->generation = g.generation;
+    g.giveTo(*out);
     setPlane(*out, g.normal, g.thickness, g.z());
     return out;
 }
@@ -188,8 +161,8 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
     bool layerSeen = false;
     for (const Tag& tag : tags.all) {
         if (tag.code == 101) break;
+        if (textGroup(tag, g)) continue;
         switch (tag.code) {
-            KOVA_TEXT_GROUPS(g, tag);
             case 1:
                 out.value = text(tag);
                 break;
@@ -204,12 +177,9 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
                 if (out.color.method != engine::ColorMethod::RGB)
                     if (const auto color = engine::Color::fromBareIndex(std::abs(small(tag)))) out.color = *color;
                 break;
-            case 420: {
-                const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                out.color = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
-                                               static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
+            case 420:
+                out.color = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
                 break;
-            }
             case 70:
                 out.invisible = (tag.integer() & 1) != 0;
                 break;
@@ -222,17 +192,9 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
     }
     out.position = g.anchor();
     out.textHeight = g.height;
-    out.rotation = g.rotation;
-    out.textStyle = g.style;
-    out.hAlign = g.hAlign;
-    out.vAlign = g.vAlign;
-    out.generation = g.generation;
-    out.widthFactor = g.widthFactor;
-    out.oblique = g.oblique;
+    g.giveTo(out);
     return !unusable_;
 }
-
-#undef KOVA_TEXT_GROUPS
 
 std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
     auto out = std::make_unique<engine::MTextEntity>();
@@ -278,12 +240,9 @@ std::unique_ptr<Entity> Reader::buildMText(const EntityTags& tags) {
                 if (out->bgColor.method != engine::ColorMethod::RGB)
                     if (const auto color = engine::Color::fromBareIndex(small(tag))) out->bgColor = *color;
                 break;
-            case 421: {
-                const auto rgb = static_cast<std::uint32_t>(tag.integer());
-                out->bgColor = engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16),
-                                                  static_cast<std::uint8_t>(rgb >> 8), static_cast<std::uint8_t>(rgb));
+            case 421:
+                out->bgColor = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
                 break;
-            }
             case 441: {
                 const std::int64_t code = tag.integer();
                 // The alpha of the coding of group 440.

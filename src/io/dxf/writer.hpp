@@ -178,6 +178,9 @@ private:
     bool write(const engine::EllipseEntity& e, const Target& t);
     bool write(const engine::XlineEntity& e, const Target& t);
     bool write(const engine::RayEntity& e, const Target& t);
+    /// What XLINE and RAY share: a point and a unit direction under the kind's own name and marker.
+    bool writeUnbounded(const engine::Entity& e, const Target& t, std::string_view type, std::string_view marker,
+                        const math::Vector2& from, const math::Vector2& dir);
     bool write(const engine::LeaderEntity& e, const Target& t);
     bool write(const engine::MLineEntity& e, const Target& t);
     bool write(const engine::MLeaderEntity& e, const Target& t);

@@ -107,32 +107,27 @@ bool Writer::write(const EllipseEntity& e, const Target& t) {
     return true;
 }
 
-bool Writer::write(const XlineEntity& e, const Target& t) {
-    if (!finite(e.base) || !finite(e.dir) || e.dir == Vector2{}) return false;
-    const Vector2 direction = unit(e.dir);
+bool Writer::writeUnbounded(const Entity& e, const Target& t, std::string_view type, std::string_view marker,
+                            const Vector2& from, const Vector2& dir) {
+    if (!finite(from) || !finite(dir) || dir == Vector2{}) return false;
+    const Vector2 direction = unit(dir);
     FieldKeys keys;
-    if (!(direction == e.dir)) keys.push_back("dir");
+    if (!(direction == dir)) keys.push_back("dir");
     const OwnData own = gather(e, kElevation, keys);
-    head("XLINE", e, t, own);
-    out_->subclass("AcDbXline");
-    out_->point(10, e.base, e.elevation);
+    head(type, e, t, own);
+    out_->subclass(marker);
+    out_->point(10, from, e.elevation);
     out_->point(11, direction, 0.0);
     tail(e, own);
     return true;
 }
 
+bool Writer::write(const XlineEntity& e, const Target& t) {
+    return writeUnbounded(e, t, "XLINE", "AcDbXline", e.base, e.dir);
+}
+
 bool Writer::write(const RayEntity& e, const Target& t) {
-    if (!finite(e.origin) || !finite(e.dir) || e.dir == Vector2{}) return false;
-    const Vector2 direction = unit(e.dir);
-    FieldKeys keys;
-    if (!(direction == e.dir)) keys.push_back("dir");
-    const OwnData own = gather(e, kElevation, keys);
-    head("RAY", e, t, own);
-    out_->subclass("AcDbRay");
-    out_->point(10, e.origin, e.elevation);
-    out_->point(11, direction, 0.0);
-    tail(e, own);
-    return true;
+    return writeUnbounded(e, t, "RAY", "AcDbRay", e.origin, e.dir);
 }
 
 void Writer::splinePart(const SplineEntity& e) {

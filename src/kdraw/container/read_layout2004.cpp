@@ -30,14 +30,8 @@ std::vector<Page> readPageMap(std::string_view content) {
             reader.skip(16);  // the place of the gap among the others
         address += size;
     }
-    std::stable_sort(pages.begin(), pages.end(), [](const Page& a, const Page& b) { return a.id < b.id; });
+    sortById(pages);
     return pages;
-}
-
-const Page* findPage(const std::vector<Page>& pages, std::uint32_t id) {
-    const auto at = std::lower_bound(pages.begin(), pages.end(), id,
-                                     [](const Page& page, std::uint32_t wanted) { return page.id < wanted; });
-    return at != pages.end() && at->id == id ? &*at : nullptr;
 }
 
 class SectionReader {

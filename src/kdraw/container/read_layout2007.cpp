@@ -91,14 +91,8 @@ std::vector<Page> readPageMap(std::string_view content) {
         if (id > 0) pages.push_back({id, address, size});
         address += size;
     }
-    std::stable_sort(pages.begin(), pages.end(), [](const Page& a, const Page& b) { return a.id < b.id; });
+    sortById(pages);
     return pages;
-}
-
-const Page* findPage(const std::vector<Page>& pages, std::int64_t id) {
-    const auto at = std::lower_bound(pages.begin(), pages.end(), id,
-                                     [](const Page& page, std::int64_t wanted) { return page.id < wanted; });
-    return at != pages.end() && at->id == id ? &*at : nullptr;
 }
 
 class SectionReader {

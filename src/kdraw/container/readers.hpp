@@ -1,8 +1,10 @@
 // The three layouts that a file may have, each with its reader; readContainer chooses.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "kdraw/container/container.hpp"
 
@@ -30,6 +32,19 @@ public:
 private:
     std::uint64_t m_left;
 };
+
+/// Orders pages by their id; of pages with the same id the first one counts.
+template <class Page>
+void sortById(std::vector<Page>& pages) {
+    std::stable_sort(pages.begin(), pages.end(), [](const Page& a, const Page& b) { return a.id < b.id; });
+}
+/// The page of an id among sorted ones; null: none.
+template <class Page>
+const Page* findPage(const std::vector<Page>& pages, decltype(Page::id) id) {
+    const auto at = std::lower_bound(pages.begin(), pages.end(), id,
+                                     [](const Page& page, decltype(Page::id) wanted) { return page.id < wanted; });
+    return at != pages.end() && at->id == id ? &*at : nullptr;
+}
 
 /// Counts the faults of a section's pages and makes one note of each kind.
 struct PageFaults {
