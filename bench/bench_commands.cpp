@@ -81,7 +81,7 @@ void boundaryAmongLines(benchmark::State& state) {
     const std::size_t before = entityCount(session);
     measure(state, session, pickInside("BOUNDARY", state.range(0)), [&] { return entityCount(session) > before; });
 }
-BENCHMARK(boundaryAmongLines)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(boundaryAmongLines)->Arg(1'000)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
 void hatchAmongLines(benchmark::State& state) {
     headless::Session session;
@@ -109,7 +109,36 @@ void boundaryAroundLines(benchmark::State& state) {
     measure(state, session, {"BOUNDARY", "-5,-5", ""},
             [&] { return entityCount(session) == before + static_cast<std::size_t>(rows * rows) + 1; });
 }
-BENCHMARK(boundaryAroundLines)->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(boundaryAroundLines)->Arg(1'000)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
+/// Squares of four lines each, in no order.
+void regionOfSquares(benchmark::State& state) {
+    headless::Session session;
+    const auto squares = state.range(0) / 4;
+    std::vector<std::pair<Vector2, Vector2>> sides;
+    for (std::int64_t i = 0; i < squares; ++i) {
+        const Vector2 at{static_cast<double>(i % 200) * 3.0, static_cast<double>(i / 200) * 3.0};
+        const Vector2 corners[] = {at, at + Vector2{2, 0}, at + Vector2{2, 2}, at + Vector2{0, 2}};
+        for (int k = 0; k < 4; ++k) sides.emplace_back(corners[k], corners[(k + 1) % 4]);
+    }
+    std::mt19937_64 random(5);
+    std::shuffle(sides.begin(), sides.end(), random);
+    for (const auto& [a, b] : sides) addLine(session.document(), a, b);
+    measure(state, session, {"REGION", "ALL", ""},
+            [&] { return entityCount(session) == static_cast<std::size_t>(squares); });
+}
+BENCHMARK(regionOfSquares)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+
+/// Lines that all cross each other: nothing is closed end to end.
+void regionOfCrossingLines(benchmark::State& state) {
+    headless::Session session;
+    const auto count = state.range(0);
+    for (std::int64_t i = 0; i < count; ++i)
+        addLine(session.document(), {0.0, static_cast<double>(i)}, {1000.0, static_cast<double>(count - i)});
+    measure(state, session, {"REGION", "ALL", ""},
+            [&] { return entityCount(session) == static_cast<std::size_t>(count); });
+}
+BENCHMARK(regionOfCrossingLines)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
 
 /// N posts as cutting edges, N/10 rails across all of them, one pick on each.
 void trimRails(benchmark::State& state) {
@@ -194,7 +223,7 @@ void joinSegments(benchmark::State& state) {
     measure(state, session, {"JOIN", "ALL", ""},
             [&] { return entityCount(session) == static_cast<std::size_t>(state.range(0) / 100); });
 }
-BENCHMARK(joinSegments)->Arg(10'000)->Arg(100'000)->Unit(benchmark::kMillisecond);
+BENCHMARK(joinSegments)->Arg(10'000)->Arg(100'000)->Arg(1'000'000)->Unit(benchmark::kMillisecond);
 
 void explodeReferences(benchmark::State& state) {
     headless::Session session;

@@ -33,14 +33,31 @@ void takeDatum(std::string_view typed, std::string& datum, std::string& conditio
     datum = typed;
 }
 
+/// The geometric symbol, or with `text` the whole content.
+Ask::Awaiter askSymbol(Ask& ask, bool text) {
+    std::string prompt =
+        "Enter geometric symbol [POsition/Concentricity/SYmmetry/PArallelism/PErpendicularity/ANgularity/CYlindricity/"
+        "FLatness/CIrcularity/STraightness/PSurface/PLine/CRunout/TRunout";
+    std::string words =
+        "POsition Concentricity SYmmetry PArallelism PErpendicularity ANgularity CYlindricity FLatness CIrcularity "
+        "STraightness PSurface PLine CRunout TRunout";
+    if (text) {
+        prompt += "/teXt";
+        words += " teXt";
+    }
+    return ask.keyword(prompt + "]:", words);
+}
+
+/// The further rows that have cells stand before the projected zone and the datum identifier.
+std::ptrdiff_t countOfCellRows(const engine::ToleranceEntity& tolerance) {
+    return std::count_if(tolerance.rows.begin(), tolerance.rows.end(),
+                         [](const engine::ToleranceRow& row) { return !row.whole; });
+}
+
 }  // namespace
 
 Task<bool> askTolerance(Ask& ask, engine::ToleranceEntity& tolerance) {
-    const Answer symbol = co_await ask.keyword(
-        "Enter geometric symbol [POsition/Concentricity/SYmmetry/PArallelism/PErpendicularity/ANgularity/CYlindricity/"
-        "FLatness/CIrcularity/STraightness/PSurface/PLine/CRunout/TRunout/teXt]:",
-        "POsition Concentricity SYmmetry PArallelism PErpendicularity ANgularity CYlindricity FLatness CIrcularity "
-        "STraightness PSurface PLine CRunout TRunout teXt");
+    const Answer symbol = co_await askSymbol(ask, true);
     if (symbol.is("TEXT")) {
         const Answer text = co_await ask.text("Enter tolerance text:");
         if (text.isText()) tolerance.setContentText(text.text);
@@ -49,11 +66,13 @@ Task<bool> askTolerance(Ask& ask, engine::ToleranceEntity& tolerance) {
     engine::ToleranceRow row;
     for (const Symbol& known : kSymbols)
         if (symbol.is(known.word)) row.symbol = known.letter;
-    const Answer value = co_await ask.text("Enter tolerance value 1:");
-    row.toleranceValue = trimmed(value.text);
-    const Answer condition = co_await ask.keyword("Enter material condition [Max/Least/Regardless/None] <None>:",
-                                                  "Max Least Regardless None");
-    row.toleranceMC = conditionLetter(condition);
+    co_await askToleranceRow(ask, row);
+    tolerance.first = row;
+    co_return !row.empty();
+}
+
+Dialogue askToleranceRow(Ask& ask, engine::ToleranceRow& row) {
+    co_await askToleranceValue(ask, "Enter tolerance value 1:", row.toleranceValue, row.toleranceMC);
     const Answer first = co_await ask.text("Enter datum 1 <none>:");
     takeDatum(first.text, row.datum1, row.datum1MC);
     if (!first.isEnter()) {
@@ -64,8 +83,23 @@ Task<bool> askTolerance(Ask& ask, engine::ToleranceEntity& tolerance) {
             takeDatum(third.text, row.datum3, row.datum3MC);
         }
     }
-    tolerance.first = row;
-    co_return !row.empty();
+}
+
+Dialogue askSecondToleranceRow(Ask& ask, engine::ToleranceEntity& tolerance) {
+    const Answer symbol = co_await askSymbol(ask, false);
+    engine::ToleranceRow row;
+    for (const Symbol& known : kSymbols)
+        if (symbol.is(known.word)) row.symbol = known.letter;
+    co_await askToleranceRow(ask, row);
+    if (!row.empty()) tolerance.rows.insert(tolerance.rows.begin() + countOfCellRows(tolerance), row);
+}
+
+Dialogue askToleranceValue(Ask& ask, std::string prompt, std::string& value, std::string& condition) {
+    const Answer typed = co_await ask.text(std::move(prompt));
+    value = trimmed(typed.text);
+    const Answer material = co_await ask.keyword("Enter material condition [Max/Least/Regardless/None] <None>:",
+                                                 "Max Least Regardless None");
+    condition = conditionLetter(material);
 }
 
 Task<std::string> askParagraphs(Ask& ask, std::string first, std::string next) {

@@ -73,12 +73,12 @@ private:
     /// Prints an area and, while adding up, the total.
     Dialogue report(EntityArea area) {
         const char* outline = area.circle ? "Circumference = " : area.open ? "Length = " : "Perimeter = ";
-        ask_.message("Area = " + length(area.area) + ", " + outline + length(area.perimeter));
+        ask_.message("Area = " + areaText(document_.drawing(), area.area) + ", " + outline + length(area.perimeter));
         double amount = area.area;
         if (height_) {
             const Answer height = co_await ask_.distance("Specify height:");
             amount = area.area * height.numberOr(0.0);
-            ask_.message("Volume = " + length(amount));
+            ask_.message("Volume = " + volumeText(document_.drawing(), amount));
         }
         engine::publishSysVar(document_.drawing(), "PERIMETER", area.perimeter);
         if (mode_ == Mode::Single) {
@@ -86,7 +86,10 @@ private:
             co_return;
         }
         total_ += mode_ == Mode::Add ? amount : -amount;
-        ask_.message((height_ ? "Total volume = " : "Total area = ") + length(total_));
+        if (height_)
+            ask_.message("Total volume = " + volumeText(document_.drawing(), total_));
+        else
+            ask_.message("Total area = " + areaText(document_.drawing(), total_));
         if (!height_) engine::publishSysVar(document_.drawing(), "AREA", total_);
     }
 

@@ -1,6 +1,5 @@
 #include "cmd/array_items.hpp"
 
-#include "cmd/entity_copies.hpp"
 #include "math/curves.hpp"
 
 namespace kova::cmd {
@@ -41,9 +40,8 @@ std::vector<Matrix4> RectangularArray::items() const {
     std::vector<Matrix4> out;
     const Vector2 along = math::unitAt(angle);
     const Vector2 up = along.perpendicular();
-    eachRow(rows, [&](int row, int level, double z) {
+    eachRow(rows, [&](int row, int, double z) {
         for (int column = 0; column < columns; ++column) {
-            if (row == 0 && level == 0 && column == 0) continue;
             out.push_back(moved(Vector3(along * (column * columnDistance) + up * (row * rows.distance), z)));
         }
     });
@@ -63,10 +61,9 @@ std::vector<Matrix4> PolarArray::items() const {
     Vector3 outward = at - center;
     outward = outward - axis * axis.dot(outward);
     outward = outward.normalized();
-    eachRow(rows, [&](int row, int level, double rise) {
+    eachRow(rows, [&](int row, int, double rise) {
         const Vector3 shift = outward * (row * rows.distance) + axis * rise;
         for (int i = 0; i < count; ++i) {
-            if (i == 0 && row == 0 && level == 0) continue;
             const Matrix4 turn = turnedAbout(center, axis, i * between);
             if (turnItems)
                 out.push_back(turn * moved(shift));
@@ -85,38 +82,46 @@ int PathArray::fitting(const CurveRuler& path) const {
     return static_cast<int>(std::min(32767.0, std::floor(whole) + (meets ? 0.0 : 1.0)));
 }
 
-std::vector<Matrix4> PathArray::items(const CurveRuler& path) const {
-    std::vector<Matrix4> out;
+std::vector<PathArray::Stand> PathArray::stands(const CurveRuler& path) const {
     const auto place = [&](double length) {
         CurveRuler::Place p = path.at(reversed ? path.length() - length : length);
         if (reversed) p.direction = -p.direction;
         return p;
     };
-    const CurveRuler::Place start = place(0.0);
-    const double from = direction ? direction->angle() : start.direction.angle();
-    const int number = std::max(1, divide ? count : std::min(count, fitting(path)));
-    const int gaps = path.closed() ? number : number - 1;
-    const double between = divide ? (gaps > 0 ? path.length() / gaps : 0.0) : distance;
+    const double from = direction ? direction->angle() : place(0.0).direction.angle();
     const Vector2 side = math::unitAt(from).perpendicular();
-    eachRow(rows, [&](int row, int, double z) {
-        for (int i = 0; i < number; ++i) {
-            const CurveRuler::Place p = i == 0 ? start : place(i * between);
-            const double turn = alignItems ? p.direction.angle() - from : 0.0;
-            out.push_back(moved(Vector3(p.point, z)) * Matrix4::rotation_z(turn) *
-                          Matrix4::translation(side * (row * rows.distance) - base));
-        }
+    const int n = number(path);
+    const int gaps = path.closed() ? n : n - 1;
+    const double between = divide ? (gaps > 0 ? path.length() / gaps : 0.0) : distance;
+    std::vector<Stand> out;
+    out.reserve(static_cast<std::size_t>(n));
+    for (int i = 0; i < n; ++i) {
+        const CurveRuler::Place p = place(i * between);
+        out.push_back({p.point, alignItems ? p.direction.angle() - from : 0.0, side});
+    }
+    return out;
+}
+
+Matrix4 PathArray::way(const Stand& stand, int row, int level) const {
+    return moved(Vector3(stand.point, row * rows.rise + level * rows.levelDistance)) * Matrix4::rotation_z(stand.turn) *
+           Matrix4::translation(stand.side * (row * rows.distance) - base);
+}
+
+std::vector<Matrix4> PathArray::items(const CurveRuler& path) const {
+    std::vector<Matrix4> out;
+    const std::vector<Stand> along = stands(path);
+    eachRow(rows, [&](int row, int level, double) {
+        for (const Stand& stand : along) out.push_back(way(stand, row, level));
     });
     return out;
 }
 
-std::vector<std::uint64_t> addItems(doc::Document& document, const std::vector<std::uint64_t>& ids,
-                                    const std::vector<Matrix4>& items) {
-    std::vector<std::uint64_t> added;
-    for (const Matrix4& item : items) {
-        const std::vector<std::uint64_t> copies = addCopies(document, ids, item);
-        added.insert(added.end(), copies.begin(), copies.end());
-    }
-    return added;
+std::vector<ArrayPlace> arrayPlaces(int items, const ArrayRows& rows) {
+    std::vector<ArrayPlace> out;
+    eachRow(rows, [&](int row, int level, double) {
+        for (int i = 0; i < items; ++i) out.push_back({i, row, level});
+    });
+    return out;
 }
 
 math::Bounds2 boundsOf(const engine::Drawing& drawing, const std::vector<std::uint64_t>& ids) {

@@ -26,13 +26,23 @@ struct ArrayRows {
     double count() const { return static_cast<double>(rows) * levels; }
 };
 
+/// Which item of an array: its number along the row (round the centre, along the path), its row and its level, from 0.
+struct ArrayPlace {
+    int item = 0;
+    int row = 0;
+    int level = 0;
+    friend auto operator<=>(const ArrayPlace&, const ArrayPlace&) = default;
+};
+/// All places, level by level and row by row: the order in which the arrays below give their items.
+std::vector<ArrayPlace> arrayPlaces(int items, const ArrayRows& rows);
+
 struct RectangularArray {
     int columns = 4;
     double columnDistance = 1.0;
     ArrayRows rows;
     double angle = 0.0;  ///< direction of the rows, radians in the world
 
-    /// The way from the first item to each item, the first one left out.
+    /// The way from the first item to each item, itself included.
     std::vector<math::Matrix4> items() const;
 };
 
@@ -63,13 +73,20 @@ struct PathArray {
 
     /// How many items fit on the path.
     int fitting(const CurveRuler& path) const;
+    /// How many there are in a row.
+    int number(const CurveRuler& path) const { return std::max(1, divide ? count : std::min(count, fitting(path))); }
+    /// Where the items of the first row go: the point of the path, and how far the item is turned there.
+    struct Stand {
+        math::Vector2 point;
+        double turn = 0.0;
+        math::Vector2 side;  ///< to the next row, length 1
+    };
+    std::vector<Stand> stands(const CurveRuler& path) const;
+    /// The way of the objects to an item.
+    math::Matrix4 way(const Stand& stand, int row, int level) const;
     /// Where all items go, the first one too.
     std::vector<math::Matrix4> items(const CurveRuler& path) const;
 };
-
-/// Adds a copy of the objects for every matrix, as part of the open group; gives all new ids.
-std::vector<std::uint64_t> addItems(doc::Document& document, const std::vector<std::uint64_t>& ids,
-                                    const std::vector<math::Matrix4>& items);
 
 /// Extents of entities together.
 math::Bounds2 boundsOf(const engine::Drawing& drawing, const std::vector<std::uint64_t>& ids);

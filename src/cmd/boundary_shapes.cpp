@@ -1,238 +1,40 @@
 #include "cmd/boundary_shapes.hpp"
 
+#include <map>
+
 #include "doc/spatial_index.hpp"
-#include "engine/entities/mtext.hpp"
-#include "engine/entities/text.hpp"
-#include "engine/entities/text_line.hpp"
-#include "engine/outline.hpp"
-#include "math/angles.hpp"
-#include "math/curves.hpp"
+#include "engine/entities/line.hpp"
+#include "math/end_loops.hpp"
 #include "math/polygon.hpp"
 
 namespace kova::cmd {
 
-using engine::PathElement;
 using math::BoundaryLoop;
 using math::BoundaryPiece;
 using math::Vector2;
-using Kind = PathElement::Kind;
 
 namespace {
 
-/// Curves are cut until arcs follow them within this part of their size.
-constexpr double kCurveTolerance = 1e-6;
-constexpr int kCurveDepth = 8;
-
-bool isCircular(const PathElement& e) {
-    const double r = e.a.length();
-    if (!(r > 0.0)) return false;
-    const double side = e.a.cross(e.b) < 0.0 ? -1.0 : 1.0;
-    return e.b.near_equal(e.a.perpendicular() * side, 1e-9 * r);
-}
-
-/// Arcs through points of a curve, halved until they follow it.
-void addCurve(const PathElement& e, const Vector2& from, double t0, const Vector2& a, double t1, const Vector2& b,
-              double tolerance, int depth, int source, std::vector<BoundaryPiece>& out) {
-    const auto at = [&](double share) { return engine::elementPoint(e, from, t0 + (t1 - t0) * share); };
-    const double bulge = math::bulgeThrough(a, at(0.5), b);
-    bool follows = depth < kCurveDepth - 1;  // the first halves may look alike by chance
-    for (const double share : {0.25, 0.75}) {
-        const Vector2 p = at(share);
-        const auto arc = math::arcFromBulge(a, b, bulge);
-        const double off =
-            arc ? std::abs(p.distance_to(arc->center) - arc->radius) : p.distance_to(math::closestOnSegment(p, a, b));
-        follows = follows && off <= tolerance;
-    }
-    if (follows || depth == 0) {
-        out.push_back({a, b, bulge, source});
-        return;
-    }
-    const double middle = (t0 + t1) / 2.0;
-    const Vector2 m = engine::elementPoint(e, from, middle);
-    addCurve(e, from, t0, a, middle, m, tolerance, depth - 1, source, out);
-    addCurve(e, from, middle, m, t1, b, tolerance, depth - 1, source, out);
-}
-
-void addElement(const PathElement& e, const Vector2& from, int source, std::vector<BoundaryPiece>& out) {
-    if (e.kind == Kind::Move || !from.is_finite() || !e.p.is_finite()) return;
-    if (e.kind == Kind::Line || e.kind == Kind::Close) {
-        if (from != e.p) out.push_back({from, e.p, 0.0, source});
-        return;
-    }
-    if (e.kind == Kind::Arc && isCircular(e)) {
-        // In halves at most: a full circle has no ends to tell its sides apart.
-        const double side = e.a.cross(e.b) < 0.0 ? -1.0 : 1.0;
-        const double sweep = (e.t1 - e.t0) * side;
-        if (!(std::abs(sweep) <= math::kTwoPi * (1.0 + 1e-9))) return;
-        const int parts = std::abs(sweep) > math::kPi * 1.001 ? 2 : 1;
-        Vector2 a = from;
-        for (int i = 1; i <= parts; ++i) {
-            const Vector2 b = i == parts ? e.p : engine::elementPoint(e, from, static_cast<double>(i) / parts);
-            out.push_back({a, b, math::bulgeFromSweep(sweep / parts), source});
-            a = b;
-        }
-        return;
-    }
-    const math::Bounds2 box = engine::elementBounds(e, from);
-    const double size = std::hypot(box.width(), box.height());
-    if (!std::isfinite(size) || !(size > 0.0)) return;
-    addCurve(e, from, 0.0, from, 1.0, e.p, kCurveTolerance * size, kCurveDepth, source, out);
-}
-
-/// Takes down the lines of what entities emit.
-class LineWorkSink final : public engine::OutlineSink {
-public:
-    LineWorkSink(const engine::Drawing& drawing, const math::Bounds2& reach) : drawing_(drawing), reach_(reach) {}
-
-    engine::Path path;
-    bool takeFills = false;
-
-    using OutlineSink::fill;
-    using OutlineSink::stroke;
-    void stroke(engine::PathView view, const engine::OutlineStyle&, const engine::StrokeOptions&) override {
-        path.append(view);
-    }
-    void fill(engine::PathView rings, const engine::OutlineStyle&, const engine::FillOptions&) override {
-        if (takeFills) path.append(rings);
-    }
-    void text(const engine::TextRun&, const engine::OutlineStyle&) override {}
-    void point(const Vector2&, const engine::OutlineStyle&) override {}
-    void line(const Vector2& a, const Vector2& b, const engine::OutlineStyle&) override {
-        path.moveTo(a);
-        path.lineTo(b);
-    }
-    void unbounded(const Vector2& base, const Vector2& direction, bool bothWays, const engine::OutlineStyle&) override {
-        // Far enough to cross whatever is drawn.
-        const double far =
-            2.0 * (std::hypot(reach_.width(), reach_.height()) + base.distance_to(reach_.center())) + 1.0;
-        if (reach_.is_empty() || !std::isfinite(far)) return;
-        path.moveTo(bothWays ? base - direction * far : base);
-        path.lineTo(base + direction * far);
-    }
-    bool wantsLayer(engine::Name layer) const override {
-        const engine::Layer* record = drawing_.layers.find(layer);
-        return record == nullptr || record->isVisible();
-    }
-
-private:
-    const engine::Drawing& drawing_;
-    math::Bounds2 reach_;
-};
-
-bool isBoundary(engine::EntityType type) {
-    using engine::EntityType;
-    return type != EntityType::Hatch && type != EntityType::Point && type != EntityType::Text &&
-           type != EntityType::MText && type != EntityType::Viewport;
-}
-
-void takeShape(LineWorkSink& sink, const engine::Entity& entity) {
-    sink.path.clear();
-    sink.takeFills = entity.type() == engine::EntityType::Solid2D;
-    entity.emit(sink, engine::outlineStyle(entity));
-}
-
-void addTextBox(const engine::Entity& entity, const engine::Drawing& drawing, std::vector<BoundaryLoop>& out) {
-    std::array<Vector2, 4> box;
-    double margin = 0.0;
-    if (const auto* text = dynamic_cast<const engine::TextEntity*>(&entity)) {
-        const engine::TextLinePlacement place = engine::placeTextLine(text->line(), &drawing);
-        if (!place.valid) return;
-        box = place.box();
-        margin = 0.25 * text->height;
-    } else if (const auto* mtext = dynamic_cast<const engine::MTextEntity*>(&entity)) {
-        if (mtext->content.empty()) return;
-        box = mtext->box();
-        margin = 0.25 * mtext->height;
-    } else {
-        return;
-    }
-    BoundaryLoop loop;
-    const Vector2 x = (box[1] - box[0]).normalized() * margin;
-    const Vector2 y = (box[3] - box[0]).normalized() * margin;
-    loop.points = {box[0] - x - y, box[1] + x - y, box[2] + x + y, box[3] - x + y};
-    loop.bulges.assign(4, 0.0);
-    for (const Vector2& p : loop.points)
-        if (!p.is_finite()) return;
-    if (math::signedArea(loop.points) < 0.0) std::reverse(loop.points.begin(), loop.points.end());
-    out.push_back(std::move(loop));
-}
-
-/// The next figure of a path from element `i` on; i is moved behind it.
-engine::PathView nextFigure(engine::PathView path, std::size_t& i) {
-    const std::size_t begin = i++;
-    while (i < path.size() && path[i].kind != Kind::Move) ++i;
-    return path.subspan(begin, i - begin);
-}
-
-bool isClosed(engine::PathView figure) {
-    if (figure.size() < 2) return false;
-    if (figure.back().kind == Kind::Close) return true;
-    const Vector2& a = figure.front().p;
-    const Vector2& b = figure.back().p;
-    return a.distance_to(b) <= 1e-9 * (1.0 + std::max(std::abs(a.x), std::abs(a.y)));
-}
-
-/// A closed figure as a hatch keeps it: a polyline, or edges when it has other curves.
-engine::HatchLoop figureLoop(engine::PathView figure) {
-    engine::HatchLoop loop;
-    bool plain = true;
-    for (const PathElement& e : figure)
-        plain = plain && e.kind != Kind::Cubic && (e.kind != Kind::Arc || isCircular(e));
-    Vector2 from = figure.front().p;
-    if (plain) {
-        std::vector<BoundaryPiece> pieces;
-        for (const PathElement& e : figure) {
-            addElement(e, from, 0, pieces);
-            from = e.p;
-        }
-        for (const BoundaryPiece& piece : pieces) {
-            loop.vertices.push_back(piece.a);
-            loop.bulges.push_back(piece.bulge);
-        }
-        loop.type = engine::HatchLoop::kExternal | engine::HatchLoop::kPolyline;
-        return loop;
-    }
-    for (const PathElement& e : figure) {
-        switch (e.kind) {
-            case Kind::Move:
-                break;
-            case Kind::Line:
-            case Kind::Close:
-                if (from != e.p) loop.edges.push_back(engine::HatchLineEdge{from, e.p});
-                break;
-            case Kind::Arc:
-                loop.edges.push_back(engine::HatchEllipseEdge{e.center, e.a, e.b, e.t0, e.t1});
-                break;
-            case Kind::Cubic: {
-                engine::HatchSplineEdge edge;
-                edge.control = {from, e.a, e.b, e.p};
-                edge.knots = {0, 0, 0, 0, 1, 1, 1, 1};
-                loop.edges.push_back(std::move(edge));
-                break;
-            }
-        }
-        from = e.p;
-    }
-    return loop;
+engine::LineWork lineWork(doc::Document& document) {
+    return engine::LineWork(document.drawing(), [&document] { return document.spatialIndex().extents(); });
 }
 
 }  // namespace
 
 BoundaryWork boundaryWork(doc::Document& document, const std::vector<std::uint64_t>* only) {
     const engine::Drawing& drawing = document.drawing();
-    LineWorkSink sink(drawing, document.spatialIndex().extents());
+    engine::LineWork lines = lineWork(document);
     BoundaryWork work;
     const auto take = [&](const engine::Entity& entity) {
-        if (!entity.visible || !sink.wantsLayer(entity.layer)) return;
-        addTextBox(entity, drawing, work.texts);
-        if (!isBoundary(entity.type())) return;
-        takeShape(sink, entity);
-        const std::size_t before = work.pieces.size();
-        Vector2 from;
-        for (const PathElement& e : sink.path.view()) {
-            addElement(e, from, static_cast<int>(work.ids.size()), work.pieces);
-            from = e.p;
+        if (!lines.shows(entity)) return;
+        if (auto box = engine::textIsland(entity)) {
+            box->sources.push_back(static_cast<int>(work.ids.size()));
+            work.ids.push_back(entity.id());
+            work.texts.push_back(std::move(*box));
         }
+        if (!engine::boundsAreas(entity.type())) return;
+        const std::size_t before = work.pieces.size();
+        engine::addPieces(lines.of(entity), static_cast<int>(work.ids.size()), work.pieces);
         if (work.pieces.size() > before) work.ids.push_back(entity.id());
     };
     if (only != nullptr) {
@@ -246,29 +48,27 @@ BoundaryWork boundaryWork(doc::Document& document, const std::vector<std::uint64
 
 ClosedFigures closedFigures(doc::Document& document, std::span<const std::uint64_t> ids, double gap) {
     const engine::Drawing& drawing = document.drawing();
-    LineWorkSink sink(drawing, document.spatialIndex().extents());
+    engine::LineWork lines = lineWork(document);
     ClosedFigures result;
     std::vector<BoundaryPiece> open;
     std::vector<std::uint64_t> openIds;
     for (const std::uint64_t id : ids) {
         const engine::Entity* entity = drawing.findById(id);
-        if (entity == nullptr || !isBoundary(entity->type()) || entity->type() == engine::EntityType::Xline) continue;
-        takeShape(sink, *entity);
-        const engine::PathView path = sink.path.view();
+        if (entity == nullptr || !engine::boundsAreas(entity->type()) || entity->type() == engine::EntityType::Xline)
+            continue;
+        const engine::PathView path = lines.of(*entity);
         const std::size_t before = result.loops.size();
         const std::size_t openBefore = open.size();
         for (std::size_t i = 0; i < path.size();) {
-            const engine::PathView figure = nextFigure(path, i);
-            if (isClosed(figure)) {
-                engine::HatchLoop loop = figureLoop(figure);
-                if (!loop.edges.empty() || loop.vertices.size() > 1) result.loops.push_back(std::move(loop));
+            const engine::PathView figure = engine::nextFigure(path, i);
+            if (engine::isClosedFigure(figure)) {
+                engine::HatchLoop loop = engine::figureLoop(figure);
+                if (loop.edges.empty() && loop.vertices.size() < 2) continue;
+                loop.sources.push_back(entity->handle());
+                result.loops.push_back(std::move(loop));
                 continue;
             }
-            Vector2 from = figure.front().p;
-            for (const PathElement& e : figure) {
-                addElement(e, from, static_cast<int>(openIds.size()), open);
-                from = e.p;
-            }
+            engine::addPieces(figure, static_cast<int>(openIds.size()), open);
         }
         if (result.loops.size() > before) result.used.push_back(id);
         if (open.size() > openBefore) openIds.push_back(id);
@@ -276,46 +76,105 @@ ClosedFigures closedFigures(doc::Document& document, std::span<const std::uint64
     if (!open.empty()) {
         math::BoundarySearch search(open, gap);
         for (const BoundaryLoop& loop : search.outlines()) {
-            for (const int source : loop.sources) result.used.push_back(openIds[static_cast<std::size_t>(source)]);
-            result.loops.push_back(hatchLoop(loop, false));
+            engine::HatchLoop area = engine::hatchLoop(loop, false);
+            for (const int source : loop.sources) {
+                result.used.push_back(openIds[static_cast<std::size_t>(source)]);
+                area.sources.push_back(drawing.findById(result.used.back())->handle());
+            }
+            result.loops.push_back(std::move(area));
         }
+        result.gaveUp = search.gaveUp();
     }
     std::sort(result.used.begin(), result.used.end());
     result.used.erase(std::unique(result.used.begin(), result.used.end()), result.used.end());
     return result;
 }
 
-engine::HatchLoop hatchLoop(const BoundaryLoop& loop, bool island) {
-    engine::HatchLoop out;
-    out.type = engine::HatchLoop::kPolyline | engine::HatchLoop::kDerived |
-               (island ? engine::HatchLoop::kOutermost : engine::HatchLoop::kExternal);
-    out.inner = island;
-    out.vertices = loop.points;
-    if (std::any_of(loop.bulges.begin(), loop.bulges.end(), [](double b) { return b != 0.0; }))
-        out.bulges = loop.bulges;
-    return out;
+namespace {
+
+/// What REGION takes.
+bool isRegionEdge(const engine::Entity& entity) {
+    using engine::EntityType;
+    switch (entity.type()) {
+        case EntityType::Line: {
+            const auto& line = static_cast<const engine::LineEntity&>(entity);
+            return line.start3().z == line.end3().z;
+        }
+        case EntityType::Arc:
+        case EntityType::Circle:
+        case EntityType::Ellipse:
+        case EntityType::Polyline:
+        case EntityType::Spline:
+        case EntityType::Solid2D:
+        case EntityType::Face3D:
+            return true;
+        default:
+            return false;
+    }
 }
 
-BoundaryLoop polylineLoop(const engine::HatchLoop& loop) {
-    BoundaryLoop out;
-    if (loop.isPolyline()) {
-        out.points = loop.vertices;
-        out.bulges = loop.bulges;
-        out.bulges.resize(out.points.size());
-        return out;
+/// Ends this near to each other, as part of the coordinates, are one.
+constexpr double kSameEnds = 1e-9;
+
+/// A closed figure as lines and arcs, counter-clockwise; false when it has no area or crosses itself.
+bool figureOutline(engine::PathView figure, BoundaryLoop& out) {
+    out = engine::polylineLoop(engine::figureLoop(figure));
+    double size = 0.0;
+    for (const Vector2& p : out.points) size = std::max({size, std::abs(p.x), std::abs(p.y)});
+    const double area = math::signedArea(out.points, out.bulges);
+    if (!(std::abs(area) > 0.0) || math::crossesItself(out, kSameEnds * size)) return false;
+    if (area < 0.0) {
+        std::reverse(out.points.begin(), out.points.end());
+        std::reverse(out.bulges.begin(), out.bulges.end());
+        // The bulge belongs to the vertex where its segment starts.
+        std::rotate(out.bulges.begin(), out.bulges.begin() + 1, out.bulges.end());
+        for (double& bulge : out.bulges) bulge = -bulge;
     }
-    const engine::Path path = loop.path();
-    std::vector<BoundaryPiece> pieces;
-    Vector2 from;
-    for (const PathElement& e : path.view()) {
-        addElement(e, from, 0, pieces);
-        from = e.p;
+    return true;
+}
+
+}  // namespace
+
+ClosedLoops closedLoops(doc::Document& document, std::span<const std::uint64_t> ids) {
+    const engine::Drawing& drawing = document.drawing();
+    engine::LineWork lines = lineWork(document);
+    ClosedLoops result;
+    std::map<double, std::vector<BoundaryPiece>> open;  // by elevation
+    for (std::size_t i = 0; i < ids.size(); ++i) {
+        const engine::Entity* entity = drawing.findById(ids[i]);
+        if (entity == nullptr || !isRegionEdge(*entity)) continue;
+        const engine::PathView path = lines.of(*entity);
+        bool used = false;
+        for (std::size_t k = 0; k < path.size();) {
+            const engine::PathView figure = engine::nextFigure(path, k);
+            if (engine::isClosedFigure(figure)) {
+                BoundaryLoop outline;
+                if (figureOutline(figure, outline)) {
+                    result.loops.push_back({std::move(outline), entity->elevation});
+                    used = true;
+                } else {
+                    ++result.rejected;
+                }
+                continue;
+            }
+            engine::addPieces(figure, static_cast<int>(i), open[entity->elevation]);
+        }
+        if (used) result.used.push_back(ids[i]);
     }
-    for (const BoundaryPiece& piece : pieces) {
-        out.points.push_back(piece.a);
-        out.bulges.push_back(piece.bulge);
+    for (const auto& [elevation, pieces] : open) {
+        double size = 0.0;
+        for (const BoundaryPiece& piece : pieces)
+            for (const Vector2& p : {piece.a, piece.b}) size = std::max({size, std::abs(p.x), std::abs(p.y)});
+        math::EndLoops found = math::endLoops(pieces, kSameEnds * size);
+        result.rejected += found.crossing;
+        for (BoundaryLoop& loop : found.loops) {
+            for (const int source : loop.sources) result.used.push_back(ids[static_cast<std::size_t>(source)]);
+            result.loops.push_back({std::move(loop), elevation});
+        }
     }
-    return out;
+    std::sort(result.used.begin(), result.used.end());
+    result.used.erase(std::unique(result.used.begin(), result.used.end()), result.used.end());
+    return result;
 }
 
 std::unique_ptr<engine::PolylineEntity> polylineOf(const BoundaryLoop& loop) {

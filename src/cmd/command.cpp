@@ -13,6 +13,8 @@ std::string AppServices::writeDrawing(const engine::Drawing&, const std::string&
     return "Files cannot be written here.";
 }
 
+std::optional<PictureSize> AppServices::pictureSize(const std::string&) { return std::nullopt; }
+
 std::string AppServices::plot(std::span<const engine::PlotPage>, engine::PlotFormat, const std::string&) {
     return "Plots cannot be written here.";
 }

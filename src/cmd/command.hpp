@@ -28,6 +28,13 @@ public:
     virtual void reloadFiles() = 0;
 };
 
+/// A picture file's size in pixels and its resolution; 0: not known.
+struct PictureSize {
+    int width = 0;
+    int height = 0;
+    double pixelsPerMeter = 0.0;
+};
+
 /// What the program around the commands offers: files, templates, scripts. Errors are texts, empty on success.
 class AppServices {
 public:
@@ -44,6 +51,8 @@ public:
     virtual std::string readReference(const std::string& path, engine::Drawing& drawing);
     /// Writes a drawing that is not the open one, in the format of the path's extension. Default: refuses.
     virtual std::string writeDrawing(const engine::Drawing& drawing, const std::string& path);
+    /// The size of a picture file, without reading the picture. Default: nothing, as for a file that is no picture.
+    virtual std::optional<PictureSize> pictureSize(const std::string& path);
     /// Plots pages to a file: PDF a page each, the other formats the first page. Default: refuses.
     virtual std::string plot(std::span<const engine::PlotPage> pages, engine::PlotFormat format, const std::string& path);
     /// Lines that are fed, in order, when the running command's line is done.
@@ -89,8 +98,6 @@ public:
     Command(const Command&) = delete;
     Command& operator=(const Command&) = delete;
 
-    /// False while the command's family is not there: it then says so and ends.
-    virtual bool isAvailable() const { return true; }
     /// Runs a one-shot command at once; empty for interactive ones.
     virtual void execute(CommandContext&) {}
     /// True for commands that run a tool; only the others may run transparently.

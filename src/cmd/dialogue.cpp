@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 
 #include "cmd/picking.hpp"
+#include "cmd/point_entry.hpp"
 #include "cmd/selection.hpp"
 #include "engine/name.hpp"
 #include "math/angles.hpp"
@@ -8,6 +9,12 @@
 namespace kova::cmd {
 
 using math::Vector2;
+
+namespace {
+
+const std::string kSecondPoint = "Specify second point:";
+
+}  // namespace
 
 bool Answer::is(std::string_view keyword) const { return kind == Kind::Keyword && engine::equalNoCase(word, keyword); }
 
@@ -44,6 +51,12 @@ Ask::Awaiter Ask::text(std::string prompt, std::string_view keywords) {
     return {*this, {Kind::Text, std::move(prompt), parseKeywords(keywords)}};
 }
 
+Ask::Awaiter Ask::line(std::string prompt) {
+    Request request{Kind::Text, std::move(prompt)};
+    request.restOfLine = true;
+    return {*this, std::move(request)};
+}
+
 Ask::Awaiter Ask::object(std::string prompt, std::string_view keywords,
                          std::function<bool(const engine::Entity&)> filter) {
     Request request{Kind::Object, std::move(prompt), parseKeywords(keywords)};
@@ -61,6 +74,7 @@ void Ask::suspend(std::coroutine_handle<> handle, Request request) {
     waiting_ = handle;
     request_ = std::move(request);
     firstOfTwo_.reset();
+    if (entry_) entry_->reset();
     if (request_.kind == Kind::Selection)
         tool_.setPrompt(selectionText());
     else
@@ -75,25 +89,58 @@ std::string Ask::selectionText() const {
 
 void Ask::refuse(const char* text) { tool_.message(request_.refusal.empty() ? text : request_.refusal); }
 
-bool Ask::acceptMeasure(const std::string& line) {
-    const PointContext context = PointContext::of(tool_.drawing());
-    const bool angle = request_.kind == Kind::Angle;
-    std::optional<double> value = angle ? parseAngleInput(line, context) : parseNumber(line);
-    if (!value && request_.kind != Kind::Number && request_.kind != Kind::Integer) {
-        const Vector2 base = firstOfTwo_ ? *firstOfTwo_ : request_.base.value_or(lastPoint());
-        if (const auto p = parsePointInput(line, base, tool_.cursor() - base, context)) {
-            if (!request_.base && !lastPoint_ && !firstOfTwo_) {
-                firstOfTwo_ = *p;
-                tool_.setPrompt("Specify second point:");
-                return false;
-            }
-            value = angle ? (*p - base).angle() : base.distance_to(*p);
-            answer_.point = *p;
-        }
+bool Ask::isWithinPoint() const { return entry_ && entry_->waiting(); }
+
+void Ask::dropPointWords() {
+    if (!isWithinPoint()) return;
+    entry_->reset();
+    tool_.setPrompt(firstOfTwo_ ? kSecondPoint : request_.prompt);
+}
+
+std::optional<Vector2> Ask::acceptPoint(const std::string& line, const Vector2& base, const char* refusal) {
+    // A bare number picks nothing along the way to the cursor.
+    const Vector2 cursor = request_.kind == Kind::Object ? base : tool_.cursor();
+    if (!entry_) {
+        const auto p = parsePointInput(line, base, cursor - base, PointContext::of(tool_.drawing()));
+        if (p) return p;
+        entry_ = std::make_shared<PointEntry>();
     }
+    const bool waited = entry_->waiting();
+    const std::optional<Vector2> from = request_.base ? request_.base : firstOfTwo_ ? firstOfTwo_ : lastPoint_;
+    const PointEntry::Result result = entry_->feed(tool_.document(), line, base, from, cursor);
+    if (result == PointEntry::Result::NotMine)
+        request_.kind == Kind::Object ? tool_.message(refusal) : refuse(refusal);
+    else if (result == PointEntry::Result::Refused)
+        tool_.message(entry_->refusal());
+    if (entry_->waiting())
+        tool_.setPrompt(entry_->prompt());
+    else if (waited)
+        tool_.setPrompt(firstOfTwo_ ? kSecondPoint : request_.prompt);
+    if (result != PointEntry::Result::Point) return std::nullopt;
+    return entry_->point();
+}
+
+bool Ask::acceptMeasure(const std::string& line) {
+    const bool angle = request_.kind == Kind::Angle;
+    const char* const refusal = request_.keywords.empty() ? "Invalid value." : "Invalid option keyword.";
+    std::optional<double> value;
+    // A bare number among the points of a word is a point's.
+    if (!isWithinPoint()) value = angle ? parseAngleInput(line, PointContext::of(tool_.drawing())) : parseNumber(line);
     if (!value) {
-        refuse(request_.keywords.empty() ? "Invalid value." : "Invalid option keyword.");
-        return false;
+        if (request_.kind == Kind::Number) {
+            refuse(refusal);
+            return false;
+        }
+        const Vector2 base = firstOfTwo_ ? *firstOfTwo_ : request_.base.value_or(lastPoint());
+        const auto p = acceptPoint(line, base, refusal);
+        if (!p) return false;
+        if (!request_.base && !lastPoint_ && !firstOfTwo_) {
+            firstOfTwo_ = *p;
+            tool_.setPrompt(kSecondPoint);
+            return false;
+        }
+        value = angle ? (*p - base).angle() : base.distance_to(*p);
+        answer_.point = *p;
     }
     if (*value < request_.range.minimum || *value > request_.range.maximum ||
         (request_.range.nonZero && *value == 0.0)) {
@@ -128,7 +175,7 @@ bool Ask::accept(const std::string& line) {
         }
         return false;
     }
-    if (line.empty()) {
+    if (line.empty() && !isWithinPoint()) {
         answer_.kind = Answer::Kind::Enter;
         if (!request_.enterAllowed) refuse("Invalid input.");
         return request_.enterAllowed;
@@ -138,6 +185,7 @@ bool Ask::accept(const std::string& line) {
         answer_.word = std::move(word);
         return true;
     }
+    const char* const noPoint = request_.keywords.empty() ? "Invalid input." : "Invalid point or option keyword.";
     switch (request_.kind) {
         case Kind::Text:
             answer_.kind = Answer::Kind::Text;
@@ -160,12 +208,8 @@ bool Ask::accept(const std::string& line) {
         case Kind::Angle:
             return acceptMeasure(line);
         case Kind::Point: {
-            const Vector2 base = request_.base.value_or(lastPoint());
-            const auto p = parsePointInput(line, base, tool_.cursor() - base, PointContext::of(tool_.drawing()));
-            if (!p) {
-                refuse(request_.keywords.empty() ? "Invalid input." : "Invalid point or option keyword.");
-                return false;
-            }
+            const auto p = acceptPoint(line, request_.base.value_or(lastPoint()), noPoint);
+            if (!p) return false;
             answer_.kind = Answer::Kind::Point;
             answer_.point = *p;
             if (request_.remember) lastPoint_ = *p;
@@ -174,23 +218,25 @@ bool Ask::accept(const std::string& line) {
         case Kind::Object: {
             engine::Entity* entity = nullptr;
             const std::string upper = engine::upperCase(line);
-            if (upper == "L" || upper == "LAST") {
+            if (!isWithinPoint() && (upper == "L" || upper == "LAST")) {
                 entity = tool_.drawing().findById(lastEntity(tool_.document()));
                 if (entity != nullptr) answer_.point = entity->nearestPoint(entity->bounds().center());
             } else if (const auto named = parseNamedPick(tool_.document(), line)) {
                 entity = named->entity;
                 answer_.point = named->point;
-            } else if (const auto p = parsePointInput(line, lastPoint(), {}, PointContext::of(tool_.drawing()))) {
+            } else if (const auto p = acceptPoint(line, lastPoint(), noPoint)) {
                 // What lies in front but is of no use here does not hide what is.
                 entity = pickEntity(tool_.document(), *p, request_.filter);
                 if (entity == nullptr && request_.filter) entity = pickEntity(tool_.document(), *p);
                 answer_.point = *p;
             } else {
-                refuse(request_.keywords.empty() ? "Invalid input." : "Invalid point or option keyword.");
                 return false;
             }
             if (entity == nullptr || (request_.filter && !request_.filter(*entity))) {
-                refuse(entity == nullptr ? "No object found." : "Object cannot be used here.");
+                if (entity == nullptr)
+                    tool_.message("No object found.");
+                else
+                    refuse("Object cannot be used here.");
                 return false;
             }
             answer_.kind = Answer::Kind::Object;
@@ -221,6 +267,7 @@ void DialogueTool::textInput(const std::string& line) {
 void DialogueTool::mousePress(const Vector2& point, int button) {
     if (button == kRightButton) return textInput({});
     if (running_ || !isActive() || !ask_.waiting_ || ask_.request_.kind != Ask::Kind::Point) return;
+    ask_.dropPointWords();
     ask_.answer_ = {};
     ask_.answer_.kind = Answer::Kind::Point;
     ask_.answer_.point = point;
@@ -256,6 +303,8 @@ void DialogueTool::cancel() {
 bool DialogueTool::isSelectingObjects() const {
     return isActive() && ask_.waiting_ && ask_.request_.kind == Ask::Kind::Selection;
 }
+
+bool DialogueTool::takesRestOfLine() const { return isActive() && ask_.waiting_ && ask_.request_.restOfLine; }
 
 void DialogueTool::selectionChanged() {
     if (isSelectingObjects()) setPrompt(ask_.selectionText());

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -124,6 +125,7 @@ inline constexpr Range kPositive{1e-300, 1e300};
 inline constexpr Range kNotNegative{0.0, 1e300};
 
 class DialogueTool;
+class PointEntry;
 
 /// The asking side of a dialogue: each function gives an object to co_await. Options are passed as one string of
 /// words that show their short form in capitals ("3P 2P Ttr"); Enter is always an answer (Kind::Enter), and what it
@@ -145,7 +147,8 @@ public:
         bool enterAllowed = true;
         bool remember = true;  ///< a point becomes the command's last point
         std::function<bool(const engine::Entity&)> filter;
-        std::string refusal;  ///< instead of the shared text
+        std::string refusal;      ///< instead of the shared text
+        bool restOfLine = false;  ///< inline answers give all the words that are left
     };
     struct Awaiter {
         Ask& ask;
@@ -167,6 +170,8 @@ public:
     Awaiter keyword(std::string prompt, std::string_view keywords);
     /// A whole line as typed, blanks and all (keywords, when given, are recognised).
     Awaiter text(std::string prompt, std::string_view keywords = {});
+    /// A line of text to be shown; as `text`, but inline answers need no quotes round blanks.
+    Awaiter line(std::string prompt);
     /// One entity, by a point near it or L for the last one.
     Awaiter object(std::string prompt, std::string_view keywords = {},
                    std::function<bool(const engine::Entity&)> filter = {});
@@ -189,6 +194,10 @@ private:
     /// True when the line answers the request; answer_ is then filled.
     bool accept(const std::string& line);
     bool acceptMeasure(const std::string& line);
+    /// Reads a point, with snap words and the like; nothing when the line is none or more is asked for, which is told.
+    std::optional<math::Vector2> acceptPoint(const std::string& line, const math::Vector2& base, const char* refusal);
+    bool isWithinPoint() const;
+    void dropPointWords();
     void refuse(const char* text);
     std::string selectionText() const;
 
@@ -198,6 +207,7 @@ private:
     Answer answer_;
     std::optional<math::Vector2> lastPoint_;
     std::optional<math::Vector2> firstOfTwo_;
+    std::shared_ptr<PointEntry> entry_;  ///< words typed before a point; made when there are some
     std::function<void()> onCancel_;
 };
 
@@ -213,6 +223,7 @@ public:
     void cancel() override;
     bool isSelectingObjects() const override;
     void selectionChanged() override;
+    bool takesRestOfLine() const override;
 
 protected:
     /// The command's conversation. Changes of the drawing stand in groups that are closed before the next question.

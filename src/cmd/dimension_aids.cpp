@@ -2,6 +2,8 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/outline_parts.hpp"
+#include "cmd/picking.hpp"
+#include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/entities/dimension_geometry.hpp"
 #include "engine/entities/polyline.hpp"
@@ -17,6 +19,10 @@ using math::Vector2;
 namespace {
 
 constexpr const char* kLastDimension = "lastDimension";
+/// DIMFRAC of texts that are told in a line.
+constexpr std::int32_t kFractionsInLine = 2;
+/// Points of a sheet this near to what a viewport shows are meant to lie on it.
+constexpr double kPaperReach = 1e-6;
 /// Points at one place that are looked at; more of them are chance.
 constexpr std::size_t kMaxCandidates = 64;
 
@@ -107,6 +113,66 @@ std::optional<PickedPiece> pickedPiece(const engine::Entity& entity, const Vecto
     return piece;
 }
 
+std::vector<DimensionLink> PickedPiece::arcLinks() const {
+    if (handle == 0) return {};
+    return {DimensionLink{0, LinkKind::Arc, handle, segment, 0.0, viewport, viewScale}};
+}
+
+Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string prompt,
+                            std::function<bool(const engine::Entity&)> filter) {
+    if (document.drawing().isModelSpaceCurrent()) {
+        Answer picked = co_await ask.object(std::move(prompt), {}, std::move(filter));
+        co_return picked;
+    }
+    for (;;) {
+        Answer answer = co_await ask.text(prompt);
+        if (answer.isEnter()) co_return answer;
+        const engine::Entity* entity = nullptr;
+        const std::string word = engine::upperCase(trimmed(answer.text));
+        if (word == "L" || word == "LAST") {
+            entity = document.drawing().findById(lastEntity(document));
+            if (entity != nullptr) answer.point = entity->nearestPoint(entity->bounds().center());
+        } else if (const auto named = parseNamedPick(document, answer.text)) {
+            entity = named->entity;
+            answer.point = named->point;
+        } else if (const auto p =
+                       parsePointInput(answer.text, ask.lastPoint(), {}, PointContext::of(document.drawing()))) {
+            answer.point = *p;
+            entity = pickEntity(document, *p, filter);
+            if (entity == nullptr) entity = pickThroughViewport(document, *p, filter);
+            if (entity == nullptr) entity = pickEntity(document, *p);
+        } else {
+            ask.message("Invalid input.");
+            continue;
+        }
+        if (entity == nullptr || !filter(*entity)) {
+            ask.message(entity == nullptr ? "No object found." : "Object cannot be used here.");
+            continue;
+        }
+        answer.kind = Answer::Kind::Object;
+        answer.id = entity->id();
+        co_return answer;
+    }
+}
+
+std::optional<PickedPiece> pieceAt(doc::Document& document, const Answer& picked) {
+    engine::Drawing& drawing = document.drawing();
+    const engine::Entity* entity = picked.isObject() ? drawing.findById(picked.id) : nullptr;
+    if (entity == nullptr) return std::nullopt;
+    const engine::ViewportEntity* viewport = nullptr;
+    if (entity->owner() == &drawing.modelSpace() && entity->owner() != &drawing.currentSpace())
+        viewport = viewportAt(document, picked.point);
+    if (viewport == nullptr) return pickedPiece(*entity, picked.point);
+    auto piece = pickedPiece(*entity, viewport->toModel(picked.point));
+    if (!piece) return piece;
+    piece->a = viewport->toPaper(piece->a);
+    piece->b = viewport->toPaper(piece->b);
+    if (piece->round) piece->arc = piece->arc.seenThrough(*viewport);
+    piece->viewport = viewport->handle();
+    piece->viewScale = viewport->viewScale;
+    return piece;
+}
+
 bool hasPiece(const engine::Entity& entity) { return pickedPiece(entity, {}).has_value(); }
 
 bool hasRoundPiece(const engine::Entity& entity) {
@@ -138,17 +204,34 @@ std::vector<DimensionLink> findLinks(doc::Document& document, const DimensionEnt
         const Vector2 p = engine::definitionPoint(probe, point);
         const double reach = 1e-9 * std::max({1.0, std::abs(p.x), std::abs(p.y)});
         std::vector<DimensionLink>& list = candidates.emplace_back();
-        math::Bounds2 box;
-        box.expand(p);
-        for (const engine::Entity* entity : document.spatialIndex().query(box.inflated(reach))) {
-            if (list.size() >= kMaxCandidates) break;
-            if (!isShown(document.drawing(), *entity)) continue;
-            engine::eachLinkablePoint(*entity, [&](DimensionLink link, const Vector2& at) {
-                if (!at.near_equal(p, reach)) return;
-                link.point = point;
-                link.handle = entity->handle();
-                list.push_back(link);
-            });
+        const auto look = [&](doc::SpatialIndex& index, const Vector2& q, double within,
+                              const engine::ViewportEntity* viewport) {
+            math::Bounds2 box;
+            box.expand(q);
+            for (const engine::Entity* entity : index.query(box.inflated(within))) {
+                if (list.size() >= kMaxCandidates) break;
+                if (!isShown(document.drawing(), *entity)) continue;
+                if (viewport != nullptr && viewport->isFrozenHere(entity->layer)) continue;
+                engine::eachLinkablePoint(*entity, [&](DimensionLink link, const Vector2& at) {
+                    if (!at.near_equal(q, within)) return;
+                    link.point = point;
+                    link.handle = entity->handle();
+                    if (viewport != nullptr) {
+                        link.viewport = viewport->handle();
+                        link.viewScale = viewport->viewScale;
+                    }
+                    list.push_back(link);
+                });
+            }
+        };
+        look(document.spatialIndex(), p, reach, nullptr);
+        if (!list.empty()) continue;
+        if (const engine::ViewportEntity* viewport = viewportAt(document, p)) {
+            const Vector2 q = viewport->toModel(p);
+            const double within =
+                kPaperReach / viewport->viewScale + 1e-9 * std::max({1.0, std::abs(q.x), std::abs(q.y)});
+            if (std::isfinite(within))
+                look(document.spatialIndex(document.drawing().modelSpace()), q, within, viewport);
         }
     }
     // The entity that stands at most of the points.
@@ -169,6 +252,14 @@ std::vector<DimensionLink> findLinks(doc::Document& document, const DimensionEnt
         const auto it =
             std::find_if(list.begin(), list.end(), [&](const DimensionLink& link) { return link.handle == preferred; });
         links.push_back(it != list.end() ? *it : list.front());
+    }
+    // A dimension measures through one viewport.
+    const auto through =
+        std::find_if(links.begin(), links.end(), [](const DimensionLink& link) { return link.viewport != 0; });
+    if (through != links.end()) {
+        const std::uint64_t viewport = through->viewport;
+        std::erase_if(links,
+                      [&](const DimensionLink& link) { return link.viewport != 0 && link.viewport != viewport; });
     }
     return links;
 }
@@ -192,17 +283,20 @@ DimensionEntity* lastDimension(doc::Document& document) {
     return dynamic_cast<DimensionEntity*>(document.drawing().findByHandle(static_cast<std::uint64_t>(handle)));
 }
 
-double dimensionScale(const engine::Drawing& drawing, const engine::DimStyle& style) {
-    if (style.scaleFactor > 0.0 && std::isfinite(style.scaleFactor)) return style.scaleFactor;
-    const double paper = style.annotative ? engine::sysVarReal(drawing, "CANNOSCALEVALUE", 1.0) : 1.0;
+double currentAnnotationScale(const engine::Drawing& drawing) {
+    const double paper = engine::sysVarReal(drawing, "CANNOSCALEVALUE", 1.0);
     return paper > 0.0 && std::isfinite(1.0 / paper) ? 1.0 / paper : 1.0;
 }
 
-void applyAnnotationScale(const engine::Drawing& drawing, const engine::DimStyle& style, engine::Entity& entity) {
-    if (!style.annotative) return;
-    const double paper = engine::sysVarReal(drawing, "CANNOSCALEVALUE", 1.0);
+double dimensionScale(const engine::Drawing& drawing, const engine::DimStyle& style) {
+    if (style.scaleFactor > 0.0 && std::isfinite(style.scaleFactor)) return style.scaleFactor;
+    return style.annotative ? currentAnnotationScale(drawing) : 1.0;
+}
+
+void applyAnnotationScale(const engine::Drawing& drawing, bool annotativeStyle, engine::Entity& entity) {
+    if (!annotativeStyle) return;
     entity.setAnnotative(true);
-    if (paper > 0.0 && std::isfinite(1.0 / paper)) entity.setAnnotationScale(1.0 / paper);
+    entity.setAnnotationScale(currentAnnotationScale(drawing));
     entity.setObjectScales({engine::Name(engine::sysVarString(drawing, "CANNOSCALE", "1:1"))});
 }
 
@@ -226,7 +320,14 @@ void DimensionTool::start(engine::DimensionType type) {
 std::string DimensionTool::measuredText() const {
     DimensionEntity plain(dim_);
     plain.textOverride.clear();
-    return engine::plainText(plain.textContent(styleInForce(), !drawing().isModelSpaceCurrent()));
+    const bool paper = !drawing().isModelSpaceCurrent();
+    engine::DimStyle style = styleInForce();
+    if (paper && engine::dimensionLinks(plain).empty() && associates()) {
+        engine::measureThroughViewport(plain, style, findLinks(document(), plain, {1, 2}));
+        engine::overrideDimStyle(style, plain.styleOverrides, plain.nameOverrides);
+    }
+    style.fractionFormat = kFractionsInLine;
+    return engine::plainText(plain.textContent(style, paper));
 }
 
 engine::DimStyle DimensionTool::styleInForce() const {
@@ -261,9 +362,7 @@ std::uint64_t DimensionTool::place(const char* label, std::initializer_list<int>
 }
 
 std::uint64_t DimensionTool::placeOnArc(const char* label, const PickedPiece& piece) {
-    std::vector<DimensionLink> links;
-    if (piece.handle != 0) links.push_back({0, LinkKind::Arc, piece.handle, piece.segment, 0.0});
-    return placeLinked(label, links);
+    return placeLinked(label, piece.arcLinks());
 }
 
 std::uint64_t DimensionTool::placeLinked(const char* label, const std::vector<DimensionLink>& links) {
@@ -271,10 +370,17 @@ std::uint64_t DimensionTool::placeLinked(const char* label, const std::vector<Di
         message("Invalid input.");
         return 0;
     }
+    engine::setDimensionLinks(dim_, {});
+    if (associates() && !links.empty()) {
+        engine::measureThroughViewport(dim_, styleInForce(), links);
+        // Exactly onto what a viewport shows: typed points are near it only.
+        engine::setDimensionLinks(dim_, links);
+        engine::followLinks(dim_, drawing(), &drawing().currentSpace());
+    }
     const std::string text = measuredText();
     auto dimension = std::make_unique<DimensionEntity>(dim_);
     applyCurrentValues(document(), *dimension);
-    applyAnnotationScale(drawing(), styleInForce(), *dimension);
+    applyAnnotationScale(drawing(), styleInForce().annotative, *dimension);
     const engine::Name layer(engine::sysVarString(drawing(), "DIMLAYER"));
     if (drawing().layers.contains(layer)) dimension->layer = layer;
     const doc::GroupScope group(document(), label);
@@ -288,7 +394,6 @@ std::uint64_t DimensionTool::placeLinked(const char* label, const std::vector<Di
         bench.take(whole);
         for (std::unique_ptr<engine::Entity>& part : parts.take()) id = document().addEntity(std::move(part)).id();
     } else {
-        if (associates()) engine::setDimensionLinks(*dimension, links);
         const engine::Entity& added = document().addEntity(std::move(dimension));
         id = added.id();
         remember(document(), kLastDimension, static_cast<double>(added.handle()));

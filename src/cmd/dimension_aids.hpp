@@ -20,6 +20,12 @@ struct PickedPiece {
     bool full = false;         ///< a whole circle
     std::uint64_t handle = 0;  ///< of an entity that a dimension can follow as a circle or arc; 0: none
     std::int32_t segment = 0;  ///< of a polyline
+    /// The viewport of a layout through which it was picked in the model; it then stands as it shows on paper.
+    std::uint64_t viewport = 0;
+    double viewScale = 0.0;
+
+    /// The tie of a dimension that follows the whole circle or arc; none when it follows no such thing.
+    std::vector<engine::DimensionLink> arcLinks() const;
 };
 /// The piece nearest to p: also within blocks, polylines and whatever else shows lines and circular arcs.
 std::optional<PickedPiece> pickedPiece(const engine::Entity& entity, const math::Vector2& p);
@@ -28,8 +34,16 @@ bool hasPiece(const engine::Entity& entity);
 bool hasRoundPiece(const engine::Entity& entity);
 bool isDimension(const engine::Entity& entity);
 
-/// Ties to the entities of the current space that have a point where these definition points (1 to 4) lie. One entity
-/// that explains several of them goes before any other.
+/// One entity for a dimension, by a point near it or L for the last one. In a layout also an entity of the model,
+/// picked through a viewport.
+Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string prompt,
+                            std::function<bool(const engine::Entity&)> filter);
+/// The piece of what askDimensioned gave, as it shows in the current space.
+std::optional<PickedPiece> pieceAt(doc::Document& document, const Answer& picked);
+
+/// Ties to the entities of the current space that have a point where these definition points (1 to 4) lie; in a layout
+/// also to those of the model, as a viewport shows them. One entity that explains several of them goes before any
+/// other.
 std::vector<engine::DimensionLink> findLinks(doc::Document& document, const engine::DimensionEntity& dimension,
                                              std::initializer_list<int> points);
 
@@ -45,8 +59,10 @@ engine::DimensionEntity* lastDimension(doc::Document& document);
 
 /// DIMSCALE as a factor on sizes; 0 leaves it to the current annotation scale when the style is annotative.
 double dimensionScale(const engine::Drawing& drawing, const engine::DimStyle& style);
-/// Marks an entity of an annotative dimension style with the current annotation scale.
-void applyAnnotationScale(const engine::Drawing& drawing, const engine::DimStyle& style, engine::Entity& entity);
+/// Drawing units for one unit on paper at the current annotation scale.
+double currentAnnotationScale(const engine::Drawing& drawing);
+/// Marks an entity as annotative, at the current annotation scale, when its style is.
+void applyAnnotationScale(const engine::Drawing& drawing, bool annotativeStyle, engine::Entity& entity);
 
 /// The rotation that an answer to an angle question gives a dimension's text: a typed 0 leaves it to the style.
 double dimensionTextAngle(const Answer& answer, const engine::Drawing& drawing);

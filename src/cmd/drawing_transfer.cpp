@@ -8,6 +8,7 @@
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/dimension.hpp"
+#include "engine/entities/hatch.hpp"
 #include "engine/entities/leader.hpp"
 #include "engine/symbol_references.hpp"
 
@@ -34,21 +35,34 @@ void copyEntities(const engine::EntityList& from, engine::EntityList& to, Copied
     }
 }
 
-/// Leaders name their annotation by handle: they follow it to its copy.
+/// Leaders name their annotation by handle, and hatches their boundary objects: they follow them to their copies.
 void followHandles(const Copied& copied) {
     std::unordered_map<std::uint64_t, std::uint64_t> handles;
     for (const auto& [handle, entity] : copied)
         if (entity->type() == engine::EntityType::Leader)
             handles[static_cast<engine::LeaderEntity*>(entity)->annotationHandle] = 0;
+        else if (entity->type() == engine::EntityType::Hatch)
+            for (const engine::HatchLoop& loop : static_cast<engine::HatchEntity*>(entity)->loops)
+                for (const std::uint64_t source : loop.sources) handles[source] = 0;
     handles.erase(0);
     if (handles.empty()) return;
     for (const auto& [handle, entity] : copied)
         if (const auto it = handles.find(handle); it != handles.end()) it->second = entity->handle();
     for (const auto& [handle, entity] : copied) {
-        if (entity->type() != engine::EntityType::Leader) continue;
-        auto& leader = *static_cast<engine::LeaderEntity*>(entity);
-        const auto it = handles.find(leader.annotationHandle);
-        leader.annotationHandle = it != handles.end() ? it->second : 0;
+        if (entity->type() == engine::EntityType::Leader) {
+            std::uint64_t& annotation = static_cast<engine::LeaderEntity*>(entity)->annotationHandle;
+            const auto it = handles.find(annotation);
+            annotation = it != handles.end() ? it->second : 0;
+        } else if (entity->type() == engine::EntityType::Hatch) {
+            auto& hatch = *static_cast<engine::HatchEntity*>(entity);
+            bool whole = true;
+            for (engine::HatchLoop& loop : hatch.loops)
+                for (std::uint64_t& source : loop.sources) {
+                    source = handles[source];
+                    whole = whole && source != 0;
+                }
+            if (!whole) hatch.dissociate();
+        }
     }
 }
 
@@ -171,14 +185,17 @@ constexpr double kMillimetres[] = {0.0,
 
 }  // namespace
 
-double unitFactor(const Drawing& from, const Drawing& to) {
-    const auto size = [](const Drawing& drawing) {
-        const auto unit = static_cast<std::size_t>(std::max(0, engine::sysVarInt(drawing, "INSUNITS")));
-        return unit < std::size(kMillimetres) ? kMillimetres[unit] : 0.0;
+double unitFactor(int from, int to) {
+    const auto size = [](int unit) {
+        return unit >= 0 && unit < static_cast<int>(std::size(kMillimetres)) ? kMillimetres[unit] : 0.0;
     };
     const double a = size(from);
     const double b = size(to);
     return a > 0.0 && b > 0.0 ? a / b : 1.0;
+}
+
+double unitFactor(const Drawing& from, const Drawing& to) {
+    return unitFactor(engine::sysVarInt(from, "INSUNITS"), engine::sysVarInt(to, "INSUNITS"));
 }
 
 std::string importAsBlock(doc::Document& document, Drawing& source, Name name, double scale) {
@@ -297,6 +314,16 @@ std::unique_ptr<doc::Document> extractDrawing(const Drawing& source, const std::
         std::unique_ptr<Entity> copy = entity->clone();
         if (shift != math::Vector2{}) copy->transform(matrix);
         fresh->modelSpace().append(std::move(copy));
+    }
+    // The handle of what stays behind may be another entity's there.
+    for (Entity& entity : fresh->modelSpace()) {
+        if (entity.type() != engine::EntityType::Hatch) continue;
+        auto& hatch = static_cast<engine::HatchEntity&>(entity);
+        const auto isGone = [&](std::uint64_t source) { return fresh->findByHandle(source) == nullptr; };
+        if (std::any_of(hatch.loops.begin(), hatch.loops.end(), [&](const engine::HatchLoop& loop) {
+                return std::any_of(loop.sources.begin(), loop.sources.end(), isGone);
+            }))
+            hatch.dissociate();
     }
     // What the copies do not need stays behind.
     auto document = std::make_unique<doc::Document>(std::move(fresh));

@@ -40,5 +40,7 @@ std::unique_ptr<doc::Document> extractLayout(const engine::Drawing& source, cons
 
 /// The factor from the one drawing's unit (INSUNITS) to the other's; 1 when either has none.
 double unitFactor(const engine::Drawing& from, const engine::Drawing& to);
+/// The same for two values of INSUNITS.
+double unitFactor(int from, int to);
 
 }  // namespace kova::cmd

@@ -18,13 +18,16 @@ struct DuplicateRules {
         kThickness = 32,
         kTransparency = 64,
         kPlotStyle = 128,
-        kAllProperties = 255
+        kAllProperties = 255  ///< there are no materials
     };
     unsigned ignore = 0;
-    double tolerance = 1e-6;  ///< drawing units
-    bool optimizePolylines = true;
-    bool partialOverlap = true;  ///< lines and arcs that share a stretch become one
-    bool endToEnd = true;        ///< so do those that only touch
+    double tolerance = 1e-6;        ///< drawing units
+    bool optimizePolylines = true;  ///< idle vertices go, and lines that lie on polylines
+    bool ignoreWidths = false;      ///< also where segments have widths
+    bool breakPolylines = true;     ///< segments that lie on an earlier polyline go
+    bool partialOverlap = true;     ///< lines and arcs that share a stretch become one
+    bool endToEnd = true;           ///< so do those that only touch
+    bool keepAssociated = true;     ///< of two duplicates the one goes that no dimension is tied to
 };
 
 struct DuplicateCounts {

@@ -37,6 +37,7 @@ public:
         return "X=" + length(p.x) + "  Y=" + length(p.y) + "  Z=" + length(z);
     }
     void point(const std::string& name, const Vector2& world, double z = 0.0) { line(name + " " + at(world, z)); }
+    void area(double v) { line("area " + areaText(drawing_, v)); }
     void value(const std::string& name, double v) { line(name + " " + length(v)); }
     void text(const std::string& name, const std::string& v) { line(name + " " + v); }
 
@@ -52,6 +53,7 @@ private:
     void viewport(const engine::ViewportEntity& viewport);
     void areaAndLength(const Entity& entity);
     void points(const std::string& name, const std::vector<Vector2>& list);
+    void spacePoints(const std::string& name, const std::vector<math::Vector3>& list);
 
     const engine::Drawing& drawing_;
     std::vector<std::string> lines_;
@@ -63,6 +65,7 @@ std::string spaceText(const engine::Drawing& drawing, const Entity& entity) {
         if (&layout->entities == entity.owner()) return "Paper space, layout " + quoted(layout->name);
     for (const auto& block : drawing.blocks())
         if (&block->entities == entity.owner()) return "Block " + quoted(block->name);
+    if (drawing.editedBlock() != nullptr && &drawing.editedBlock()->entities == entity.owner()) return "Block editor";
     return "No space";
 }
 
@@ -89,9 +92,14 @@ void Report::points(const std::string& name, const std::vector<Vector2>& list) {
     if (list.size() > kMaxListed) line("... " + std::to_string(list.size() - kMaxListed) + " more");
 }
 
+void Report::spacePoints(const std::string& name, const std::vector<math::Vector3>& list) {
+    for (std::size_t i = 0; i < list.size() && i < kMaxListed; ++i) point(name, list[i].xy(), list[i].z);
+    if (list.size() > kMaxListed) line("... " + std::to_string(list.size() - kMaxListed) + " more");
+}
+
 void Report::areaAndLength(const Entity& entity) {
     if (const auto area = entityArea(entity)) {
-        value("area", area->area);
+        this->area(area->area);
         value(area->circle ? "circumference" : area->open ? "length" : "perimeter", area->perimeter);
     } else if (const auto length = entityLength(entity)) {
         value("length", *length);
@@ -144,6 +152,7 @@ void Report::spline(const engine::SplineEntity& s) {
 void Report::dimension(const engine::DimensionEntity& d) {
     text("dimension style:", quoted(d.dimStyleName));
     if (!d.textOverride.empty()) text("text:", quoted(d.textOverride));
+    text("measured text:", quoted(d.text()));
     point("first definition point", d.def1);
     point("second definition point", d.def2);
     point("dimension line point", d.dimLine);
@@ -155,6 +164,9 @@ void Report::viewport(const engine::ViewportEntity& v) {
     line("width " + length(v.width) + "  height " + length(v.height));
     point("view target", v.viewTarget);
     line("scale " + length(v.viewScale) + "  twist " + angle(v.viewTwist));
+    const math::Vector3& from = v.viewDirection;
+    if (!v.showsPlan()) line("view direction " + length(from.x) + "," + length(from.y) + "," + length(from.z));
+    if (const Entity* border = v.clipEntity()) line("bounded by " + handleText(border->handle()));
 }
 
 void Report::geometry(const Entity& entity) {
@@ -174,7 +186,7 @@ void Report::geometry(const Entity& entity) {
             point("center point", engine::planFromObject(e, e.center), e.elevation);
             value("radius", e.radius);
             value("circumference", math::kTwoPi * std::abs(e.radius));
-            value("area", math::kPi * e.radius * e.radius);
+            area(math::kPi * e.radius * e.radius);
             return;
         }
         case EntityType::Arc: {
@@ -226,8 +238,9 @@ void Report::geometry(const Entity& entity) {
             const auto& e = static_cast<const engine::HatchEntity&>(entity);
             text("Hatch pattern", e.patternName.str());
             if (!e.isSolid()) line("Hatch scale " + length(e.patternScale) + "  angle " + size(e.patternAngle));
+            if (e.isAssociative()) line("Associative");
             line(counted(e.loops.size(), "boundary loop"));
-            return value("area", e.area());
+            return area(e.area());
         }
         case EntityType::BlockReference:
             return reference(static_cast<const engine::BlockReferenceEntity&>(entity));
@@ -258,6 +271,60 @@ void Report::geometry(const Entity& entity) {
             point("base point", e.origin);
             return line("direction " + angle(e.dir.angle()));
         }
+        case EntityType::Region: {
+            const auto& e = static_cast<const engine::RegionEntity&>(entity);
+            line(counted(1 + e.loops.size(), "boundary loop"));
+            break;
+        }
+        case EntityType::Polyline3D: {
+            const auto& e = static_cast<const engine::Polyline3DEntity&>(entity);
+            line(e.closed ? "Closed" : "Open");
+            value("length", e.length());
+            return spacePoints("at point", e.vertices);
+        }
+        case EntityType::Mesh: {
+            const auto& e = static_cast<const engine::MeshEntity&>(entity);
+            line("M vertices " + std::to_string(e.rows) + (e.closedM ? "  closed" : "") + "  N vertices " +
+                 std::to_string(e.cols) + (e.closedN ? "  closed" : ""));
+            return spacePoints("at point", e.vertices);
+        }
+        case EntityType::Polyface: {
+            const auto& e = static_cast<const engine::PolyfaceEntity&>(entity);
+            line("vertices " + std::to_string(e.vertices.size()) + "  faces " + std::to_string(e.faces.size()));
+            return spacePoints("at point", e.vertices);
+        }
+        case EntityType::MLeader: {
+            const auto& e = static_cast<const engine::MLeaderEntity&>(entity);
+            text("multileader style:", quoted(e.styleName));
+            if (!e.textContent.empty()) text("text:", e.textContent);
+            if (!e.blockName.empty()) text("block:", quoted(e.blockName));
+            return point("content", e.contentPos);
+        }
+        case EntityType::Tolerance: {
+            const auto& e = static_cast<const engine::ToleranceEntity&>(entity);
+            text("dimension style:", quoted(e.styleName));
+            point("insertion point", e.insertion);
+            return text("text:", e.contentText());
+        }
+        case EntityType::Shape: {
+            const auto& e = static_cast<const engine::ShapeEntity&>(entity);
+            text("Shape name:", quoted(e.name));
+            point("at point", e.position);
+            value("size", e.size);
+            return line("rotation angle " + angle(e.rotation));
+        }
+        case EntityType::Face3D: {
+            const auto& e = static_cast<const engine::Face3DEntity&>(entity);
+            return spacePoints("corner", {e.corners.begin(), e.corners.end()});
+        }
+        case EntityType::Solid2D: {
+            const auto& e = static_cast<const engine::Solid2DEntity&>(entity);
+            for (const Vector2& corner : e.corners) point("corner", engine::planFromObject(e, corner), e.elevation);
+            return;
+        }
+        case EntityType::Solid3D:
+            text("Body:", std::string(engine::bodyKindName(static_cast<const engine::Solid3DEntity&>(entity).kind)));
+            break;
         case EntityType::Leader:
             return points("vertex", static_cast<const engine::LeaderEntity&>(entity).vertices);
         case EntityType::MLine:
@@ -281,6 +348,16 @@ void Report::geometry(const Entity& entity) {
     point("upper bound", box.max);
 }
 
+/// Inches of some power with feet of that power behind them, `perFoot` going into one; like a length in other units.
+std::string powerText(const engine::Drawing& drawing, double v, const char* power, double perFoot) {
+    const int units = engine::sysVarInt(drawing, "LUNITS", engine::kDecimal);
+    if (units != engine::kEngineering && units != engine::kArchitectural) return lengthText(drawing, v);
+    const auto number = [&](double n) {
+        return engine::formatLinear(n, engine::kDecimal, engine::sysVarInt(drawing, "LUPREC", 4));
+    };
+    return number(v) + " " + power + " in. (" + number(v / perFoot) + " " + power + " ft.)";
+}
+
 EntityArea closedArea(const engine::Path& path) { return {std::abs(engine::pathArea(path)), engine::pathLength(path)}; }
 
 }  // namespace
@@ -290,6 +367,11 @@ std::vector<std::string> entityReport(const engine::Drawing& drawing, const Enti
     report.common(entity);
     report.geometry(entity);
     return report.take();
+}
+
+std::string areaText(const engine::Drawing& drawing, double area) { return powerText(drawing, area, "square", 144.0); }
+std::string volumeText(const engine::Drawing& drawing, double volume) {
+    return powerText(drawing, volume, "cubic", 1728.0);
 }
 
 std::optional<EntityArea> entityArea(const Entity& entity) {

@@ -12,6 +12,11 @@ namespace kova::cmd {
 /// the drawing's units and all points in its current coordinate system.
 std::vector<std::string> entityReport(const engine::Drawing& drawing, const engine::Entity& entity);
 
+/// An area as reports show it: in feet and inches as "100.00 square in. (0.69 square ft.)", else like a length.
+std::string areaText(const engine::Drawing& drawing, double area);
+/// A volume in the same manner.
+std::string volumeText(const engine::Drawing& drawing, double volume);
+
 /// Area and outline of what encloses one; open curves are closed by a straight line for the area alone.
 struct EntityArea {
     double area = 0.0;

@@ -1,5 +1,6 @@
 #include "cmd/exploded_parts.hpp"
 
+#include "engine/dynamic_block.hpp"
 #include "engine/entities/all.hpp"
 #include "engine/entities/dimension_builder.hpp"
 #include "engine/entities/dimension_layout.hpp"
@@ -278,15 +279,14 @@ public:
         if (block == nullptr || depth > engine::kMaxBlockNesting) return false;
         if (block->xrefType != engine::XrefType::None || (!block->explodable && outer == nullptr)) return false;
         const double copies = static_cast<double>(reference.rowCount()) * reference.columnCount();
-        if (copies * static_cast<double>(block->entities.size()) > static_cast<double>(kMaxParts - parts_.size()))
+        const engine::ShownBlock shown = engine::shownBlock(*block, reference);
+        if (copies * static_cast<double>(shown.block->entities.size()) > static_cast<double>(kMaxParts - parts_.size()))
             return false;
-        const std::optional<std::vector<bool>> shown = block->visibleEntities(reference.activeVisibilityState);
-        parts_.reserve(parts_.size() + static_cast<std::size_t>(copies) * block->entities.size());
+        parts_.reserve(parts_.size() + static_cast<std::size_t>(copies) * shown.block->entities.size());
         for (std::int32_t row = 0; row < reference.rowCount(); ++row) {
             for (std::int32_t column = 0; column < reference.columnCount(); ++column) {
                 const Matrix4 own = reference.blockMatrix(*block, row, column);
-                if (!takeCopy(*block, outer != nullptr ? *outer * own : own, shown ? &*shown : nullptr, depth))
-                    return false;
+                if (!takeCopy(*shown.block, outer != nullptr ? *outer * own : own, shown.mask(), depth)) return false;
             }
         }
         return true;

@@ -278,7 +278,18 @@ std::optional<PlotFormat> plotDevice(std::string_view name) {
 }
 
 std::string_view plotExtension(PlotFormat format) {
-    return format == PlotFormat::Svg ? ".svg" : format == PlotFormat::Png ? ".png" : ".pdf";
+    switch (format) {
+        case PlotFormat::Svg:
+            return ".svg";
+        case PlotFormat::Png:
+            return ".png";
+        case PlotFormat::Jpg:
+            return ".jpg";
+        case PlotFormat::Bmp:
+            return ".bmp";
+        default:
+            return ".pdf";
+    }
 }
 
 std::string defaultPlotFile(const engine::Drawing& drawing, engine::Name layout, PlotFormat format) {

@@ -1,13 +1,26 @@
 #include "cmd/processor.hpp"
 
+#include "engine/associativity.hpp"
+
 namespace kova::cmd {
 
-std::vector<std::string> splitWords(std::string_view line) {
+namespace {
+
+/// Stands among inline answers for an Enter between two blanks; no typed word can be it.
+const std::string kEnterWord = "\n";
+
+/// With `enters` each further blank of a run between words behind the first gives kEnterWord; a run with a tab in it,
+/// which only aligns, gives none.
+std::vector<std::string> words(std::string_view line, bool enters) {
     std::vector<std::string> words;
     std::size_t i = 0;
     while (i < line.size()) {
         if (line[i] == ' ' || line[i] == '\t') {
-            ++i;
+            const std::size_t from = i;
+            i = std::min(line.find_first_not_of(" \t", from), line.size());
+            const std::string_view blanks = line.substr(from, i - from);
+            if (enters && !words.empty() && i < line.size() && blanks.find('\t') == std::string_view::npos)
+                words.insert(words.end(), blanks.size() - 1, kEnterWord);
             continue;
         }
         std::string word;
@@ -23,6 +36,10 @@ std::vector<std::string> splitWords(std::string_view line) {
     }
     return words;
 }
+
+}  // namespace
+
+std::vector<std::string> splitWords(std::string_view line) { return words(line, false); }
 
 CommandProcessor::CommandProcessor(doc::Document& document, CommandRegistry& registry, MessageSink sink)
     : document_(document),
@@ -50,12 +67,12 @@ void CommandProcessor::message(const std::string& text) {
 }
 
 CommandProcessor::Start CommandProcessor::startLine(std::string_view line) {
-    std::vector<std::string> words = splitWords(line);
-    if (words.empty()) return Start::Unknown;
-    const auto [command, commandLine] = registry_.resolve(words.front());
+    std::vector<std::string> typed = words(line, true);
+    if (typed.empty()) return Start::Unknown;
+    const auto [command, commandLine] = registry_.resolve(typed.front());
     if (command == nullptr) return Start::Unknown;
-    words.erase(words.begin());
-    run(*command, commandLine, std::move(words), false);
+    typed.erase(typed.begin());
+    run(*command, commandLine, std::move(typed), false);
     return Start::Done;
 }
 
@@ -68,8 +85,22 @@ CommandProcessor::Start CommandProcessor::runTransparent(std::string_view name) 
     return Start::Done;
 }
 
+namespace {
+
+/// Commands that go to another space, or work between spaces.
+bool leavesBlockEditor(std::string_view name) {
+    static constexpr std::string_view kNames[] = {"CHSPACE", "LAYOUT", "MSPACE", "MVIEW", "PSPACE", "VPLAYER"};
+    return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
+}
+
+}  // namespace
+
 void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::string> arguments, bool transparent) {
+    if (document_.blockEdit() && leavesBlockEditor(command.name()))
+        return message(command.name() + " is not allowed in the block editor.");
+    document_.associativity().takeLostHatches();  // by whatever came before
     if (!command.isInteractive()) {
+        std::erase(arguments, kEnterWord);
         CommandContext context{document_, *this, std::move(arguments), transparent, commandLine, nullptr};
         try {
             command.execute(context);
@@ -77,6 +108,7 @@ void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::
             message(std::string("Command failed: ") + error.what());
             return;
         }
+        tellLostHatches();
         if (context.previous) selection_.setPrevious(std::move(*context.previous));
         if (!context.handOver || transparent) return;
         arguments = std::move(context.arguments);
@@ -89,14 +121,34 @@ void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::
     // The words behind the name answer the first prompts; what is left when the command has ended is a line of
     // its own.
     std::size_t next = 0;
-    while (next < arguments.size() && isActive()) input(arguments[next++]);
+    const auto isQuoted = [](const std::string& word) {
+        return word.empty() || word.find_first_of(" \t") != std::string::npos;
+    };
+    while (next < arguments.size() && isActive()) {
+        std::string word = arguments[next++];
+        if (word == kEnterWord) {
+            input({});
+            continue;
+        }
+        // A line of text goes on to the end of the line, or to what stands in quotes.
+        if (tool_->takesRestOfLine() && !isQuoted(word))
+            for (; next < arguments.size() && !isQuoted(arguments[next]); ++next)
+                if (arguments[next] == kEnterWord)
+                    word += ' ';
+                else
+                    word += ' ' + arguments[next];
+        input(word);
+    }
+    while (next < arguments.size() && arguments[next] == kEnterWord) ++next;
     if (next >= arguments.size()) return;
     if (services_ == nullptr) return;
     std::string rest;
     for (; next < arguments.size(); ++next) {
         const std::string& word = arguments[next];
-        const bool quote = word.empty() || word.find_first_of(" \t") != std::string::npos;
-        rest += (rest.empty() ? "" : " ") + (quote ? '"' + word + '"' : word);
+        if (word == kEnterWord)
+            rest += ' ';
+        else
+            rest += (rest.empty() ? "" : " ") + (isQuoted(word) ? '"' + word + '"' : word);
     }
     services_->queueLines({rest});
 }
@@ -121,6 +173,8 @@ void CommandProcessor::activate(std::unique_ptr<Tool> tool, const std::string& n
     override_.clear();
     ended_ = false;
     selecting_ = false;
+    const std::vector<std::uint64_t>& chosen = document_.selection().ids();
+    preselected_ = !chosen.empty() && chosen == selection_.previous();
     tool_->attach(&document_, viewport_, this);
     tool_->setCommandLineVariant(commandLine);
     tool_->setInlineInput(inlineInput);
@@ -134,6 +188,7 @@ void CommandProcessor::input(const std::string& line) {
         if (!selecting_) {
             selecting_ = true;
             selection_.reset();
+            if (std::exchange(preselected_, false)) selection_.recallCrossings();
         }
         if (selection_.take(line)) {
             guarded([this] { tool_->selectionChanged(); });
@@ -152,7 +207,7 @@ void CommandProcessor::endSelecting() {
     selecting_ = false;
     override_.clear();
     // What was selected is what P selects from now on, also while the command goes on.
-    if (!document_.selection().empty()) selection_.setPrevious(document_.selection().ids());
+    if (!document_.selection().empty()) selection_.setPrevious(document_.selection().ids(), selection_.crossings());
 }
 
 void CommandProcessor::settle() {
@@ -165,10 +220,15 @@ void CommandProcessor::settle() {
     activeName_.clear();
     override_.clear();
     ended_ = false;
+    tellLostHatches();
     if (!document_.selection().empty()) {
-        selection_.setPrevious(document_.selection().ids());
+        if (document_.selection().ids() != selection_.previous()) selection_.setPrevious(document_.selection().ids());
         if (!keep) document_.selection().clear();
     }
+}
+
+void CommandProcessor::tellLostHatches() {
+    if (document_.associativity().takeLostHatches() > 0) message("Hatch boundary associativity removed.");
 }
 
 bool CommandProcessor::cancel() {

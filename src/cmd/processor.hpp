@@ -45,7 +45,9 @@ public:
     Tool* tool() { return tool_.get(); }
     /// What P selects, by id; programs that select themselves set it too.
     const std::vector<std::uint64_t>& previousSelection() const { return selection_.previous(); }
-    void setPreviousSelection(std::vector<std::uint64_t> ids) { selection_.setPrevious(std::move(ids)); }
+    void setPreviousSelection(std::vector<std::uint64_t> ids, CrossingWindows crossings = {}) {
+        selection_.setPrevious(std::move(ids), std::move(crossings));
+    }
     void setViewport(Viewport* viewport) { viewport_ = viewport; }
     /// Forgets what P would select and ends any command without a word: the document is replaced. A command that is
     /// itself replacing the document ends by itself.
@@ -64,6 +66,7 @@ private:
     void guarded(const std::function<void()>& work);
     void endSelecting();
     void settle();
+    void tellLostHatches();
 
     doc::Document& document_;
     CommandRegistry& registry_;
@@ -76,6 +79,7 @@ private:
     std::string override_;
     SelectionDialogue selection_;
     bool selecting_ = false;
+    bool preselected_ = false;  ///< the previous selection stood selected when the command began
     bool ended_ = false;
     int depth_ = 0;
 };

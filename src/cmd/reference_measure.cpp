@@ -1,16 +1,18 @@
 #include "cmd/reference_measure.hpp"
 
+#include "cmd/text_or_point.hpp"
+
 namespace kova::cmd {
 
 using math::Vector2;
 
-Task<double> askReference(Ask& ask, const engine::Drawing& drawing, std::string prompt, bool angle, double fallback) {
+Task<double> askReference(Ask& ask, doc::Document& document, std::string prompt, bool angle, double fallback) {
     for (;;) {
         // Asked as a text: the first of two points may be typed relative to the last point, which must not count as
         // the first point itself.
         const Answer answer = co_await ask.text(prompt);
         if (answer.isEnter()) co_return fallback;
-        const PointContext context = PointContext::of(drawing);
+        const PointContext context = PointContext::of(document.drawing());
         const std::optional<double> typed = angle ? parseAngleInput(answer.text, context) : parseNumber(answer.text);
         if (typed) {
             if (angle || *typed > 0.0) co_return *typed;
@@ -18,7 +20,11 @@ Task<double> askReference(Ask& ask, const engine::Drawing& drawing, std::string 
             continue;
         }
         std::optional<Vector2> first = ask.lastPoint();
-        if (trimmed(answer.text) != "@") first = parsePointInput(answer.text, ask.lastPoint(), Vector2{}, context);
+        if (trimmed(answer.text) != "@") {
+            const PointOfText typedPoint = co_await pointOfText(ask, document, answer.text, ask.lastPoint());
+            if (typedPoint.told) continue;
+            first = typedPoint.point;
+        }
         if (!first) {
             ask.message("Invalid value.");
             continue;

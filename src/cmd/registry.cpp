@@ -1,6 +1,5 @@
 #include "cmd/registry.hpp"
 
-#include "cmd/commands/planned.hpp"
 #include "cmd/commands/variable_commands.hpp"
 #include "engine/name.hpp"
 
@@ -22,7 +21,6 @@ CommandRegistry& CommandRegistry::instance() {
         auto* made = new CommandRegistry;
         for (const CommandFactory factory : factories()) made->add(factory());
         commands::addVariableCommands(*made);
-        commands::addPlannedCommands(*made);
         return made;
     }();
     return *registry;

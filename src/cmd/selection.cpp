@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "cmd/picking.hpp"
-#include "cmd/point_input.hpp"
+#include "cmd/point_entry.hpp"
 #include "engine/name.hpp"
 
 namespace kova::cmd {
@@ -78,6 +78,7 @@ void SelectionDialogue::reset() {
     removing_ = single_ = picked_ = false;
     points_.clear();
     history_.clear();
+    crossings_.clear();
     host_.overridePrompt({});
 }
 
@@ -145,10 +146,12 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
             const engine::Entity* e = document_.drawing().findById(id);
             if (e != nullptr && document_.isSelectable(*e)) ids.push_back(id);
         }
-        if (ids.empty())
+        if (ids.empty()) {
             host_.message("No previous selection set.");
-        else
+        } else {
+            if (!removing_) recallCrossings();
             apply(std::move(ids));
+        }
     } else if (word == "GROUP") {
         state_ = State::GroupName;
         host_.overridePrompt("Enter group name:");
@@ -180,9 +183,10 @@ bool SelectionDialogue::readPoint(const std::string& line, Vector2& point) const
     // A bare number is no pick: it would be an x coordinate nobody meant.
     if (parseNumber(line)) return false;
     const Vector2 base = points_.empty() ? Vector2{} : points_.back();
-    const auto p = parsePointInput(line, base, {}, PointContext::of(document_.drawing()));
-    if (p) point = *p;
-    return p.has_value();
+    PointEntry entry;
+    if (entry.feed(document_, line, base, {}, base) != PointEntry::Result::Point) return false;
+    point = entry.point();
+    return true;
 }
 
 void SelectionDialogue::takePoint(const std::string& line) {
@@ -201,7 +205,7 @@ void SelectionDialogue::takePoint(const std::string& line) {
     const Vector2 b = points_[1];
     auto ids = withGroups(document_, selectBox(document_, a, b, crossing));
     const Vector2 corners[] = {a, {b.x, a.y}, b, {a.x, b.y}};
-    if (crossing && !removing_ && host_.crossing) host_.crossing(corners);
+    if (crossing && !removing_) noteCrossing(corners);
     endSub();
     apply(std::move(ids));
 }
@@ -214,8 +218,7 @@ void SelectionDialogue::takePolygonPoint(const std::string& line) {
             ids = selectFence(document_, points_);
         else if (!fence_ && points_.size() >= 3)
             ids = selectPolygon(document_, points_, mode_ == Mode::Crossing);
-        if (!fence_ && mode_ == Mode::Crossing && !removing_ && points_.size() >= 3 && host_.crossing)
-            host_.crossing(points_);
+        if (!fence_ && mode_ == Mode::Crossing && !removing_ && points_.size() >= 3) noteCrossing(points_);
         endSub();
         apply(withGroups(document_, std::move(ids)));
         return;
@@ -245,6 +248,16 @@ void SelectionDialogue::apply(std::vector<std::uint64_t> ids) {
         selection.add(ids);
     }
     history_.push_back({removing_, std::move(ids)});
+}
+
+void SelectionDialogue::noteCrossing(std::span<const Vector2> corners) {
+    crossings_.emplace_back(corners.begin(), corners.end());
+    if (host_.crossing) host_.crossing(corners);
+}
+
+void SelectionDialogue::recallCrossings() {
+    const CrossingWindows windows = previousCrossings_;
+    for (const std::vector<Vector2>& window : windows) noteCrossing(window);
 }
 
 void SelectionDialogue::undo() {

@@ -54,6 +54,9 @@ private:
     std::unique_ptr<SelectionOperation> operation_;
 };
 
+/// Crossing windows and polygons, each by its corners in order.
+using CrossingWindows = std::vector<std::vector<math::Vector2>>;
+
 /// The selection dialogue that all tools share: takes the lines typed while a tool selects objects, before the tool
 /// sees them. It knows a point (pick, or first corner of a window on empty space), W, C, BOX, WP, CP, F, L, P, G, A, R,
 /// U, M, SI, AU and ALL; Enter and everything else are the tool's.
@@ -73,9 +76,16 @@ public:
     bool take(const std::string& line);
     /// True when the selection is to end at once (single mode after a pick).
     bool wantsEnd() const { return single_ && picked_; }
-    /// What P selects.
-    void setPrevious(std::vector<std::uint64_t> ids) { previous_ = std::move(ids); }
+    /// What P selects, and the crossing windows that selected it: they count again when it is taken up (STRETCH).
+    void setPrevious(std::vector<std::uint64_t> ids, CrossingWindows crossings = {}) {
+        previous_ = std::move(ids);
+        previousCrossings_ = std::move(crossings);
+    }
     const std::vector<std::uint64_t>& previous() const { return previous_; }
+    /// The crossing windows of the selection since reset.
+    const CrossingWindows& crossings() const { return crossings_; }
+    /// Lets the windows of the previous selection count for the present one.
+    void recallCrossings();
 
 private:
     enum class State { Idle, FirstCorner, SecondCorner, Points, GroupName };
@@ -86,6 +96,7 @@ private:
     void takePolygonPoint(const std::string& line);
     void apply(std::vector<std::uint64_t> ids);
     void undo();
+    void noteCrossing(std::span<const math::Vector2> corners);
     void endSub();
     bool readPoint(const std::string& line, math::Vector2& point) const;
 
@@ -105,6 +116,8 @@ private:
     };
     std::vector<Step> history_;
     std::vector<std::uint64_t> previous_;
+    CrossingWindows previousCrossings_;
+    CrossingWindows crossings_;
 };
 
 }  // namespace kova::cmd

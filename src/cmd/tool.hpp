@@ -68,6 +68,8 @@ public:
     virtual void crossingSelected(std::span<const math::Vector2>) {}
     /// Points given to this tool may be drawn to object snaps.
     virtual bool acceptsSnap() const { return true; }
+    /// What is asked for is a line of text: inline answers give it all the words that are left, blanks and all.
+    virtual bool takesRestOfLine() const { return false; }
     /// The selection stays as it is when the tool ends (SELECT and its kin).
     virtual bool keepsSelection() const { return false; }
 

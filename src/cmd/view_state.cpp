@@ -3,6 +3,8 @@
 #include <QVariant>
 
 #include "engine/entities/viewport.hpp"
+#include "engine/spatial_sink.hpp"
+#include "engine/view_frame.hpp"
 
 namespace kova::cmd {
 
@@ -11,7 +13,9 @@ namespace {
 using engine::Drawing;
 using engine::ViewportEntity;
 using math::Bounds2;
+using math::Matrix4;
 using math::Vector2;
+using math::Vector3;
 
 /// Views that ZOOM Previous can go back over, and where they are kept: with the document, neither saved nor undone.
 constexpr qsizetype kHistory = 10;
@@ -38,23 +42,30 @@ std::optional<std::uint64_t> currentPlace(const Drawing& drawing) {
     return std::nullopt;
 }
 
-bool isUsable(const Vector2& center, double height) {
-    return center.is_finite() && std::isfinite(height) && height > 1e-300 && height < 1e300;
+bool isUsable(const ViewState& state) {
+    return state.center.is_finite() && state.target.is_finite() && std::isfinite(state.twist) &&
+           std::isfinite(state.height) && state.height > 1e-300 && state.height < 1e300;
 }
 
-std::string apply(doc::Document& document, const Vector2& center, double height) {
+std::string apply(doc::Document& document, const ViewState& state) {
     Drawing& drawing = document.drawing();
-    if (!isUsable(center, height)) return "Invalid value.";
+    if (!isUsable(state)) return "Invalid value.";
     const std::optional<std::uint64_t> place = currentPlace(drawing);
     if (!place) return "The sheet is always shown whole here.";
-    const ViewWindow now = viewWindow(drawing);
-    const double width = now.height > 0.0 ? height * now.width / now.height : height;
+    const ViewState now = viewState(drawing);
+    const Vector3 direction = engine::usableDirection(state.direction);
     if (*place == 0) {
         document.editSettings([&](Drawing& d) {
-            d.currentView.center = center;
-            d.currentView.width = width;
-            d.currentView.height = height;
-            d.currentView.name = {};
+            engine::NamedView& view = d.currentView;
+            if (direction != engine::usableDirection(now.direction) || state.twist != now.twist) {
+                view.viewDirection = direction;
+                view.upHint = engine::viewUp(direction, state.twist);
+            }
+            view.target = state.target;
+            view.center = state.center;
+            view.width = now.height > 0.0 ? state.height * now.width / now.height : state.height;
+            view.height = state.height;
+            view.name = {};
         });
         return {};
     }
@@ -62,66 +73,187 @@ std::string apply(doc::Document& document, const Vector2& center, double height)
     if (viewport.locked && !viewport.isSheet()) return "Viewport is view-locked.";
     document.modifyEntity(viewport, [&](engine::Entity& entity) {
         auto& v = static_cast<ViewportEntity&>(entity);
-        v.viewTarget = center;
         if (v.isSheet()) {
-            v.center = center;
-            v.width = width;
-            v.height = height;
-        } else {
-            v.viewScale = std::abs(v.height) / height;
+            v.viewTarget = v.center = state.center;
+            v.width = now.height > 0.0 ? state.height * now.width / now.height : state.height;
+            v.height = state.height;
+            return;
         }
+        v.viewDirection = direction;
+        v.viewTwist = state.twist;
+        const Vector3 middle = state.middle();
+        v.viewTarget = middle.xy();
+        v.viewTargetZ = middle.z;
+        v.viewScale = std::abs(v.height) / state.height;
     });
     return {};
 }
 
-void note(doc::Document& document, const ViewWindow& view, std::uint64_t place) {
+void note(doc::Document& document, const ViewState& view, std::uint64_t place) {
     QVariantList history = document.property(kHistoryName).toList();
-    history.append(QVariant(QVariantList{QVariant::fromValue(static_cast<qulonglong>(place)), view.center.x,
-                                         view.center.y, view.width, view.height}));
+    QVariantList entry{QVariant::fromValue(static_cast<qulonglong>(place))};
+    for (const double v : {view.direction.x, view.direction.y, view.direction.z, view.target.x, view.target.y,
+                           view.target.z, view.twist, view.center.x, view.center.y, view.width, view.height})
+        entry.append(v);
+    history.append(QVariant(entry));
     if (history.size() > kHistory) history.removeFirst();
     document.setProperty(kHistoryName, history);
 }
 
-}  // namespace
-
-ViewWindow viewWindow(const Drawing& drawing) {
-    if (drawing.tileMode) return {drawing.currentView.center, drawing.currentView.width, drawing.currentView.height};
-    if (const ViewportEntity* viewport = drawing.activeViewport()) {
-        const double scale = viewport->viewScale > 0.0 ? viewport->viewScale : 1.0;
-        return {viewport->viewTarget, std::abs(viewport->width) / scale, std::abs(viewport->height) / scale};
-    }
-    if (const ViewportEntity* sheet = sheetView(drawing)) return {sheet->center, sheet->width, sheet->height};
-    const Bounds2 paper = limitsOfSpace(drawing);
-    return {paper.center(), paper.width(), paper.height()};
+/// The view that shows all of a box in its own coordinates.
+void fit(ViewState& state, const Bounds2& box) {
+    const double ratio = state.width > 0.0 && state.height > 0.0 ? state.width / state.height : 1.0;
+    const double height = std::max(box.height(), box.width() / ratio);
+    state.center = box.center();
+    // A point alone keeps the scale.
+    if (height > 0.0) state.height = height;
 }
 
-std::string showWindow(doc::Document& document, const Vector2& center, double height) {
-    const ViewWindow before = viewWindow(document.drawing());
+Bounds2 boxUnder(const Bounds2& box, const Matrix4& m) {
+    Bounds2 out;
+    if (box.is_empty()) return out;
+    for (const Vector2& p : {box.min, Vector2{box.max.x, box.min.y}, box.max, Vector2{box.min.x, box.max.y}})
+        out.expand(m.transform_point(p));
+    return out;
+}
+
+/// True when the plan lies in the view as it is drawn, at most moved.
+bool showsUprightPlan(const ViewState& state) { return state.twist == 0.0 && engine::isPlanView(state.direction); }
+
+}  // namespace
+
+Matrix4 ViewState::toView() const { return engine::worldToView(direction, target, twist); }
+
+Vector3 ViewState::middle() const {
+    if (center == Vector2{}) return target;
+    const auto back = toView().inverse();
+    return back ? back->transform_point(Vector3(center)) : target;
+}
+
+ViewState stateOf(const engine::NamedView& view) {
+    ViewState state;
+    state.direction = engine::usableDirection(view.viewDirection);
+    state.target = view.target;
+    state.twist = engine::viewTwist(view.viewDirection, view.upHint);
+    state.center = view.center;
+    state.width = std::abs(view.width);
+    state.height = std::abs(view.height);
+    return state;
+}
+
+engine::NamedView namedView(const ViewState& state) {
+    engine::NamedView view;
+    view.viewDirection = state.direction;
+    view.target = state.target;
+    view.upHint = engine::viewUp(state.direction, state.twist);
+    view.center = state.center;
+    view.width = state.width;
+    view.height = state.height;
+    return view;
+}
+
+ViewState viewState(const Drawing& drawing) {
+    if (drawing.tileMode) return stateOf(drawing.currentView);
+    ViewState state;
+    if (const ViewportEntity* viewport = drawing.activeViewport()) {
+        const double scale = viewport->viewScale > 0.0 ? viewport->viewScale : 1.0;
+        state.direction = engine::usableDirection(viewport->viewDirection);
+        state.target = Vector3(viewport->viewTarget, viewport->viewTargetZ);
+        state.twist = viewport->viewTwist;
+        state.width = std::abs(viewport->width) / scale;
+        state.height = std::abs(viewport->height) / scale;
+        return state;
+    }
+    const ViewportEntity* sheet = sheetView(drawing);
+    const Bounds2 paper = limitsOfSpace(drawing);
+    state.center = sheet != nullptr ? sheet->center : paper.center();
+    state.width = sheet != nullptr ? sheet->width : paper.width();
+    state.height = sheet != nullptr ? sheet->height : paper.height();
+    return state;
+}
+
+std::string setViewState(doc::Document& document, const ViewState& state) {
+    const ViewState before = viewState(document.drawing());
     const std::optional<std::uint64_t> place = currentPlace(document.drawing());
-    std::string error = apply(document, center, height);
+    std::string error = apply(document, state);
     if (error.empty() && place) note(document, before, *place);
     return error;
 }
 
+std::string lookFrom(doc::Document& document, const Vector3& direction, double twist) {
+    const Drawing& drawing = document.drawing();
+    ViewState state = viewState(drawing);
+    state.direction = engine::usableDirection(direction);
+    state.twist = twist;
+    state.target = {};
+    Bounds2 seen = engine::viewedExtents(drawing.currentSpace(), state.toView());
+    if (seen.is_empty()) seen = boxUnder(limitsOfSpace(drawing), state.toView());
+    fit(state, seen);
+    return setViewState(document, state);
+}
+
+ViewWindow viewWindow(const Drawing& drawing) {
+    const ViewState state = viewState(drawing);
+    const Vector3 middle = state.middle();
+    return {middle.xy(), state.width, state.height, engine::isPlanView(state.direction) ? 0.0 : middle.z};
+}
+
+std::string showWindow(doc::Document& document, const Vector2& center, double height, double z) {
+    ViewState state = viewState(document.drawing());
+    state.height = height;
+    const Drawing& drawing = document.drawing();
+    if (drawing.activeViewport() != nullptr && !drawing.tileMode) {
+        state.target = Vector3(center, engine::isPlanView(state.direction) ? state.target.z : z);
+        state.center = {};
+    } else {
+        state.center = state.toView().transform_point(Vector3(center, z)).xy();
+    }
+    return setViewState(document, state);
+}
+
 std::string showBox(doc::Document& document, const Bounds2& box) {
     const Bounds2 shown = box.is_empty() ? limitsOfSpace(document.drawing()) : box;
-    const ViewWindow now = viewWindow(document.drawing());
-    const double ratio = now.width > 0.0 && now.height > 0.0 ? now.width / now.height : 1.0;
-    double height = std::max(shown.height(), shown.width() / ratio);
-    // A point alone keeps the scale.
-    if (!(height > 0.0)) height = now.height;
-    return showWindow(document, shown.center(), height);
+    ViewState state = viewState(document.drawing());
+    if (!showsUprightPlan(state)) {
+        fit(state, boxUnder(shown, state.toView()));
+        return setViewState(document, state);
+    }
+    fit(state, shown);
+    return showWindow(document, shown.center(), state.height);
+}
+
+std::string showExtents(doc::Document& document, const Bounds2& box) {
+    const Drawing& drawing = document.drawing();
+    ViewState state = viewState(drawing);
+    if (showsUprightPlan(state)) {
+        Bounds2 all = drawing.extents(drawing.currentSpace());
+        all.expand(box);
+        return showBox(document, all);
+    }
+    Bounds2 seen = engine::viewedExtents(drawing.currentSpace(), state.toView());
+    seen.expand(boxUnder(box, state.toView()));
+    if (seen.is_empty()) return showBox(document, {});
+    fit(state, seen);
+    return setViewState(document, state);
 }
 
 std::string showPrevious(doc::Document& document) {
     QVariantList history = document.property(kHistoryName).toList();
     const std::optional<std::uint64_t> place = currentPlace(document.drawing());
     for (qsizetype i = history.size(); place && i-- > 0;) {
-        const QVariantList view = history[i].toList();
-        if (view.size() != 5 || view[0].toULongLong() != *place) continue;
+        const QVariantList entry = history[i].toList();
+        if (entry.size() != 12 || entry[0].toULongLong() != *place) continue;
         history.removeAt(i);
         document.setProperty(kHistoryName, history);
-        return apply(document, {view[1].toDouble(), view[2].toDouble()}, view[4].toDouble());
+        const auto value = [&](qsizetype at) { return entry[at].toDouble(); };
+        ViewState state;
+        state.direction = {value(1), value(2), value(3)};
+        state.target = {value(4), value(5), value(6)};
+        state.twist = value(7);
+        state.center = {value(8), value(9)};
+        state.width = value(10);
+        state.height = value(11);
+        return apply(document, state);
     }
     return "No previous view saved.";
 }

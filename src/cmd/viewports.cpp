@@ -1,6 +1,11 @@
 #include "cmd/viewports.hpp"
 
 #include "cmd/drawing_aids.hpp"
+#include "engine/entities/ellipse.hpp"
+#include "engine/entities/polyline.hpp"
+#include "engine/entities/spline.hpp"
+
+#include <unordered_set>
 
 namespace kova::cmd {
 
@@ -25,6 +30,51 @@ ViewportEntity* firstOpenViewport(const engine::Drawing& drawing) {
     for (ViewportEntity* viewport : viewportsOf(*layout))
         if (viewport->isOn() && (first == nullptr || viewport->vpId < first->vpId)) first = viewport;
     return first;
+}
+
+std::unordered_map<std::uint64_t, ViewportEntity*> boundedViewports(const engine::Drawing& drawing) {
+    std::unordered_map<std::uint64_t, ViewportEntity*> found;
+    if (const engine::Layout* layout = drawing.activeLayout())
+        for (ViewportEntity* viewport : viewportsOf(*layout))
+            if (viewport->clipHandle != 0) found.emplace(viewport->clipHandle, viewport);
+    return found;
+}
+
+std::vector<ViewportEntity*> viewportsAmong(const engine::Drawing& drawing, const std::vector<std::uint64_t>& ids) {
+    const std::unordered_map<std::uint64_t, ViewportEntity*> bounded = boundedViewports(drawing);
+    std::vector<ViewportEntity*> found;
+    std::unordered_set<const ViewportEntity*> taken;
+    for (const std::uint64_t id : ids) {
+        engine::Entity* entity = drawing.findById(id);
+        if (entity == nullptr) continue;
+        auto* viewport = dynamic_cast<ViewportEntity*>(entity);
+        if (const auto it = bounded.find(entity->handle()); it != bounded.end()) viewport = it->second;
+        if (viewport != nullptr && !viewport->isSheet() && taken.insert(viewport).second) found.push_back(viewport);
+    }
+    return found;
+}
+
+bool canBoundViewport(const engine::Entity& entity) {
+    switch (entity.type()) {
+        case engine::EntityType::Circle:
+        case engine::EntityType::Region:
+            break;
+        case engine::EntityType::Ellipse:
+            if (!static_cast<const engine::EllipseEntity&>(entity).isFull()) return false;
+            break;
+        case engine::EntityType::Polyline: {
+            const auto& polyline = static_cast<const engine::PolylineEntity&>(entity);
+            if (!polyline.closed || polyline.vertices.size() < (polyline.hasBulges() ? 2U : 3U)) return false;
+            break;
+        }
+        case engine::EntityType::Spline:
+            if (!static_cast<const engine::SplineEntity&>(entity).closed) return false;
+            break;
+        default:
+            return false;
+    }
+    const Bounds2 box = entity.bounds();
+    return box.width() > 0.0 && box.height() > 0.0 && box.min.is_finite() && box.max.is_finite();
 }
 
 std::string enterViewport(doc::Document& document, const ViewportEntity& viewport) {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "doc/document.hpp"
@@ -12,8 +13,13 @@ namespace kova::cmd {
 
 /// The windows of a layout, without the sheet's own view, in drawing order.
 std::vector<engine::ViewportEntity*> viewportsOf(const engine::Layout& layout);
+/// The windows of the active layout among these entities, also by what bounds them; each once.
+std::vector<engine::ViewportEntity*> viewportsAmong(const engine::Drawing& drawing,
+                                                    const std::vector<std::uint64_t>& ids);
 /// The one of the active layout that MSPACE enters: the lowest number that is on; null: none.
 engine::ViewportEntity* firstOpenViewport(const engine::Drawing& drawing);
+/// Handles of the entities that bound viewports of the active layout, with the viewports.
+std::unordered_map<std::uint64_t, engine::ViewportEntity*> boundedViewports(const engine::Drawing& drawing);
 
 /// Makes model space current through a viewport of the active layout, as part of the open group. Error text, empty on
 /// success.
@@ -21,10 +27,12 @@ std::string enterViewport(doc::Document& document, const engine::ViewportEntity&
 /// Makes the paper current.
 void leaveViewport(doc::Document& document);
 
-/// A new window onto the model at a place of the sheet, on the current layer, with the layout's next number; it shows all
-/// of `model` (all there is when that is empty).
+/// A new window onto the model at a place of the sheet, on the current layer, with the layout's next number; it shows
+/// all of `model` (all there is when that is empty).
 std::unique_ptr<engine::ViewportEntity> makeViewport(doc::Document& document, const math::Bounds2& frame,
                                                      const math::Bounds2& model = {});
+/// True for what may bound a viewport: closed curves and regions that enclose an area.
+bool canBoundViewport(const engine::Entity& entity);
 /// Part of the layout's sheet within its margins.
 math::Bounds2 printableArea(const engine::Layout& layout);
 

@@ -1,6 +1,7 @@
 #include "doc/document.hpp"
 
 #include "doc/spatial_index.hpp"
+#include "doc/viewport_clips.hpp"
 #include "engine/associativity.hpp"
 
 namespace kova::doc {
@@ -15,6 +16,7 @@ Document::Document(std::unique_ptr<engine::Drawing> drawing, QObject* parent)
               modifyEntity(entity, change);
           })) {
     addReactor(associativity_.get());
+    addReactor(new ViewportClips(*this));  // a child: it goes with the document
     connect(&history_, &UndoHistory::cleared, this, &Document::compactLists);
     adopt();
 }
@@ -39,6 +41,8 @@ std::unique_ptr<engine::Drawing> Document::setDrawing(std::unique_ptr<engine::Dr
     adopt();
     history_.clear();
     selection_.clear();
+    referenceEdit_.reset();
+    blockEdit_.reset();
     for (std::size_t i = 0; i < reactors_.size(); ++i) reactors_[i]->documentRestored(*drawing_);
     Q_EMIT spaceChanged();
     return drawing;
@@ -243,6 +247,7 @@ SpatialIndex* Document::knownIndex(const engine::EntityList& list) {
 
 void Document::noteBlockChange(const engine::EntityList& list) {
     if (indexes_.empty() || &list == &drawing_->modelSpace()) return;
+    if (drawing_->editedBlock() != nullptr && &list == &drawing_->editedBlock()->entities) return;
     for (const auto& layout : drawing_->layouts())
         if (&layout->entities == &list) return;
     for (auto& [known, index] : indexes_)

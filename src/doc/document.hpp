@@ -7,7 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "doc/block_edit.hpp"
 #include "doc/entity_actions.hpp"
+#include "doc/reference_edit.hpp"
 #include "doc/selection_set.hpp"
 #include "doc/symbol_actions.hpp"
 #include "doc/undo_history.hpp"
@@ -94,8 +96,20 @@ public:
     void transformEntities(const std::vector<std::uint64_t>& ids, const math::Matrix4& matrix);
     /// Rearranges a space's drawing order; false when `order` does not hold each entity exactly once.
     bool setDrawOrder(engine::EntityList& space, const std::vector<engine::Entity*>& order);
-    /// May be selected: shown, of the current space, on a layer that is neither frozen nor locked.
+    /// May be selected: shown, of the current space, on a layer that is neither frozen nor locked, and no bystander of a
+    /// reference that is being edited in place.
     bool isSelectable(const engine::Entity& entity) const;
+
+    /// The reference that is being edited in place; null: none. Undo takes back that it began and that it ended.
+    const std::shared_ptr<const ReferenceEdit>& referenceEdit() const { return referenceEdit_; }
+    void setReferenceEdit(std::shared_ptr<const ReferenceEdit> edit);
+
+    /// What is open in the block editor; null: nothing. Its contents are those of Drawing::editedBlock.
+    const std::shared_ptr<const BlockEdit>& blockEdit() const { return blockEdit_; }
+    /// Opens the block editor on a working copy, or closes it (both null).
+    void setBlockEdit(std::shared_ptr<const BlockEdit> edit, std::unique_ptr<engine::Block> working);
+    /// Replaces what is kept about the open block, its contents staying as they are.
+    void noteBlockEdit(std::shared_ptr<const BlockEdit> edit);
 
     // Tables, blocks, layouts, variables -----------------------------------------------------------------
     /// Lets `change` edit a table and records it; see table_edits.hpp for the traits. When `change` throws, the table
@@ -171,6 +185,8 @@ private:
     std::unique_ptr<engine::Drawing> drawing_;
     SelectionSet selection_;
     UndoHistory history_;
+    std::shared_ptr<const ReferenceEdit> referenceEdit_;
+    std::shared_ptr<const BlockEdit> blockEdit_;
     std::vector<std::pair<engine::EntityList*, std::unique_ptr<SpatialIndex>>> indexes_;
     std::unique_ptr<engine::AssociativityReactor> associativity_;
     std::vector<engine::IDocumentReactor*> reactors_;

@@ -33,6 +33,35 @@ bool keepsKinds(const math::Matrix4& m) {
            m(3, 2) == 0.0 && m(3, 3) == 1.0 && math::planeParts(m).uniform;
 }
 
+/// Exchanges what the document keeps about an edit for another state of it.
+template <class Edit>
+class ExchangeEditAction final : public IUndoableAction {
+public:
+    ExchangeEditAction(std::shared_ptr<const Edit>& present, std::shared_ptr<const Edit> other, std::string description)
+        : present_(present), other_(std::move(other)), description_(std::move(description)) {}
+    void undo(engine::Drawing&) override { present_.swap(other_); }
+    void redo(engine::Drawing&) override { present_.swap(other_); }
+    std::string description() const override { return description_; }
+
+private:
+    std::shared_ptr<const Edit>& present_;
+    std::shared_ptr<const Edit> other_;
+    std::string description_;
+};
+
+/// Exchanges the contents of the block editor.
+class ExchangeEditedBlockAction final : public IUndoableAction {
+public:
+    explicit ExchangeEditedBlockAction(std::unique_ptr<engine::Block> other) : other_(std::move(other)) {}
+    void undo(engine::Drawing& drawing) override { other_ = drawing.exchangeEditedBlock(std::move(other_)); }
+    void redo(engine::Drawing& drawing) override { other_ = drawing.exchangeEditedBlock(std::move(other_)); }
+    std::string description() const override { return "Block editor"; }
+    std::size_t sizeInBytes() const override { return sizeof *this + (other_ ? bytesOf(*other_) : 0); }
+
+private:
+    std::unique_ptr<engine::Block> other_;
+};
+
 }  // namespace
 
 SpacePlace Document::placeOf(const engine::EntityList& list) {
@@ -40,6 +69,8 @@ SpacePlace Document::placeOf(const engine::EntityList& list) {
     if (lastPlace_.kind != SpacePlace::Kind::None && lastPlace_.find(*drawing_) == &list) return lastPlace_;
     for (const auto& layout : drawing_->layouts())
         if (&layout->entities == &list) return lastPlace_ = {SpacePlace::Kind::Layout, layout->name};
+    if (const engine::Block* edited = drawing_->editedBlock(); edited != nullptr && &edited->entities == &list)
+        return lastPlace_ = {SpacePlace::Kind::Block, edited->name};
     for (const auto& block : drawing_->blocks())
         if (&block->entities == &list) return lastPlace_ = {SpacePlace::Kind::Block, block->name};
     return {};
@@ -193,8 +224,27 @@ bool Document::setDrawOrder(engine::EntityList& space, const std::vector<engine:
     return true;
 }
 
+void Document::setReferenceEdit(std::shared_ptr<const ReferenceEdit> edit) {
+    referenceEdit_.swap(edit);
+    record(std::make_unique<ExchangeEditAction<ReferenceEdit>>(referenceEdit_, std::move(edit), "Edit reference"));
+}
+
+void Document::setBlockEdit(std::shared_ptr<const BlockEdit> edit, std::unique_ptr<engine::Block> working) {
+    ImplicitGroup group(*this);
+    working = drawing_->exchangeEditedBlock(std::move(working));
+    record(std::make_unique<ExchangeEditedBlockAction>(std::move(working)));
+    noteBlockEdit(std::move(edit));
+    pruneSelection();
+}
+
+void Document::noteBlockEdit(std::shared_ptr<const BlockEdit> edit) {
+    blockEdit_.swap(edit);
+    record(std::make_unique<ExchangeEditAction<BlockEdit>>(blockEdit_, std::move(edit), "Edit block"));
+}
+
 bool Document::isSelectable(const engine::Entity& entity) const {
     if (!entity.visible || entity.owner() != &drawing_->currentSpace()) return false;
+    if (referenceEdit_ && referenceEdit_->locked.contains(entity.id())) return false;
     const engine::Layer* layer = drawing_->layers.find(entity.layer);
     return layer == nullptr || (layer->isVisible() && !layer->locked);
 }

@@ -26,6 +26,8 @@ constexpr double kTreeReach = 1e150;
 
 /// Distances that differ less than this count as equal when the nearest entity is sought.
 constexpr double kSameDistance = 1e-10;
+/// With no more entities than this the nearest one is sought in one go.
+constexpr double kFewEntities = 64.0;
 
 enum class Sort : std::uint8_t { Absent, InTree, Aside, Unbounded };
 
@@ -119,16 +121,22 @@ std::vector<engine::Entity*> SpatialIndex::query(const math::Bounds2& box) {
 engine::Entity* SpatialIndex::nearest(const math::Vector2& p, double tolerance,
                                       const std::function<bool(const engine::Entity&)>& filter) {
     if (!(tolerance >= 0.0) || !std::isfinite(p.x) || !std::isfinite(p.y)) return nullptr;
-    engine::Entity* best = nullptr;
-    double least = tolerance;
-    for (engine::Entity* entity : query(math::Bounds2(p, p).inflated(tolerance))) {
-        if (filter && !filter(*entity)) continue;
-        const double distance = entity->distanceTo(p);
-        if (!(distance <= (best != nullptr ? least + kSameDistance : tolerance))) continue;
-        least = std::min(least, distance);
-        best = entity;
+    if (!impl_) build();
+    // Among many entities the nearest one is mostly far nearer than the tolerance: the search widens until it is sure.
+    double reach = tolerance * std::min(1.0, kFewEntities / static_cast<double>(impl_->tree.size() + 1));
+    for (;;) {
+        engine::Entity* best = nullptr;
+        double least = tolerance;
+        for (engine::Entity* entity : query(math::Bounds2(p, p).inflated(reach))) {
+            if (filter && !filter(*entity)) continue;
+            const double distance = entity->distanceTo(p);
+            if (!(distance <= (best != nullptr ? least + kSameDistance : tolerance))) continue;
+            least = std::min(least, distance);
+            best = entity;
+        }
+        if (reach >= tolerance || (best != nullptr && least + kSameDistance <= reach)) return best;
+        reach = std::min(tolerance, best != nullptr ? least + 2.0 * kSameDistance : reach * 8.0);
     }
-    return best;
 }
 
 math::Bounds2 SpatialIndex::extents() {

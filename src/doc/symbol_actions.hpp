@@ -21,14 +21,16 @@ struct CurrentSpace {
     bool tileMode = true;
     engine::Name layout;
     bool throughViewport = false;  ///< model space, in a viewport of the layout
+    bool blockEditor = false;
 
     static CurrentSpace of(const engine::Drawing& drawing) {
-        return {drawing.tileMode, drawing.activeLayoutName, drawing.activeViewport() != nullptr};
+        return {drawing.tileMode, drawing.activeLayoutName, drawing.activeViewport() != nullptr,
+                drawing.editedBlock() != nullptr};
     }
     void apply(engine::Drawing& drawing) const;
     /// The same space is current (the active layout counts only while it is shown).
     bool sameSpace(const CurrentSpace& o) const {
-        return tileMode == o.tileMode && (tileMode || (layout == o.layout && throughViewport == o.throughViewport));
+        return blockEditor == o.blockEditor && tileMode == o.tileMode && (tileMode || (layout == o.layout && throughViewport == o.throughViewport));
     }
 };
 

@@ -25,6 +25,8 @@ public:
             return sizeof *this + name_.capacity() + before_.capacity() + after_.capacity();
         return sizeof(Value) <= sizeof(double) ? 64 : sizeof *this;
     }
+    const std::string& name() const { return name_; }
+    const Value& before() const { return before_; }
 
 private:
     std::string name_;

@@ -146,6 +146,8 @@ public:
     void redo(engine::Drawing& drawing) override { swap(drawing); }
     std::string description() const override { return Traits::description; }
     std::size_t sizeInBytes() const override;
+    /// The records before the edit (while it is undone: after it).
+    const Records& other() const { return other_; }
 
 private:
     void swap(engine::Drawing& drawing);

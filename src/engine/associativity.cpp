@@ -15,7 +15,10 @@ namespace {
 
 constexpr std::string_view kApplication = "KOVA_ASSOC";
 constexpr std::size_t kItemsPerLink = 5;
+constexpr std::size_t kItemsOfView = 2;  ///< viewport and its scale, behind the links
 constexpr std::size_t kMaxLinks = 8;
+
+const std::string kLengthFactor = "DIMLFAC";
 
 const Name& application() {
     static const Name name(kApplication);
@@ -38,6 +41,8 @@ std::optional<MeasuredArc> arcOfSegment(const PolylineEntity& polyline, std::int
     if (arc->sweep < 0.0) return MeasuredArc{arc->center, arc->radius, arc->start + arc->sweep, -arc->sweep};
     return MeasuredArc{arc->center, arc->radius, arc->start, arc->sweep};
 }
+
+bool usable(double scale) { return scale > 0.0 && std::isfinite(scale) && std::isfinite(1.0 / scale); }
 
 std::uint64_t readHandle(const std::string& text) {
     std::uint64_t handle = 0;
@@ -112,6 +117,28 @@ void moveArc(DimensionEntity& d, const MeasuredArc& arc) {
     }
 }
 
+/// The viewport of a link, while it stands on the same sheet as the dimension.
+const ViewportEntity* viewOf(const DimensionLink& link, const Drawing& drawing, const EntityList* sheet) {
+    if (link.viewport == 0) return nullptr;
+    const auto* viewport = dynamic_cast<const ViewportEntity*>(drawing.findByHandle(link.viewport));
+    return viewport != nullptr && viewport->owner() == sheet ? viewport : nullptr;
+}
+
+/// Keeps the shown value in model units when the viewport's scale has changed. False: nothing to do.
+bool followScale(DimensionEntity& d, const Drawing& drawing, const EntityList* sheet) {
+    std::vector<DimensionLink> links = dimensionLinks(d);
+    if (links.empty() || links.front().viewport == 0) return false;
+    const ViewportEntity* viewport = viewOf(links.front(), drawing, sheet);
+    if (viewport == nullptr || !usable(viewport->viewScale)) return false;
+    const double before = links.front().viewScale;
+    if (!usable(before) || std::abs(viewport->viewScale - before) <= 1e-12 * before) return false;
+    if (const auto it = d.styleOverrides.find(kLengthFactor); it != d.styleOverrides.end())
+        it->second *= before / viewport->viewScale;
+    for (DimensionLink& link : links) link.viewScale = viewport->viewScale;
+    setDimensionLinks(d, links);
+    return true;
+}
+
 void moveUserText(DimensionEntity& d, const Vector2& step) {
     if (d.hasUserText() && step != Vector2{}) d.setUserText(d.userText + step);
 }
@@ -159,6 +186,10 @@ void movePoints(DimensionEntity& d, const Vector2 (&to)[4]) {
 Vector2 MeasuredArc::startPoint() const { return center + radius * math::unitAt(start); }
 Vector2 MeasuredArc::endPoint() const { return center + radius * math::unitAt(start + sweep); }
 
+MeasuredArc MeasuredArc::seenThrough(const ViewportEntity& viewport) const {
+    return {viewport.toPaper(center), radius * viewport.viewScale, start + viewport.viewTwist, sweep};
+}
+
 std::optional<MeasuredArc> measuredArc(const Entity& entity, std::int32_t segment) {
     if (!inWorldPlane(entity)) return std::nullopt;
     if (const auto* circle = dynamic_cast<const CircleEntity*>(&entity))
@@ -174,9 +205,21 @@ std::optional<MeasuredArc> measuredArc(const Entity& entity, std::int32_t segmen
 std::vector<DimensionLink> dimensionLinks(const DimensionEntity& dimension) {
     const XData* data = dimension.xdata();
     const std::vector<XDataItem>* items = data != nullptr ? data->find(application()) : nullptr;
-    if (items == nullptr || items->size() % kItemsPerLink != 0 || items->size() > kItemsPerLink * kMaxLinks) return {};
+    if (items == nullptr || items->size() > kItemsPerLink * kMaxLinks + kItemsOfView) return {};
+    const std::size_t rest = items->size() % kItemsPerLink;
+    if (rest != 0 && rest != kItemsOfView) return {};
+    const std::size_t end = items->size() - rest;
+    std::uint64_t viewport = 0;
+    double viewScale = 0.0;
+    if (rest == kItemsOfView) {
+        const auto* view = std::get_if<std::string>(&(*items)[end].value);
+        const auto* scale = std::get_if<double>(&(*items)[end + 1].value);
+        if (view == nullptr || scale == nullptr || !usable(*scale)) return {};
+        viewport = readHandle(*view);
+        viewScale = *scale;
+    }
     std::vector<DimensionLink> links;
-    for (std::size_t i = 0; i < items->size(); i += kItemsPerLink) {
+    for (std::size_t i = 0; i < end; i += kItemsPerLink) {
         const auto* point = std::get_if<std::int64_t>(&(*items)[i].value);
         const auto* kind = std::get_if<std::int64_t>(&(*items)[i + 1].value);
         const auto* handle = std::get_if<std::string>(&(*items)[i + 2].value);
@@ -188,7 +231,7 @@ std::vector<DimensionLink> dimensionLinks(const DimensionEntity& dimension) {
         const auto what = static_cast<LinkKind>(*kind);
         if ((what == LinkKind::Arc) != (*point == 0) || !std::isfinite(*parameter)) return {};
         links.push_back({static_cast<std::int32_t>(*point), what, readHandle(*handle),
-                         static_cast<std::int32_t>(*index), *parameter});
+                         static_cast<std::int32_t>(*index), *parameter, viewport, viewScale});
     }
     return links;
 }
@@ -203,6 +246,12 @@ void setDimensionLinks(DimensionEntity& dimension, const std::vector<DimensionLi
         items.push_back({1005, handleText(link.handle)});
         items.push_back({1071, std::int64_t{link.index}});
         items.push_back({1040, link.parameter});
+    }
+    const auto through =
+        std::find_if(links.begin(), links.end(), [](const DimensionLink& link) { return link.viewport != 0; });
+    if (through != links.end() && usable(through->viewScale)) {
+        items.push_back({1005, handleText(through->viewport)});
+        items.push_back({1040, through->viewScale});
     }
     XData data = dimension.xdata() != nullptr ? *dimension.xdata() : XData{};
     data.set(application(), std::move(items));
@@ -303,8 +352,19 @@ Vector2& definitionPoint(DimensionEntity& dimension, std::int32_t point) {
     }
 }
 
-bool followLinks(DimensionEntity& d, const Drawing& drawing) {
+void measureThroughViewport(DimensionEntity& d, const DimStyle& style, const std::vector<DimensionLink>& links) {
+    for (const DimensionLink& link : links) {
+        if (link.viewport == 0 || !usable(link.viewScale)) continue;
+        // A negative factor of the style is the scale of a viewport already.
+        const double own = style.linearScale > 0.0 && std::isfinite(style.linearScale) ? style.linearScale : 1.0;
+        d.styleOverrides[kLengthFactor] = -own / link.viewScale;
+        return;
+    }
+}
+
+bool followLinks(DimensionEntity& d, const Drawing& drawing, const EntityList* space) {
     if (!dimensionIsFinite(d)) return false;
+    if (space == nullptr) space = d.owner();
     Vector2 to[4] = {d.def1, d.def2, d.def3, d.def4};
     bool moved = false;
     bool arcMoved = false;
@@ -312,8 +372,12 @@ bool followLinks(DimensionEntity& d, const Drawing& drawing) {
     for (const DimensionLink& link : dimensionLinks(d)) {
         const Entity* entity = drawing.findByHandle(link.handle);
         if (entity == nullptr) continue;
+        const bool seen = link.viewport != 0 && entity->owner() == &drawing.modelSpace() && space != entity->owner();
+        const ViewportEntity* viewport = seen ? viewOf(link, drawing, space) : nullptr;
+        if (seen && viewport == nullptr) continue;
         if (link.kind == LinkKind::Arc) {
-            const auto arc = measuredArc(*entity, link.index);
+            auto arc = measuredArc(*entity, link.index);
+            if (arc && viewport != nullptr) arc = arc->seenThrough(*viewport);
             if (!arc || !arc->center.is_finite() || !std::isfinite(arc->radius) || !(arc->radius > 0.0)) continue;
             DimensionEntity probe(d);
             moveArc(probe, *arc);
@@ -323,7 +387,8 @@ bool followLinks(DimensionEntity& d, const Drawing& drawing) {
             arcMoved = true;
             continue;
         }
-        const auto p = linkedPoint(*entity, link);
+        auto p = linkedPoint(*entity, link);
+        if (p && viewport != nullptr) p = viewport->toPaper(*p);
         Vector2& target = to[link.point - 1];
         if (!p || !p->is_finite() || samePoint(*p, target)) continue;
         target = *p;
@@ -331,7 +396,8 @@ bool followLinks(DimensionEntity& d, const Drawing& drawing) {
     }
     if (moved && !arcMoved) movePoints(d, to);
     if (moved || arcMoved) moveUserText(d, anchorOf(d) - before);
-    return moved || arcMoved;
+    const bool scaled = followScale(d, drawing, space);
+    return moved || arcMoved || scaled;
 }
 
 }  // namespace kova::engine

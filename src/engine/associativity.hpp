@@ -7,6 +7,8 @@
 #include <unordered_set>
 #include <vector>
 
+#include "engine/associativity_hatches.hpp"
+#include "engine/associativity_leaders.hpp"
 #include "engine/document_reactor.hpp"
 #include "engine/entities/dimension.hpp"
 #include "math/angles.hpp"
@@ -30,9 +32,15 @@ struct DimensionLink {
     std::uint64_t handle = 0;
     std::int32_t index = 0;
     double parameter = 0.0;
+    /// Handle of the viewport through which a dimension of a layout measures the model; 0: both stand in one space. A
+    /// dimension has one such viewport at most.
+    std::uint64_t viewport = 0;
+    double viewScale = 0.0;  ///< of the viewport when the dimension was last brought up to date
 
     friend bool operator==(const DimensionLink&, const DimensionLink&) = default;
 };
+
+class ViewportEntity;
 
 /// A circle or arc that a dimension measures, in drawing coordinates; the arc runs counter-clockwise.
 struct MeasuredArc {
@@ -43,6 +51,8 @@ struct MeasuredArc {
 
     math::Vector2 startPoint() const;
     math::Vector2 endPoint() const;
+    /// The same as it is seen on paper.
+    MeasuredArc seenThrough(const ViewportEntity& viewport) const;
 };
 /// Of a circle, arc or (bulged) polyline segment that lies in the world plane; nothing for anything else.
 std::optional<MeasuredArc> measuredArc(const Entity& entity, std::int32_t segment = 0);
@@ -63,13 +73,18 @@ void eachLinkablePoint(const Entity& entity,
 /// The definition point that a link drives.
 math::Vector2& definitionPoint(DimensionEntity& dimension, std::int32_t point);
 
+/// For a dimension that is new: has it show model units when its links go through a viewport, by an override of
+/// DIMLFAC, which counts on paper only.
+void measureThroughViewport(DimensionEntity& dimension, const DimStyle& style, const std::vector<DimensionLink>& links);
+
 /// Brings a dimension to where the entities of its links are; links to what is gone are passed over. False when
-/// nothing changes; `apply` false only asks.
-bool followLinks(DimensionEntity& dimension, const Drawing& drawing);
+/// nothing changes. `space` is where the dimension stands when it is a copy made to try; null: its own.
+bool followLinks(DimensionEntity& dimension, const Drawing& drawing, const EntityList* space = nullptr);
 
 /// Keeps associative dimensions on what they measure: when a group of changes closes, the dimensions tied to changed
 /// entities follow, as changes of that group. A copied dimension is tied to the copies of what it measures, or to
-/// nothing. Without tied dimensions every notice costs a look at an empty table.
+/// nothing. Leaders follow their annotations and hatches their boundaries in the same manner. Without such entities
+/// every notice costs a look at an empty table.
 class AssociativityReactor final : public IDocumentReactor {
 public:
     /// Changes an entity of the drawing so that the change is recorded.
@@ -84,6 +99,8 @@ public:
 
     /// Notes all tied dimensions to be brought up to date when the open group closes. Gives their number.
     std::size_t refreshAll(Drawing& drawing);
+    /// How many hatches have lost their boundary since the last call.
+    std::size_t takeLostHatches() { return hatches_.takeLost(); }
 
 private:
     void know(Drawing& drawing);
@@ -100,6 +117,8 @@ private:
     std::vector<std::uint64_t> added_;         ///< entities added in the group, while there are tied dimensions
     std::vector<std::uint64_t> copies_;        ///< dimensions added away from what their links name
     bool updating_ = false;
+    LeaderTies leaders_;
+    HatchTies hatches_;
 };
 
 }  // namespace kova::engine

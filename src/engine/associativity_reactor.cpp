@@ -1,6 +1,8 @@
-// The reactor that keeps associative dimensions on what they measure.
+// The reactor that keeps dimensions, leaders and hatches on what they are tied to.
 #include "engine/associativity.hpp"
 #include "engine/drawing.hpp"
+#include "engine/entities/hatch.hpp"
+#include "engine/entities/leader.hpp"
 
 namespace kova::engine {
 
@@ -80,7 +82,7 @@ private:
 /// True when the dimension stands where its links say.
 bool standsOnLinks(const DimensionEntity& dimension, const Drawing& drawing) {
     DimensionEntity probe(dimension);
-    return !followLinks(probe, drawing);
+    return !followLinks(probe, drawing, dimension.owner());
 }
 
 }  // namespace
@@ -92,9 +94,14 @@ void AssociativityReactor::know(Drawing& drawing) {
     dirty_.clear();
     added_.clear();
     copies_.clear();
+    leaders_.clear();
+    hatches_.clear();
     const auto scan = [this](const EntityList& list) {
-        for (const Entity& entity : list)
+        for (const Entity& entity : list) {
             if (hasDimensionLinks(entity)) index(static_cast<const DimensionEntity&>(entity));
+            if (entity.type() == EntityType::Leader) leaders_.know(static_cast<const LeaderEntity&>(entity));
+            if (entity.type() == EntityType::Hatch) hatches_.know(static_cast<const HatchEntity&>(entity));
+        }
     };
     scan(drawing.modelSpace());
     for (const auto& layout : drawing.layouts()) scan(layout->entities);
@@ -102,14 +109,20 @@ void AssociativityReactor::know(Drawing& drawing) {
 }
 
 void AssociativityReactor::index(const DimensionEntity& dimension) {
-    for (const DimensionLink& link : dimensionLinks(dimension)) {
-        std::vector<std::uint64_t>& ids = tied_[link.handle];
+    const auto tie = [&](std::uint64_t handle) {
+        std::vector<std::uint64_t>& ids = tied_[handle];
         if (std::find(ids.begin(), ids.end(), dimension.id()) == ids.end()) ids.push_back(dimension.id());
+    };
+    for (const DimensionLink& link : dimensionLinks(dimension)) {
+        tie(link.handle);
+        if (link.viewport != 0) tie(link.viewport);
     }
 }
 
 void AssociativityReactor::entityAdded(Drawing& drawing, Entity& entity) {
     know(drawing);
+    leaders_.entityAdded(entity);
+    hatches_.entityAdded(entity);
     if (hasDimensionLinks(entity)) {
         index(static_cast<const DimensionEntity&>(entity));
         if (!standsOnLinks(static_cast<const DimensionEntity&>(entity), drawing)) copies_.push_back(entity.id());
@@ -121,6 +134,8 @@ void AssociativityReactor::entityAdded(Drawing& drawing, Entity& entity) {
 void AssociativityReactor::entityModified(Drawing& drawing, Entity& entity) {
     if (updating_) return;
     know(drawing);
+    leaders_.entityModified(entity);
+    hatches_.entityModified(entity);
     if (hasDimensionLinks(entity)) {
         index(static_cast<const DimensionEntity&>(entity));
         dirty_.insert(entity.id());
@@ -130,13 +145,20 @@ void AssociativityReactor::entityModified(Drawing& drawing, Entity& entity) {
         dirty_.insert(it->second.begin(), it->second.end());
 }
 
-void AssociativityReactor::entityErased(Drawing&, Entity&) {
+void AssociativityReactor::entityErased(Drawing& drawing, Entity& entity) {
+    know(drawing);
+    leaders_.entityErased(entity);
+    hatches_.entityErased(entity);
     // Dimensions stay where they are; their links come to life again when the entity comes back.
 }
 
 void AssociativityReactor::groupClosing(Drawing& drawing) {
     if (!copies_.empty()) tieCopies(drawing);
     added_.clear();
+    updating_ = true;
+    leaders_.close(drawing, modify_);
+    hatches_.close(drawing, modify_);
+    updating_ = false;
     if (dirty_.empty()) return;
     // In the order of their making, so that the history does not depend on hashing.
     std::vector<std::uint64_t> ids(dirty_.begin(), dirty_.end());
@@ -174,8 +196,12 @@ void AssociativityReactor::tieCopies(Drawing& drawing) {
 }
 
 void AssociativityReactor::documentRestored(Drawing& drawing) {
-    // The history brings dimensions back with what they measure; a new drawing is read at its first change.
-    if (known_ != &drawing) known_ = nullptr;
+    // The history brings dimensions, leaders and hatches back with what they are tied to.
+    if (known_ == &drawing) {
+        leaders_.refresh(drawing);
+        hatches_.refresh(drawing);
+    }
+    know(drawing);
 }
 
 std::size_t AssociativityReactor::refreshAll(Drawing& drawing) {

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "engine/entities/line.hpp"
+
 namespace kova::engine {
 
 using math::Bounds2;
@@ -36,9 +38,19 @@ bool canBeEdge(const Entity& entity) {
 
 void EdgeSink::add(const Entity& entity) {
     const std::size_t before = edges_.size();
+    if (entity.type() == EntityType::Line) {
+        // What there is most of, without the way round over paths.
+        const auto& line = static_cast<const LineEntity&>(entity);
+        Edge edge;
+        edge.piece.from = line.start;
+        edge.piece.element.kind = Kind::Line;
+        edge.piece.element.p = line.end;
+        edge.extends = true;
+        if (window_.is_empty() || window_.intersects(edge.piece.bounds())) edges_.push_back(edge);
+        return;
+    }
     entity.emit(*this, outlineStyle(entity));
     switch (entity.type()) {
-        case EntityType::Line:
         case EntityType::Arc:
         case EntityType::Ellipse:
             for (std::size_t i = before; i < edges_.size(); ++i) edges_[i].extends = true;

@@ -22,6 +22,7 @@ public:
     using OutlineSink::fill;
     using OutlineSink::stroke;
     void add(const Entity& entity);
+    void clear() { edges_.clear(); }
     const std::vector<Edge>& edges() const { return edges_; }
 
     void stroke(PathView path, const OutlineStyle& style, const StrokeOptions& options) override;

@@ -61,13 +61,14 @@ Drawing::Drawing() : modelSpace_(this) {
 Drawing::~Drawing() = default;
 
 EntityList& Drawing::currentSpace() {
+    if (editedBlock_) return editedBlock_->entities;
     if (tileMode || activeViewport() != nullptr) return modelSpace_;
     Layout* layout = activeLayout();
     return layout != nullptr ? layout->entities : modelSpace_;
 }
 
 ViewportEntity* Drawing::activeViewport() const {
-    if (tileMode || activeViewportId == 0) return nullptr;
+    if (tileMode || activeViewportId == 0 || editedBlock_) return nullptr;
     Entity* entity = findById(activeViewportId);
     const Layout* layout = activeLayout();
     if (entity == nullptr || layout == nullptr || entity->owner() != &layout->entities) return nullptr;
@@ -142,6 +143,7 @@ std::unique_ptr<Block> Drawing::takeBlock(Name name) {
 std::vector<std::unique_ptr<Block>> Drawing::takeBlocks() {
     blockIndex_.clear();
     for (const auto& block : blocks_) block->entities.attach(nullptr);
+    if (editedBlock_) blockIndex_.emplace(editedBlock_->name.key(), editedBlock_.get());
     return std::exchange(blocks_, {});
 }
 
@@ -169,7 +171,27 @@ bool Drawing::renameBlock(Name from, Name to) {
     rename(modelSpace_);
     for (const auto& layout : layouts_) rename(layout->entities);
     for (const auto& other : blocks_) rename(other->entities);
+    if (editedBlock_) rename(editedBlock_->entities);
     return true;
+}
+
+Name Drawing::editedBlockName() {
+    static const Name name("*Block_Editor");
+    return name;
+}
+
+std::unique_ptr<Block> Drawing::exchangeEditedBlock(std::unique_ptr<Block> block) {
+    if (editedBlock_) {
+        blockIndex_.erase(editedBlock_->name.key());
+        editedBlock_->entities.attach(nullptr);
+    }
+    editedBlock_.swap(block);
+    if (editedBlock_) {
+        editedBlock_->name = editedBlockName();
+        editedBlock_->entities.attach(this);
+        blockIndex_.emplace(editedBlock_->name.key(), editedBlock_.get());
+    }
+    return block;
 }
 
 EntityList* Drawing::spaceByBlockName(Name name) {
@@ -190,10 +212,11 @@ Name Drawing::nextAnonymousName(std::string_view prefix) {
     }
 }
 
-bool Drawing::blockContainsItself(Name name) const {
+bool Drawing::blockContains(Name outer, Name wanted) const {
     // Depth first over the blocks that are reached by references, with a list of its own: nesting may be deep.
-    const Block* start = findBlock(name);
-    if (start == nullptr) return false;
+    const Block* start = findBlock(outer);
+    const Block* target = findBlock(wanted);
+    if (start == nullptr || target == nullptr) return false;
     std::unordered_set<const Block*> seen;
     std::vector<const Block*> open{start};
     while (!open.empty()) {
@@ -202,7 +225,7 @@ bool Drawing::blockContainsItself(Name name) const {
         for (const Entity& e : block->entities) {
             if (e.type() != EntityType::BlockReference) continue;
             const Block* inner = findBlock(static_cast<const BlockReferenceEntity&>(e).blockName);
-            if (inner == start) return true;
+            if (inner == target) return true;
             if (inner != nullptr && seen.insert(inner).second) open.push_back(inner);
         }
     }

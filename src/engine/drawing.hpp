@@ -81,14 +81,15 @@ public:
     Table<NamedView> namedViews;
     Table<AnnotationScale> annotationScales;
     Table<PageSetup> namedPageSetups;
-    NamedView currentView;            ///< what the interactive view shows in model space
-    math::Vector2 lastPoint;          ///< LASTPOINT
-    std::string fileName;             ///< path of the file it was opened from or saved to; empty: none yet
+    NamedView currentView;    ///< what the interactive view shows in model space
+    math::Vector2 lastPoint;  ///< LASTPOINT
+    std::string fileName;     ///< path of the file it was opened from or saved to; empty: none yet
 
     // Spaces ---------------------------------------------------------------------------------------------
     EntityList& modelSpace() { return modelSpace_; }
     const EntityList& modelSpace() const { return modelSpace_; }
-    /// Model space, or the active layout's entities when TILEMODE is 0 and no viewport is active.
+    /// The edited block's entities while there is one; else model space, or the active layout's entities when TILEMODE
+    /// is 0 and no viewport is active.
     EntityList& currentSpace();
     const EntityList& currentSpace() const { return const_cast<Drawing*>(this)->currentSpace(); }
     bool isModelSpaceCurrent() const { return tileMode; }
@@ -125,7 +126,16 @@ public:
     /// The next unused anonymous name with the prefix: "*D" gives "*D1", "*D2" ...
     Name nextAnonymousName(std::string_view prefix);
     /// True when references make the block contain itself.
-    bool blockContainsItself(Name name) const;
+    bool blockContainsItself(Name name) const { return blockContains(name, name); }
+    /// True when the outer block has a reference to the inner one, itself or through other blocks.
+    bool blockContains(Name outer, Name inner) const;
+    /// The copy of a definition that is worked on in the block editor; null while there is none. It stands in no table
+    /// and no file, but findBlock knows it by its name.
+    Block* editedBlock() const { return editedBlock_.get(); }
+    /// The name that the edited block must have.
+    static Name editedBlockName();
+    /// Puts another one in its place (null: none) and gives the old one out.
+    std::unique_ptr<Block> exchangeEditedBlock(std::unique_ptr<Block> block);
 
     // Entities -------------------------------------------------------------------------------------------
     /// Anywhere in the drawing; null when there is none.
@@ -174,6 +184,7 @@ private:
     PagedEntityIndex<&Entity::handle> byHandle_;
     std::vector<std::unique_ptr<Block>> blocks_;
     std::unordered_map<const void*, Block*> blockIndex_;
+    std::unique_ptr<Block> editedBlock_;
     std::vector<std::unique_ptr<Layout>> layouts_;
     EntityList modelSpace_;
 };

@@ -423,32 +423,8 @@ std::unique_ptr<Entity> EditCurve::polylinePart(double u0, double u1) const {
 }
 
 std::unique_ptr<Entity> EditCurve::splinePart(double u0, double u1) const {
-    std::vector<math::Cubic> cubics;
-    const std::size_t n = pieces_.size();
-    const auto add = [&](double from, double to) {
-        if (!(to > from)) return;
-        auto [i, s] = placeOf(from, n, false);
-        const auto [j, t] = placeOf(to, n, false);
-        for (; i <= j; ++i, s = 0.0) {
-            const double last = i == j ? t : 1.0;
-            if (last - s <= kSnap) continue;
-            const CurvePiece& piece = pieces_[i];
-            const math::Cubic whole = piece.element.kind == Kind::Cubic
-                                          ? cubicOf(piece)
-                                          : math::Cubic{piece.from, piece.from.lerp(piece.element.p, 1.0 / 3.0),
-                                                        piece.from.lerp(piece.element.p, 2.0 / 3.0), piece.element.p};
-            cubics.push_back(s <= 0.0 && last >= 1.0 ? whole : math::cubicPart(whole, s, last));
-        }
-    };
-    u0 = std::clamp(u0, 0.0, static_cast<double>(n));
-    u1 = std::clamp(u1, 0.0, static_cast<double>(n));
-    if (u1 > u0) {
-        add(u0, u1);
-    } else {
-        add(u0, static_cast<double>(n));
-        add(0.0, u1);
-    }
-    return cubics.empty() ? nullptr : splineAlong(cubics, false, *entity_);
+    const double end = static_cast<double>(pieces_.size());
+    return static_cast<const SplineEntity&>(*entity_).part(std::clamp(u0, 0.0, end), std::clamp(u1, 0.0, end));
 }
 
 std::unique_ptr<Entity> splineAlong(const std::vector<math::Cubic>& cubics, bool closed, const Entity& like) {

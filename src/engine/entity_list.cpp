@@ -28,6 +28,14 @@ Entity& EntityList::append(std::unique_ptr<Entity> entity) {
     return e;
 }
 
+void EntityList::appendShown(std::unique_ptr<Entity> entity) {
+    entity->owner_ = this;
+    entity->slot_ = static_cast<std::uint32_t>(slots_.size());
+    slots_.push_back(std::move(entity));
+    ++live_;
+    ++revision_;
+}
+
 void EntityList::touch(Entity& entity) {
     ++revision_;
     if (drawing_ == nullptr) return;

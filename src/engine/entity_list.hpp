@@ -24,6 +24,9 @@ public:
     /// Adds at the end of the drawing order. An entity without a handle, or whose handle is taken in the
     /// drawing, gets the next one.
     Entity& append(std::unique_ptr<Entity> entity);
+    /// Adds at the end what is derived from other entities and only shown: the drawing does not find it by id or handle,
+    /// and no observer hears of it. For lists that hold nothing else.
+    void appendShown(std::unique_ptr<Entity> entity);
     /// Takes an entity of this list out; it keeps its id, handle and place.
     std::unique_ptr<Entity> take(Entity& entity);
     /// Puts back an entity that take() gave out, at its old place.

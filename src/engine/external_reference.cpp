@@ -1,5 +1,7 @@
 #include "engine/external_reference.hpp"
 
+#include <filesystem>
+
 #include <array>
 
 #include "engine/associativity.hpp"
@@ -78,6 +80,7 @@ void cutLoose(Entity& entity, const Drawing& source) {
             break;
         case EntityType::Hatch: {
             auto& hatch = static_cast<HatchEntity&>(entity);
+            hatch.dissociate();
             const HatchPattern* pattern = source.hatchPatterns.find(hatch.patternName);
             if (hatch.ownPattern.empty() && pattern != nullptr) hatch.ownPattern = pattern->families;
             break;
@@ -182,6 +185,21 @@ SavedRecords::SavedRecords(const Drawing& drawing) {
     blocks.reserve(drawing.blocks().size());
     for (const auto& block : drawing.blocks())
         if (!comesWithReference(drawing, SymbolKind::Block, block->name)) blocks.push_back(block.get());
+}
+
+std::string findReferencedFile(const std::string& path, const std::string& hostFile) {
+    if (path.empty()) return {};
+    std::string plain = path;
+    std::replace(plain.begin(), plain.end(), '\\', '/');
+    const std::filesystem::path folder = std::filesystem::path(hostFile).parent_path();
+    // Paths of other machines lead nowhere; the file often lies beside its host.
+    const std::filesystem::path candidates[] = {path, folder / plain, folder / std::filesystem::path(plain).filename()};
+    for (const std::filesystem::path& candidate : candidates) {
+        if (candidate == candidates[0] && candidate.is_relative() && !folder.empty()) continue;
+        std::error_code error;
+        if (std::filesystem::is_regular_file(candidate, error)) return candidate.string();
+    }
+    return {};
 }
 
 }  // namespace kova::engine

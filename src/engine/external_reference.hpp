@@ -54,4 +54,8 @@ inline bool hasOwnContents(const Block& block) {
     return block.xrefType == XrefType::None || block.xrefStatus != XrefStatus::Loaded;
 }
 
+/// The file that a reference's path means: as it stands, from the host's folder, or by its name alone in that folder.
+/// Empty: there is none.
+std::string findReferencedFile(const std::string& path, const std::string& hostFile);
+
 }  // namespace kova::engine

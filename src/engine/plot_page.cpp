@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "engine/view_frame.hpp"
+
 namespace kova::engine {
 
 using math::Bounds2;
@@ -117,14 +119,17 @@ PlotPage plotPage(const Drawing& drawing, Name layout) {
 Bounds2 plottedBox(const Drawing& drawing, const PlotPage& page) {
     const Layout* layout = page.layout.empty() ? nullptr : drawing.findLayout(page.layout);
     const auto area = static_cast<PlotArea>(page.setup.plotArea);
-    if (area == PlotArea::Window || area == PlotArea::View) return page.window;
+    if (area == PlotArea::View) return page.window;
+    if (area == PlotArea::Window)
+        return layout == nullptr ? windowInView(drawing.currentView, page.window) : page.window;
     if (layout != nullptr) {
         if (area == PlotArea::Extents) return drawing.extents(layout->entities);
         return {{0.0, 0.0}, {page.setup.paperWidth, page.setup.paperHeight}};
     }
     if (area == PlotArea::Display) return viewBox(drawing.currentView);
-    if (area == PlotArea::Limits) return {drawing.limits.lower, drawing.limits.upper};
-    return drawing.extents(drawing.modelSpace());
+    if (area == PlotArea::Limits)
+        return windowInView(drawing.currentView, {drawing.limits.lower, drawing.limits.upper});
+    return modelExtentsInView(drawing);
 }
 
 }  // namespace kova::engine

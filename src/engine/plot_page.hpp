@@ -20,7 +20,7 @@ struct PlotPage {
 };
 
 /// What is written.
-enum class PlotFormat { Pdf, Svg, Png };
+enum class PlotFormat { Pdf, Svg, Png, Jpg, Bmp };
 
 /// A sheet of paper that is known by name. Millimetres, the longer side first.
 struct PaperSize {

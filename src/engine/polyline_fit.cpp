@@ -2,17 +2,14 @@
 
 #include <cmath>
 
+#include "engine/space_fit.hpp"
 #include "math/curves.hpp"
-#include "math/nurbs.hpp"
 
 namespace kova::engine {
 
 using math::Vector2;
 
 namespace {
-
-/// Vertices that a spline-fit polyline may get.
-constexpr std::size_t kMostVertices = 2'000'000;
 
 /// The frame to fit again: what stood before an earlier fitting, without repeated points.
 std::vector<Vector2> frameOf(const PolylineEntity& polyline) {
@@ -21,6 +18,21 @@ std::vector<Vector2> frameOf(const PolylineEntity& polyline) {
         if (frame.empty() || frame.back() != p) frame.push_back(p);
     if (polyline.closed && frame.size() > 1 && frame.front() == frame.back()) frame.pop_back();
     return frame;
+}
+
+/// The tangents that the user gave, on the vertices of the frame. A spline keeps none.
+std::vector<PolylineRecord> tangentsOf(const PolylineEntity& polyline) {
+    std::vector<PolylineRecord> given;
+    const bool fitted = !polyline.fit.empty();
+    if (fitted && polyline.spline) return given;
+    for (const PolylineRecord& record : polyline.records) {
+        if ((record.flags & PolylineRecord::kTangent) == 0 || record.vertex < 0) continue;
+        if ((record.flags & PolylineRecord::kExtraVertex) != 0 || (fitted && record.vertex % 2 != 0)) continue;
+        given.push_back(record);
+        given.back().flags = PolylineRecord::kTangent;
+        if (fitted) given.back().vertex /= 2;
+    }
+    return given;
 }
 
 /// Direction at b of the circle through three points.
@@ -94,11 +106,12 @@ void fitWithArcs(PolylineEntity& polyline) {
         directions[0] = mirrored(directions[1], frame[1], frame[0]);
         directions[n - 1] = mirrored(directions[n - 2], frame[n - 2], frame[n - 1]);
     }
-    if (polyline.fit.empty())
-        for (const PolylineRecord& record : polyline.records)
-            if ((record.flags & PolylineRecord::kTangent) != 0 && record.vertex >= 0 &&
-                static_cast<std::size_t>(record.vertex) < n)
-                directions[static_cast<std::size_t>(record.vertex)] = Vector2::from_angle(record.tangent);
+    std::vector<PolylineRecord> given = tangentsOf(polyline);
+    std::erase_if(given, [n](const PolylineRecord& r) { return static_cast<std::size_t>(r.vertex) >= n; });
+    for (PolylineRecord& record : given) {
+        directions[static_cast<std::size_t>(record.vertex)] = Vector2::from_angle(record.tangent);
+        record.vertex *= 2;  // behind each vertex stands the joint of its arcs
+    }
     PolylineEntity out;
     out.closed = closed;
     for (std::size_t i = 0; i < n; ++i) {
@@ -118,6 +131,7 @@ void fitWithArcs(PolylineEntity& polyline) {
         out.records.push_back(extra);
         out.addVertex(joint, -math::bulgeFromTangent(b, -v, joint));
     }
+    out.records.insert(out.records.end(), given.begin(), given.end());
     become(polyline, out, std::move(frame));
     polyline.spline = false;
     polyline.curveType = 0;
@@ -127,45 +141,47 @@ void fitWithSpline(PolylineEntity& polyline, int degree, int segments) {
     std::vector<Vector2> frame = frameOf(polyline);
     const std::size_t n = frame.size();
     if (n < 3) return;
-    degree = std::clamp(degree, 2, std::min(3, static_cast<int>(n) - 1));
-    const bool closed = polyline.closed;
-    std::size_t each = static_cast<std::size_t>(std::clamp(segments, 1, 200));
-    each = std::max<std::size_t>(1, std::min(each, kMostVertices / n));
-    std::vector<Vector2> points = frame;
-    if (closed) points.insert(points.end(), frame.begin(), frame.begin() + degree);
-    const std::vector<double> knots =
-        closed ? math::uniformKnots(degree, points.size()) : math::clampedUniformKnots(degree, points.size());
-    const math::SplineView view{degree, points, knots};
-    if (!view.usable()) return;
+    const int kind = degree == 2 ? 5 : 6;
+    std::vector<math::Vector3> points;
+    for (const Vector2& p : frame) points.emplace_back(p);
     PolylineEntity out;
-    out.closed = closed;
-    const std::size_t total = each * (closed ? n : n - 1);
-    const double from = view.domainStart();
-    const double width = view.domainEnd() - from;
-    out.vertices.reserve(total + 1);
-    for (std::size_t i = 0; i < total + (closed ? 0 : 1); ++i) {
-        out.vertices.push_back(
-            math::splinePoint(view, from + width * static_cast<double>(i) / static_cast<double>(total)));
-    }
-    if (!closed) {
-        out.vertices.front() = frame.front();
-        out.vertices.back() = frame.back();
+    out.closed = polyline.closed;
+    for (const math::Vector3& p : frameCurve(points, out.closed, degree, curveSteps(segments, n, out.closed)))
+        out.vertices.push_back(p.xy());
+    if (out.vertices.empty()) return;
+    if (segments < 0) {
+        fitWithArcs(out);
+        out.fit.clear();
     }
     become(polyline, out, std::move(frame));
     polyline.spline = true;
-    polyline.curveType = degree == 2 ? 5 : 6;
+    polyline.curveType = kind;
 }
 
 void decurve(PolylineEntity& polyline) {
+    std::vector<PolylineRecord> given = tangentsOf(polyline);
     if (!polyline.fit.empty()) {
         PolylineEntity out(polyline.fit, polyline.closed);
         become(polyline, out, {});
     }
     polyline.bulges.clear();
     polyline.fit.clear();
-    polyline.records.clear();
+    polyline.records = std::move(given);
     polyline.spline = false;
     polyline.curveType = 0;
+}
+
+void editFrame(PolylineEntity& polyline, int segments, const std::function<void(PolylineEntity&)>& edit) {
+    const bool fitted = !polyline.fit.empty();
+    const bool spline = polyline.spline;
+    const int degree = polyline.curveType == 5 ? 2 : 3;
+    if (fitted) decurve(polyline);
+    edit(polyline);
+    if (!fitted) return;
+    if (spline)
+        fitWithSpline(polyline, degree, segments);
+    else
+        fitWithArcs(polyline);
 }
 
 }  // namespace kova::engine

@@ -63,8 +63,9 @@ void reverseDirection(Entity& entity) {
             static_cast<PolylineEntity&>(entity).reverse();
             break;
         case EntityType::Polyline3D: {
-            auto& vertices = static_cast<Polyline3DEntity&>(entity).vertices;
-            std::reverse(vertices.begin(), vertices.end());
+            auto& polyline = static_cast<Polyline3DEntity&>(entity);
+            std::reverse(polyline.vertices.begin(), polyline.vertices.end());
+            std::reverse(polyline.frame.begin(), polyline.frame.end());
             break;
         }
         case EntityType::Spline:

@@ -4,6 +4,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/entities/dimension.hpp"
+#include "engine/idle_visitor.hpp"
 
 namespace kova::engine {
 
@@ -44,7 +45,7 @@ private:
 };
 
 /// Finds the references among an entity's own fields by their keys, which mean the same in all kinds of entities.
-class FieldReferences final : public FieldVisitor {
+class FieldReferences final : public IdleVisitor {
 public:
     explicit FieldReferences(Reporter& report) : report_(report) {}
     void visit(Entity& entity) {
@@ -66,54 +67,9 @@ protected:
     void onTextMap(const Field& f, std::map<std::string, std::string>& v) override {
         if (f.key == "nameOverrides") report_.dimOverrides(v);
     }
-    bool beginObject(const Field&, bool present) override { return present; }
-    bool beginList(const Field&, std::size_t& count) override { return count != 0; }
-
-    void onNumber(const Field&, double&) override {}
-    void onInteger(const Field&, std::int64_t&) override {}
-    void onBoolean(const Field&, bool&) override {}
-    void onHandle(const Field&, std::uint64_t&) override {}
-    void onColor(const Field&, Color&) override {}
-    void onPoint(const Field&, math::Vector2&) override {}
-    void onPoint3(const Field&, math::Vector3&) override {}
-    void onPointObject(const Field&, math::Vector2&) override {}
-    void onPointObject3(const Field&, math::Vector3&) override {}
-    void onPoints(const Field&, std::vector<math::Vector2>&) override {}
-    void onPoints3(const Field&, std::vector<math::Vector3>&) override {}
-    void onNumbers(const Field&, std::vector<double>&) override {}
-    void onIntegers(const Field&, std::vector<std::int32_t>&) override {}
-    void onBooleans(const Field&, std::vector<bool>&) override {}
-    void onHandles(const Field&, std::vector<std::uint64_t>&) override {}
-    void onTexts(const Field&, std::vector<std::string>&) override {}
-    void onIntegerLists(const Field&, std::vector<std::vector<std::int32_t>>&) override {}
-    void onTextLists(const Field&, std::vector<std::vector<std::string>>&) override {}
-    void onNumberMap(const Field&, std::map<std::string, double>&) override {}
-    void endObject() override {}
-    void beginItem(std::size_t) override {}
-    void endItem() override {}
-    void endList() override {}
 
 private:
-    std::optional<SymbolKind> kindOf(std::string_view key) const {
-        if (key == "textStyle") return SymbolKind::TextStyle;
-        if (key == "blockName" || key == "arrowBlock") return SymbolKind::Block;
-        if (key == "dimStyleName") return SymbolKind::DimStyle;
-        if (key == "layer") return SymbolKind::Layer;
-        if (key == "linetype") return SymbolKind::Linetype;
-        if (key != "styleName") return std::nullopt;
-        switch (type_) {
-            case EntityType::MLeader:
-                return SymbolKind::MLeaderStyle;
-            case EntityType::Table:
-                return SymbolKind::TableStyle;
-            case EntityType::Tolerance:
-            case EntityType::Leader:
-            case EntityType::Dimension:
-                return SymbolKind::DimStyle;
-            default:
-                return std::nullopt;
-        }
-    }
+    std::optional<SymbolKind> kindOf(std::string_view key) const { return referencedKind(type_, key); }
 
     Reporter& report_;
     EntityType type_ = EntityType::Line;
@@ -195,6 +151,27 @@ void visitSettings(Drawing& drawing, Reporter& report) {
 
 }  // namespace
 
+std::optional<SymbolKind> referencedKind(EntityType type, std::string_view key) {
+    if (key == "textStyle") return SymbolKind::TextStyle;
+    if (key == "blockName" || key == "arrowBlock") return SymbolKind::Block;
+    if (key == "dimStyleName") return SymbolKind::DimStyle;
+    if (key == "layer") return SymbolKind::Layer;
+    if (key == "linetype") return SymbolKind::Linetype;
+    if (key != "styleName") return std::nullopt;
+    switch (type) {
+        case EntityType::MLeader:
+            return SymbolKind::MLeaderStyle;
+        case EntityType::Table:
+            return SymbolKind::TableStyle;
+        case EntityType::Tolerance:
+        case EntityType::Leader:
+        case EntityType::Dimension:
+            return SymbolKind::DimStyle;
+        default:
+            return std::nullopt;
+    }
+}
+
 void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink) {
     Reporter report(kinds, sink);
     constexpr SymbolKinds fieldKinds = symbolBit(SymbolKind::Block) | symbolBit(SymbolKind::DimStyle) |
@@ -206,6 +183,7 @@ void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink) {
         visitEntities(drawing.modelSpace(), report, fields);
         for (const auto& layout : drawing.layouts()) visitEntities(layout->entities, report, fields);
         for (const auto& block : drawing.blocks()) visitEntities(block->entities, report, fields);
+        if (Block* edited = drawing.editedBlock()) visitEntities(edited->entities, report, fields);
     }
     visitStyles(drawing, report);
     visitLayers(drawing, report);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "engine/entity_type.hpp"
 #include "engine/symbols.hpp"
 
 namespace kova::engine {
@@ -30,5 +32,8 @@ public:
 /// Visits the references of these kinds in entities of all spaces and blocks, in records and current settings.
 /// Linear in the size of the drawing.
 void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink);
+
+/// The kind of record that a name-valued field of an entity refers to, by its key; nothing for other fields.
+std::optional<SymbolKind> referencedKind(EntityType type, std::string_view key);
 
 }  // namespace kova::engine

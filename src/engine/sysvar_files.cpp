@@ -5,6 +5,7 @@
 #include "engine/entities/viewport.hpp"
 #include "engine/sysvar_host.hpp"
 #include "engine/sysvar_rows.hpp"
+#include "engine/view_frame.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine::rows {
@@ -66,11 +67,13 @@ SysVarValue upperExtent(const Drawing& d) {
     return box.is_empty() ? Point(-1e20, -1e20, -1e20) : Point(box.max);
 }
 
-/// How far the view is turned: the angle between its up direction and the y axis.
-SysVarValue viewTwist(const Drawing& d) {
-    const math::Vector2 up = d.currentView.upHint.xy();
-    if (up.length() < 1e-10) return 0.0;
-    return math::normalizeAngle(math::kPi / 2.0 - up.angle());
+/// The viewport through which model space is worked on; null in the model tab and on paper.
+const ViewportEntity* windowInUse(const Drawing& d) { return d.tileMode ? nullptr : d.activeViewport(); }
+
+/// How far the view is turned.
+SysVarValue twistOfView(const Drawing& d) {
+    if (const ViewportEntity* v = windowInUse(d)) return v->viewTwist;
+    return viewTwist(d.currentView.viewDirection, d.currentView.upHint);
 }
 
 std::int32_t viewportNumber(const Drawing& d) {
@@ -134,7 +137,7 @@ std::vector<SysVarDef> fileVariables() {
         // References and attributes
         toggle("ATTDIA", 1, kProfile, "INSERT asks for attribute values in a dialog"),
         toggle("ATTREQ", 1, kProfile, "INSERT asks for attribute values; 0: takes the defaults"),
-        integer("AFLAGS", 0, 0, 31, kSession,
+        integer("AFLAGS", 0, 0, 63, kSession,
                 "Modes of new attributes, sum of: 1 invisible, 2 constant, 4 verified, 8 preset, 16 locked in place"),
         toggle("VISRETAIN", 1, kHeader, "Own settings of the layers of references are kept").code(70),
         integer("XLOADCTL", 2, 0, 2, kProfile, "References are loaded 0 whole, 1 on demand, 2 on demand from a copy"),
@@ -164,17 +167,29 @@ std::vector<SysVarDef> fileVariables() {
             .get(upperExtent),
         point("VIEWCTR", {210, 148.5, 0}, saved::Nowhere, "Center of the view")
             .readOnly()
-            .get([](const Drawing& d) -> SysVarValue { return Point(d.currentView.center); }),
+            .get([](const Drawing& d) -> SysVarValue {
+                const ViewportEntity* v = windowInUse(d);
+                return v != nullptr ? Point(v->viewTarget) : Point(d.currentView.center);
+            }),
         real("VIEWSIZE", 297.0, saved::Nowhere, "Height of the view")
             .readOnly()
-            .get([](const Drawing& d) -> SysVarValue { return d.currentView.height; }),
+            .get([](const Drawing& d) -> SysVarValue {
+                const ViewportEntity* v = windowInUse(d);
+                return v != nullptr && v->viewScale > 0.0 ? std::abs(v->height) / v->viewScale : d.currentView.height;
+            }),
         point("VIEWDIR", {0, 0, 1}, saved::Nowhere, "Direction from the target to the viewer")
             .readOnly()
-            .get([](const Drawing& d) -> SysVarValue { return d.currentView.viewDirection; }),
+            .get([](const Drawing& d) -> SysVarValue {
+                const ViewportEntity* v = windowInUse(d);
+                return v != nullptr ? v->viewDirection : d.currentView.viewDirection;
+            }),
         point("TARGET", {0, 0, 0}, saved::Nowhere, "Target of the view")
             .readOnly()
-            .get([](const Drawing& d) -> SysVarValue { return d.currentView.target; }),
-        angle("VIEWTWIST", 0.0, saved::Nowhere, "Rotation of the view").readOnly().get(viewTwist),
+            .get([](const Drawing& d) -> SysVarValue {
+                const ViewportEntity* v = windowInUse(d);
+                return v != nullptr ? Point(v->viewTarget, v->viewTargetZ) : d.currentView.target;
+            }),
+        angle("VIEWTWIST", 0.0, saved::Nowhere, "Rotation of the view").readOnly().get(twistOfView),
         integer("VIEWMODE", 0, 0, 31, saved::Nowhere, "Kind of view; 1 perspective").readOnly(),
         string("UCSNAME", "", saved::Header, "Name of the current UCS")
             .code(2)

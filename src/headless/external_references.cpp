@@ -32,21 +32,6 @@ bool isDwg(const std::string& path) { return io::kindByExtension(path) == io::Fi
 
 }  // namespace
 
-std::string findReferencedFile(const std::string& path, const std::string& hostFile) {
-    if (path.empty()) return {};
-    std::string plain = path;
-    std::replace(plain.begin(), plain.end(), '\\', '/');
-    const fs::path folder = fs::path(hostFile).parent_path();
-    // Paths of other machines lead nowhere; the file often lies beside its host.
-    const fs::path candidates[] = {path, folder / plain, folder / fs::path(plain).filename()};
-    for (const fs::path& candidate : candidates) {
-        if (candidate == candidates[0] && candidate.is_relative() && !folder.empty()) continue;
-        std::error_code error;
-        if (fs::is_regular_file(candidate, error)) return candidate.string();
-    }
-    return {};
-}
-
 void ReferenceLoader::tell(std::string line) {
     if (lines_.size() < kMaxLines) lines_.push_back(std::move(line));
 }

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/drawing.hpp"
+#include "engine/external_reference.hpp"
 
 namespace kova::headless {
 
@@ -37,8 +37,6 @@ private:
     std::size_t count_ = 0;
 };
 
-/// The file that a reference's path means: as it stands, from the host's folder, or by its name alone in that folder.
-/// Empty: there is none.
-std::string findReferencedFile(const std::string& path, const std::string& hostFile);
+using engine::findReferencedFile;
 
 }  // namespace kova::headless

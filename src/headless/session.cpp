@@ -2,12 +2,15 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QImage>
+#include <QImageReader>
 #include <QMessageBox>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
 
+#include "cmd/macros.hpp"
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"
@@ -21,12 +24,23 @@ constexpr std::size_t kMaxPendingLines = 20'000'000;
 // Posted events are delivered after every line; the full event loop, which asks the system, runs this often.
 constexpr std::int64_t kPumpIntervalNs = 20'000'000;
 
+/// Keeps what a save as DWG told, for DWGWORKFLOW.
+void noteDwgSave(doc::Document& document, const std::string& path, const SaveReport& report) {
+    if (engine::upperCase(path).ends_with(".DWG")) {
+        QStringList lines(QString::fromStdString(path));
+        for (const std::string& line : report.lines) lines.append(QString::fromStdString(line));
+        document.setProperty("DWG save report", lines);
+    }
+}
+
 std::int64_t nowNs() { return std::chrono::steady_clock::now().time_since_epoch().count(); }
 
 }  // namespace
 
 Session::Session(QObject* parent)
-    : QObject(parent), document_(freshDrawing()), registry_(cmd::CommandRegistry::instance()),
+    : QObject(parent),
+      document_(freshDrawing()),
+      registry_(cmd::CommandRegistry::instance()),
       processor_(document_, registry_, [this](const std::string& text) { append(text); }) {
     setObjectName(QStringLiteral("KovaCadHeadlessSession"));
     processor_.setServices(this);
@@ -93,7 +107,9 @@ void Session::queueLines(std::vector<std::string> lines) {
 }
 
 void Session::chooseDwgVersion(const std::string& version) {
-    setProperty("kovaDwgVersion", QString::fromStdString(version.starts_with('R') ? version : "R" + version));
+    const QString name = QString::fromStdString(version.starts_with('R') ? version : "R" + version);
+    setProperty("kovaDwgVersion", name);
+    document_.setProperty("DWG version", name);
 }
 
 void Session::process(const std::string& line) {
@@ -102,13 +118,20 @@ void Session::process(const std::string& line) {
     if (line.empty() && !isWaiting()) repeated = lastLine_;
     const std::string& text = repeated.empty() ? line : repeated;
     transcript_.push_back(currentPrompt() + " " + text);
+    // What scripts and macros feed comes with the line that called them.
+    if (!draining_) cmd::noteMacroLine(document_, text);
 
     if (text.size() >= 2 && text.front() == '\'') {
         const std::string name = text.substr(1);
         switch (processor_.runTransparent(name)) {
-            case cmd::CommandProcessor::Start::Unknown: append("Unknown command: " + name); break;
-            case cmd::CommandProcessor::Start::Refused: append("'" + name + ": cannot be used transparently."); break;
-            case cmd::CommandProcessor::Start::Done: break;
+            case cmd::CommandProcessor::Start::Unknown:
+                append("Unknown command: " + name);
+                break;
+            case cmd::CommandProcessor::Start::Refused:
+                append("'" + name + ": cannot be used transparently.");
+                break;
+            case cmd::CommandProcessor::Start::Done:
+                break;
         }
     } else if (isLispWaiting()) {
         report(lisp_->feed(text));
@@ -235,6 +258,7 @@ std::string Session::save(const std::string& path) {
     const std::string version = property("kovaDwgVersion").toString().toStdString();
     if (std::string error = saveDrawing(drawing, target, version, report); !error.empty()) return error;
     for (const std::string& line : report.lines) append(line);
+    noteDwgSave(document_, target, report);
     drawing.fileName = target;
     document_.setModified(false);
     append("Saved: " + target);
@@ -256,11 +280,29 @@ std::string Session::readReference(const std::string& path, engine::Drawing& dra
     return error;
 }
 
+std::optional<cmd::PictureSize> Session::pictureSize(const std::string& path) {
+    QImageReader reader(QString::fromStdString(path));
+    const QSize size = reader.size();
+    if (!size.isValid() || size.isEmpty()) return std::nullopt;
+    cmd::PictureSize result;
+    result.width = size.width();
+    result.height = size.height();
+    // Only reading tells the resolution; huge pictures are spared it.
+    constexpr double kMostPixels = 4e7;
+    if (double(size.width()) * size.height() <= kMostPixels) {
+        const QImage picture = reader.read();
+        if (!picture.isNull()) result.pixelsPerMeter = picture.dotsPerMeterX();
+    }
+    return result;
+}
+
 std::string Session::writeDrawing(const engine::Drawing& drawing, const std::string& path) {
     SaveReport report;
     std::string error = saveDrawing(drawing, path, property("kovaDwgVersion").toString().toStdString(), report);
-    if (error.empty())
+    if (error.empty()) {
         for (const std::string& line : report.lines) append(line);
+        noteDwgSave(document_, path, report);
+    }
     return error;
 }
 

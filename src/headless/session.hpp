@@ -54,6 +54,7 @@ public:
     std::string readDrawing(const std::string& path, engine::Drawing& drawing) override;
     std::string readReference(const std::string& path, engine::Drawing& drawing) override;
     std::string writeDrawing(const engine::Drawing& drawing, const std::string& path) override;
+    std::optional<cmd::PictureSize> pictureSize(const std::string& path) override;
     /// The drawing as a picture; a null image when it cannot be rendered.
     QImage renderImage(int width, int height);
 

@@ -10,7 +10,9 @@
 #include <unordered_set>
 
 #include "math/angles.hpp"
+#include "math/boundary_curve.hpp"
 #include "math/bounds2.hpp"
+#include "math/box_tree.hpp"
 #include "math/curves.hpp"
 #include "math/intersect.hpp"
 #include "math/polygon.hpp"
@@ -23,131 +25,12 @@ namespace {
 constexpr double kSameDirection = 1e-6;
 /// Steps of all walks of one search.
 constexpr std::size_t kMaxSteps = 4'000'000;
+/// Meetings of pieces that one search works out.
+constexpr std::size_t kMaxCuts = 4'000'000;
+/// Edges that are looked at to find out which islands lie in each other. Beyond that they count as side by side.
+constexpr std::size_t kMaxEdges = 50'000'000;
 
-struct Piece {
-    Vector2 a;
-    Vector2 b;
-    double bulge = 0.0;
-    std::optional<CircularArc> arc;
-    Bounds2 box;
-    int source = 0;
-
-    Vector2 pointAt(double t) const {
-        if (t <= 0.0) return a;
-        if (t >= 1.0) return b;
-        return arc ? arc->pointAt(arc->start + arc->sweep * t) : a.lerp(b, t);
-    }
-    /// Unit tangent in the sense of growing t.
-    Vector2 tangentAt(double t) const {
-        if (!arc) return (b - a).normalized();
-        const Vector2 d = unitAt(arc->start + arc->sweep * t).perpendicular();
-        return arc->sweep > 0.0 ? d : -d;
-    }
-    double curvature() const { return arc ? std::copysign(1.0 / arc->radius, arc->sweep) : 0.0; }
-    double length() const { return arc ? arc->length() : a.distance_to(b); }
-    /// Parameter of a point on the piece, in [0, 1].
-    double parameterOf(const Vector2& p) const {
-        if (!arc) return closestParameterOnSegment(p, a, b);
-        const double size = std::abs(arc->sweep);
-        const double angle = (p - arc->center).angle();
-        const double run = normalizeAngle(arc->sweep > 0.0 ? angle - arc->start : arc->start - angle);
-        if (run <= size) return run / size;
-        return run - size < kTwoPi - run ? 1.0 : 0.0;
-    }
-    bool passes(const Vector2& p, double tolerance) const {
-        return box.inflated(tolerance).contains_point(p) && pointAt(parameterOf(p)).distance_to(p) <= tolerance;
-    }
-};
-
-Bounds2 boxOf(const Piece& piece) {
-    Bounds2 box;
-    box.expand(piece.a);
-    box.expand(piece.b);
-    if (piece.arc) {
-        const CircularArc& arc = *piece.arc;
-        const double from = arc.sweep > 0.0 ? arc.start : arc.end();
-        const double to = arc.sweep > 0.0 ? arc.end() : arc.start;
-        for (int quarter = 0; quarter < 4; ++quarter)
-            if (angleInSweep(quarter * kPi / 2.0, from, to)) box.expand(arc.pointAt(quarter * kPi / 2.0));
-    }
-    return box;
-}
-
-/// A uniform grid of what pieces lie where.
-class PieceGrid {
-public:
-    void build(const std::vector<Piece>& pieces, double margin) {
-        margin_ = margin;
-        for (const Piece& piece : pieces) box_.expand(piece.box);
-        if (box_.is_empty()) return;
-        box_ = box_.inflated(2.0 * margin);
-        size_ = std::clamp(static_cast<int>(std::sqrt(static_cast<double>(pieces.size()))), 1, 400);
-        cells_.resize(static_cast<std::size_t>(size_) * static_cast<std::size_t>(size_));
-        for (std::size_t i = 0; i < pieces.size(); ++i)
-            visit(pieces[i], [&](std::vector<int>& cell) { cell.push_back(static_cast<int>(i)); });
-    }
-    /// Calls use(cell) for the cells that a piece may pass through.
-    template <class Use>
-    void visit(const Piece& piece, const Use& use) {
-        const Bounds2 box = piece.box.inflated(margin_);
-        for (int row = rowOf(box.min.y), lastRow = rowOf(box.max.y); row <= lastRow; ++row) {
-            double low = box.min.x;
-            double high = box.max.x;
-            if (!piece.arc && std::abs(piece.b.y - piece.a.y) > 0.0) {
-                const double height = box_.height() / size_;
-                const double y0 = box_.min.y + row * height - margin_;
-                const double slope = (piece.b.x - piece.a.x) / (piece.b.y - piece.a.y);
-                const double xa = piece.a.x + (y0 - piece.a.y) * slope;
-                const double xb = piece.a.x + (y0 + height + 2.0 * margin_ - piece.a.y) * slope;
-                low = std::max(low, std::min(xa, xb) - margin_);
-                high = std::min(high, std::max(xa, xb) + margin_);
-            }
-            for (int column = columnOf(low), lastColumn = columnOf(high); column <= lastColumn; ++column)
-                use(cells_[static_cast<std::size_t>(row) * static_cast<std::size_t>(size_) +
-                           static_cast<std::size_t>(column)]);
-        }
-    }
-
-private:
-    int rowOf(double y) const { return clampCell((y - box_.min.y) / box_.height() * size_); }
-    int columnOf(double x) const { return clampCell((x - box_.min.x) / box_.width() * size_); }
-    int clampCell(double v) const { return std::isnan(v) ? 0 : static_cast<int>(std::clamp(v, 0.0, size_ - 1.0)); }
-
-    Bounds2 box_;
-    double margin_ = 0.0;
-    int size_ = 1;
-    std::vector<std::vector<int>> cells_;
-};
-
-/// Numbers points that lie within a tolerance of each other alike.
-class NodeTable {
-public:
-    void setTolerance(double tolerance) { tolerance_ = tolerance; }
-    int at(const Vector2& p) {
-        const auto cx = static_cast<std::int64_t>(std::floor(p.x / cell()));
-        const auto cy = static_cast<std::int64_t>(std::floor(p.y / cell()));
-        for (std::int64_t dx = -1; dx <= 1; ++dx)
-            for (std::int64_t dy = -1; dy <= 1; ++dy)
-                if (const auto found = cells_.find(key(cx + dx, cy + dy)); found != cells_.end())
-                    for (const int node : found->second)
-                        if (points_[static_cast<std::size_t>(node)].distance_to(p) <= tolerance_) return node;
-        points_.push_back(p);
-        const int node = static_cast<int>(points_.size()) - 1;
-        cells_[key(cx, cy)].push_back(node);
-        return node;
-    }
-    const Vector2& point(int node) const { return points_[static_cast<std::size_t>(node)]; }
-
-private:
-    double cell() const { return 4.0 * tolerance_; }
-    static std::uint64_t key(std::int64_t x, std::int64_t y) {
-        return static_cast<std::uint64_t>(x) * 0x9E3779B97F4A7C15ULL ^
-               static_cast<std::uint64_t>(y) * 0xC2B2AE3D27D4EB4FULL;
-    }
-    double tolerance_ = 1e-9;
-    std::vector<Vector2> points_;
-    std::unordered_map<std::uint64_t, std::vector<int>> cells_;
-};
+using Piece = BoundaryCurve;
 
 /// A place where a piece meets others, or ends.
 struct Split {
@@ -208,7 +91,7 @@ public:
             const HalfEdge start = halfEdgeAt(hit, p);
             if (walked_.count(start.key()) != 0) continue;
             const auto cycle = walk(start);
-            if (!cycle) return std::nullopt;
+            if (!cycle || gaveUp()) return std::nullopt;
             std::vector<BoundaryLoop> loops = loopsOf(*cycle);
             const auto outer = std::find_if(loops.begin(), loops.end(), [&](const BoundaryLoop& loop) {
                 return signedArea(loop.points, loop.bulges) > 0.0 && pointInPolygon(p, loop.points, loop.bulges);
@@ -225,6 +108,7 @@ public:
                 // What hangs on the outline by a line is an island as well.
                 for (BoundaryLoop& loop : loops) takeIsland(std::move(loop), area.islands);
                 findIslands(area, *cycle);
+                if (gaveUp()) return std::nullopt;
                 nest(area.islands);
             }
             place(area.outer);
@@ -241,10 +125,13 @@ public:
         std::vector<int> all(pieces_.size());
         for (std::size_t i = 0; i < all.size(); ++i) all[i] = static_cast<int>(i);
         outlineComponents(all, loops);
+        if (gaveUp()) return {};
         nest(loops);
         for (BoundaryLoop& loop : loops) place(loop);
         return loops;
     }
+
+    bool gaveUp() const { return steps_ > kMaxSteps || cuts_ > kMaxCuts; }
 
 private:
     struct RayHit {
@@ -258,9 +145,7 @@ private:
     void add(const BoundaryPiece& p) {
         if (!p.a.is_finite() || !p.b.is_finite() || !std::isfinite(p.bulge)) return;
         if (p.a.distance_to(p.b) <= 4.0 * tolerance_) return;
-        Piece piece{p.a, p.b, p.bulge, arcFromBulge(p.a, p.b, p.bulge), {}, p.source};
-        piece.box = boxOf(piece);
-        pieces_.push_back(std::move(piece));
+        pieces_.push_back(boundaryCurve(p.a, p.b, p.bulge, p.source));
     }
 
     /// Joins loose ends across gaps by straight lines.
@@ -306,23 +191,6 @@ private:
 
     // Cutting -----------------------------------------------------------------------------------------------
 
-    static void meet(const Piece& x, const Piece& y, double tolerance, std::vector<Vector2>& out) {
-        if (!x.arc && !y.arc) {
-            if (const auto p = segmentSegment(x.a, x.b, y.a, y.b, tolerance)) out.push_back(*p);
-        } else if (!x.arc) {
-            for (const Vector2& p : segmentArc(x.a, x.b, *y.arc, tolerance)) out.push_back(p);
-        } else if (!y.arc) {
-            for (const Vector2& p : segmentArc(y.a, y.b, *x.arc, tolerance)) out.push_back(p);
-        } else {
-            for (const Vector2& p : arcArc(*x.arc, *y.arc, tolerance)) out.push_back(p);
-        }
-        // Ends on the other piece: touching, and the ends of a stretch that the two share.
-        for (const Vector2& p : {y.a, y.b})
-            if (x.passes(p, tolerance)) out.push_back(p);
-        for (const Vector2& p : {x.a, x.b})
-            if (y.passes(p, tolerance)) out.push_back(p);
-    }
-
     const std::vector<Split>& splitsOf(int index) {
         std::vector<Split>& splits = splits_[static_cast<std::size_t>(index)];
         if (!splits.empty()) return splits;
@@ -337,17 +205,18 @@ private:
         stamps_[static_cast<std::size_t>(index)] = stamp_;
         const Bounds2 box = x.box.inflated(4.0 * tolerance_);
         std::vector<Vector2> points;
-        grid_.visit(x, [&](const std::vector<int>& cell) {
-            for (const int other : cell) {
-                if (stamps_[static_cast<std::size_t>(other)] == stamp_) continue;
+        // Past the limit nothing more is cut: what is found then counts for nothing.
+        if (cuts_ <= kMaxCuts)
+            grid_.near(x, [&](int other) {
+                if (stamps_[static_cast<std::size_t>(other)] == stamp_) return;
                 stamps_[static_cast<std::size_t>(other)] = stamp_;
                 const Piece& y = piece(other);
-                if (!y.box.intersects(box)) continue;
+                if (!y.box.intersects(box)) return;
                 points.clear();
-                meet(x, y, 2.0 * tolerance_, points);
+                meetCurves(x, y, 2.0 * tolerance_, points);
                 for (const Vector2& p : points) cuts.push_back({x.parameterOf(p), p, other});
-            }
-        });
+            });
+        cuts_ += cuts.size() - 2;
         std::sort(cuts.begin(), cuts.end(), [](const Cut& l, const Cut& r) { return l.t < r.t; });
         const double length = x.length();
         for (const Cut& cut : cuts) {
@@ -646,7 +515,7 @@ private:
                             state[static_cast<std::size_t>(other)] = 2;
                             group.push_back(other);
                         }
-            if (steps_ > kMaxSteps) return;
+            if (gaveUp()) return;
             outlineGroup(group, loops);
         }
     }
@@ -689,20 +558,18 @@ private:
         std::vector<Bounds2> boxes;
         boxes.reserve(loops.size());
         for (const BoundaryLoop& loop : loops) boxes.push_back(loopBox(loop));
-        // Sorted by their left sides, so that far ones are not compared.
-        std::vector<std::size_t> order(loops.size());
-        for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
-        std::sort(order.begin(), order.end(),
-                  [&](std::size_t l, std::size_t r) { return boxes[l].min.x < boxes[r].min.x; });
+        const BoxTree tree(std::move(boxes));
+        std::size_t edges = 0;
         for (std::size_t i = 0; i < loops.size(); ++i) {
             const Vector2 p =
                 bulgeMidPoint(loops[i].points[0], loops[i].points[1 % loops[i].points.size()], loops[i].bulges[0]);
             loops[i].depth = 0;
-            for (const std::size_t j : order) {
-                if (boxes[j].min.x > p.x) break;
-                if (j == i || !boxes[j].contains_point(p)) continue;
+            tree.query(Bounds2(p, p), [&](std::size_t j) {
+                if (j == i) return true;
+                edges += loops[j].points.size();
                 if (pointInPolygon(p, loops[j].points, loops[j].bulges)) ++loops[i].depth;
-            }
+                return edges < kMaxEdges;
+            });
         }
     }
 
@@ -716,6 +583,7 @@ private:
     std::uint32_t stamp_ = 0;
     std::unordered_map<std::uint64_t, bool> walked_;
     std::size_t steps_ = 0;
+    std::size_t cuts_ = 0;
 };
 
 BoundarySearch::BoundarySearch(const std::vector<BoundaryPiece>& pieces, double gap)
@@ -723,6 +591,7 @@ BoundarySearch::BoundarySearch(const std::vector<BoundaryPiece>& pieces, double 
 BoundarySearch::~BoundarySearch() = default;
 
 std::optional<BoundaryArea> BoundarySearch::around(const Vector2& p, bool islands) { return impl_->around(p, islands); }
+bool BoundarySearch::gaveUp() const { return impl_->gaveUp(); }
 std::vector<BoundaryLoop> BoundarySearch::outlines() { return impl_->outlines(); }
 
 }  // namespace kova::math

@@ -46,6 +46,8 @@ public:
     std::optional<BoundaryArea> around(const Vector2& p, bool islands = true);
     /// The outlines of all connected line work, as if seen from far outside: what a set of objects encloses.
     std::vector<BoundaryLoop> outlines();
+    /// True when nothing was given because the pieces meet too often (some millions of times) to be worked out.
+    bool gaveUp() const;
 
 private:
     class Impl;

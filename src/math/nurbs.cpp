@@ -119,7 +119,8 @@ Cubic elevate(const BezierPiece& piece) {
 
 /// Appends cubics that agree with the piece between t0 and t1 in ends and end tangents.
 void approximate(const BezierPiece& piece, double t0, const SplineDerivatives& e0, double t1,
-                 const SplineDerivatives& e1, double tolerance, int depth, std::vector<Cubic>& out) {
+                 const SplineDerivatives& e1, double tolerance, int depth, std::vector<Cubic>& out,
+                 std::vector<double>* ends) {
     const double step = t1 - t0;
     const Cubic c{e0.point, e0.point + e0.first * (step / 3.0), e1.point - e1.first * (step / 3.0), e1.point};
     const double middle = 0.5 * (t0 + t1);
@@ -130,10 +131,11 @@ void approximate(const BezierPiece& piece, double t0, const SplineDerivatives& e
                (depth == 0 || evaluatePiece(piece, t0 + step * t).point.distance_to(cubicPoint(c, t)) <= tolerance);
     if (good) {
         out.push_back(c);
+        if (ends != nullptr) ends->push_back(piece.from + (piece.to - piece.from) * t1);
         return;
     }
-    approximate(piece, t0, e0, middle, em, tolerance, depth - 1, out);
-    approximate(piece, middle, em, t1, e1, tolerance, depth - 1, out);
+    approximate(piece, t0, e0, middle, em, tolerance, depth - 1, out, ends);
+    approximate(piece, middle, em, t1, e1, tolerance, depth - 1, out, ends);
 }
 
 double boxDistance(const Bounds2& box, const Vector2& p) {
@@ -258,6 +260,12 @@ std::vector<double> uniformKnots(int degree, std::size_t pointCount) {
     return knots;
 }
 
+std::size_t splineSpan(const SplineView& s, double u) { return findSpan(s, u); }
+
+BezierPiece::Point splineBlossom(const SplineView& s, std::size_t span, std::span<const double> arguments) {
+    return blossom(s, span, [&](std::size_t r) { return arguments[r]; });
+}
+
 Vector3 splinePoint3(const SplineView& s, double u) {
     if (!countsAgree(s)) return s.points.empty() ? Vector3{} : Vector3(s.points[0], s.z.empty() ? 0.0 : s.z[0]);
     u = std::clamp(u, s.domainStart(), std::max(s.domainStart(), s.domainEnd()));
@@ -290,8 +298,9 @@ void splitToBeziers(const SplineView& s, const std::function<bool(const BezierPi
     }
 }
 
-std::vector<Cubic> splineToCubics(const SplineView& s, double tolerance) {
+std::vector<Cubic> splineToCubics(const SplineView& s, double tolerance, std::vector<double>* ends) {
     std::vector<Cubic> cubics;
+    if (ends != nullptr) ends->clear();
     Bounds2 extents;
     for (const Vector2& p : s.points) extents.expand(p);
     const double size = extents.is_empty() ? 0.0 : std::hypot(extents.width(), extents.height());
@@ -300,8 +309,10 @@ std::vector<Cubic> splineToCubics(const SplineView& s, double tolerance) {
         const std::size_t first = cubics.size();
         if (piece.degree <= 3 && isPolynomial(piece)) {
             cubics.push_back(elevate(piece));
+            if (ends != nullptr) ends->push_back(piece.to);
         } else {
-            approximate(piece, 0.0, evaluatePiece(piece, 0.0), 1.0, evaluatePiece(piece, 1.0), tolerance, 10, cubics);
+            approximate(piece, 0.0, evaluatePiece(piece, 0.0), 1.0, evaluatePiece(piece, 1.0), tolerance, 10, cubics,
+                        ends);
         }
         // Pieces meet to the last bit, unless the knots tear the curve apart.
         if (first > 0 && cubics[first - 1][3].distance_to(cubics[first][0]) <= 1e-9 * size)
@@ -394,7 +405,7 @@ double closestSplineParameter(const SplineView& s, const Vector2& p) {
 }
 
 CubicSpline interpolateCubic(std::span<const Vector2> fitPoints, bool closed, const Vector2& startTangent,
-                             const Vector2& endTangent) {
+                             const Vector2& endTangent, double knotPower) {
     CubicSpline result;
     Bounds2 extents;
     for (const Vector2& p : fitPoints)
@@ -414,6 +425,7 @@ CubicSpline interpolateCubic(std::span<const Vector2> fitPoints, bool closed, co
     u.resize(n + 1);
     for (std::size_t i = 0; i < n; ++i) {
         h[i] = q[i].distance_to(q[i + 1]);
+        if (knotPower != 1.0) h[i] = std::pow(h[i], knotPower);
         u[i + 1] = u[i] + h[i];
     }
     const std::vector<Vector2> m = closed ? closedSlopes(q, h)

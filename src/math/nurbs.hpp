@@ -51,6 +51,10 @@ struct SplineDerivatives {
 };
 SplineDerivatives splineDerivatives(const SplineView& s, double u);
 
+/// Index i of the knot span [knots[i], knots[i + 1]) of the domain that holds u and is not empty. For counts that
+/// agree.
+std::size_t splineSpan(const SplineView& s, double u);
+
 /// One polynomial or rational Bezier piece, in homogeneous coordinates (x w, y w, z w, w).
 struct BezierPiece {
     double from = 0.0;  ///< the piece of the domain it covers
@@ -61,12 +65,17 @@ struct BezierPiece {
     };
     std::array<Point, kMaxDegree + 1> points;
 };
+/// The polar form of the polynomial of a knot span, `degree` arguments, in homogeneous coordinates: with neighbouring
+/// knots as arguments it gives control points. For counts that agree.
+BezierPiece::Point splineBlossom(const SplineView& s, std::size_t span, std::span<const double> arguments);
+
 /// Calls use(piece) for the pieces of the curve in order, as knot insertion makes them. Stops when `use` returns false.
 void splitToBeziers(const SplineView& s, const std::function<bool(const BezierPiece&)>& use);
 
 /// The curve as cubics: exact for polynomial splines of degree 1 to 3; else approximated by splitting until the
-/// curves agree within `tolerance` (drawing units; at most 1024 cubics a knot span).
-std::vector<Cubic> splineToCubics(const SplineView& s, double tolerance);
+/// curves agree within `tolerance` (drawing units; at most 1024 cubics a knot span). `ends` is filled with the
+/// parameter at which each cubic ends; both run through it alike.
+std::vector<Cubic> splineToCubics(const SplineView& s, double tolerance, std::vector<double>* ends = nullptr);
 
 /// Extents, exact up to rounding.
 Bounds2 splineBounds(const SplineView& s);
@@ -80,10 +89,11 @@ struct CubicSpline {
     /// Parameter of every fit point that was used.
     std::vector<double> fitParameters;
 };
-/// The cubic through the fit points with chord-length knots. Coincident neighbours count once. A closed curve runs
+/// The cubic through the fit points. Knots are as far apart as the chord's length to the power of `knotPower`: 1 chord,
+/// 0.5 square root (centripetal), 0 uniform. Coincident neighbours count once. A closed curve runs
 /// back to its first point and is smooth there. A tangent is a direction of any length; the
 /// zero vector leaves that end free (no curvature). Empty for fewer than two distinct points.
 CubicSpline interpolateCubic(std::span<const Vector2> fitPoints, bool closed, const Vector2& startTangent = {},
-                             const Vector2& endTangent = {});
+                             const Vector2& endTangent = {}, double knotPower = 1.0);
 
 }  // namespace kova::math

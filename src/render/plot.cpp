@@ -27,7 +27,7 @@ constexpr int kVectorDpi = 1200;          // dots of PDF and SVG pages: 0.02 mm,
 constexpr double kFinestDot = 0.1;        // millimetres: lines closer than this run together
 constexpr double kSmallestPaper = 1.0;    // millimetres
 constexpr double kLargestPaper = 5000.0;  // what a page of a PDF file can be, rounded down
-constexpr double kMaxPixels = 200e6;      // of a PNG
+constexpr double kMaxPixels = 200e6;      // of a picture
 constexpr double kWidestHalfLine = 1.1;   // millimetres: how far a line on the border reaches over it
 
 double paperSide(double v) { return std::isfinite(v) ? std::clamp(v, kSmallestPaper, kLargestPaper) : 297.0; }
@@ -111,7 +111,8 @@ QByteArray plotSvg(const engine::Drawing& drawing, const PlotPage& page, const S
     return device.document();
 }
 
-QByteArray plotPng(const engine::Drawing& drawing, const PlotPage& page, const SpaceQuery& query) {
+QByteArray plotPicture(const engine::Drawing& drawing, const PlotPage& page, const char* kind,
+                       const SpaceQuery& query) {
     const double dpi = std::clamp(page.setup.dpi, 10, 2400);
     const PagePlacement place = placePage(drawing, page, dpi);
     const double width = std::max(std::round(place.width / kInch * dpi), 1.0);
@@ -128,7 +129,9 @@ QByteArray plotPng(const engine::Drawing& drawing, const PlotPage& page, const S
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    return image.save(&buffer, "PNG") ? bytes : QByteArray();
+    constexpr int kQuality = 92;  // of JPEG
+    const bool jpeg = std::string_view(kind) == "JPG";
+    return image.save(&buffer, kind, jpeg ? kQuality : -1) ? bytes : QByteArray();
 }
 
 }  // namespace
@@ -201,7 +204,11 @@ QByteArray plot(const engine::Drawing& drawing, std::span<const PlotPage> pages,
         case PlotFormat::Svg:
             return plotSvg(drawing, pages.front(), query);
         case PlotFormat::Png:
-            return plotPng(drawing, pages.front(), query);
+            return plotPicture(drawing, pages.front(), "PNG", query);
+        case PlotFormat::Jpg:
+            return plotPicture(drawing, pages.front(), "JPG", query);
+        case PlotFormat::Bmp:
+            return plotPicture(drawing, pages.front(), "BMP", query);
         default:
             return plotPdf(drawing, pages, query);
     }

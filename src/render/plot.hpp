@@ -23,8 +23,8 @@ PagePlacement placePage(const engine::Drawing& drawing, const engine::PlotPage& 
 
 using SpaceQuery = std::function<std::vector<engine::Entity*>(engine::EntityList&, const math::Bounds2&)>;
 
-/// Plots pages into the bytes of a file: PDF holds them all; SVG and PNG hold the first one. PDF and SVG keep lines as
-/// lines and text in installed fonts as text. Empty when a picture would be too large or there is no page.
+/// Plots pages into the bytes of a file: PDF holds them all; the other formats hold the first one. PDF and SVG keep
+/// lines as lines and text in installed fonts as text. Empty when a picture would be too large or there is no page.
 QByteArray plot(const engine::Drawing& drawing, std::span<const engine::PlotPage> pages, engine::PlotFormat format,
                 const SpaceQuery& query = {});
 

@@ -5,13 +5,17 @@
 #include <filesystem>
 
 #include "engine/entities/viewport.hpp"
+#include "engine/spatial_sink.hpp"
 #include "engine/sysvar.hpp"
+#include "engine/view_frame.hpp"
 #include "render/painter_sink.hpp"
 
 namespace kova::render {
 
 using math::Bounds2;
+using math::Matrix4;
 using math::Vector2;
+using math::Vector3;
 
 namespace {
 
@@ -56,6 +60,18 @@ void paintSpace(QPainter& painter, const engine::Drawing& drawing, const engine:
     for (const engine::Entity& entity : space) paintEntity(sink, layers, entity);
 }
 
+/// Paints a space as it is seen from a direction: `from` carries it to the coordinates of the view.
+void paintSeen(QPainter& painter, const engine::Drawing& drawing, const engine::EntityList& space, const Matrix4& from,
+               const View& view, const LayerLook& layers, const PainterSink::Settings& settings) {
+    PainterSink sink(painter, drawing, view, layers, settings);
+    engine::SpatialSink spatial(sink, from);
+    for (const engine::Entity& entity : space) {
+        if (!entity.visible || !layers.isShown(entity.layer)) continue;
+        sink.beginEntity();
+        spatial.draw(entity, engine::outlineStyle(entity));
+    }
+}
+
 /// Gathers the lines of an entity: the border of a clipped viewport.
 class BorderSink final : public engine::OutlineSink {
 public:
@@ -95,7 +111,11 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
     if (!(viewport.viewScale > 0.0) || !std::isfinite(viewport.viewScale)) return;
     const Bounds2 frame = viewport.frame();
     if (frame.is_empty() || !frame.min.is_finite() || !frame.max.is_finite()) return;
-    View view = paper.under(viewport.modelToPaper());
+    const bool plan = viewport.showsPlan();
+    // Seen from a direction, the view's own coordinates lie on paper as the plan does otherwise.
+    const Matrix4 onSheet = Matrix4::translation(viewport.center) * Matrix4::rotation_z(viewport.viewTwist) *
+                            Matrix4::scaling(viewport.viewScale, viewport.viewScale, viewport.viewScale);
+    View view = paper.under(plan ? viewport.modelToPaper() : onSheet);
     Bounds2 window;
     window.expand(paper.map(frame.min));
     window.expand(paper.map(frame.max));
@@ -109,7 +129,13 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
     PainterSink::Settings settings = sinkSettings(drawing, request);
     // With PSLTSCALE the dashes are as long on paper in every viewport.
     if (engine::sysVarInt(drawing, "PSLTSCALE", 1) != 0) settings.linetypeScale /= viewport.viewScale;
-    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, settings, request, false);
+    if (plan) {
+        paintSpace(painter, drawing, drawing.modelSpace(), view, layers, settings, request, false);
+    } else {
+        const Vector3 target(viewport.viewTarget, viewport.viewTargetZ);
+        paintSeen(painter, drawing, drawing.modelSpace(), engine::worldToView(viewport.viewDirection, target, 0.0),
+                  view, layers, settings);
+    }
     painter.restore();
 }
 
@@ -118,8 +144,11 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
 void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& view, const RenderRequest& request,
                 bool everything) {
     const LayerLook layers(drawing);
-    paintSpace(painter, drawing, drawing.modelSpace(), view, layers, sinkSettings(drawing, request), request,
-               everything);
+    const Matrix4 from = engine::worldToView(drawing.currentView);
+    if (!engine::isPlanView(drawing.currentView.viewDirection))
+        return paintSeen(painter, drawing, drawing.modelSpace(), from, view, layers, sinkSettings(drawing, request));
+    paintSpace(painter, drawing, drawing.modelSpace(), from == Matrix4() ? view : view.under(from), layers,
+               sinkSettings(drawing, request), request, everything);
 }
 
 void paintLayout(QPainter& painter, const engine::Drawing& drawing, const engine::Layout& layout, const View& view,
@@ -160,9 +189,9 @@ void renderModel(QPainter& painter, const engine::Drawing& drawing, const Render
         const Vector2 half{std::abs(current.width) / 2.0, std::abs(current.height) / 2.0};
         box = {current.center - half, current.center + half};
     } else if (request.area == Area::Window) {
-        box = request.window;
+        box = engine::windowInView(drawing.currentView, request.window);
     } else {
-        box = drawing.extents(drawing.modelSpace());
+        box = engine::modelExtentsInView(drawing);
         everything = !request.useScale;
     }
     if (box.is_empty() || !box.min.is_finite() || !box.max.is_finite()) box = {{-100.0, -100.0}, {100.0, 100.0}};

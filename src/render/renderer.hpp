@@ -12,7 +12,7 @@ namespace kova::render {
 /// Plots a drawing into a painter whose device has the request's size.
 void render(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request);
 
-/// Paints model space under a view. `everything`: the view shows the whole space, so that no index is asked.
+/// Paints model space as the drawing's current view looks at it; `view` places the coordinates of that view. `everything`: the view shows the whole space, so that no index is asked.
 void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& view, const RenderRequest& request,
                 bool everything);
 /// Paints a layout's sheet with what its viewports show.

@@ -306,6 +306,25 @@ TEST(Insert, DefinesABlockFromAFileWithWhatItNeeds) {
     EXPECT_EQ(c.drawing().findBlock("*U2"), nullptr);
 }
 
+TEST(Insert, ABlockDefinedAnewStaysSoWhenItIsNotPlaced) {
+    FileConsole c;
+    makeBlock(c, "Part");
+    c.fill = [](engine::Drawing& d) {
+        for (int i = 0; i < 3; ++i)
+            d.modelSpace().append(std::make_unique<engine::CircleEntity>(Vector2{0, 0}, 1.0 + i));
+    };
+    const std::string path = c.file("Part.kvcad");
+    EXPECT_EQ(c.run({"INSERT", "Part=" + path, "Y", ""}), Lines{"Block \"Part\" redefined."});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.count(), 0u);
+    EXPECT_EQ(c.drawing().findBlock("Part")->entities.size(), 3u);
+    c.feed("U");
+    EXPECT_EQ(c.drawing().findBlock("Part")->entities.size(), 1u);
+    c.run({"INSERT", "Part=" + path, "Y"});
+    c.processor.cancel();
+    EXPECT_EQ(c.drawing().findBlock("Part")->entities.size(), 3u);
+}
+
 TEST(Insert, RefusesAFileThatWouldContainItself) {
     FileConsole c;
     makeBlock(c, "Part");

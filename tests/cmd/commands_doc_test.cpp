@@ -61,7 +61,7 @@ std::string manual() {
     };
     std::map<std::string, Source> sources;
     for (const auto& entry : std::filesystem::directory_iterator(KOVA_SOURCE_DIR "/src/cmd/commands")) {
-        if (entry.path().extension() != ".cpp" || entry.path().stem() == "planned") continue;
+        if (entry.path().extension() != ".cpp") continue;
         Source& source = sources[entry.path().stem().string()];
         source.all = literals(contentOf(entry.path()));
         for (const std::string& text : source.all)
@@ -77,13 +77,12 @@ std::string manual() {
 
     std::map<std::string, std::vector<const Command*>> categories;
     for (const Command* command : CommandRegistry::instance().commands())
-        if (command->isAvailable() && !command->isHidden() && engine::findSysVar(command->name()) == nullptr)
+        if (!command->isHidden() && engine::findSysVar(command->name()) == nullptr)
             categories[command->category()].push_back(command);
     std::string out =
         "# Commands\n\nMade from the registry of commands; how lines are read is in [command-line.md](command-line.md). "
         "A name stands with its\naliases; the questions that it may ask follow, options in square brackets. Every system "
-        "variable is a command, too. A name that\nis not listed here and that COMMANDS knows answers in one line that it is "
-        "not available yet.\n";
+        "variable is a command, too.\n";
     for (const auto& [category, commands] : categories) {
         out += "\n## " + category + "\n";
         // Commands that stand in one file share its questions.

@@ -311,26 +311,6 @@ TEST(ToolCommands, CommandsAreListedWithTheirAliases) {
     EXPECT_EQ(c.feed("COMMANDS Q#"), Lines{"No matching names found."});
 }
 
-TEST(ToolCommands, PlannedOnesSaySoInOneLine) {
-    Console c;
-    Command* interactive = nullptr;
-    Command* oneShot = nullptr;
-    for (Command* command : CommandRegistry::instance().commands()) {
-        if (command->isAvailable()) continue;
-        (command->isInteractive() ? interactive : oneShot) = command;
-    }
-    for (const Command* command : {interactive, oneShot}) {
-        if (command == nullptr) continue;
-        EXPECT_EQ(c.feed(command->name()), Lines{command->name() + " is not available yet."});
-        EXPECT_TRUE(c.idle());
-    }
-    c.run({"LINE", "0,0"});
-    if (oneShot != nullptr) {
-        EXPECT_EQ(c.feed("'" + oneShot->name()).size(), 1u);
-    }
-    EXPECT_FALSE(c.idle());
-}
-
 TEST(ToolCommands, ScreenCommandsEndAtOnce) {
     Console c;
     for (const char* name : {"REGEN", "REGENALL", "REDRAW", "GRAPHSCR", "TEXTSCR", "RE", "REA", "R"}) {

@@ -199,6 +199,23 @@ TEST(Helix, RadiiTurnsAndTwist) {
     EXPECT_DOUBLE_EQ(c.last<SplineEntity>().helix->turns, 5);
     expectNear(c.last<SplineEntity>().controlPoints.back(), {0, 0});
     EXPECT_EQ(c.run({"HELIX", "0,0", "0", "0"}).back(), "Invalid value.");
+    // The twist and the number of turns stay.
+    EXPECT_EQ(c.feed("HELIX").front(), "Number of turns = 5.0000   Twist=CW");
+    // About a slanting axis: as far from it everywhere, from its foot to its top.
+    c.run({"10,0,5", "3", "3", "T", "2", "A", "10,0,5", "A", "40,0,45"});
+    const auto& slanting = c.last<SplineEntity>();
+    const math::Vector3 axis{0.6, 0, 0.8};
+    for (std::size_t i = 0; i < slanting.controlPoints.size(); i += 3) {
+        const math::Vector3 arm =
+            math::Vector3(slanting.controlPoints[i], slanting.controlZ[i]) - math::Vector3{10, 0, 5};
+        const double along = arm.dot(axis);
+        EXPECT_NEAR(along, 50.0 * static_cast<double>(i) / static_cast<double>(slanting.controlPoints.size() - 1),
+                    1e-9);
+        EXPECT_NEAR((arm - axis * along).length(), 3.0, 1e-9);
+    }
+    ASSERT_TRUE(slanting.helix);
+    EXPECT_TRUE(slanting.helix->axis.near_equal(axis, 1e-12));
+    EXPECT_DOUBLE_EQ(slanting.helix->turnHeight, 25.0);
 }
 
 }  // namespace

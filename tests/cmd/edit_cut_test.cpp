@@ -309,6 +309,77 @@ TEST(Trim, ManyEdgesAndManyPicks) {
     EXPECT_EQ(c.count(), 12000u);
 }
 
+TEST(Trim, APolylineCutsItselfWhereItCrossesItself) {
+    // A loop in an open polyline: the loop goes, the two arms stay.
+    const PolylineEntity looped({{0, 0}, {10, 0}, {10, 10}, {5, 10}, {5, -5}});
+    Console c;
+    c.add(looped);
+    c.run({"TR", "", "10,5", ""});
+    ASSERT_EQ(c.count(), 2u);
+    EXPECT_EQ(at<PolylineEntity>(c, 0).vertices, (std::vector<Vector2>{{0, 0}, {5, 0}}));
+    expectNear(at<PolylineEntity>(c, 1).vertices.front(), {5, 0});
+    expectNear(at<PolylineEntity>(c, 1).vertices.back(), {5, -5});
+    EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: TRIM"});
+    // An arm goes when it is picked; only edges cut: with others chosen it does not cut itself.
+    c.run({"TR", "", "1,0", ""});
+    ASSERT_EQ(c.count(), 1u);
+    expectNear(at<PolylineEntity>(c, 0).vertices.front(), {5, 0});
+    Console other;
+    other.add(looped);
+    other.addLine(50, 0, 50, 10);
+    EXPECT_EQ(other.run({"TR", "50,5", "", "10,5"}).back(), "Object does not intersect an edge.");
+    // A bow tie, closed: one wing goes. Neighbours that only meet at their vertex are no crossing.
+    Console tie;
+    tie.add(PolylineEntity({{0, 0}, {10, 10}, {10, 0}, {0, 10}}, true));
+    tie.run({"TR", "", "10,5", ""});
+    ASSERT_EQ(tie.count(), 1u);
+    EXPECT_EQ(at<PolylineEntity>(tie, 0).vertices.size(), 4u);
+    EXPECT_NEAR(at<PolylineEntity>(tie, 0).bounds().max.x, 5.0, 1e-9);
+    Console plain;
+    plain.add(PolylineEntity({{0, 0}, {10, 0}, {10, 10}, {0, 10}}, true));
+    EXPECT_EQ(plain.run({"TR", "", "10,5"}).back(), "Object does not intersect an edge.");
+}
+
+TEST(Trim, ASplineCutsItself) {
+    Console c;
+    engine::SplineEntity spline;  // one cubic with a loop
+    spline.controlPoints = {{0, 0}, {20, 15}, {-10, 15}, {10, 0}};
+    c.add(spline);
+    const Vector2 top = c.entities()[0]->nearestPoint({5, 20});
+    c.run({"TR", "", std::to_string(top.x) + "," + std::to_string(top.y), ""});
+    ASSERT_EQ(c.count(), 2u);
+    const double meeting = at<engine::SplineEntity>(c, 0).bounds().max.y;
+    EXPECT_NEAR(meeting, at<engine::SplineEntity>(c, 1).bounds().max.y, 1e-7);
+    EXPECT_LT(meeting, top.y - 1.0);
+    EXPECT_NEAR(c.entities()[0]->nearestPoint({5, 30}).x, 5.0, 1e-6);
+}
+
+TEST(Trim, ALongPolylineAmongItsOwnCrossings) {
+    Console c;
+    std::vector<Vector2> points;
+    for (int i = 0; i < 20000; ++i) {
+        const double t = i * 0.05;  // a long row of loops
+        points.push_back({t + 2.0 * std::sin(3.0 * t), 2.0 * std::cos(3.0 * t)});
+    }
+    c.add(PolylineEntity(points));
+    c.run({"TR", ""});
+    for (int i = 1; i <= 20; ++i) c.feed(std::to_string(i * 40) + ",2");
+    c.feed("");
+    EXPECT_GT(c.count(), 15u);
+    EXPECT_EQ(c.document.history().undoCount(), 1u);
+}
+
+TEST(Trim, ConstructionLinesAmongManyEdges) {
+    Console c;
+    for (int i = 0; i < 5000; ++i) c.addLine(i, -5, i, 5);
+    c.add(engine::XlineEntity(Vector2{0, 1}, Vector2{1, 0}));
+    c.run({"TR", "", "2500.5,1", ""});
+    expectNear(at<engine::RayEntity>(c, 5000).origin, {2500, 1});
+    expectNear(at<engine::RayEntity>(c, 5001).origin, {2501, 1});
+    c.run({"TR", "", "-50,1", ""});  // beyond all edges: back to the first one
+    expectLine(c, 5000, {2500, 1}, {0, 1});
+}
+
 // EXTEND -------------------------------------------------------------------------------------------------
 
 TEST(Extend, TheEndThatWasPicked) {
@@ -342,6 +413,13 @@ TEST(Extend, ArcsPolylinesRaysAndWhatCannotGrow) {
     k.add(CircleEntity(Vector2{0, 0}, 5.0));
     k.addLine(8, -5, 8, 5);
     EXPECT_EQ(k.run({"EX", "", "5,0"}).back(), "Cannot extend that object.");
+}
+
+TEST(Extend, APolylineToItself) {
+    Console c;
+    c.add(PolylineEntity({{0, 0}, {10, 0}, {10, 10}, {5, 10}, {5, 5}}));
+    c.run({"EX", "", "5,6", ""});
+    expectNear(at<PolylineEntity>(c, 0).vertices.back(), {5, 0});
 }
 
 TEST(Extend, ToImpliedEdgesAndThroughFences) {

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <ctime>
+#include <limits>
 
 #include "cmd/edit_harness.hpp"
 #include "engine/entities/arc.hpp"
@@ -220,24 +221,184 @@ TEST(Pedit, EditsVertices) {
     EXPECT_TRUE(c.idle());
 }
 
+TEST(Pedit, VertexEditingOfACurveWorksOnItsFrame) {
+    Console c;
+    const std::vector<Vector2> frame{{0, 0}, {10, 10}, {20, 0}, {30, 10}};
+    c.add(PolylineEntity(frame));
+    c.run({"PE", "5,5", "S", "E", "N", "M", "10,20", "I", "15,15", "X", ""});
+    {
+        const auto& p = at<PolylineEntity>(c, 0);
+        EXPECT_TRUE(p.spline);
+        ASSERT_EQ(p.fit.size(), 5u);
+        expectNear(p.fit[1], {10, 20});
+        expectNear(p.fit[2], {15, 15});
+        EXPECT_EQ(p.vertices.size(), 4u * 8u + 1u);
+    }
+    c.run({"PE", "0,0", "D", "E", "T", "90", "X", "F", "E", "N", "N", "N", "S", "P", "P", "G", "X", ""});
+    {
+        // The tangent stands, the two vertices between are gone.
+        const auto& p = at<PolylineEntity>(c, 0);
+        ASSERT_EQ(p.fit.size(), 4u);
+        const auto path = p.path();
+        EXPECT_NEAR(engine::elementTangent(path.view()[1], path.view()[0].p, 0.0).normalized().y, 1.0, 1e-9);
+    }
+    const double length = at<PolylineEntity>(c, 0).length();
+    c.run({"PE", "0,0", "E", "N", "B", "G", "X", ""});
+    ASSERT_EQ(c.count(), 2u);
+    EXPECT_NEAR(at<PolylineEntity>(c, 0).length() + at<PolylineEntity>(c, 1).length(), length, 1e-6);
+}
+
+TEST(Pedit, SettingsSaySo) {
+    Console c;
+    c.addLine(0, 0, 10, 0);
+    c.addLine(10, 0, 10, 10);
+    c.run({"DELOBJ 0", "PEDITACCEPT 1", "PE", "M", "ALL", ""});
+    EXPECT_EQ(c.prompt(), "Enter an option [Close/Open/Join/Width/Fit/Spline/Decurve/Ltype gen/Reverse/Undo]:");
+    c.run({"J", "0", ""});
+    EXPECT_EQ(c.count(), 3u);
+    EXPECT_EQ(at<PolylineEntity>(c, 2).vertices.size(), 3u);
+    c.run({"SPLINESEGS -3", "PE", "10,5", "S", ""});
+    c.feed("UNDO");
+    c.run({"PE", "L", "S", ""});
+    EXPECT_TRUE(at<PolylineEntity>(c, 2).hasBulges());
+    EXPECT_EQ(at<PolylineEntity>(c, 2).curveType, 6);
+}
+
 TEST(Pedit, ThreeDimensionalPolylines) {
     Console c;
     c.add(engine::Polyline3DEntity({{0, 0, 0}, {10, 0, 5}, {10, 10, 9}}));
     c.run({"PE", "5,0"});
-    EXPECT_EQ(c.prompt(), "Enter an option [Close/Reverse/Undo]:");
-    c.run({"C", "R", ""});
-    EXPECT_TRUE(at<engine::Polyline3DEntity>(c, 0).closed);
-    EXPECT_EQ(at<engine::Polyline3DEntity>(c, 0).vertices[0].z, 9.0);
+    EXPECT_EQ(c.prompt(), "Enter an option [Close/Join/Edit vertex/Spline curve/Decurve/Reverse/Undo]:");
+    c.run({"C", "R"});
+    const auto& p = at<engine::Polyline3DEntity>(c, 0);
+    EXPECT_TRUE(p.closed);
+    EXPECT_EQ(p.vertices[0].z, 9.0);
+    c.run({"O", "E"});
+    EXPECT_EQ(c.prompt(), "Enter a vertex editing option [Next/Previous/Break/Insert/Move/Regen/Straighten/eXit] <N>:");
+    EXPECT_EQ(c.feed("").back(), "Vertex 2 at 10,0,5");
+    c.run({"M", "@1,0,2", "I", "11,2,8", "X", "S"});
+    {
+        const auto& e = at<engine::Polyline3DEntity>(c, 0);
+        ASSERT_EQ(e.frame.size(), 4u);
+        EXPECT_EQ(e.frame[1], math::Vector3(11, 0, 7));
+        EXPECT_EQ(e.frame[2].z, 8.0);
+        EXPECT_EQ(e.vertices.size(), 25u);
+    }
+    // Vertices of the frame are what is edited; the curve follows.
+    c.run({"E", "S", "N", "N", "G", "X", "D"});
+    EXPECT_EQ(at<engine::Polyline3DEntity>(c, 0).vertices.size(), 3u);
+    c.addLine(0, 0, -5, -5);
+    c.feed("J");
+    EXPECT_EQ(c.run({"ALL", ""}).back(), "1 segment added to polyline");
+    EXPECT_EQ(c.count(), 1u);
+    c.run({"E", "N", "B", "N", "G", "X", ""});
+    ASSERT_EQ(c.count(), 2u);
+    EXPECT_EQ(at<engine::Polyline3DEntity>(c, 1).vertices.size(), 2u);
+    EXPECT_EQ(c.document.history().undoCount(), 1u);
+    c.feed("UNDO");
+    ASSERT_EQ(c.count(), 2u);
+    EXPECT_EQ(at<engine::Polyline3DEntity>(c, 0).vertices[1], math::Vector3(10, 0, 5));
+}
+
+TEST(Pedit, Meshes) {
     Console m;
     engine::MeshEntity mesh;
-    mesh.rows = mesh.cols = 3;
-    for (int i = 0; i < 9; ++i) mesh.vertices.push_back({i % 3 * 5.0, i / 3 * 5.0, 0.0});
+    mesh.rows = mesh.cols = 4;
+    for (int i = 0; i < 16; ++i) mesh.vertices.push_back({i % 4 * 5.0, i / 4 * 5.0, i % 3 * 2.0});
+    const std::vector<math::Vector3> before = mesh.vertices;
     m.add(mesh);
     m.run({"PE", "0,0"});
-    EXPECT_EQ(m.prompt(), "Enter an option [Mclose/Nclose/Undo]:");
-    m.run({"N", "M", "U", ""});
+    EXPECT_EQ(m.prompt(), "Enter an option [Edit vertex/Smooth surface/Desmooth/Mclose/Nclose/Undo]:");
+    m.run({"N", "M", "U"});
     EXPECT_TRUE(at<engine::MeshEntity>(m, 0).closedN);
     EXPECT_FALSE(at<engine::MeshEntity>(m, 0).closedM);
+    EXPECT_EQ(m.prompt(), "Enter an option [Edit vertex/Smooth surface/Desmooth/Mclose/Nopen/Undo]:");
+    m.run({"N", "S"});
+    EXPECT_EQ(at<engine::MeshEntity>(m, 0).rows, 7);
+    EXPECT_EQ(at<engine::MeshEntity>(m, 0).surfaceType, 6);
+    EXPECT_EQ(m.feed("E").back(), "Current vertex (0,0) at 0,0,0");
+    EXPECT_EQ(m.prompt(), "Enter a vertex editing option [Next/Previous/Left/Right/Up/Down/Move/REgen/eXit] <N>:");
+    EXPECT_EQ(m.run({"", "", "U", "L", "RE"}).back(), "Current vertex (1,1) at 5,5,4");
+    m.run({"M", "5,5,50", "D", "L", "L", "D", "P"});
+    EXPECT_EQ(m.lines.back(), "Current vertex (0,0) at 0,0,0");
+    m.run({"X", "D", ""});
+    std::vector<math::Vector3> after = before;
+    after[5] = {5, 5, 50};
+    EXPECT_EQ(at<engine::MeshEntity>(m, 0).vertices, after);
+    m.run({"SURFTYPE 8", "SURFU 3", "PE", "0,0", "S", "M", ""});
+    EXPECT_EQ(at<engine::MeshEntity>(m, 0).rows, 3);
+    m.feed("UNDO");
+    EXPECT_EQ(at<engine::MeshEntity>(m, 0).vertices, after);
+    Console few;
+    mesh.rows = 3;
+    mesh.vertices.resize(12);
+    few.add(mesh);
+    EXPECT_EQ(few.run({"PE", "0,0", "S"}).back(), "The surface needs at least 4 vertices in both directions.");
+    few.feed("");
+    EXPECT_EQ(few.document.history().undoCount(), 0u);
+}
+
+TEST(Pedit, SurvivesOddObjects) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const std::vector<std::string> options{"C", "O", "F", "S", "D", "R", "W", "1", "L", "ON", "M", "N", "M"};
+    const std::vector<std::string> vertex{"E", "N", "M", "1e300,1", "I", "0,0", "S", "N",
+                                          "N", "G", "B", "P",       "G", "P",   "X"};
+    const auto edit = [&](Console& c) {
+        const std::size_t before = c.count();
+        for (const auto* lines : {&options, &vertex, &options}) {
+            c.run({"PEDIT", "L"});
+            c.run(*lines);
+            while (!c.idle()) c.processor.cancel();
+        }
+        while (c.document.history().undoCount() > 0) c.feed("UNDO");
+        EXPECT_EQ(c.count(), before);
+    };
+    const std::vector<std::vector<Vector2>> plane{
+        {}, {{1, 1}}, {{1, 1}, {1, 1}, {1, 1}}, {{0, 0}, {nan, 1}, {2, 2}, {3, 0}}};
+    for (const auto& points : plane) {
+        Console c;
+        c.add(PolylineEntity(points)).fit = {{5, 5}};
+        edit(c);
+        Console d;
+        engine::Polyline3DEntity space;
+        for (const Vector2& p : points) space.vertices.emplace_back(p);
+        d.add(space).frame = {{1, 2, 3}, {4, 5, 6}};
+        edit(d);
+    }
+    for (const std::int32_t rows : {-4, 0, 1, 4, 2'000'000'000}) {
+        Console c;
+        engine::MeshEntity mesh;
+        mesh.rows = rows;
+        mesh.cols = 4;
+        mesh.vertices.resize(10, {1, 2, nan});
+        mesh.frameRows = mesh.frameCols = rows;
+        c.add(mesh);
+        edit(c);
+    }
+}
+
+TEST(Mpedit, EditsManyAtOnce) {
+    Console c;
+    c.addLine(0, 0, 10, 0);
+    c.addLine(10, 0, 10, 10);
+    c.add(PolylineEntity({{20, 0}, {30, 0}, {30, 10}}));
+    c.add(CircleEntity(Vector2{50, 0}, 5.0));
+    c.run({"MPEDIT", "ALL", ""});
+    EXPECT_EQ(c.prompt(), "Convert Lines, Arcs and Splines to polylines [Yes/No]? <Yes>:");
+    c.feed("");
+    EXPECT_EQ(c.prompt(), "Enter an option [Open/Close/Join/Width/Fit/Spline/Decurve/Ltype gen/eXit] <eXit>:");
+    c.feed("J");
+    EXPECT_EQ(c.prompt(), "Enter fuzz distance or [Jointype] <0>:");
+    c.run({"", "C", "W", "2", "L", "ON", ""});
+    ASSERT_EQ(c.count(), 3u);
+    for (const std::size_t i : {0u, 1u}) {
+        EXPECT_TRUE(at<PolylineEntity>(c, i).closed);
+        EXPECT_EQ(at<PolylineEntity>(c, i).endWidth(2), 2.0);
+        EXPECT_TRUE(at<PolylineEntity>(c, i).ltgen);
+    }
+    EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: MPEDIT"});
+    EXPECT_EQ(c.count(), 4u);
+    at<LineEntity>(c, 1);
 }
 
 // REVERSE ------------------------------------------------------------------------------------------------
@@ -264,6 +425,30 @@ TEST(Reverse, KeepsTheShape) {
     expectNear(at<engine::SplineEntity>(c, 2).controlPoints[0], {20, 48});
     EXPECT_NEAR(c.entities()[2]->distanceTo(on), 0.0, 1e-9);
     EXPECT_EQ(c.document.history().undoCount(), 1u);
+}
+
+TEST(Reverse, HelicesAndPolylinesInSpace) {
+    Console c;
+    c.run({"HELIX", "0,0", "10", "4", "T", "2", "20"});
+    const engine::HelixData before = *at<engine::SplineEntity>(c, 0).helix;
+    c.add(engine::Polyline3DEntity({{0, 0, 0}, {50, 0, 5}, {50, 50, 9}}));
+    c.run({"PEDIT", "50,0", "S", ""});
+    c.run({"REVERSE", "ALL", ""});
+    const auto& spline = at<engine::SplineEntity>(c, 0);
+    ASSERT_TRUE(spline.helix);
+    EXPECT_TRUE(spline.helix->start.near_equal({4, 0, 20}, 1e-9));
+    EXPECT_TRUE(spline.helix->axisBase.near_equal({0, 0, 20}, 1e-9));
+    EXPECT_EQ(spline.helix->axis.z, -1.0);
+    EXPECT_NEAR(spline.helix->topRadius, 10.0, 1e-9);
+    // A right-handed screw stays one.
+    EXPECT_EQ(spline.helix->ccw, before.ccw);
+    EXPECT_EQ(spline.controlZ.front(), 20.0);
+    const auto& polyline = at<engine::Polyline3DEntity>(c, 1);
+    EXPECT_EQ(polyline.frame.front(), math::Vector3(50, 50, 9));
+    EXPECT_EQ(polyline.vertices.back(), math::Vector3(0, 0, 0));
+    c.run({"REVERSE", "ALL", ""});
+    EXPECT_TRUE(at<engine::SplineEntity>(c, 0).helix->start.near_equal(before.start, 1e-9));
+    EXPECT_NEAR(at<engine::SplineEntity>(c, 0).helix->topRadius, before.topRadius, 1e-9);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include "engine/entities/ellipse.hpp"
 #include "engine/entities/hatch.hpp"
 #include "engine/entities/polyline.hpp"
+#include "engine/entities/polyline3d.hpp"
+#include "engine/entities/region.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/path.hpp"
 #include "math/angles.hpp"
@@ -39,6 +41,21 @@ TEST(List, TellsWhatAnObjectIsAndWhereItLies) {
     c.run({"UCS", "1,2", ""});
     EXPECT_TRUE(contains(c.run({"LIST", "ALL", ""}), "    to point X=3.0000  Y=4.0000  Z=0.0000"));
     EXPECT_FALSE(c.document.history().canUndo() && c.lastStep() == "LIST");
+}
+
+TEST(List, TellsWhatIsOwnToSurfacesAndRegions) {
+    DrawConsole c;
+    engine::RegionEntity region;
+    region.vertices = {{0, 0}, {4, 0}, {4, 2}, {0, 2}};
+    c.add(region);
+    Lines lines = c.run({"LIST", "L", ""});
+    EXPECT_TRUE(contains(lines, "    1 boundary loop"));
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), "    area 8.0000"), 1);
+    engine::Polyline3DEntity way({{0, 0, 0}, {3, 0, 4}});
+    c.add(way);
+    lines = c.run({"LIST", "L", ""});
+    EXPECT_TRUE(contains(lines, "    length 5.0000"));
+    EXPECT_TRUE(contains(lines, "    at point X=3.0000  Y=0.0000  Z=4.0000"));
 }
 
 TEST(List, SurvivesEveryKindOfObject) {
@@ -75,6 +92,15 @@ TEST(Area, OfPointsLinesAndArcs) {
     // Far away the area keeps its digits.
     c.run({"AREA", "1e7,1e7", "@0.001,0", "@0,0.001", "@-0.001,0", ""});
     EXPECT_NEAR(variable(c, "AREA"), 1e-6, 1e-11);
+}
+
+TEST(Area, InFeetAndInches) {
+    DrawConsole c;
+    c.run({"LUNITS 4", "LUPREC 2"});
+    EXPECT_TRUE(contains(c.run({"AREA", "0,0", "12,0", "12,24", "0,24", ""}),
+                         "Area = 288.00 square in. (2.00 square ft.), Perimeter = 6'"));
+    c.add(CircleEntity({0, 0}, 12.0));
+    EXPECT_TRUE(contains(c.run({"LIST", "L", ""}), "    area 452.39 square in. (3.14 square ft.)"));
 }
 
 TEST(Area, AddsUpAndTakesOff) {

@@ -145,7 +145,7 @@ TEST_F(LayerCommand, RefusesNamesThatNoTableCanHold) {
 
 TEST_F(LayerCommand, StatesSaveAndRestoreWhatTheyAreAskedTo) {
     c.run({"LAYER", "N", "A,B", "C", "1", "A", "A"});
-    EXPECT_EQ(c.prompt(), "Enter an option [?/Save/Restore/Name/Delete]:");
+    EXPECT_EQ(c.prompt(), "Enter an option [?/Save/Restore/Edit/Name/Delete/Import/EXport]:");
     c.run({"S", "Before", ""});
     EXPECT_EQ(c.prompt(), kPrompt);
     c.run({"C", "5", "A", "LO", "A,B", "F", "B", "A", "S", "Locks", "L", "", "U", "*", "A", "S", "before"});

@@ -75,6 +75,38 @@ TEST(Change, BendsLinesResizesCirclesAndMovesTexts) {
     EXPECT_EQ(as<engine::LineEntity>(c, 0).end3(), math::Vector3(10, 0, 25));
 }
 
+TEST(Change, AsksAttributeDefinitionsAndBlocksAndHeedsOrtho) {
+    Console c;
+    engine::AttributeDefinitionEntity definition;
+    definition.tag = "OLD";
+    definition.prompt = "Which?";
+    definition.defaultValue = "none";
+    definition.insertion = {5, 5};
+    c.add(definition);
+    c.run({"CHANGE", "ALL", "", "", "1,2", "", "", "", "new", "How?"});
+    EXPECT_EQ(c.prompt(), "Enter new default value <none>:");
+    c.feed("some");
+    EXPECT_TRUE(c.idle());
+    const auto& changed = as<engine::AttributeDefinitionEntity>(c, 0);
+    EXPECT_EQ(changed.tag + changed.prompt + changed.defaultValue, "NEWHow?some");
+    EXPECT_EQ(changed.insertion, Vector2(1, 2));
+    c.run({"ERASE", "ALL", ""});
+    c.drawing().addBlock(engine::Name("B"));
+    c.add(engine::BlockReferenceEntity(engine::Name("B"), {10, 10}));
+    c.addLine(0, 0, 10, 1);
+    c.document.setVariable("ORTHOMODE", 1);
+    c.run({"CHANGE", "ALL", "", "20,3"});
+    EXPECT_EQ(c.prompt(), "Specify new block rotation angle <0>:");
+    c.feed("90");
+    const auto& reference = as<engine::BlockReferenceEntity>(c, 0);
+    EXPECT_NEAR(reference.insert.x, 20.0, 1e-12);
+    EXPECT_NEAR(reference.rotation, math::kPi / 2, 1e-12);
+    EXPECT_EQ(as<engine::LineEntity>(c, 1).end, Vector2(20, 0));
+    // A point on the far end would leave no line.
+    c.run({"CHANGE", "20,0", "", "0,0"});
+    EXPECT_EQ(as<engine::LineEntity>(c, 1).end, Vector2(20, 0));
+}
+
 // MATCHPROP ------------------------------------------------------------------------------------------------
 
 TEST(MatchProp, CarriesTheLookOver) {

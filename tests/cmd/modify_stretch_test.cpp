@@ -53,6 +53,24 @@ TEST(Stretch, PolygonsPicksAndDisplacements) {
     EXPECT_EQ(as<engine::LineEntity>(c, 1).end, Vector2(10, 57));
 }
 
+TEST(Stretch, TheWindowIsRememberedWithTheSelection) {
+    Console c;
+    c.addLine(0, 0, 10, 0);
+    c.run({"SELECT", "C", "8,-1", "12,1", ""});
+    c.run({"STRETCH", "", "0,0", "1,2"});
+    EXPECT_EQ(as<engine::LineEntity>(c, 0).start, Vector2(0, 0));
+    EXPECT_EQ(as<engine::LineEntity>(c, 0).end, Vector2(11, 2));
+    // By now the window holds nothing of the line: it moves as what was picked does.
+    c.run({"STRETCH", "P", "", "0,0", "0,-2"});
+    EXPECT_EQ(as<engine::LineEntity>(c, 0).start, Vector2(0, -2));
+    c.run({"COPY", "C", "8,-1", "12,1", "", "0,0", "500,500", "", "S", "P", "", "0,0", "0,5"});
+    EXPECT_EQ(as<engine::LineEntity>(c, 0).start, Vector2(0, -2));
+    EXPECT_EQ(as<engine::LineEntity>(c, 0).end, Vector2(11, 5));
+    // A selection of another kind has no window.
+    c.run({"SELECT", "5,1.1", "", "STRETCH", "", "0,0", "5,0"});
+    EXPECT_EQ(as<engine::LineEntity>(c, 0).start, Vector2(5, -2));
+}
+
 TEST(Stretch, ArcsKeepTheirHeightDimensionsFollowTextsMoveWhole) {
     Console c;
     c.add(engine::ArcEntity(Vector2{0, 0}, 5.0, 0.0, math::kPi));  // from (5,0) to (-5,0), 5 high

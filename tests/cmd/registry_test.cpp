@@ -4,7 +4,6 @@
 
 #include <set>
 
-#include "cmd/commands/planned.hpp"
 #include "cmd/processor.hpp"
 #include "engine/sysvar.hpp"
 
@@ -167,17 +166,6 @@ TEST(Registry, AliasesCanBeEditedAndReset) {
     own.resetAliases();
     EXPECT_EQ(own.find("Q"), nullptr);
     EXPECT_EQ(own.find("S")->name(), "SECOND");
-}
-
-TEST(Registry, PlannedCommandsSaySoAndStandBackForRealOnes) {
-    CommandRegistry own;
-    ASSERT_TRUE(own.add(std::make_unique<NamedCommand>("SHELL", std::vector<std::string>{"ZZ"})));
-    commands::addPlannedCommands(own);
-    EXPECT_TRUE(own.find("SHELL")->isAvailable());
-    EXPECT_EQ(own.find("SH"), nullptr);
-    EXPECT_NE(own.find("ZZ"), nullptr);
-    ASSERT_NE(own.find("HYPERLINKOPEN"), nullptr);
-    EXPECT_FALSE(own.find("HYPERLINKOPEN")->isAvailable());
 }
 
 }  // namespace

@@ -208,7 +208,10 @@ TEST(DimensionText, UnitsRoundingAndAffixes) {
     s.linearUnitFormat = 4;
     s.decimalPlaces = 4;
     s.setZeroSuppression(1);
-    EXPECT_EQ(dimTextContent(s, {.value = 15.5}), "1'-3\\S1/2;\"");
+    EXPECT_EQ(dimTextContent(s, {.value = 15.5}), "1'-3{\\A1;\\S1/2;}\"");
+    s.toleranceTextScale = 0.6;
+    EXPECT_EQ(dimTextContent(s, {.value = 15.5}), "1'-3{\\A1;\\H0.6x;\\S1/2;}\"");
+    s.toleranceTextScale = 1.0;
     EXPECT_EQ(plain(s, 15.5), "1'-31/2\"");
     s.fractionFormat = 2;
     EXPECT_EQ(plain(s, 15.5), "1'-3 1/2\"");

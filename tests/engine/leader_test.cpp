@@ -252,7 +252,7 @@ TEST(MLeader, StylesAndBlocks) {
     seen = record(m);
     ASSERT_EQ(seen.strokes.size(), 2u);
     EXPECT_NEAR(pathBounds(seen.strokes[1].path).width(), 12, 1e-9);
-    EXPECT_NEAR(corners(seen.strokes[0].path).back().x, 30 - 6 - 4, 1e-9);
+    EXPECT_NEAR(corners(seen.strokes[0].path).back().x, 30 - 6, 1e-9);
     EXPECT_TRUE(seen.texts.empty());
     m.blockName = "gone";
     EXPECT_EQ(record(m).strokes.size(), 1u);

@@ -13,6 +13,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/entities/arc.hpp"
+#include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/dimension.hpp"
 #include "engine/entities/hatch.hpp"
@@ -212,6 +213,38 @@ TEST(DxfReader, OldReleasesHavePolylinesOfVerticesAndNoMarkers) {
     EXPECT_EQ(sysVarReal(d, "LTSCALE"), 2.5);
     EXPECT_EQ(d.dimStyles.find("Standard")->textHeight, 3.5);
     EXPECT_EQ(d.currentLayer, "PIPES");
+}
+
+TEST(DxfReader, AttributesOfSeveralLinesAndLockedOnes) {
+    Drawing d;
+    DxfLoadReport report;
+    ASSERT_EQ(loadDxfText(
+                  header("AC1032", "") +
+                      entities(
+                          "0 INSERT|5 A1|100 AcDbEntity|8 0|100 AcDbBlockReference|66 1|2 B|10 5|20 6|0 ATTRIB|5 A2|100 "
+                          "AcDbEntity|8 0|100 AcDbText|10 1|20 1|40 2|1 flat|71 2|100 AcDbAttribute|280 0|2 NOTE|70 0|71 "
+                          "2|280 1|101 Embedded Object|70 1|10 7|20 8|40 3|41 25|71 9|1 one\\Ptwo|0 ATTRIB|5 A3|100 "
+                          "AcDbEntity|8 0|100 AcDbText|10 1|20 1|40 2|1 plain|100 AcDbAttribute|280 0|2 P|70 0|280 0|0 "
+                          "SEQEND|5 A4|0 ATTDEF|5 A5|100 AcDbEntity|8 0|100 AcDbText|10 1|20 1|40 2|1 x|100 "
+                          "AcDbAttributeDefinition|280 0|3 Prompt|2 T|70 4|280 1"),
+                  d, &report),
+              "");
+    const auto list = d.modelSpace().entities();
+    ASSERT_EQ(list.size(), 2u);
+    const auto& reference = dynamic_cast<const BlockReferenceEntity&>(*list[0]);
+    ASSERT_EQ(reference.attributes.size(), 2u);
+    const BlockAttribute& note = reference.attributes[0];
+    EXPECT_TRUE(note.multiline && note.locked);
+    EXPECT_EQ(note.value, "one\\Ptwo");
+    EXPECT_EQ(note.position, (math::Vector2{7, 8}));
+    EXPECT_EQ(note.textHeight, 3.0);
+    EXPECT_EQ(note.width, 25.0);
+    EXPECT_EQ(note.hAlign, kHAlignRight);
+    EXPECT_EQ(note.vAlign, kVAlignBottom);
+    EXPECT_EQ(note.generation, 2);  // the first group 71 is the text's own
+    EXPECT_FALSE(reference.attributes[1].multiline || reference.attributes[1].locked);
+    const auto& definition = dynamic_cast<const AttributeDefinitionEntity&>(*list[1]);
+    EXPECT_TRUE(definition.locked && definition.verify && !definition.multiline);
 }
 
 TEST(DxfReader, PlanesAnglesAndDimensionsKeepTheirMeaning) {

@@ -1,6 +1,7 @@
 #include "io_dxf/rich_drawing.hpp"
 
 #include "engine/entities/all.hpp"
+#include "engine/space_fit.hpp"
 
 namespace kova::test {
 
@@ -200,6 +201,14 @@ void fillShapes(EntityList& list) {
     mesh.cols = 3;
     mesh.closedN = true;
     for (int i = 0; i < 6; ++i) mesh.vertices.push_back({i % 3 * 1.0, i / 3 * 1.0, i * 0.5});
+    auto& fitted = add<Polyline3DEntity>(list, std::vector<Vector3>{{0, 0, 0}, {5, 0, 1}, {5, 5, 3}, {0, 5, 4}});
+    engine::fitWithSpline(fitted, 3, 4);
+    auto& smooth = add<MeshEntity>(list);
+    smooth.rows = 3;
+    smooth.cols = 4;
+    smooth.closedN = true;
+    for (int i = 0; i < 12; ++i) smooth.vertices.push_back({i % 4 * 2.0, i / 4 * 1.5, i % 3 * 0.5});
+    engine::smoothMesh(smooth, 5, 6, 5);
     auto& polyface = add<PolyfaceEntity>(list);
     polyface.vertices = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0.5, 0.5, 1}};
     polyface.faces = {{1, 2, -3, 4}, {1, 2, 5}, {1, 2, 3, 4, 5}};
@@ -320,6 +329,8 @@ void fillTexts(EntityList& list) {
     tolerance.rows[0].toleranceValue = "0.2";
     auto& definition = add<AttributeDefinitionEntity>(list);
     definition.tag = "LOOSE";
+    definition.defaultValue = "one\\Ptwo";
+    definition.multiline = definition.locked = true;
     definition.prompt = "Loose one";
     definition.constant = true;
     auto& table = add<TableEntity>(list);
@@ -400,7 +411,12 @@ void fillInserts(EntityList& list) {
     attribute.position = {30, 31};
     attribute.layer = "Walls \xC3\x84";
     attribute.hAlign = 4;
-    insert.attributes = {attribute};
+    BlockAttribute address = attribute;
+    address.tag = "ADDRESS";
+    address.value = "Main Street 1\\PTown";
+    address.multiline = address.locked = true;
+    address.width = 40.5;
+    insert.attributes = {attribute, address};
     auto& grid = add<BlockReferenceEntity>(list, Name("Nested"), Vector2{0, 0});
     grid.rows = 2;
     grid.columns = 3;
@@ -459,6 +475,19 @@ void fillRichDrawing(Drawing& d) {
         viewport.vpId = 2;
         viewport.vpFrozenLayers = {"Hidden"};
         viewport.viewTwist = 0.3;
+        // Seen from a side through a round window.
+        const Entity& border = add<CircleEntity>(layout->entities, Vector2{200, 150}, 40.0);
+        auto& round = add<ViewportEntity>(layout->entities);
+        round.center = {200, 150};
+        round.width = round.height = 80;
+        round.viewScale = 0.25;
+        round.vpId = 3;
+        round.viewDirection = {1, -1, 0.5};
+        round.viewTarget = {10, 20};
+        round.viewTargetZ = 3.5;
+        round.viewTwist = 0.4;
+        round.clipHandle = border.handle();
+        round.statusFlags = ViewportEntity::kNonRectangular;
         add<LineEntity>(layout->entities, Vector2{0, 0}, Vector2{100, 0});
     }
     Layout* third = d.addLayout("Details");

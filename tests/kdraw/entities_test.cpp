@@ -406,6 +406,7 @@ TEST(KdrawEntities, TextsOfSeveralLines) {
     EXPECT_EQ(again->lines->style, 0x12U);
     EXPECT_EQ(again->style, 0x11U);
     EXPECT_EQ(grouped(attribute, "AcDbAttribute")->text, "First\nSecond {x}");
+    EXPECT_EQ(grouped(attribute, "AcDbAttribute")->fieldLength, 0);  // and not a group of the inner text
 
     MTextEntity text;
     for (int i = 0; i < 100; ++i) text.text += "M\xC3\xB6" + std::to_string(i) + "\\P^ ";

@@ -4,7 +4,6 @@
 #include <cstdio>
 
 #include "kdraw/bit_fields.hpp"
-#include "kdraw/dxf/dxf_fields.hpp"
 #include "kdraw/objects/table_record.hpp"
 #include "kdraw/record_codec.hpp"
 
@@ -14,8 +13,8 @@ namespace {
 
 class Filler final : public Fields {
 public:
-    Filler(Version version, unsigned seed, const NamedRecords& records)
-        : Fields(Mode::Decode, version), random_(seed), records_(records) {}
+    Filler(Version version, unsigned seed, const NamedRecords& records, Values values)
+        : Fields(Mode::Decode, version), random_(seed), records_(records), values_(values) {}
     void whole(Width width, int, std::int64_t& v) override {
         switch (width) {
             case Width::B:
@@ -43,17 +42,20 @@ public:
     void text(int, std::string& v) override { v = "Text \xC3\xA9 \xF0\x9F\x93\x90 ^" + std::to_string(pick(1000)); }
     void bytes(int, std::string& v, std::size_t size) override {
         v.resize(size);
-        for (char& c : v) c = static_cast<char>(1 + pick(255));
+        for (char& c : v) c = static_cast<char>(values_.zeroBytes ? pick(256) : 1 + pick(255));
     }
     void color(int, int, Color& v) override {
         v = Color::fromIndex(1 + static_cast<int>(pick(255)));
         if (pick(2) == 0) v.raw = Color::kTrue | static_cast<std::uint32_t>(pick(0x1000000));
+        if (values_.colorNames && pick(3) == 0) v.name = "Name", v.book = "Book";
     }
     void rawColor(int, Color& v) override { color(0, 0, v); }
     void longColor(int, Color& v) override { color(0, 0, v); }
     void handle(Ref, int, Handle& v) override { v = 1 + static_cast<Handle>(pick(0xFFFFF)); }
     void record(Table table, int, Handle& v, Ref) override { v = records_.handles[static_cast<std::size_t>(table)]; }
-    std::size_t count(Width, int, std::size_t, unsigned) override { return static_cast<std::size_t>(pick(4)); }
+    std::size_t count(Width, int, std::size_t, unsigned) override {
+        return values_.fewest + static_cast<std::size_t>(pick(4));
+    }
     void subclass(std::string_view) override {}
     void constant(int, std::int64_t) override {}
 
@@ -61,6 +63,7 @@ private:
     std::int64_t pick(std::int64_t n) { return std::uniform_int_distribution<std::int64_t>(0, n - 1)(random_); }
     std::mt19937 random_;
     const NamedRecords& records_;
+    Values values_;
 };
 
 class Listing final : public Fields {
@@ -81,7 +84,7 @@ public:
     void extrusion(int, Vector3& v) override { bd3(0, v); }
     void text(int, std::string& v) override { add(v); }
     void bytes(int, std::string& v, std::size_t) override { add(v); }
-    void color(int, int, Color& v) override { add(std::to_string(v.raw)); }
+    void color(int, int, Color& v) override { add(std::to_string(v.raw) + v.name + v.book); }
     void rawColor(int, Color& v) override { color(0, 0, v); }
     void longColor(int, Color& v) override { color(0, 0, v); }
     void handle(Ref kind, int, Handle& v) override {
@@ -108,11 +111,12 @@ NamedRecords::NamedRecords() {
     }
 }
 
-std::unique_ptr<Object> arbitrary(const ObjectKind& kind, Version version, unsigned seed, const NamedRecords& records) {
-    // Some values make an entity that cannot be: others are taken then.
+std::unique_ptr<Object> arbitrary(const ObjectKind& kind, Version version, unsigned seed, const NamedRecords& records,
+                                  Values values) {
+    // Some values make an object that cannot be: others are taken then.
     for (;; seed += 1000) {
         auto object = kind.make();
-        Filler filler(version, seed, records);
+        Filler filler(version, seed, records, values);
         object->describe(filler);
         if (!filler.failed()) return object;
     }
@@ -148,8 +152,8 @@ std::string groupsOf(Object& object, const Database& database) {
     return out.out();
 }
 
-std::unique_ptr<Object> fromGroups(std::string_view text, const ObjectKind& kind, const Database& database) {
-    DxfInput in(database);
+void readGroups(std::string_view text, DxfInput& in) {
+    in.clear();
     std::size_t at = 0;
     const auto line = [&] {
         const std::size_t end = std::min(text.find('\n', at), text.size());
@@ -162,6 +166,11 @@ std::unique_ptr<Object> fromGroups(std::string_view text, const ObjectKind& kind
         in.add(code, line());
     }
     in.rewind();
+}
+
+std::unique_ptr<Object> fromGroups(std::string_view text, const ObjectKind& kind, const Database& database) {
+    DxfInput in(database);
+    readGroups(text, in);
     DxfReadFields fields(in);
     auto object = kind.make();
     object->describe(fields);

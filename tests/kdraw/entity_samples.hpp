@@ -8,10 +8,11 @@
 #include <vector>
 
 #include "kdraw/database.hpp"
+#include "kdraw/dxf/dxf_fields.hpp"
 #include "kdraw/object.hpp"
 #include "kdraw/version.hpp"
 
-// Entities with all members set, and ways to see what one holds.
+// Entities and other objects with all members set, and ways to see what one holds.
 
 namespace kdraw::test {
 
@@ -22,8 +23,17 @@ struct NamedRecords {
     std::vector<Handle> handles;  ///< by Table
 };
 
-/// An entity of a kind whose description was given arbitrary values, small numbers among them.
-std::unique_ptr<Object> arbitrary(const ObjectKind& kind, Version version, unsigned seed, const NamedRecords& records);
+/// What arbitrary values may be.
+struct Values {
+    bool colorNames = false;  ///< colours of books, too
+    bool zeroBytes = false;   ///< in binary data
+    std::size_t fewest = 0;   ///< items of a list
+};
+inline constexpr Values kObjectValues{true, true, 1};
+
+/// An object of a kind whose description was given arbitrary values, small numbers among them.
+std::unique_ptr<Object> arbitrary(const ObjectKind& kind, Version version, unsigned seed, const NamedRecords& records,
+                                  Values values = {});
 
 /// Everything that the description names, exactly.
 std::string listing(Object& object, Version version);
@@ -33,7 +43,9 @@ std::unique_ptr<Object> throughBits(Object& object, const ObjectKind& kind, Vers
 
 /// The groups of a description.
 std::string groupsOf(Object& object, const Database& database);
-/// An entity from groups.
+/// Groups of a text: the values stay in it.
+void readGroups(std::string_view text, DxfInput& in);
+/// An object from groups.
 std::unique_ptr<Object> fromGroups(std::string_view text, const ObjectKind& kind, const Database& database);
 
 template <class T>

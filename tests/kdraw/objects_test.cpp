@@ -2,11 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdio>
-#include <random>
 
 #include "kdraw/database.hpp"
 #include "kdraw/dxf/dxf_fields.hpp"
+#include "kdraw/entity_samples.hpp"
 #include "kdraw/minimal_graph.hpp"
 #include "kdraw/objects/app_id.hpp"
 #include "kdraw/objects/block_header.hpp"
@@ -22,128 +21,11 @@
 #include "kdraw/record_codec.hpp"
 
 using namespace kdraw;
+using namespace kdraw::test;
 
 namespace {
 
 constexpr Version kWritten[] = {Version::R2010, Version::R2013, Version::R2018};
-
-/// Records whose names groups can tell: one of each table.
-struct Tables {
-    Tables() {
-        for (const char* name :
-             {"BLOCK_RECORD", "LAYER", "STYLE", "LTYPE", "VIEW", "UCS", "VPORT", "APPID", "DIMSTYLE"}) {
-            auto made = kindNamed(name)->make();
-            static_cast<TableRecord&>(*made).name = std::string("Record ") + name;
-            Object& added = database.add(std::move(made));
-            database.nameRecord(static_cast<Table>(handles.size()), added.recordName(), added.handle);
-            handles.push_back(added.handle);
-        }
-    }
-    Database database;
-    std::vector<Handle> handles;
-};
-
-/// Gives every field a value of its own.
-class Filler final : public Fields {
-public:
-    Filler(Version version, unsigned seed, const Tables& tables)
-        : Fields(Mode::Decode, version), random_(seed), tables_(tables) {}
-    void whole(Width width, int, std::int64_t& v) override {
-        switch (width) {
-            case Width::B:
-                v = pick(2);
-                break;
-            case Width::BB:
-            case Width::RC:
-                v = pick(4);
-                break;
-            case Width::BS:
-                v = pick(700) - 50;
-                break;
-            default:
-                v = pick(100000);
-        }
-    }
-    void bd(int, double& v) override { v = (pick(4000) - 1000) / 16.0; }
-    void rd(int, double& v) override { bd(0, v); }
-    void dd(int, double& v, double) override { bd(0, v); }
-    void angle(int, double& v) override { v = pick(6000) / 1000.0; }
-    void thickness(int, double& v) override { bd(0, v); }
-    void extrusion(int, Vector3& v) override { bd3(0, v); }
-    void text(int, std::string& v) override { v = "Text \xC3\xA9 \xF0\x9F\x93\x90 " + std::to_string(pick(1000)); }
-    void bytes(int, std::string& v, std::size_t size) override {
-        v.resize(size);
-        for (char& c : v) c = static_cast<char>(pick(256));
-    }
-    void color(int, int, Color& v) override {
-        v = Color::fromIndex(1 + static_cast<int>(pick(255)));
-        if (pick(2) == 0) v.raw = Color::kTrue | static_cast<std::uint32_t>(pick(0x1000000));
-        if (pick(3) == 0) v.name = "Name", v.book = "Book";
-    }
-    void rawColor(int, Color& v) override { color(0, 0, v); }
-    void longColor(int, Color& v) override { color(0, 0, v); }
-    void handle(Ref, int, Handle& v) override { v = 1 + static_cast<Handle>(pick(0xFFFFF)); }
-    void record(Table table, int, Handle& v, Ref) override { v = tables_.handles[static_cast<std::size_t>(table)]; }
-    std::size_t count(Width, int, std::size_t, unsigned) override { return 1 + static_cast<std::size_t>(pick(4)); }
-    void subclass(std::string_view) override {}
-    void constant(int, std::int64_t) override {}
-
-private:
-    std::int64_t pick(std::int64_t n) { return std::uniform_int_distribution<std::int64_t>(0, n - 1)(random_); }
-    std::mt19937 random_;
-    const Tables& tables_;
-};
-
-/// Writes down what an object has, exactly.
-class Listing final : public Fields {
-public:
-    explicit Listing(Version version) : Fields(Mode::Encode, version) {}
-    std::string out;
-    void add(const std::string& text) { out += text + '\n'; }
-    void whole(Width, int, std::int64_t& v) override { add(std::to_string(v)); }
-    void bd(int, double& v) override {
-        char text[40];
-        std::snprintf(text, sizeof text, "%.17g", v);
-        add(text);
-    }
-    void rd(int, double& v) override { bd(0, v); }
-    void dd(int, double& v, double) override { bd(0, v); }
-    void angle(int, double& v) override { bd(0, v); }
-    void thickness(int, double& v) override { bd(0, v); }
-    void extrusion(int, Vector3& v) override { bd3(0, v); }
-    void text(int, std::string& v) override { add(v); }
-    void bytes(int, std::string& v, std::size_t) override { add(v); }
-    void color(int, int, Color& v) override { add(std::to_string(v.raw) + v.name + v.book); }
-    void rawColor(int, Color& v) override { color(0, 0, v); }
-    void longColor(int, Color& v) override { color(0, 0, v); }
-    void handle(Ref kind, int, Handle& v) override {
-        add("H" + std::to_string(static_cast<int>(kind)) + std::to_string(v));
-    }
-    void record(Table, int, Handle& v, Ref kind) override { handle(kind, 0, v); }
-    std::size_t count(Width, int, std::size_t current, unsigned) override {
-        add(std::to_string(current));
-        return current;
-    }
-    void subclass(std::string_view) override {}
-    void constant(int, std::int64_t) override {}
-};
-
-std::string listing(Object& object, Version version) {
-    Listing list(version);
-    object.describe(list);
-    return list.out;
-}
-
-/// An object of a kind with all its members set.
-std::unique_ptr<Object> filled(const ObjectKind& kind, Version version, unsigned seed, const Tables& tables) {
-    // Some values make an object that cannot be: others are taken then.
-    for (;; seed += 1000) {
-        auto object = kind.make();
-        Filler filler(version, seed, tables);
-        object->describe(filler);
-        if (!filler.failed()) return object;
-    }
-}
 
 /// The header as an object.
 class HeaderObject : public Object {
@@ -159,36 +41,12 @@ std::vector<const ObjectKind*> kinds() {
     return list;
 }
 
-/// Groups of a text: the values stay in it.
-void groupsOf(std::string_view text, DxfInput& in) {
-    in.clear();
-    std::size_t at = 0;
-    const auto line = [&] {
-        const std::size_t end = std::min(text.find('\n', at), text.size());
-        std::string_view piece = text.substr(at, end - at);
-        at = end + 1;
-        return piece;
-    };
-    while (at < text.size()) {
-        const int code = std::atoi(std::string(line()).c_str());
-        in.add(code, line());
-    }
-    in.rewind();
-}
-
-std::string groups(Object& object, const Database& database) {
-    DxfOutput out(database);
-    DxfWriteFields fields(out);
-    object.describe(fields);
-    return out.out();
-}
-
 /// The same groups, with reals equal up to what a turn into degrees and back costs.
 void expectSameGroups(const std::string& a, const std::string& b, const char* what) {
     Database none;
     DxfInput first(none), second(none);
-    groupsOf(a, first);
-    groupsOf(b, second);
+    readGroups(a, first);
+    readGroups(b, second);
     ASSERT_EQ(first.groups().size(), second.groups().size()) << what << "\n" << a << "\n---\n" << b;
     for (std::size_t i = 0; i < first.groups().size(); ++i) {
         const auto& x = first.groups()[i];
@@ -234,11 +92,11 @@ std::unique_ptr<T> decodeAs(Version version, Handle handle, std::string_view hex
 }  // namespace
 
 TEST(KdrawObjects, EveryMemberComesBackFromBits) {
-    const Tables tables;
+    const NamedRecords tables;
     for (const ObjectKind* kind : kinds())
         for (const Version version : kWritten)
             for (unsigned seed = 1; seed < 6; ++seed) {
-                const auto object = filled(*kind, version, seed, tables);
+                const auto object = arbitrary(*kind, version, seed, tables, kObjectValues);
                 const std::string before = listing(*object, version);
                 BitEncoder encoder(version);
                 object->describe(encoder);
@@ -261,27 +119,27 @@ TEST(KdrawObjects, EveryMemberComesBackFromBits) {
 }
 
 TEST(KdrawObjects, EveryGroupComesBack) {
-    const Tables tables;
+    const NamedRecords tables;
     for (const ObjectKind* kind : kinds())
         for (const Version version : {Version::R2007, Version::R2018})
             for (unsigned seed = 1; seed < 6; ++seed) {
-                const auto object = filled(*kind, version, seed, tables);
+                const auto object = arbitrary(*kind, version, seed, tables, kObjectValues);
                 // The records of a table stand behind its head: their reader lists them.
                 if (dynamic_cast<Control*>(object.get()) != nullptr) continue;
-                const std::string text = groups(*object, tables.database);
+                const std::string text = groupsOf(*object, tables.database);
                 DxfInput in(tables.database);
-                groupsOf(text, in);
+                readGroups(text, in);
                 DxfReadFields fields(in);
                 const auto again = kind->make();
                 again->owner = object->owner;
                 again->describe(fields);
                 ASSERT_FALSE(fields.failed()) << kind->dxfName;
-                expectSameGroups(text, groups(*again, tables.database), kind->dxfName);
+                expectSameGroups(text, groupsOf(*again, tables.database), kind->dxfName);
             }
 }
 
 TEST(KdrawObjects, DamageEndsInFailure) {
-    const Tables tables;
+    const NamedRecords tables;
     std::mt19937 random(7);
     for (const ObjectKind* kind : kinds())
         for (const Version version : {Version::R2000, Version::R2004, Version::R2007, Version::R2018})
@@ -455,9 +313,9 @@ TEST(KdrawObjects, XRecordsKeepEveryKindOfGroup) {
     // Extended data begins at 1000 in groups.
     std::erase_if(record.items, [](const XRecord::Item& item) { return item.code >= 1000; });
     Database database;
-    const std::string text = groups(record, database);
+    const std::string text = groupsOf(record, database);
     DxfInput in(database);
-    groupsOf(text, in);
+    readGroups(text, in);
     DxfReadFields fields(in);
     XRecord again;
     again.describe(fields);
@@ -480,7 +338,7 @@ TEST(KdrawObjects, XRecordsKeepEveryKindOfGroup) {
     // Angles are radians in files and degrees in groups.
     XRecord angle;
     angle.items.push_back({53, {}, {}, std::acos(0.0), 0, 0});
-    EXPECT_NE(groups(angle, database).find("53\n90\n"), std::string::npos) << groups(angle, database);
+    EXPECT_NE(groupsOf(angle, database).find("53\n90\n"), std::string::npos) << groupsOf(angle, database);
 }
 
 TEST(KdrawObjects, PackedFieldsStandWhereFilesHaveThem) {
@@ -515,15 +373,15 @@ TEST(KdrawObjects, PackedFieldsStandWhereFilesHaveThem) {
     layer.name = "Off";
     layer.off = layer.locked = true;
     layer.lineweight = lineweightIndex(50);
-    const std::string text = groups(layer, database);
+    const std::string text = groupsOf(layer, database);
     EXPECT_NE(text.find("\n-7\n"), std::string::npos);
     EXPECT_NE(text.find("370\n50\n"), std::string::npos);
     BlockHeader block;
     block.name = "*D12";
     block.units = 16;
-    const std::string blockText = groups(block, database);
+    const std::string blockText = groupsOf(block, database);
     DxfInput in(database);
-    groupsOf(blockText, in);
+    readGroups(blockText, in);
     DxfReadFields fields(in);
     BlockHeader blockAgain;
     blockAgain.describe(fields);
@@ -553,18 +411,18 @@ TEST(KdrawObjects, PackedFieldsStandWhereFilesHaveThem) {
     tableDecoder.partStreams(table.data.view(), 0, tableHandles, table.data.size());
     TableStyle styleAgain;
     styleAgain.describe(tableDecoder);
-    EXPECT_EQ(groups(styleAgain, database), groups(style, database));
+    EXPECT_EQ(groupsOf(styleAgain, database), groupsOf(style, database));
 }
 
 TEST(KdrawObjects, HeaderVariablesByName) {
-    Tables tables;
+    const NamedRecords tables;
     const std::string text =
         "9\n$ACADVER\n1\nAC1032\n9\n$LTSCALE\n40\n12.5\n9\n$CLAYER\n8\nrecord "
         "layer\n9\n$CELWEIGHT\n370\n35\n9\n$LWDISPLAY\n290\n1\n"
         "9\n$UNKNOWNVAR\n70\n3\n9\n$EXTMAX\n10\n1.0\n20\n2.0\n30\n3.0\n9\n$ANGBASE\n50\n90.0\n9\n$PSTYLEMODE\n290\n0\n"
         "9\n$DIMSCALE\n40\n7.0\n9\n$HANDSEED\n5\n2AB\n9\n$DIMBLK\n1\n\n";
     DxfInput in(tables.database);
-    groupsOf(text, in);
+    readGroups(text, in);
     HeaderVariables header;
     readHeaderGroups(header, in);
     EXPECT_EQ(header.ltscale, 12.5);

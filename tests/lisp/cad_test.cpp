@@ -306,6 +306,20 @@ TEST_F(CadTest, SelectsByModeAndFilter) {
     EXPECT_EQ(number("\"P\""), "2");
 }
 
+TEST_F(CadTest, CrossingWindowsStretch) {
+    eval("(entmake '((0 . \"LINE\") (10 0 0 0) (11 10 0 0)))");
+    eval("(setq s (ssget \"C\" '(8 -1) '(12 1)))");
+    eval("(command \"STRETCH\" s \"\" \"0,0\" \"3,4\")");
+    EXPECT_EQ(eval("(setq l (entget (entlast)) p (list (cdr (assoc 10 l)) (cdr (assoc 11 l))))"),
+              "((0.0 0.0 0.0) (13.0 4.0 0.0))");
+    eval("(ssget \"CP\" '((12 3) (14 3) (14 5) (12 5)))");
+    eval("(command \"STRETCH\" \"P\" \"\" \"0,0\" \"0,-4\")");
+    EXPECT_EQ(eval("(cdr (assoc 11 (entget (entlast))))"), "(13.0 0.0 0.0)");
+    // Without a window it moves whole.
+    eval("(command \"STRETCH\" (ssget \"X\") \"\" \"0,0\" \"0,1\")");
+    EXPECT_EQ(eval("(cdr (assoc 10 (entget (entlast))))"), "(0.0 1.0 0.0)");
+}
+
 TEST_F(CadTest, Tables) {
     eval("(entmake '((0 . \"LAYER\") (2 . \"Steel\") (70 . 4) (62 . 3)))");
     EXPECT_EQ(eval("(tblsearch \"LAYER\" \"STEEL\")"),
@@ -448,6 +462,24 @@ TEST_F(CadTest, AsksAndGoesOn) {
     EXPECT_THAT(lines({"4,5"}), ElementsAre("5.0"));
     EXPECT_THAT(lines({"(vl-catch-all-error-message (vl-catch-all-apply 'getfiled '(\"t\" \"\" \"\" 0)))"}),
                 Contains(HasSubstr("needs its dialog")));
+}
+
+TEST_F(CadTest, ObjectSnaps) {
+    session.feed("LINE 0,0 100,0 100,40");
+    session.feed("");
+    session.takeOutput();
+    EXPECT_EQ(eval("(osnap '(2 0) \"_end\")"), "(0.0 0.0 0.0)");
+    EXPECT_EQ(eval("(osnap '(2 0 0) \"mid,int\")"), "(50.0 0.0 0.0)");
+    EXPECT_EQ(eval("(osnap '(50 30) \"end\")"), "nil");
+    EXPECT_EQ(eval("(osnap '(2 0) \"what\")"), "nil");
+    session.feed("(getpoint)");
+    EXPECT_THAT(lines({"END 99,1"}), ElementsAre("(100.0 0.0 0.0)"));
+    session.feed("(getdist '(0 0))");
+    session.feed("MID");
+    EXPECT_EQ(session.currentPrompt(), "of");
+    EXPECT_THAT(lines({"50,30"}), ElementsAre("No midpoint found for specified point."));
+    EXPECT_EQ(session.currentPrompt(), "Enter distance:");
+    EXPECT_THAT(lines({"MID of 30,0"}), ElementsAre("50.0"));
 }
 
 TEST_F(CadTest, CancelRunsTheErrorFunction) {

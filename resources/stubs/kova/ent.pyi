@@ -1375,7 +1375,7 @@ class AttributeDefinition(Entity):
     """The kind "Attribute Definition".
 
     Positional arguments: tag, insertion, text_height."""
-    def __init__(self, tag: str = ..., insertion: Point = ..., text_height: float = ..., *, prompt: str = ..., default_value: str = ..., rotation: float = ..., text_style: str = ..., invisible: bool = ..., constant: bool = ..., verify: bool = ..., preset: bool = ..., h_align: int = ..., v_align: int = ..., generation: int = ..., width_factor: float = ..., oblique: float = ..., fit: bool = ..., fit_end: Point = ..., insertion_point: Point = ..., height: float = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    def __init__(self, tag: str = ..., insertion: Point = ..., text_height: float = ..., *, prompt: str = ..., default_value: str = ..., rotation: float = ..., text_style: str = ..., invisible: bool = ..., constant: bool = ..., verify: bool = ..., preset: bool = ..., locked: bool = ..., multiline: bool = ..., width: float = ..., h_align: int = ..., v_align: int = ..., generation: int = ..., width_factor: float = ..., oblique: float = ..., fit: bool = ..., fit_end: Point = ..., insertion_point: Point = ..., height: float = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def tag(self) -> str:
         """str."""
@@ -1432,6 +1432,21 @@ class AttributeDefinition(Entity):
     @preset.setter
     def preset(self, value: bool) -> None: ...
     @property
+    def locked(self) -> bool:
+        """bool."""
+    @locked.setter
+    def locked(self, value: bool) -> None: ...
+    @property
+    def multiline(self) -> bool:
+        """bool."""
+    @multiline.setter
+    def multiline(self, value: bool) -> None: ...
+    @property
+    def width(self) -> float:
+        """float, drawing units."""
+    @width.setter
+    def width(self, value: float) -> None: ...
+    @property
     def h_align(self) -> int:
         """int."""
     @h_align.setter
@@ -1480,8 +1495,8 @@ class AttributeDefinition(Entity):
 class Viewport(Entity):
     """The kind "Viewport".
 
-    Positional arguments: center, width, height, view_target, view_scale, view_twist, on, locked, vp_id, snap_base, snap_spacing, grid_spacing, snap_angle, status_flags, vp_frozen_layers, clip_handle."""
-    def __init__(self, center: Point = ..., width: float = ..., height: float = ..., view_target: Point = ..., view_scale: float = ..., view_twist: float = ..., on: bool = ..., locked: bool = ..., vp_id: int = ..., snap_base: Point = ..., snap_spacing: Point = ..., grid_spacing: Point = ..., snap_angle: float = ..., status_flags: int = ..., vp_frozen_layers: Sequence[str] = ..., clip_handle: str = ..., *, layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    Positional arguments: center, width, height, view_target, view_scale, view_twist, on, locked, vp_id, snap_base, snap_spacing, grid_spacing, snap_angle, status_flags, vp_frozen_layers, clip_handle, view_direction_x, view_direction_y, view_direction_z, view_target_z."""
+    def __init__(self, center: Point = ..., width: float = ..., height: float = ..., view_target: Point = ..., view_scale: float = ..., view_twist: float = ..., on: bool = ..., locked: bool = ..., vp_id: int = ..., snap_base: Point = ..., snap_spacing: Point = ..., grid_spacing: Point = ..., snap_angle: float = ..., status_flags: int = ..., vp_frozen_layers: Sequence[str] = ..., clip_handle: str = ..., view_direction_x: float = ..., view_direction_y: float = ..., view_direction_z: float = ..., view_target_z: float = ..., *, layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def center(self) -> Vector2:
         """Vector2, drawing units."""
@@ -1562,6 +1577,26 @@ class Viewport(Entity):
         """str."""
     @clip_handle.setter
     def clip_handle(self, value: str) -> None: ...
+    @property
+    def view_direction_x(self) -> float:
+        """float."""
+    @view_direction_x.setter
+    def view_direction_x(self, value: float) -> None: ...
+    @property
+    def view_direction_y(self) -> float:
+        """float."""
+    @view_direction_y.setter
+    def view_direction_y(self, value: float) -> None: ...
+    @property
+    def view_direction_z(self) -> float:
+        """float."""
+    @view_direction_z.setter
+    def view_direction_z(self, value: float) -> None: ...
+    @property
+    def view_target_z(self) -> float:
+        """float, drawing units."""
+    @view_target_z.setter
+    def view_target_z(self, value: float) -> None: ...
 
 class Face3D(Entity):
     """The kind "3D Face".
@@ -1583,7 +1618,7 @@ class Polyline3D(Entity):
     """The kind "3D Polyline".
 
     Positional arguments: vertices, closed."""
-    def __init__(self, vertices: Iterable[Point] = ..., closed: bool = ..., *, points: Iterable[Point] = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    def __init__(self, vertices: Iterable[Point] = ..., closed: bool = ..., *, curve_type: int = ..., frame: Iterable[Point] = ..., points: Iterable[Point] = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def vertices(self) -> list[Vector3]:
         """list[Vector3], drawing units."""
@@ -1595,6 +1630,16 @@ class Polyline3D(Entity):
     @closed.setter
     def closed(self, value: bool) -> None: ...
     @property
+    def curve_type(self) -> int:
+        """int."""
+    @curve_type.setter
+    def curve_type(self, value: int) -> None: ...
+    @property
+    def frame(self) -> list[Vector3]:
+        """list[Vector3], drawing units."""
+    @frame.setter
+    def frame(self, value: Iterable[Point]) -> None: ...
+    @property
     def points(self) -> list[Vector3]:
         """list[Vector3], drawing units. The same as `vertices`."""
     @points.setter
@@ -1603,8 +1648,8 @@ class Polyline3D(Entity):
 class Mesh(Entity):
     """The kind "Mesh".
 
-    Positional arguments: rows, cols, closed_m, closed_n, vertices."""
-    def __init__(self, rows: int = ..., cols: int = ..., closed_m: bool = ..., closed_n: bool = ..., vertices: Iterable[Point] = ..., *, layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    Positional arguments: rows, cols, closed_m, closed_n, vertices, surface_type, frame_rows, frame_cols, frame."""
+    def __init__(self, rows: int = ..., cols: int = ..., closed_m: bool = ..., closed_n: bool = ..., vertices: Iterable[Point] = ..., surface_type: int = ..., frame_rows: int = ..., frame_cols: int = ..., frame: Iterable[Point] = ..., *, layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def rows(self) -> int:
         """int."""
@@ -1630,6 +1675,26 @@ class Mesh(Entity):
         """list[Vector3], drawing units."""
     @vertices.setter
     def vertices(self, value: Iterable[Point]) -> None: ...
+    @property
+    def surface_type(self) -> int:
+        """int."""
+    @surface_type.setter
+    def surface_type(self, value: int) -> None: ...
+    @property
+    def frame_rows(self) -> int:
+        """int."""
+    @frame_rows.setter
+    def frame_rows(self, value: int) -> None: ...
+    @property
+    def frame_cols(self) -> int:
+        """int."""
+    @frame_cols.setter
+    def frame_cols(self, value: int) -> None: ...
+    @property
+    def frame(self) -> list[Vector3]:
+        """list[Vector3], drawing units."""
+    @frame.setter
+    def frame(self, value: Iterable[Point]) -> None: ...
 
 class Solid3D(Entity):
     """The kind "3D Solid".

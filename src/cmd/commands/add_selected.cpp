@@ -191,7 +191,7 @@ private:
         if (entity == nullptr) return message("No object found.");
         const std::string_view name = commandFor(*entity);
         Command* command = name.empty() || host()->registry() == nullptr ? nullptr : host()->registry()->find(name);
-        if (command == nullptr || !command->isInteractive() || !command->isAvailable())
+        if (command == nullptr || !command->isInteractive())
             return message("Object cannot be used here.");
         inner_ = command->createTool();
         if (!inner_) return finish();

@@ -1,9 +1,10 @@
-#include "cmd/array_items.hpp"
-#include "cmd/dialogue.hpp"
+#include "cmd/array_prompts.hpp"
+#include "cmd/array_record.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/entity_copies.hpp"
 #include "cmd/format.hpp"
-#include "cmd/groups.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/text_or_point.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd::commands {
@@ -12,7 +13,6 @@ namespace {
 
 using math::Vector2;
 
-constexpr int kMost = 32767;  // rows, columns, items
 constexpr const char* kAssociative = "arrayAssociative";
 constexpr const char* kPolarType = "arrayPolar";
 
@@ -30,7 +30,7 @@ protected:
             size_ = {box.width() > 0.0 ? 1.5 * box.width() : 1.0, box.height() > 0.0 ? 1.5 * box.height() : 1.0};
         }
         rows_.distance = size_.y;
-        associative_ = remembered(document(), kAssociative, 0.0) != 0.0;
+        associative_ = remembered(document(), kAssociative, 1.0) != 0.0;
         co_return true;
     }
 
@@ -59,21 +59,20 @@ protected:
                 const Answer angle = co_await ask.angle(std::move(prompt), {}, base_);
                 if (angle.isNumber()) array.angle = worldDirection(angle, drawing());
             } else if (answer.is("COUNT")) {
-                array.columns = co_await askCount(ask, "Enter the number of columns", array.columns);
-                rows_.rows = co_await askCount(ask, "Enter the number of rows", rows_.rows);
+                array.columns = co_await askArrayCount(ask, "Enter the number of columns", array.columns);
+                rows_.rows = co_await askArrayCount(ask, "Enter the number of rows", rows_.rows);
             } else if (answer.is("SPACING")) {
                 co_await askSpacing(ask, array);
             } else if (answer.is("COLUMNS")) {
-                array.columns = co_await askCount(ask, "Enter the number of columns", array.columns);
-                array.columnDistance = co_await askPitch(ask, "columns", array.columns, array.columnDistance);
+                co_await askArrayColumns(ask, drawing(), array);
             } else if (answer.is("ROWS")) {
-                co_await askRows(ask);
+                co_await askArrayRows(ask, drawing(), rows_);
             } else {
-                co_await askLevels(ask);
+                co_await askArrayLevels(ask, drawing(), rows_);
             }
         }
         array.rows = rows_;
-        if (fits(static_cast<double>(array.columns) * rows_.count())) finishArray("ARRAYRECT", array.items());
+        if (fits(static_cast<double>(array.columns) * rows_.count())) finish("ARRAYRECT", array, array.items());
     }
 
     Dialogue polar(Ask& ask) {
@@ -114,29 +113,22 @@ protected:
             } else if (answer.is("BASE")) {
                 co_await askBase(ask);
             } else if (answer.is("ITEMS")) {
-                array.count = co_await askCount(ask, "Enter number of items in array", array.count);
+                array.count = co_await askArrayCount(ask, "Enter number of items in array", array.count);
             } else if (answer.is("ANGLE")) {
-                std::string prompt = withDefault("Specify angle between items", degrees(array.step()));
-                const Answer angle = co_await ask.angle(std::move(prompt), {}, array.center.xy());
-                if (angle.isNumber()) setBetween(array, includedAngle(angle, drawing()));
+                co_await askAngleBetween(ask, drawing(), array);
             } else if (answer.is("FILL")) {
-                std::string prompt = withDefault("Specify the angle to fill (+=ccw, -=cw)", degrees(array.fill));
-                const Answer angle = co_await ask.angle(std::move(prompt), {}, array.center.xy());
-                if (angle.isNumber()) setFill(array, includedAngle(angle, drawing()));
+                co_await askFillAngle(ask, drawing(), array);
             } else if (answer.is("ROWS")) {
-                co_await askRows(ask);
+                co_await askArrayRows(ask, drawing(), rows_);
             } else if (answer.is("LEVELS")) {
-                co_await askLevels(ask);
+                co_await askArrayLevels(ask, drawing(), rows_);
             } else {
-                array.turnItems = co_await askYesNo(
-                    ask,
-                    array.turnItems ? "Rotate arrayed items? [Yes/No] <Yes>:" : "Rotate arrayed items? [Yes/No] <No>:",
-                    array.turnItems);
+                co_await askTurnItems(ask, array);
             }
         }
         array.base = base_;
         array.rows = rows_;
-        if (fits(static_cast<double>(array.count) * rows_.count())) finishArray("ARRAYPOLAR", array.items());
+        if (fits(static_cast<double>(array.count) * rows_.count())) finish("ARRAYPOLAR", array, array.items());
     }
 
     Dialogue path(Ask& ask) {
@@ -145,6 +137,7 @@ protected:
         const engine::Entity* curve = picked.isObject() ? drawing().findById(picked.id) : nullptr;
         if (curve == nullptr) co_return;
         const CurveRuler ruler(*curve);
+        const std::uint64_t handle = curve->handle();
         if (!(ruler.length() > 0.0) || !std::isfinite(ruler.length())) co_return message("Object cannot be used here.");
         PathArray array;
         const Vector2 start = ruler.at(0.0).point;
@@ -162,26 +155,19 @@ protected:
             if (answer.is("ASSOCIATIVE")) {
                 co_await askAssociative(ask);
             } else if (answer.is("METHOD")) {
-                const Answer method =
-                    co_await ask.keyword(array.divide ? "Enter path method [Divide/Measure] <Divide>:"
-                                                      : "Enter path method [Divide/Measure] <Measure>:",
-                                         "Divide Measure");
-                if (!method.isEnter()) array.divide = method.is("DIVIDE");
+                co_await askPathMethod(ask, array);
             } else if (answer.is("BASE")) {
                 co_await askBase(ask);
             } else if (answer.is("TANGENT")) {
                 co_await askTangent(ask, array);
             } else if (answer.is("ITEMS")) {
-                co_await askPathItems(ask, array, ruler);
+                co_await askPathItems(ask, drawing(), array, ruler);
             } else if (answer.is("ROWS")) {
-                co_await askRows(ask);
+                co_await askArrayRows(ask, drawing(), rows_);
             } else if (answer.is("LEVELS")) {
-                co_await askLevels(ask);
+                co_await askArrayLevels(ask, drawing(), rows_);
             } else if (answer.is("ALIGN")) {
-                array.alignItems = co_await askYesNo(ask,
-                                                     array.alignItems ? "Align arrayed items to path? [Yes/No] <Yes>:"
-                                                                      : "Align arrayed items to path? [Yes/No] <No>:",
-                                                     array.alignItems);
+                co_await askAlignItems(ask, array);
             } else {
                 // Paths are followed in plan, so items never tilt.
                 co_await askYesNo(ask, "Maintain Z direction? [Yes/No] <Yes>:", true);
@@ -189,7 +175,7 @@ protected:
         }
         array.base = base_;
         array.rows = rows_;
-        if (fits(static_cast<double>(array.count) * rows_.count())) finishPath(array.items(ruler));
+        if (fits(static_cast<double>(array.count) * rows_.count())) finishPath(array, ruler, handle);
     }
 
     /// The dialogue of -ARRAY.
@@ -207,44 +193,11 @@ protected:
 
 private:
     double rowDirection() const { return ucsRotation(drawing()) + engine::sysVarReal(drawing(), "SNAPANG"); }
-    static std::string degrees(double angle) {
-        // An amount of turning, not a direction: a whole turn is 360.
-        char buffer[32];
-        std::snprintf(buffer, sizeof buffer, "%.6g", angle / math::kDegree);
-        return buffer;
-    }
-
-    Task<int> askCount(Ask& ask, const char* question, int fallback) {
-        std::string prompt = withDefault(question, std::to_string(fallback));
-        const Answer answer = co_await ask.integer(std::move(prompt), 1, kMost);
-        co_return answer.isNumber() ? answer.integer() : fallback;
-    }
-
-    /// The distance from one column, row or level to the next, or over all of them.
-    Task<double> askPitch(Ask& ask, std::string what, int count, double fallback) {
-        std::string prompt =
-            withDefault("Specify the distance between " + what + " or [Total]", lengthDefault(drawing(), fallback));
-        const Answer answer = co_await ask.distance(std::move(prompt), "Total");
-        if (answer.isNumber()) co_return answer.number;
-        if (!answer.is("TOTAL")) co_return fallback;
-        prompt = withDefault("Enter the total distance between start and end " + what,
-                             lengthDefault(drawing(), fallback * (count - 1)));
-        const Answer total = co_await ask.distance(std::move(prompt));
-        co_return total.isNumber() && count > 1 ? total.number / (count - 1) : fallback;
-    }
-
-    Dialogue askRows(Ask& ask) {
-        rows_.rows = co_await askCount(ask, "Enter the number of rows", rows_.rows);
-        rows_.distance = co_await askPitch(ask, "rows", rows_.rows, rows_.distance);
-        std::string prompt =
-            withDefault("Specify the incrementing elevation between rows", lengthDefault(drawing(), rows_.rise));
-        const Answer rise = co_await ask.distance(std::move(prompt));
-        rows_.rise = rise.numberOr(rows_.rise);
-    }
-
-    Dialogue askLevels(Ask& ask) {
-        rows_.levels = co_await askCount(ask, "Enter the number of levels", rows_.levels);
-        rows_.levelDistance = co_await askPitch(ask, "levels", rows_.levels, rows_.levelDistance);
+    /// A count of the older dialogue.
+    Task<int> askCount(Ask& ask, const char* question) {
+        std::string prompt = withDefault(question, "1");
+        const Answer answer = co_await ask.integer(std::move(prompt), 1, kMostInArray);
+        co_return answer.isNumber() ? answer.integer() : 1;
     }
 
     Dialogue askSpacing(Ask& ask, RectangularArray& array) {
@@ -283,15 +236,6 @@ private:
         if (answer.isPoint()) base_ = answer.point;
     }
 
-    static void setBetween(PolarArray& array, double between) {
-        const double whole = between * array.count;
-        array.fill = std::abs(std::abs(whole) - math::kTwoPi) < 1e-9 ? whole : between * (array.count - 1);
-    }
-    void setFill(PolarArray& array, double fill) {
-        if (fill == 0.0 || std::abs(fill) > math::kTwoPi + 1e-9) return message("Invalid value.");
-        array.fill = fill;
-    }
-
     Dialogue askTangent(Ask& ask, PathArray& array) {
         const Answer first = co_await ask.point("Specify first point of tangent direction vector:");
         if (!first.isPoint()) co_return;
@@ -303,28 +247,12 @@ private:
             array.direction = second.point - first.point;
     }
 
-    Dialogue askPathItems(Ask& ask, PathArray& array, const CurveRuler& ruler) {
-        if (array.divide) {
-            array.count = co_await askCount(ask, "Enter number of items along path", array.count);
-            co_return;
-        }
-        std::string prompt =
-            withDefault("Specify the distance between items along path", lengthDefault(drawing(), array.distance));
-        const Answer distance = co_await ask.distance(std::move(prompt), {}, std::nullopt, kPositive);
-        array.distance = distance.numberOr(array.distance);
-        const int fitting = array.fitting(ruler);
-        message("Maximum items = " + std::to_string(fitting));
-        prompt = withDefault("Specify number of items or [Fill entire path]", std::to_string(fitting));
-        const Answer number = co_await ask.integer(std::move(prompt), 1, kMost, "Fill");
-        array.count = number.isNumber() ? std::min(number.integer(), fitting) : fitting;
-    }
-
     Dialogue classicRectangular(Ask& ask) {
         RectangularArray array;
         array.angle = rowDirection();
         rows_ = {};
-        rows_.rows = co_await askCount(ask, "Enter the number of rows (---)", 1);
-        array.columns = co_await askCount(ask, "Enter the number of columns (|||)", 1);
+        rows_.rows = co_await askCount(ask, "Enter the number of rows (---)");
+        array.columns = co_await askCount(ask, "Enter the number of columns (|||)");
         if (rows_.rows == 1 && array.columns == 1) co_return message("One-element array, nothing to do.");
         bool cell = false;
         if (rows_.rows > 1) {
@@ -336,15 +264,14 @@ private:
                     rows_.distance = *distance;
                     break;
                 }
-                const auto first =
-                    parsePointInput(answer.text, ask.lastPoint(), Vector2{}, PointContext::of(drawing()));
-                if (!first) {
-                    message("Invalid input.");
+                const PointOfText first = co_await pointOfText(ask, document(), answer.text, ask.lastPoint());
+                if (!first.point) {
+                    if (!first.told) message("Invalid input.");
                     continue;
                 }
-                const Answer second = co_await ask.point("Other corner:", {}, *first);
+                const Answer second = co_await ask.point("Other corner:", {}, *first.point);
                 if (!second.isPoint()) co_return;
-                takeUnitCell(array, second.point - *first);
+                takeUnitCell(array, second.point - *first.point);
                 cell = true;
                 break;
             }
@@ -355,7 +282,7 @@ private:
             array.columnDistance = distance.number;
         }
         array.rows = rows_;
-        if (fits(static_cast<double>(array.columns) * rows_.count())) finishArray("ARRAY", array.items());
+        if (fits(static_cast<double>(array.columns) * rows_.count())) finish("ARRAY", array, array.items());
     }
 
     Dialogue classicPolar(Ask& ask) {
@@ -368,7 +295,7 @@ private:
         }
         if (!center.isPoint()) co_return;
         array.center = math::Vector3(center.point);
-        const Answer number = co_await ask.integer("Enter the number of items in the array:", 2, kMost);
+        const Answer number = co_await ask.integer("Enter the number of items in the array:", 2, kMostInArray);
         if (number.isNumber()) array.count = number.integer();
         const Answer fill = co_await ask.angle("Specify the angle to fill (+=ccw, -=cw) <360>:", {}, center.point);
         if (fill.isNumber()) array.fill = includedAngle(fill, drawing());
@@ -380,11 +307,11 @@ private:
             if (step == 0.0) co_return message("Invalid value.");
             if (array.fill == 0.0) {
                 if (!number.isNumber()) co_return message("Invalid value.");
-                setBetween(array, step);
+                setAngleBetween(array, step);
             } else {
                 const double steps = std::abs(array.fill / step);
                 const bool whole = std::abs(std::abs(array.fill) - math::kTwoPi) < 1e-9;
-                array.count = static_cast<int>(std::min(steps + 1e-9, kMost - 1.0)) + (whole ? 0 : 1);
+                array.count = static_cast<int>(std::min(steps + 1e-9, kMostInArray - 1.0)) + (whole ? 0 : 1);
                 array.fill = std::copysign(step, array.fill) * (array.count - 1);
                 if (array.count < 2) co_return message("One-element array, nothing to do.");
             }
@@ -392,7 +319,7 @@ private:
         array.turnItems = co_await askYesNo(ask, "Rotate arrayed objects? [Yes/No] <Y>:", true);
         array.base = base_;
         array.rows = rows_;
-        if (fits(array.count)) finishArray("ARRAY", array.items());
+        if (fits(array.count)) finish("ARRAY", array, array.items());
     }
 
     Dialogue askNewBase(Ask& ask) {
@@ -406,25 +333,37 @@ private:
         return false;
     }
 
-    void finishArray(const char* label, const std::vector<math::Matrix4>& items) {
-        const doc::GroupScope group(document(), label);
-        std::vector<std::uint64_t> all = ids_;
-        const std::vector<std::uint64_t> added = addItems(document(), ids_, items);
-        all.insert(all.end(), added.begin(), added.end());
-        if (associative_ && !added.empty()) addGroup(document(), nextGroupName(drawing()), {}, all);
+    using DialogueTool::finish;
+    /// `items` begins with the objects themselves.
+    template <class Array>
+    void finish(const char* label, const Array& array, const std::vector<math::Matrix4>& items,
+                std::uint64_t path = 0) {
+        const doc::GroupScope group(document(), kind_ ? "ARRAY" : label);
+        std::vector<std::vector<std::uint64_t>> all;
+        const std::vector<engine::Entity*> sources = entitiesInOrder(document(), ids_);
+        all.emplace_back();
+        for (const engine::Entity* source : sources) all.back().push_back(source->id());
+        for (std::size_t i = 1; i < items.size(); ++i) {
+            std::vector<std::uint64_t> added = addCopies(document(), ids_, items[i]);
+            if (associative_) all.push_back(std::move(added));
+        }
+        if (!associative_ || items.size() < 2) return;
+        ArrayDefinition definition;
+        definition.shape = array;
+        definition.path = path;
+        tieArray(document(), definition, all);
     }
 
     /// The objects themselves become the first item.
-    void finishPath(std::vector<math::Matrix4> items) {
-        const math::Matrix4 first = items.front();
-        items.erase(items.begin());
-        const doc::GroupScope group(document(), "ARRAYPATH");
-        finishArray("ARRAYPATH", items);
-        math::Matrix4 change = first;
-        const math::Matrix4 none;
-        for (std::size_t i = 0; i < change.m.size(); ++i) change.m[i] -= none.m[i];
-        if (std::any_of(change.m.begin(), change.m.end(), [](double v) { return std::abs(v) > 1e-12; }))
-            document().transformEntities(ids_, first);
+    void finishPath(PathArray array, const CurveRuler& ruler, std::uint64_t path) {
+        const doc::GroupScope group(document(), kind_ ? "ARRAY" : "ARRAYPATH");
+        const math::Matrix4 first = array.items(ruler).front();
+        if (first.m != math::Matrix4().m) document().transformEntities(ids_, first);
+        const PathArray::Stand start = array.stands(ruler).front();
+        const Vector2 along = -start.side.perpendicular();
+        array.base = start.point;
+        array.direction = Vector2::from_angle(along.angle() + start.turn);
+        finish("ARRAYPATH", array, array.items(ruler), path);
     }
 
     std::vector<std::uint64_t> ids_;
@@ -432,6 +371,9 @@ private:
     Vector2 size_{1, 1};
     ArrayRows rows_;
     bool associative_ = false;
+
+protected:
+    bool kind_ = false;  ///< ARRAY itself, which asked for the kind
 };
 
 class ArrayRectTool final : public ArrayTool {
@@ -462,6 +404,7 @@ protected:
 class ArrayAnyTool final : public ArrayTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
+        kind_ = true;
         const bool any = co_await askObjects(ask);
         if (!any) co_return;
         if (isCommandLineVariant()) co_return co_await classic(ask);

@@ -1,5 +1,6 @@
 #include "engine/entities/attribute_definition.hpp"
 
+#include "cmd/block_attributes.hpp"
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
@@ -15,7 +16,7 @@ using engine::AttributeDefinitionEntity;
 using math::Vector2;
 
 /// Bits of AFLAGS.
-enum Mode : int { kInvisible = 1, kConstant = 2, kVerify = 4, kPreset = 8, kLocked = 16 };
+enum Mode : int { kInvisible = 1, kConstant = 2, kVerify = 4, kPreset = 8, kLocked = 16, kMultiple = 32 };
 
 struct ModeRow {
     const char* word;
@@ -27,6 +28,7 @@ constexpr ModeRow kModes[] = {{"INVISIBLE", kInvisible, "Invisible"},
                               {"VERIFY", kVerify, "Verify"},
                               {"PRESET", kPreset, "Preset"},
                               {"LOCK", kLocked, "Lock position"}};
+constexpr ModeRow kMultipleRow = {"MULTIPLE", kMultiple, "Multiple lines"};
 
 /// ATTDEF: defines an attribute of a block that is to be made.
 class AttdefTool final : public DialogueTool {
@@ -42,13 +44,15 @@ protected:
         model->constant = (modes & kConstant) != 0;
         model->verify = (modes & kVerify) != 0;
         model->preset = (modes & kPreset) != 0;
+        model->locked = (modes & kLocked) != 0;
+        model->multiline = (modes & kMultiple) != 0;
         if (!model->constant) {
             const Answer prompt = co_await ask.text("Enter attribute prompt:");
             model->prompt = prompt.text;
         }
         const char* question = model->constant ? "Enter attribute value:" : "Enter default attribute value:";
-        const Answer value = co_await ask.text(question);
-        model->defaultValue = value.text;
+        const std::optional<std::string> value = co_await askAttributeValue(ask, question, model->multiline);
+        model->defaultValue = value.value_or(std::string());
         const std::optional<TextPlace> place = co_await askTextPlace(ask, document(), "ATTDEF");
         if (!place) co_return;
         if (place->continued) {
@@ -72,6 +76,7 @@ protected:
     }
 
 private:
+    void toggle(int bit) { document().setVariable("AFLAGS", std::int32_t{flags() ^ bit}); }
     int flags() const { return engine::sysVarInt(drawing(), "AFLAGS"); }
 
     /// Places it a line below the definition made last, in its manner.
@@ -81,7 +86,15 @@ private:
             const auto* last = dynamic_cast<const AttributeDefinitionEntity*>(space.atSlot(slot));
             if (last == nullptr) continue;
             const double direction = last->hasSecondPoint() ? (last->fitEnd - last->insertion).angle() : last->rotation;
-            const Vector2 down = Vector2::from_angle(direction).perpendicular() * (-kTextLineStep * last->textHeight);
+            double step = kTextLineStep * last->textHeight;
+            if (last->multiline) {
+                // Below all lines of the default value, as a value will take their place.
+                engine::TextLine lines = last->line();
+                lines.content = last->defaultValue;
+                const double height = engine::textLineBounds(lines, &drawing()).height();
+                if (height > step) step = height + (kTextLineStep - 1.0) * last->textHeight;
+            }
+            const Vector2 down = Vector2::from_angle(direction).perpendicular() * -step;
             model.insertion = last->insertion + down;
             model.fitEnd = last->fitEnd + down;
             model.fit = last->fit;
@@ -103,16 +116,17 @@ private:
             std::string state = "Current attribute modes:";
             for (const ModeRow& row : kModes)
                 state += std::string("  ") + row.name + "=" + ((flags() & row.bit) != 0 ? "Y" : "N");
-            message(state + "  Annotative=" + (annotative_ ? "Y" : "N") + "  Multiple lines=N");
+            message(state + "  Annotative=" + (annotative_ ? "Y" : "N") +
+                    "  Multiple lines=" + ((flags() & kMultiple) != 0 ? "Y" : "N"));
             const Answer answer = co_await ask.keyword(
                 "Enter an option to change [Invisible/Constant/Verify/Preset/Lock position/Annotative/Multiple lines] "
                 "<done>:",
                 "Invisible Constant Verify Preset Lock Annotative Multiple");
             if (answer.isEnter()) co_return;
             if (answer.is("ANNOTATIVE")) annotative_ = !annotative_;
-            if (answer.is("MULTIPLE")) message("Attributes have one line of text here.");
+            if (answer.is(kMultipleRow.word)) toggle(kMultipleRow.bit);
             for (const ModeRow& row : kModes)
-                if (answer.is(row.word)) document().setVariable("AFLAGS", std::int32_t{flags() ^ row.bit});
+                if (answer.is(row.word)) toggle(row.bit);
         }
     }
 

@@ -167,9 +167,11 @@ private:
         const Answer how =
             co_await ask.keyword("Enter type of value modification [Change/Replace] <R>:", "Change Replace");
         if (!how.is("CHANGE")) {
-            const Answer value = co_await ask.text("Enter new attribute value:");
-            const std::string text = value.text;
-            edit(place, [&](BlockAttribute& a) { a.value = text; });
+            const BlockReferenceEntity* now = reference(place);
+            const bool multiline = now != nullptr && now->attributes[place.index].multiline;
+            const std::optional<std::string> value =
+                co_await askAttributeValue(ask, "Enter new attribute value:", multiline);
+            edit(place, [&](BlockAttribute& a) { a.value = value.value_or(std::string()); });
             co_return;
         }
         const Answer from = co_await ask.text("Enter string to change:");
@@ -244,8 +246,10 @@ protected:
         if (reference == nullptr) co_return;
         std::vector<std::string> values;
         std::vector<std::string> questions;
+        std::vector<bool> multiline;
         for (const BlockAttribute& attribute : reference->attributes) {
             values.push_back(attribute.value);
+            multiline.push_back(attribute.multiline);
             questions.push_back(attribute.tag);
             if (const engine::Block* block = reference->block())
                 for (const auto* definition : attributeDefinitions(block->entities))
@@ -255,9 +259,9 @@ protected:
         bool changed = false;
         for (std::size_t i = 0; i < values.size(); ++i) {
             std::string prompt = withDefault(questions[i], values[i]);
-            const Answer answer = co_await ask.text(std::move(prompt));
-            if (!answer.isText()) continue;
-            values[i] = answer.text;
+            const std::optional<std::string> value = co_await askAttributeValue(ask, std::move(prompt), multiline[i]);
+            if (!value) continue;
+            values[i] = *value;
             changed = true;
         }
         engine::Entity* target = drawing().findById(pick.id);

@@ -11,11 +11,6 @@ namespace {
 using engine::BlockReferenceEntity;
 using engine::Name;
 
-/// True when a block defines attributes whose values references hold.
-bool definesAttributes(const engine::Block* block) {
-    return block != nullptr && !attributeDefinitions(block->entities).empty();
-}
-
 bool isReference(const engine::Entity& entity) { return entity.type() == engine::EntityType::BlockReference; }
 
 /// ATTSYNC: references get the attributes that their block now defines; values under the same tag stay.
@@ -85,25 +80,9 @@ private:
     }
 
     void synchronize(const std::vector<Name>& names) {
-        std::vector<engine::Entity*> references;
-        const auto scan = [&](engine::EntityList& list) {
-            for (engine::Entity& entity : list)
-                if (isReference(entity) &&
-                    std::find(names.begin(), names.end(), static_cast<BlockReferenceEntity&>(entity).blockName) !=
-                        names.end())
-                    references.push_back(&entity);
-        };
-        scan(drawing().modelSpace());
-        for (const auto& layout : drawing().layouts()) scan(layout->entities);
-        for (const auto& block : drawing().blocks()) scan(block->entities);
         const doc::GroupScope group(document(), "ATTSYNC");
-        for (engine::Entity* entity : references)
-            document().modifyEntity(*entity, [&](engine::Entity& target) {
-                auto& reference = static_cast<BlockReferenceEntity&>(target);
-                if (const engine::Block* block = drawing().findBlock(reference.blockName))
-                    reference.attributes = matchedAttributes(reference, *block, drawing());
-            });
-        message(counted(references.size(), "block reference") + " updated.");
+        const std::size_t count = synchronizeAttributes(document(), names);
+        message(counted(count, "block reference") + " updated.");
     }
 };
 

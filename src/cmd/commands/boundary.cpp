@@ -4,7 +4,6 @@
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/region.hpp"
-#include "math/polygon.hpp"
 
 namespace kova::cmd::commands {
 
@@ -12,10 +11,10 @@ namespace {
 
 using math::BoundaryLoop;
 
-std::unique_ptr<engine::RegionEntity> regionOf(const BoundaryLoop& loop) {
+std::unique_ptr<engine::RegionEntity> regionOf(BoundaryLoop loop) {
     auto region = std::make_unique<engine::RegionEntity>();
-    region->vertices = loop.points;
-    region->bulges = loop.bulges;
+    region->vertices = std::move(loop.points);
+    region->bulges = std::move(loop.bulges);
     return region;
 }
 
@@ -37,7 +36,7 @@ protected:
                     std::make_unique<math::BoundarySearch>(work_->pieces, engine::sysVarReal(drawing(), "HPGAPTOL"));
             auto area = search_->around(answer.point, islands_);
             if (!area) {
-                message("Valid boundary not found.");
+                message(search_->gaveUp() ? kBoundaryGaveUp : "Valid boundary not found.");
                 continue;
             }
             loops_.push_back(std::move(area->outer));
@@ -98,25 +97,24 @@ private:
     std::vector<BoundaryLoop> loops_;
 };
 
-/// REGION: a region from every closed figure among the selected objects.
+/// REGION: a region from every figure that the selected objects close, alone or end to end.
 class RegionTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
         const Answer selected = co_await ask.selection();
         if (selected.ids.empty()) co_return;
-        const ClosedFigures figures = closedFigures(document(), selected.ids);
-        message(counted(figures.loops.size(), "loop") + " extracted.");
+        ClosedLoops found = closedLoops(document(), selected.ids);
+        if (found.rejected > 0) message(counted(found.rejected, "loop") + " rejected.");
+        message(counted(found.loops.size(), "loop") + " extracted.");
         const doc::GroupScope group(document(), "REGION");
-        std::size_t made = 0;
-        for (const engine::HatchLoop& figure : figures.loops) {
-            BoundaryLoop loop = polylineLoop(figure);
-            if (!(std::abs(math::signedArea(loop.points, loop.bulges)) > 0.0)) continue;
-            auto region = regionOf(loop);
+        for (ClosedLoops::Loop& loop : found.loops) {
+            auto region = regionOf(std::move(loop.outline));
             applyCurrentValues(document(), *region);
+            region->elevation = loop.elevation;
             document().addEntity(std::move(region));
-            ++made;
         }
-        if (engine::sysVarInt(drawing(), "DELOBJ", 1) != 0 && made > 0) document().removeEntities(figures.used);
+        if (engine::sysVarInt(drawing(), "DELOBJ", 1) != 0) document().removeEntities(found.used);
+        const std::size_t made = found.loops.size();
         message(counted(made, "Region") + " created.");
     }
 };

@@ -2,10 +2,15 @@
 #include "cmd/exploded_parts.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
+#include "engine/entities/mtext.hpp"
+#include "engine/entities/object_plane.hpp"
 #include "engine/entities/text.hpp"
+#include "math/angles.hpp"
+#include "math/number_text.hpp"
 
 namespace kova::cmd::commands {
 
@@ -15,12 +20,30 @@ using engine::BlockAttribute;
 using engine::BlockReferenceEntity;
 using engine::Name;
 
+/// An attribute of several lines as the text that it shows.
+std::unique_ptr<engine::Entity> paragraphsOf(const BlockReferenceEntity& reference, const BlockAttribute& attribute) {
+    auto text = std::make_unique<engine::MTextEntity>();
+    text->copyCommonFrom(reference);
+    const engine::TextLine line = attribute.line();
+    const engine::MTextBlock block = engine::paragraphBlock(line, reference.drawing());
+    text->content = attribute.value;
+    // Width and slant that the style does not give stand in front of the content.
+    if (block.widthFactor != 1.0) text->content.insert(0, "\\W" + math::shortest(attribute.widthFactor) + ";");
+    if (block.oblique != 0.0) text->content.insert(0, "\\Q" + math::shortest(math::toDegrees(attribute.oblique)) + ";");
+    text->position = block.position;
+    text->width = block.width;
+    text->height = block.height;
+    text->rotation = block.rotation;
+    text->attachment = block.attachment;
+    text->textStyle = block.textStyle;
+    text->backward = block.backward;
+    return text;
+}
+
 /// An attribute as the text that it shows.
-std::unique_ptr<engine::TextEntity> textOf(const BlockReferenceEntity& reference, const BlockAttribute& attribute) {
+std::unique_ptr<engine::Entity> lineOf(const BlockReferenceEntity& reference, const BlockAttribute& attribute) {
     auto text = std::make_unique<engine::TextEntity>();
     text->copyCommonFrom(reference);
-    if (attribute.layer != engine::commonNames().layerZero) text->layer = attribute.layer;
-    if (attribute.color.method != engine::ColorMethod::ByBlock) text->color = attribute.color;
     text->content = attribute.value;
     text->position = attribute.position;
     text->height = attribute.textHeight;
@@ -31,6 +54,14 @@ std::unique_ptr<engine::TextEntity> textOf(const BlockReferenceEntity& reference
     text->generation = attribute.generation;
     text->widthFactor = attribute.widthFactor;
     text->oblique = attribute.oblique;
+    return text;
+}
+
+std::unique_ptr<engine::Entity> textOf(const BlockReferenceEntity& reference, const BlockAttribute& attribute) {
+    auto text = attribute.multiline ? paragraphsOf(reference, attribute) : lineOf(reference, attribute);
+    text->setXdata({});
+    if (attribute.layer != engine::commonNames().layerZero) text->layer = attribute.layer;
+    if (attribute.color.method != engine::ColorMethod::ByBlock) text->color = attribute.color;
     return text;
 }
 
@@ -54,8 +85,19 @@ private:
     bool burst(BlockReferenceEntity& reference) {
         std::optional<EntityParts> parts = explodedParts(reference);
         if (!parts) return false;
-        for (const auto& attribute : reference.attributes)
-            if (!attribute.invisible && !attribute.value.empty()) parts->push_back(textOf(reference, attribute));
+        const math::Vector2 x = math::Vector2::from_angle(reference.rotation);
+        for (const auto& attribute : reference.attributes) {
+            if (attribute.invisible || attribute.value.empty()) continue;
+            // Each copy of a grid shows it.
+            for (std::int32_t row = 0; row < reference.rowCount(); ++row)
+                for (std::int32_t column = 0; column < reference.columnCount(); ++column) {
+                    if (parts->size() >= kMaxParts) return false;
+                    BlockAttribute copy = attribute;
+                    copy.position +=
+                        x * (reference.columnSpacing * column) + x.perpendicular() * (reference.rowSpacing * row);
+                    parts->push_back(textOf(reference, copy));
+                }
+        }
         for (auto& part : *parts) {
             if (!part) continue;
             if (part->type() == engine::EntityType::AttributeDefinition) {
@@ -74,6 +116,8 @@ private:
                 fixed.generation = definition.generation;
                 fixed.widthFactor = definition.widthFactor;
                 fixed.oblique = definition.oblique;
+                fixed.multiline = definition.multiline;
+                fixed.width = definition.width;
                 document().addEntity(textOf(reference, fixed));
                 continue;
             }
@@ -116,9 +160,13 @@ protected:
         std::string tag;
         std::vector<std::uint64_t> ids;
         for (;;) {
-            const Answer answer = co_await ask.text("Type attribute name:");
+            const Answer answer = co_await ask.text("Select attribute or type attribute name:");
             if (answer.isEnter()) co_return;
             tag = typedName(answer.text);
+            // Tags hold no commas.
+            if (tag.find(',') != std::string::npos)
+                if (const auto at = parsePointInput(tag, ask.lastPoint(), {}, PointContext::of(drawing())))
+                    tag = tagAt(block, *at);
             ids = holders(block, tag);
             if (!ids.empty()) break;
             message("Attribute " + quoted(tag) + " not found.");
@@ -145,6 +193,26 @@ protected:
     }
 
 private:
+    /// The tag of the shown attribute of the block's references that is nearest to a point; empty: there is none.
+    std::string tagAt(Name block, const math::Vector2& p) const {
+        std::string tag;
+        double least = std::numeric_limits<double>::infinity();
+        for (const engine::Entity& entity : drawing().currentSpace()) {
+            if (!isReference(entity)) continue;
+            const auto& reference = static_cast<const BlockReferenceEntity&>(entity);
+            const auto inPlane = engine::objectFromPlan(reference, p);
+            if (reference.blockName != block || !inPlane) continue;
+            for (const BlockAttribute& attribute : reference.attributes) {
+                const double distance =
+                    inPlane->distance_to(engine::nearestOnTextLine(attribute.line(), &drawing(), *inPlane));
+                if (attribute.invisible || !(distance < least)) continue;
+                least = distance;
+                tag = attribute.tag;
+            }
+        }
+        return tag;
+    }
+
     /// References of the block in the current space that hold the attribute; those on locked layers are left out.
     std::vector<std::uint64_t> holders(Name block, const std::string& tag) const {
         std::vector<std::uint64_t> ids;

@@ -25,16 +25,14 @@ protected:
             } else if (first.is("Multiple")) {
                 multiple = true;
             } else if (first.is("Polyline")) {
-                const std::pair<double, double> by = distances();
-                const bool done = co_await askPolyline(ask, group, "chamfered", [by](const engine::PolylineEntity& p) {
-                    return engine::cutPolylineCorners(p, 0.0, by.first, by.second);
-                });
+                const bool done = co_await askPolyline(ask, group, "chamfered", measure());
                 if (done && !multiple) co_return;
             } else if (first.isObject()) {
                 const bool done = co_await askSecond(ask, group, {first.id, first.point});
                 if (done && !multiple) co_return;
             } else {
                 co_await askMeasure(ask, first.word);
+                expectFirst();
             }
         }
     }
@@ -52,7 +50,11 @@ protected:
             corner = engine::chamferCorner(a, b, first, second, fault);
         else
             engine::chamferCorner(a, b, 0.0, 0.0, fault);  // for what else is wrong with the pair
-        if (!corner) tell(fault, "Distance");
+        if (second < 0.0 && fault == engine::CornerFault::None) fault = engine::CornerFault::TooLarge;
+        if (fault == engine::CornerFault::NoSolution)
+            message("No valid chamfer between these objects.");
+        else if (!corner)
+            tell(fault, "Distance is too large.");
         return corner;
     }
 
@@ -117,11 +119,12 @@ private:
         }
     }
 
-    /// For the corners of a polyline; by length and angle as at a right angle, which most corners are.
-    std::pair<double, double> distances() const {
-        if (!byAngle()) return {variable("CHAMFERA"), variable("CHAMFERB")};
-        const double length = variable("CHAMFERC");
-        return {length, length * std::tan(std::min(variable("CHAMFERD"), 89.999 * math::kDegree))};
+    engine::CornerMeasure measure() const {
+        engine::CornerMeasure measure;
+        measure.first = variable(byAngle() ? "CHAMFERC" : "CHAMFERA");
+        measure.second = variable("CHAMFERB");
+        if (byAngle()) measure.angle = variable("CHAMFERD");
+        return measure;
     }
 };
 

@@ -3,7 +3,9 @@
 #include "cmd/format.hpp"
 #include "cmd/property_changes.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/change_point.hpp"
+#include "engine/entities/block_reference.hpp"
+#include "engine/entities/circle.hpp"
 #include "engine/entities/object_plane.hpp"
 
 namespace kova::cmd::commands {
@@ -51,58 +53,36 @@ private:
     using Change = std::function<void(Entity&)>;
 
     Dialogue askOne(Ask& ask, std::uint64_t id, std::optional<Vector2> point) {
-        const Entity* entity = drawing().findById(id);
+        Entity* entity = drawing().findById(id);
         if (entity == nullptr) co_return;
-        switch (entity->type()) {
-            case engine::EntityType::Line:
-                if (point) changes_.emplace_back(id, [p = *point](Entity& e) { bendLine(e, p); });
-                break;
-            case engine::EntityType::Circle:
-                co_await askCircle(ask, id, point);
-                break;
-            case engine::EntityType::Text:
-            case engine::EntityType::AttributeDefinition:
-                co_await askText(ask, id, point);
-                break;
-            case engine::EntityType::BlockReference:
-                co_await askReference(ask, id, point);
-                break;
-            default:
-                break;
-        }
+        if (engine::textFields(*entity)) co_return co_await askText(ask, id, point);
+        if (entity->type() == engine::EntityType::BlockReference) co_return co_await askReference(ask, id, point);
+        if (!point && entity->type() == engine::EntityType::Circle) co_return co_await askCircle(ask, id);
+        if (!point) co_return;
+        const bool ortho = engine::sysVarInt(drawing(), "ORTHOMODE") != 0;
+        // Only what has such a change is noted: an entity of another kind gets no empty step.
+        if (!engine::takeChangePoint(*entity->clone(), *point, ortho)) co_return;
+        changes_.emplace_back(id, [p = *point, ortho](Entity& e) { engine::takeChangePoint(e, p, ortho); });
     }
 
-    /// The end nearer to the point comes to it.
-    static void bendLine(Entity& entity, const Vector2& p) {
-        auto& line = static_cast<engine::LineEntity&>(entity);
-        (line.start.distance_to(p) < line.end.distance_to(p) ? line.start : line.end) = p;
-    }
-
-    Dialogue askCircle(Ask& ask, std::uint64_t id, std::optional<Vector2> point) {
+    Dialogue askCircle(Ask& ask, std::uint64_t id) {
         const auto& circle = static_cast<const engine::CircleEntity&>(*drawing().findById(id));
-        double radius = 0.0;
-        if (point) {
-            const auto inPlane = engine::objectFromPlan(circle, *point);
-            if (inPlane) radius = circle.center.distance_to(*inPlane);
-        } else {
-            const Answer answer = co_await ask.distance("Specify new circle radius <no change>:", {},
-                                                        engine::planFromObject(circle, circle.center), kPositive);
-            radius = answer.numberOr(0.0);
-        }
-        if (!(radius > 0.0)) co_return;
+        const Answer answer = co_await ask.distance("Specify new circle radius <no change>:", {},
+                                                    engine::planFromObject(circle, circle.center), kPositive);
+        if (!answer.isNumber()) co_return;
+        const double radius = answer.number;
         changes_.emplace_back(id, [radius](Entity& e) { static_cast<engine::CircleEntity&>(e).radius = radius; });
     }
 
     Dialogue askText(Ask& ask, std::uint64_t id, std::optional<Vector2> point) {
-        const Entity* entity = drawing().findById(id);
-        const auto* definition = dynamic_cast<const engine::AttributeDefinitionEntity*>(entity);
-        const auto* text = dynamic_cast<const engine::TextEntity*>(entity);
-        const engine::Name style = text != nullptr ? text->textStyle : definition->textStyle;
-        const double height = text != nullptr ? text->height : definition->textHeight;
-        const double rotation = text != nullptr ? text->rotation : definition->rotation;
-        const std::string content = text != nullptr ? text->content : definition->defaultValue;
-        const std::string tag = definition != nullptr ? definition->tag : std::string();
-        const std::string question = definition != nullptr ? definition->prompt : std::string();
+        const engine::TextFields now = *engine::textFields(*drawing().findById(id));
+        const engine::Name style = now.style;
+        const double height = now.height;
+        const double rotation = now.rotation;
+        const std::string content = now.content;
+        const bool isDefinition = now.tag != nullptr;
+        const std::string tag = isDefinition ? *now.tag : std::string();
+        const std::string question = isDefinition ? *now.prompt : std::string();
         TextAnswers out;
         out.position = point;
         if (!point) {
@@ -132,7 +112,7 @@ private:
         std::string prompt = withDefault("Specify new rotation angle", angleText(drawing(), rotation));
         const Answer turn = co_await ask.angle(std::move(prompt));
         if (turn.isNumber()) out.rotation = worldDirection(turn, drawing());
-        if (definition == nullptr) {
+        if (!isDefinition) {
             prompt = withDefault("Enter new text", content);
             const Answer answer = co_await ask.text(std::move(prompt));
             if (answer.isText()) out.content = answer.text;
@@ -151,28 +131,19 @@ private:
     }
 
     static void takeText(Entity& entity, const TextAnswers& in) {
-        const auto place = [&](Vector2& position, Vector2& second) {
-            if (!in.position) return;
-            const auto to = engine::objectFromPlan(entity, *in.position);
-            if (!to) return;
-            second += *to - position;
-            position = *to;
-        };
-        if (auto* text = dynamic_cast<engine::TextEntity*>(&entity)) {
-            place(text->position, text->fitEnd);
-            text->textStyle = in.style.value_or(text->textStyle);
-            text->height = in.height.value_or(text->height);
-            text->rotation = in.rotation.value_or(text->rotation);
-            text->content = in.content.value_or(text->content);
-        } else if (auto* definition = dynamic_cast<engine::AttributeDefinitionEntity*>(&entity)) {
-            place(definition->insertion, definition->fitEnd);
-            definition->textStyle = in.style.value_or(definition->textStyle);
-            definition->textHeight = in.height.value_or(definition->textHeight);
-            definition->rotation = in.rotation.value_or(definition->rotation);
-            definition->defaultValue = in.content.value_or(definition->defaultValue);
-            definition->tag = in.tag.value_or(definition->tag);
-            definition->prompt = in.prompt.value_or(definition->prompt);
+        const engine::TextFields text = *engine::textFields(entity);
+        const auto to = in.position ? engine::objectFromPlan(entity, *in.position) : std::nullopt;
+        if (to) {
+            text.second += *to - text.position;
+            text.position = *to;
         }
+        text.style = in.style.value_or(text.style);
+        text.height = in.height.value_or(text.height);
+        text.rotation = in.rotation.value_or(text.rotation);
+        text.content = in.content.value_or(text.content);
+        if (text.tag == nullptr) return;
+        *text.tag = in.tag.value_or(*text.tag);
+        *text.prompt = in.prompt.value_or(*text.prompt);
     }
 
     Dialogue askReference(Ask& ask, std::uint64_t id, std::optional<Vector2> point) {

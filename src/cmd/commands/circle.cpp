@@ -3,7 +3,10 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/object_snap.hpp"
+#include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/text_or_point.hpp"
 #include "engine/outline.hpp"
 #include "math/curves.hpp"
 #include "math/tangent_circles.hpp"
@@ -135,16 +138,56 @@ private:
         co_return std::nullopt;
     }
 
-    Dialogue threePoints(Ask& ask) {
-        const Answer a = co_await ask.point("Specify first point on circle:");
-        if (!a.isPoint()) co_return;
-        const Answer b = co_await ask.point("Specify second point on circle:");
-        if (!b.isPoint()) co_return;
+    /// A point of the circle as a circle without radius, or after TAN what the circle touches. Nothing: given up.
+    Task<std::optional<Pick>> askOnCircle(Ask& ask, const char* prompt) {
         for (;;) {
-            const Answer c = co_await ask.point("Specify third point on circle:");
-            if (!c.isPoint()) co_return;
-            if (const auto center = math::circumcenter(a.point, b.point, c.point))
-                co_return add(*center, center->distance_to(a.point));
+            const Answer answer = co_await ask.text(prompt);
+            if (!answer.isText()) co_return std::nullopt;
+            std::string_view rest = trimmed(answer.text);
+            const std::size_t blank = std::min(rest.find(' '), rest.size());
+            const auto words = parseSnapWords(rest.substr(0, blank));
+            const bool tangent = words && words->kinds == engine::snap::kTangent && !words->followsPointer;
+            if (tangent) {
+                rest = trimmed(rest.substr(blank));
+                if (engine::equalNoCase(rest.substr(0, 3), "to ")) rest = trimmed(rest.substr(3));
+                std::string pick(rest);
+                if (pick.empty()) {
+                    const Answer more = co_await ask.text("to");
+                    if (!more.isText()) continue;
+                    pick = more.text;
+                }
+                const PointOfText at = co_await pointOfText(ask, document(), pick, ask.lastPoint());
+                const engine::Entity* entity = at.point ? pickEntity(document(), *at.point, hasTangentCurve) : nullptr;
+                if (entity != nullptr) co_return Pick{*at.point, *tangentCurve(*entity, *at.point)};
+                if (!at.told) message(at.point ? "No tangent found for specified point." : "Invalid input.");
+                continue;
+            }
+            const PointOfText at = co_await pointOfText(ask, document(), answer.text, ask.lastPoint(), cursor());
+            if (at.point) {
+                ask.setLastPoint(*at.point);
+                co_return Pick{*at.point, TangentCurve::circle(*at.point, 0.0)};
+            }
+            if (!at.told) message("Invalid input.");
+        }
+    }
+
+    static bool isPlainPoint(const Pick& pick) { return !pick.curve.isLine && pick.curve.radius == 0.0; }
+
+    Dialogue threePoints(Ask& ask) {
+        const std::optional<Pick> a = co_await askOnCircle(ask, "Specify first point on circle:");
+        if (!a) co_return;
+        const std::optional<Pick> b = co_await askOnCircle(ask, "Specify second point on circle:");
+        if (!b) co_return;
+        for (;;) {
+            const std::optional<Pick> c = co_await askOnCircle(ask, "Specify third point on circle:");
+            if (!c) co_return;
+            if (!isPlainPoint(*a) || !isPlainPoint(*b) || !isPlainPoint(*c)) {
+                const Pick picks[] = {*a, *b, *c};
+                addNearest(math::tangentCircles(a->curve, b->curve, c->curve), picks);
+                co_return;
+            }
+            if (const auto center = math::circumcenter(a->point, b->point, c->point))
+                co_return add(*center, center->distance_to(a->point));
             message("The three points lie on one line.");
         }
     }

@@ -51,6 +51,7 @@ std::optional<Vector2> directionAt(const engine::Entity& entity, const Vector2& 
 class XlineTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
+        const doc::GroupScope group(document(), "XLINE");
         const Answer first =
             co_await ask.point("Specify a point or [Hor/Ver/Ang/Bisect/Offset]:", "Hor Ver Ang Bisect Offset");
         if (first.isPoint()) {
@@ -145,6 +146,7 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         const Answer start = co_await ask.point("Specify start point:");
         if (!start.isPoint()) co_return;
+        const doc::GroupScope group(document(), "RAY");
         for (;;) {
             const Answer through = co_await ask.point("Specify through point:", {}, start.point);
             if (!through.isPoint()) co_return;

@@ -2,6 +2,7 @@
 #include "cmd/entity_copies.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/step_group.hpp"
 
 namespace kova::cmd::commands {
 
@@ -12,7 +13,8 @@ using math::Vector2;
 /// What one array may add, so that a slip of the finger does not fill the memory.
 constexpr std::size_t kMaxCopies = 1'000'000;
 
-/// COPY: copies from a base point to one or (COPYMODE 0) several second points, each a step of its own.
+/// COPY: copies from a base point to one or (COPYMODE 0) several second points, each taken back by itself with
+/// U, all of them one step of UNDO.
 class CopyTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
@@ -42,6 +44,12 @@ protected:
     }
 
 private:
+    /// How far the copies go, and how many in a row.
+    struct Step {
+        Vector2 by;
+        int times = 1;
+    };
+
     Task<bool> askMode(Ask& ask, bool multiple) {
         std::string prompt = "Enter a copy mode option [Single/Multiple] <";
         prompt += multiple ? "Multiple>:" : "Single>:";
@@ -54,13 +62,14 @@ private:
 
     Dialogue copies(Ask& ask, Vector2 base, bool multiple) {
         bool any = false;
+        StepGroup steps(document(), "COPY");
         for (;;) {
             const char* prompt = any ? "Specify second point or [Array/Exit/Undo] <Exit>:"
                                      : "Specify second point or [Array] <use first point as displacement>:";
             const char* keywords = any ? "Array Exit Undo" : "Array";
             const Answer second = co_await ask.point(prompt, keywords, base);
             if (second.is("Undo")) {
-                undoStep();
+                if (!steps.drop()) message("Nothing to undo.");
                 continue;
             }
             if (second.is("Exit") || (second.isEnter() && any)) co_return;
@@ -68,56 +77,56 @@ private:
                 copy(displacementOf(drawing(), base), 1);
                 co_return;
             }
+            Step step;
             if (second.is("Array"))
-                co_await array(ask, base);
+                step = co_await array(ask, base);
             else
-                copy(second.point - base, 1);
+                step.by = second.point - base;
+            if (step.times > 0 && fits(step.times)) {
+                steps.begin();
+                copy(step.by, step.times);
+            }
             if (!multiple) co_return;
             any = true;
         }
     }
 
     /// A row of items, the original among them, to the second item or (Fit) to the last one.
-    Dialogue array(Ask& ask, Vector2 base) {
+    Task<Step> array(Ask& ask, Vector2 base) {
         const Answer number = co_await ask.integer("Enter number of items to array:", 2, 32767);
-        if (!number.isNumber()) co_return;
+        Step step;
+        step.times = 0;
+        if (!number.isNumber()) co_return step;
         const int added = number.integer() - 1;
         bool fit = false;
         for (;;) {
             const char* prompt = fit ? "Specify second point or [Array]:" : "Specify second point or [Fit]:";
             const char* keywords = fit ? "Array" : "Fit";
             const Answer second = co_await ask.point(prompt, keywords, base);
-            if (second.isEnter()) co_return;
+            if (second.isEnter()) co_return step;
             if (second.isPoint()) {
                 const Vector2 way = second.point - base;
-                copy(fit ? way / static_cast<double>(added) : way, added);
-                co_return;
+                step.by = fit ? way / static_cast<double>(added) : way;
+                step.times = added;
+                co_return step;
             }
             fit = second.is("Fit");
         }
     }
 
-    void copy(const Vector2& by, int times) {
-        if (ids_.size() > kMaxCopies / static_cast<std::size_t>(times) && times > 1)
-            return message("Too many objects to array.");
-        const doc::GroupScope group(document(), "COPY");
-        std::vector<std::uint64_t> step;
-        for (int i = 1; i <= times; ++i) {
-            const auto added = addCopies(document(), ids_, math::Matrix4::translation(by * static_cast<double>(i)));
-            step.insert(step.end(), added.begin(), added.end());
-        }
-        steps_.push_back(std::move(step));
+    bool fits(int times) {
+        if (times == 1 || ids_.size() <= kMaxCopies / static_cast<std::size_t>(times)) return true;
+        message("Too many objects to array.");
+        return false;
     }
 
-    void undoStep() {
-        if (steps_.empty()) return message("Nothing to undo.");
+    void copy(const Vector2& by, int times) {
         const doc::GroupScope group(document(), "COPY");
-        document().removeEntities(steps_.back());
-        steps_.pop_back();
+        for (int i = 1; i <= times; ++i)
+            addCopies(document(), ids_, math::Matrix4::translation(by * static_cast<double>(i)));
     }
 
     std::vector<std::uint64_t> ids_;
-    std::vector<std::vector<std::uint64_t>> steps_;
 };
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/processor.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
 #include "engine/join.hpp"
@@ -13,6 +14,21 @@ using engine::CornerFault;
 using engine::EditCurve;
 using engine::PickedCurve;
 
+void CornerTool::textInput(const std::string& line) {
+    if (expectsFirst_ && isActive() && host()->services() != nullptr && host()->registry() != nullptr) {
+        const std::vector<std::string> words = splitWords(line);
+        const Command* command = words.empty() ? nullptr : host()->registry()->find(words.front());
+        // Only whole names: a short one may be an option.
+        const bool whole = !words.empty() && words.front().size() > 5;
+        if (whole && command != nullptr && (command->name() == "FILLET" || command->name() == "CHAMFER")) {
+            host()->services()->queueLines({line});
+            return cancel();
+        }
+    }
+    expectsFirst_ = false;
+    DialogueTool::textInput(line);
+}
+
 bool CornerTool::trims() const { return engine::sysVarInt(drawing(), "TRIMMODE") != 0; }
 
 bool CornerTool::hasCorners(const engine::Entity& entity) {
@@ -22,6 +38,8 @@ bool CornerTool::hasCorners(const engine::Entity& entity) {
         case EntityType::Arc:
         case EntityType::Circle:
         case EntityType::Polyline:
+        case EntityType::Ellipse:
+        case EntityType::Spline:
         case EntityType::Xline:
         case EntityType::Ray:
             return EditCurve::of(entity).has_value();
@@ -37,22 +55,20 @@ Dialogue CornerTool::askTrimMode(Ask& ask) {
     document().setVariable("TRIMMODE", engine::SysVarValue(std::int32_t{answer.is("Trim") ? 1 : 0}));
 }
 
-void CornerTool::tell(CornerFault fault, const char* what) {
+void CornerTool::tell(CornerFault fault, const char* tooLarge) {
     switch (fault) {
         case CornerFault::Parallel:
             return message("Lines are parallel.");
         case CornerFault::TooLarge:
-            return message(std::string(what) + " is too large.");
-        case CornerFault::WrongKind:
-            return message("Object cannot be used here.");
+            return message(tooLarge);
+        case CornerFault::Apart:
+            return message("Polyline segments must be adjacent or separated by one segment.");
         default:
-            return message(std::string("No valid ") + (what[0] == 'R' ? "fillet" : "chamfer") +
-                           " between these objects.");
+            return message("Object cannot be used here.");
     }
 }
 
-Task<bool> CornerTool::askPolyline(Ask& ask, StepGroup& group, const char* verb,
-                                   std::function<engine::PolylineCorners(const engine::PolylineEntity&)> cut) {
+Task<bool> CornerTool::askPolyline(Ask& ask, StepGroup& group, const char* verb, engine::CornerMeasure measure) {
     Ask::Request request;
     request.kind = Ask::Kind::Object;
     request.prompt = "Select 2D polyline:";
@@ -61,7 +77,7 @@ Task<bool> CornerTool::askPolyline(Ask& ask, StepGroup& group, const char* verb,
     const Answer picked = co_await ask.request(std::move(request));
     engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
     if (entity == nullptr) co_return false;
-    engine::PolylineCorners result = cut(static_cast<engine::PolylineEntity&>(*entity));
+    engine::PolylineCorners result = engine::cutPolylineCorners(static_cast<engine::PolylineEntity&>(*entity), measure);
     if (result.cut > 0) {
         group.begin();
         document().replaceEntity(*entity, std::move(result.polyline));
@@ -107,21 +123,25 @@ bool CornerTool::apply(engine::Entity& a, engine::Entity& b, const EditCurve& cu
         document().replaceEntity(a, std::move(polyline));
         return true;
     }
-    for (const EditCurve* curve : {&curveA, &curveB})
-        if (curve->closed() && curve->entity().type() != engine::EntityType::Circle) return false;
     auto first = engine::cutToCorner(curveA, corner.first);
     auto second = engine::cutToCorner(curveB, corner.second);
     if (!first || !second) return false;
     const std::uint64_t joint = addJoint(a, b, corner);
-    const bool flat = a.type() == engine::EntityType::Polyline;
-    const bool flatSecond = b.type() == engine::EntityType::Polyline;
-    std::vector<std::uint64_t> ids{flat ? a.id() : b.id()};
-    if (joint != 0) ids.push_back(joint);
-    ids.push_back(flat ? b.id() : a.id());
-    if (a.type() != engine::EntityType::Circle) document().replaceEntity(a, std::move(first));
-    if (b.type() != engine::EntityType::Circle) document().replaceEntity(b, std::move(second));
-    if (flat || flatSecond) joinToPolyline(ids);
+    std::vector<std::uint64_t> ids{a.id(), b.id()};
+    if (a.type() != engine::EntityType::Polyline) std::swap(ids[0], ids[1]);
+    if (joint != 0) ids.insert(ids.begin() + 1, joint);
+    const bool joined = joins(a, curveA) && joins(b, curveB) &&
+                        (a.type() == engine::EntityType::Polyline || b.type() == engine::EntityType::Polyline);
+    if (!curveA.closed()) document().replaceEntity(a, std::move(first));
+    if (!curveB.closed()) document().replaceEntity(b, std::move(second));
+    if (joined) joinToPolyline(ids);
     return true;
+}
+
+bool CornerTool::joins(const engine::Entity& entity, const EditCurve& curve) {
+    using engine::EntityType;
+    const EntityType type = entity.type();
+    return !curve.closed() && (type == EntityType::Line || type == EntityType::Arc || type == EntityType::Polyline);
 }
 
 void CornerTool::joinToPolyline(const std::vector<std::uint64_t>& ids) {

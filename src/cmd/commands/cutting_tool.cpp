@@ -3,6 +3,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/picking.hpp"
 #include "doc/spatial_index.hpp"
+#include "engine/self_meetings.hpp"
 
 namespace kova::cmd::commands {
 
@@ -233,10 +234,11 @@ bool CuttingTool::isEdge(const engine::Entity& entity) const {
 }
 
 template <class Use>
-void CuttingTool::forEdges(const Bounds2& window, const engine::Entity& self, const Use& use) {
+void CuttingTool::forEdges(const Bounds2& window, const engine::Entity* but, const Use& use) {
+    EdgeSink sink(window);
     const auto offer = [&](const engine::Entity& entity) {
-        if (&entity == &self || !isEdge(entity)) return;
-        EdgeSink sink(window);
+        if (&entity == but || !isEdge(entity)) return;
+        sink.clear();
         sink.add(entity);
         for (const EdgeSink::Edge& edge : sink.edges()) use(edge);
     };
@@ -252,32 +254,48 @@ void CuttingTool::forEdges(const Bounds2& window, const engine::Entity& self, co
 
 std::vector<double> CuttingTool::cutsAround(const EditCurve& curve, double pick) {
     std::vector<double> cuts;
-    const bool everywhere = implied() || curve.isUnbounded();
-    const double whole = static_cast<double>(curve.pieces().size());
-    if (everywhere) {
-        forEdges({}, curve.entity(), [&](const EdgeSink::Edge& edge) {
-            engine::cutsWith(curve, curve.start(), curve.end(), edge, implied(), cuts);
+    const bool longer = implied();
+    // Among the edges it cuts itself where it crosses itself.
+    std::optional<engine::SelfMeetings> self;
+    if (!curve.isUnbounded() && engine::SelfMeetings::possible(curve) && isEdge(curve.entity())) self.emplace(curve);
+    const auto everywhere = [&] {
+        cuts.clear();
+        forEdges({}, &curve.entity(), [&](const EdgeSink::Edge& edge) {
+            engine::cutsWith(curve, curve.start(), curve.end(), edge, longer, cuts);
         });
+        if (self) self->cuts(curve.start(), curve.end(), cuts);
         return cuts;
-    }
+    };
+    if (longer) return everywhere();
     // Mostly the nearest edges are near: a long object among many edges is not cut at all of them.
     const auto search = [&](double lo, double hi) {
         if (lo > hi) return;
-        forEdges(boxOf(curve, lo, hi).inflated(1e-9 * curve.scale()), curve.entity(),
+        forEdges(boxOf(curve, lo, hi).inflated(1e-9 * curve.scale()), &curve.entity(),
                  [&](const EdgeSink::Edge& edge) { engine::cutsWith(curve, lo, hi, edge, false, cuts); });
+        if (self) self->cuts(lo, hi, cuts);
     };
+    double whole = static_cast<double>(curve.pieces().size());
+    if (curve.isUnbounded()) {
+        const Bounds2 extents = document().spatialIndex().extents();
+        whole = 2.0 * (extents.width() + extents.height() + curve.pointAt(pick).distance_to(extents.center()));
+        if (extents.is_empty() || !std::isfinite(whole) || !(whole > 0.0)) return everywhere();
+    }
     for (double reach = whole * firstWindow(drawing().currentSpace());; reach *= 4.0) {
-        const double lo = std::max(pick - reach, 0.0);
-        const double hi = std::min(pick + reach, whole);
-        const bool all = curve.closed() ? reach >= whole / 2.0 : lo <= 0.0 && hi >= whole;
+        const double lo = std::max(pick - reach, curve.start());
+        const double hi = std::min(pick + reach, curve.end());
+        const bool all = curve.closed()        ? reach >= whole / 2.0
+                         : curve.isUnbounded() ? reach >= whole
+                                               : lo <= 0.0 && hi >= whole;
+        // Other construction lines may cross an unbounded one anywhere.
+        if (all && curve.isUnbounded()) return everywhere();
         cuts.clear();
         if (all) {
             search(0.0, whole);
             return cuts;
         }
         search(lo, hi);
-        bool below = lo <= 0.0 && !curve.closed();
-        bool above = hi >= whole && !curve.closed();
+        bool below = lo <= curve.start() && !curve.closed();
+        bool above = hi >= curve.end() && !curve.closed();
         if (curve.closed()) {
             // What reaches over the start goes on at the other end.
             search(pick - reach + whole, whole);
@@ -297,10 +315,12 @@ std::vector<double> CuttingTool::cutsBeyond(const EditCurve& curve, bool atEnd) 
     std::vector<double> cuts;
     const std::size_t index = atEnd ? curve.pieces().size() - 1 : 0;
     const engine::CurvePiece& piece = curve.pieces()[index];
+    // A curve of several pieces may be extended to another one of them.
+    const engine::Entity* but = curve.pieces().size() > 1 ? nullptr : &curve.entity();
     const Bounds2 extents = document().spatialIndex().extents();
-    if (implied() || !piece.isStraight() || !(extents.width() + extents.height() > 0.0)) {
-        forEdges({}, curve.entity(),
-                 [&](const EdgeSink::Edge& edge) { engine::extensionCuts(curve, atEnd, edge, implied(), cuts); });
+    const bool longer = implied();
+    if (longer || !piece.isStraight() || !(extents.width() + extents.height() > 0.0)) {
+        forEdges({}, but, [&](const EdgeSink::Edge& edge) { engine::extensionCuts(curve, atEnd, edge, longer, cuts); });
         return cuts;
     }
     const double u = atEnd ? curve.end() : curve.start();
@@ -315,7 +335,7 @@ std::vector<double> CuttingTool::cutsBeyond(const EditCurve& curve, bool atEnd) 
         cuts.clear();
         // The last round takes all edges: construction lines may cross anywhere.
         const bool last = reach > most;
-        forEdges(last ? Bounds2{} : window.inflated(1e-9 * curve.scale()), curve.entity(),
+        forEdges(last ? Bounds2{} : window.inflated(1e-9 * curve.scale()), but,
                  [&](const EdgeSink::Edge& edge) { engine::extensionCuts(curve, atEnd, edge, false, cuts); });
         if (last) return cuts;
         if (std::any_of(cuts.begin(), cuts.end(), [&](double v) { return std::abs(v - u) * speed <= reach; }))

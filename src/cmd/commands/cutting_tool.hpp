@@ -39,8 +39,9 @@ private:
     bool quick() const;
     std::vector<double> cutsAround(const engine::EditCurve& curve, double pick);
     std::vector<double> cutsBeyond(const engine::EditCurve& curve, bool atEnd);
+    /// The edges within a window (an empty one: all), but for those of one entity.
     template <class Use>
-    void forEdges(const math::Bounds2& window, const engine::Entity& self, const Use& use);
+    void forEdges(const math::Bounds2& window, const engine::Entity* but, const Use& use);
 
     bool trims_;
     bool allEdges_ = false;

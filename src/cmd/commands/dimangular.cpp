@@ -54,13 +54,13 @@ private:
     }
 
     Task<bool> askSides(Ask& ask) {
-        const Answer first = co_await ask.object("Select arc, circle, line, or <specify vertex>:", {}, hasPiece);
+        const Answer first =
+            co_await askDimensioned(ask, document(), "Select arc, circle, line, or <specify vertex>:", hasPiece);
         if (first.isEnter()) {
             const bool given = co_await askVertex(ask);
             co_return given;
         }
-        const engine::Entity* entity = drawing().findById(first.id);
-        const auto piece = entity != nullptr ? pickedPiece(*entity, first.point) : std::nullopt;
+        const auto piece = pieceAt(document(), first);
         if (!piece) co_return false;
         if (!piece->round) {
             const bool given = co_await askSecondLine(ask, *piece);
@@ -84,9 +84,9 @@ private:
     Task<bool> askVertex(Ask& ask) {
         const Answer vertex = co_await ask.point("Specify angle vertex:");
         if (!vertex.isPoint()) co_return false;
-        const Answer first = co_await ask.point("Specify first angle endpoint:", {}, vertex.point);
+        const Answer first = co_await ask.point("Specify first angle endpoint:", "", vertex.point);
         if (!first.isPoint()) co_return false;
-        const Answer second = co_await ask.point("Specify second angle endpoint:", {}, vertex.point);
+        const Answer second = co_await ask.point("Specify second angle endpoint:", "", vertex.point);
         if (!second.isPoint()) co_return false;
         dim_.def3 = vertex.point;
         dim_.def1 = first.point;
@@ -100,10 +100,9 @@ private:
         dim_.def1 = one.a;
         dim_.def2 = one.b;
         for (;;) {
-            const Answer second = co_await ask.object("Select second line:", {}, hasPiece);
-            const engine::Entity* entity = second.isObject() ? drawing().findById(second.id) : nullptr;
-            if (entity == nullptr) co_return false;
-            const auto other = pickedPiece(*entity, second.point);
+            const Answer second = co_await askDimensioned(ask, document(), "Select second line:", hasPiece);
+            if (!second.isObject()) co_return false;
+            const auto other = pieceAt(document(), second);
             if (!other || other->round) {
                 message("Object cannot be used here.");
                 continue;
@@ -159,10 +158,10 @@ protected:
 private:
     Task<bool> askArc(Ask& ask) {
         for (;;) {
-            const Answer picked = co_await ask.object("Select arc or polyline arc segment:", {}, hasRoundPiece);
-            const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
-            if (entity == nullptr) co_return false;
-            const auto piece = pickedPiece(*entity, picked.point);
+            const Answer picked =
+                co_await askDimensioned(ask, document(), "Select arc or polyline arc segment:", hasRoundPiece);
+            if (!picked.isObject()) co_return false;
+            const auto piece = pieceAt(document(), picked);
             if (piece && piece->round && !piece->full) {
                 piece_ = *piece;
                 break;

@@ -22,7 +22,7 @@ protected:
         }
         dim_.def1 = first.point;
         for (;;) {
-            const Answer second = co_await ask.point("Specify second extension line origin:", {}, first.point);
+            const Answer second = co_await ask.point("Specify second extension line origin:", "", first.point);
             if (!second.isPoint()) co_return false;
             dim_.def2 = second.point;
             if (second.point != first.point) co_return true;
@@ -53,9 +53,8 @@ protected:
 
 private:
     Task<bool> askObject(Ask& ask) {
-        const Answer picked = co_await ask.object("Select object to dimension:", {}, hasPiece);
-        const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
-        const auto piece = entity != nullptr ? pickedPiece(*entity, picked.point) : std::nullopt;
+        const Answer picked = co_await askDimensioned(ask, document(), "Select object to dimension:", hasPiece);
+        const auto piece = pieceAt(document(), picked);
         if (!piece) co_return false;
         dim_.def1 = piece->a;
         dim_.def2 = piece->b;
@@ -87,6 +86,7 @@ protected:
                 locate(at.point);
                 break;
             }
+            guessDirection();
             const bool taken = co_await takeTextOption(ask, at);
             if (taken) continue;
             if (at.is("ROTATED")) {
@@ -122,6 +122,14 @@ private:
         directed_ = true;
         dim_.linearRotation = angle;
         if (circle_) crossCircle(angle);
+    }
+
+    /// What the text options show as measured before a place was named: the horizontal length, where there is one.
+    void guessDirection() {
+        if (directed_ || circle_) return;
+        const Vector2 way = dim_.def2 - dim_.def1;
+        const bool upright = std::abs(way.dot(math::unitAt(ucsRotation(drawing())))) <= 1e-9 * way.length();
+        dim_.linearRotation = ucsRotation(drawing()) + (upright ? math::kPi / 2.0 : 0.0);
     }
 
     void locate(const Vector2& p) {

@@ -16,10 +16,9 @@ class RoundTool : public DimensionTool {
 protected:
     Task<std::optional<PickedPiece>> askRound(Ask& ask) {
         for (;;) {
-            const Answer picked = co_await ask.object("Select arc or circle:", {}, hasRoundPiece);
-            const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
-            if (entity == nullptr) co_return std::nullopt;
-            auto piece = pickedPiece(*entity, picked.point);
+            const Answer picked = co_await askDimensioned(ask, document(), "Select arc or circle:", hasRoundPiece);
+            if (!picked.isObject()) co_return std::nullopt;
+            auto piece = pieceAt(document(), picked);
             if (piece && piece->round) co_return piece;
             message("Object cannot be used here.");
         }

@@ -71,9 +71,8 @@ private:
             if (answer.isPoint()) {
                 tie(id, question.point, answer.point);
             } else if (answer.is("SELECT")) {
-                const Answer picked = co_await ask.object("Select object:", {}, hasPiece);
-                const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
-                const auto piece = entity != nullptr ? pickedPiece(*entity, picked.point) : std::nullopt;
+                const Answer picked = co_await askDimensioned(ask, document(), "Select object:", hasPiece);
+                const auto piece = pieceAt(document(), picked);
                 if (!piece) co_return;
                 const doc::GroupScope group(document(), "DIMREASSOCIATE");
                 tie(id, 1, piece->a);
@@ -81,6 +80,17 @@ private:
                 co_return;
             }
         }
+    }
+
+    /// Ties a dimension; one that now measures through a viewport shows the model's units.
+    void retie(DimensionEntity& dimension, const std::vector<DimensionLink>& links) {
+        document().modifyEntity(dimension, [&](engine::Entity& e) {
+            auto& d = static_cast<DimensionEntity&>(e);
+            const std::vector<DimensionLink> before = engine::dimensionLinks(d);
+            const bool through = !before.empty() && before.front().viewport != 0;
+            if (!through) engine::measureThroughViewport(d, d.style(), links);
+            engine::setDimensionLinks(d, links);
+        });
     }
 
     /// Moves a definition point and ties it to what lies there.
@@ -96,32 +106,30 @@ private:
         if (found.empty()) message("No object has a point there: the point stays untied.");
         const doc::GroupScope group(document(), "DIMREASSOCIATE");
         document().modifyEntity(*dimension, [&](engine::Entity& e) {
-            auto& d = static_cast<DimensionEntity&>(e);
-            engine::definitionPoint(d, point) = to;
-            engine::setDimensionLinks(d, links);
+            engine::definitionPoint(static_cast<DimensionEntity&>(e), point) = to;
         });
+        retie(*dimension, links);
     }
 
     Dialogue tieArc(Ask& ask, std::uint64_t id) {
         const bool length = find(id)->kind() == DimensionType::ArcLength;
-        const Answer picked = co_await ask.object(
-            length ? "Select arc or polyline arc segment <next>:" : "Select arc or circle <next>:", {}, hasRoundPiece);
-        const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
+        const Answer picked = co_await askDimensioned(
+            ask, document(),
+            length ? "Select arc or polyline arc segment <next>:" : "Select arc or circle <next>:", hasRoundPiece);
         DimensionEntity* dimension = find(id);
-        if (entity == nullptr || dimension == nullptr) co_return;
-        const auto piece = pickedPiece(*entity, picked.point);
+        if (!picked.isObject() || dimension == nullptr) co_return;
+        const auto piece = pieceAt(document(), picked);
         if (!piece || piece->handle == 0 || (length && piece->full)) co_return message("Object cannot be used here.");
         const doc::GroupScope group(document(), "DIMREASSOCIATE");
-        relink(document(), *dimension, {{0, engine::LinkKind::Arc, piece->handle, piece->segment, 0.0}});
+        retie(*dimension, piece->arcLinks());
     }
 
     Dialogue tieLines(Ask& ask, std::uint64_t id) {
         for (const int point : {1, 3}) {
             const char* prompt = point == 1 ? "Select first line <next>:" : "Select second line <next>:";
-            const Answer picked = co_await ask.object(prompt, {}, hasPiece);
-            const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
-            if (entity == nullptr) continue;
-            const auto piece = pickedPiece(*entity, picked.point);
+            const Answer picked = co_await askDimensioned(ask, document(), prompt, hasPiece);
+            if (!picked.isObject()) continue;
+            const auto piece = pieceAt(document(), picked);
             if (!piece || piece->round) co_return message("Object cannot be used here.");
             const doc::GroupScope group(document(), "DIMREASSOCIATE");
             tie(id, point, piece->a);

@@ -26,6 +26,7 @@ protected:
         if (outside < inside) std::swap(inside, outside);
         engine::setSysVar(drawing(), "DONUTID", inside);
         engine::setSysVar(drawing(), "DONUTOD", outside);
+        const doc::GroupScope group(document(), "DONUT");
         for (;;) {
             const Answer center = co_await ask.point("Specify center of donut or <exit>:");
             if (!center.isPoint()) co_return;

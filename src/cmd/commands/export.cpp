@@ -27,7 +27,7 @@ protected:
         AppServices* services = host()->services();
         if (path.empty() || services == nullptr) co_return;
         const std::string extension = engine::foldCase(std::filesystem::path(path).extension().string());
-        if (const char* exporter = exporterOf(extension); exporter != nullptr && isAvailable(exporter)) {
+        if (const char* exporter = exporterOf(extension); exporter != nullptr) {
             // Its own questions: the name, then size and area, which take their defaults.
             std::vector<std::string> lines(1, exporter);
             lines.push_back(path);
@@ -42,13 +42,6 @@ protected:
         }
         const std::string error = services->writeDrawing(drawing(), path);
         message(error.empty() ? "Saved: " + path : error);
-    }
-
-private:
-    bool isAvailable(const char* name) const {
-        const CommandRegistry* registry = host()->registry();
-        const Command* command = registry != nullptr ? registry->find(name) : nullptr;
-        return command != nullptr && command->isAvailable();
     }
 };
 

@@ -24,15 +24,16 @@ protected:
                 if (!group.drop()) message("Command has been completely undone.");
             } else if (first.is("Radius")) {
                 co_await askRadius(ask);
+                expectFirst();
             } else if (first.is("Trim")) {
                 co_await askTrimMode(ask);
             } else if (first.is("Multiple")) {
                 multiple = true;
             } else if (first.is("Polyline")) {
-                const double r = radius();
-                const bool done = co_await askPolyline(ask, group, "filleted", [r](const engine::PolylineEntity& p) {
-                    return engine::cutPolylineCorners(p, r, 0.0, 0.0);
-                });
+                engine::CornerMeasure measure;
+                measure.round = true;
+                measure.radius = radius();
+                const bool done = co_await askPolyline(ask, group, "filleted", measure);
                 if (done && !multiple) co_return;
             } else {
                 const bool done = co_await askSecond(ask, group, {first.id, first.point});
@@ -42,9 +43,12 @@ protected:
     }
     const char* label() const override { return "FILLET"; }
     std::optional<engine::Corner> cornerOf(const engine::PickedCurve& a, const engine::PickedCurve& b) override {
-        engine::CornerFault fault;
+        engine::CornerFault fault = engine::CornerFault::None;
         auto corner = engine::filletCorner(a, b, radius(), fault);
-        if (!corner) tell(fault, "Radius");
+        if (fault == engine::CornerFault::NoSolution)
+            message("No valid fillet with radius " + lengthText(drawing(), radius()) + ".");
+        else if (!corner)
+            tell(fault, "Radius is too large.");
         return corner;
     }
 

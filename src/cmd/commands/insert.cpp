@@ -1,12 +1,14 @@
 #include <filesystem>
 
 #include "cmd/block_attributes.hpp"
+#include "cmd/block_editing.hpp"
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -28,8 +30,13 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         const bool chosen = co_await askBlock(ask);
         if (!chosen) co_return;
+        // A block that is defined anew stays so when it is not placed.
+        if (redefines_) ask.onCancel([this] { redefine(); });
         const bool placed = co_await askPlace(ask);
-        if (!placed) co_return;
+        if (!placed) {
+            if (redefines_) redefine();
+            co_return;
+        }
         co_await askScale(ask);
         if (!rotation_) co_await askRotation(ask, true);
         if (multiple_) co_await askGrid(ask);
@@ -66,7 +73,7 @@ private:
             }
             std::string text = answer.isEnter() ? last : typedName(answer.text);
             if (text == "~") {
-                message("\"Select Drawing File\" needs its dialog, which kovacad-cli cannot show; cancelled.");
+                message(needsDialog("Select Drawing File"));
                 co_return false;
             }
             if (text.starts_with('*') && drawing().findBlock(Name(text)) == nullptr) {
@@ -96,6 +103,7 @@ private:
                         continue;
                     }
                 }
+                redefines_ = exists() && !exploded_;
             } else if (const engine::Block* block = drawing().findBlock(Name(text))) {
                 name_ = block->name;
             } else {
@@ -105,6 +113,11 @@ private:
                     name_ = known->name;
                 else if (!readFile(text, stem))
                     continue;
+            }
+            if (const std::string refusal = insertRefusal(document(), name_); !refusal.empty()) {
+                message(refusal);
+                source_.reset();
+                continue;
             }
             if (exploded_ && !isExplodable()) continue;
             co_return true;
@@ -285,25 +298,37 @@ private:
                 if (!announced) message(verifying ? "Verify attribute values" : "Enter attribute values");
                 announced = true;
                 std::string prompt = question(definition, values_[i]);
-                const Answer answer = co_await ask.text(std::move(prompt));
-                if (answer.isText()) values_[i] = answer.text;
+                const std::optional<std::string> value =
+                    co_await askAttributeValue(ask, std::move(prompt), definition.multiline);
+                if (value) values_[i] = *value;
             }
         }
     }
 
     // The change -------------------------------------------------------------------------------------------------
 
+    /// Defines the block from the file; false after a line that says why not.
+    bool define() {
+        const double factor = unitFactor(*source_, drawing());
+        const std::string error = importAsBlock(document(), *source_, name_, factor);
+        if (!error.empty()) {
+            message(error);
+            return false;
+        }
+        if (factor != 1.0) message("Units of the file converted, factor " + lengthDefault(drawing(), factor) + ".");
+        return true;
+    }
+
+    void redefine() {
+        doc::GroupScope group(document(), label());
+        if (!define()) return group.rollback();
+        message("Block " + cmd::quoted(name_) + " redefined.");
+        repaint();
+    }
+
     void commit() {
         doc::GroupScope group(document(), label());
-        if (source_) {
-            const double factor = unitFactor(*source_, drawing());
-            const std::string error = importAsBlock(document(), *source_, name_, factor);
-            if (!error.empty()) {
-                group.rollback();
-                return message(error);
-            }
-            if (factor != 1.0) message("Units of the file converted, factor " + lengthDefault(drawing(), factor) + ".");
-        }
+        if (source_ && !define()) return group.rollback();
         engine::Block* block = drawing().findBlock(name_);
         if (block == nullptr) return;
         auto reference = std::make_unique<BlockReferenceEntity>(block->name, point_);
@@ -360,6 +385,7 @@ private:
 
     bool multiple_;
     bool exploded_ = false;
+    bool redefines_ = false;  ///< the name was given with a file, and the block is known
     Name name_;
     std::unique_ptr<engine::Drawing> source_;  ///< the file that the block is to be defined from
     Vector2 point_;

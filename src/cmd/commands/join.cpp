@@ -13,8 +13,8 @@ namespace {
 
 using engine::EntityType;
 
-const char* nounOf(EntityType type) {
-    switch (type) {
+const char* nounOf(const engine::Entity& made) {
+    switch (made.type()) {
         case EntityType::Line:
             return "line";
         case EntityType::Arc:
@@ -23,6 +23,10 @@ const char* nounOf(EntityType type) {
             return "circle";
         case EntityType::Spline:
             return "spline";
+        case EntityType::Polyline3D:
+            return "3D polyline";
+        case EntityType::Ellipse:
+            return static_cast<const engine::EllipseEntity&>(made).isFull() ? "ellipse" : "elliptical arc";
         default:
             return "polyline";
     }
@@ -97,22 +101,26 @@ private:
             }
         engine::JoinOptions options;
         options.overGaps = source;
+        options.gapsIfAll = !source;
+        options.overlaps = true;
+        options.inSpace = true;
         std::vector<engine::JoinedChain> chains = engine::joinEntities(entities, options);
         std::size_t used = 0;
+        std::vector<std::uint64_t> gone;
         const doc::GroupScope group(document(), "JOIN");
         for (engine::JoinedChain& chain : chains) {
             // With a source only what joins it.
             if (source && chain.members.front() != 0) continue;
             used += chain.members.size();
-            const EntityType type = chain.made->type();
+            const char* noun = nounOf(*chain.made);
             engine::Entity* first = drawing().findById(present[chain.members.front()]);
-            std::vector<std::uint64_t> gone;
             for (std::size_t i = 1; i < chain.members.size(); ++i) gone.push_back(present[chain.members[i]]);
-            if (chains.size() <= kTold)
-                message(counted(chain.members.size(), "object") + " joined into 1 " + nounOf(type));
+            if (chains.size() <= kTold) message(counted(chain.members.size(), "object") + " joined into 1 " + noun);
             document().replaceEntity(*first, std::move(chain.made));
-            document().removeEntities(gone);
         }
+        // All at once, and as they lie in memory: many go quickly then.
+        std::sort(gone.begin(), gone.end());
+        document().removeEntities(gone);
         if (used == 0)
             message("0 objects joined, " + counted(entities.size(), "object") + " discarded from the operation.");
         else if (used < entities.size())

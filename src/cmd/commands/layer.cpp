@@ -1,6 +1,7 @@
 #include "cmd/commands/layer_states.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
+#include "cmd/layer_changes.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -70,7 +71,7 @@ protected:
     }
 
 private:
-    using Names = std::vector<Name>;
+    using Names = LayerNames;
     using Edit = std::function<void(Layer&)>;
 
     /// Opens the command's undo group before its first change.
@@ -81,28 +82,11 @@ private:
     void edit(const Names& names, const Edit& change) {
         if (names.empty()) return;
         changing();
-        document().editTable<doc::LayerTraits>([&](engine::Table<Layer>& layers) {
-            for (const Name name : names)
-                if (Layer* layer = layers.find(name)) change(*layer);
-        });
+        editLayers(document(), names, change);
     }
 
-    /// The layers of a name list; nothing, after a line that says why, when one of its names matches none.
     std::optional<Names> match(const std::string& list) const {
-        Names found;
-        for (const std::string& item : splitNames(list)) {
-            const std::size_t before = found.size();
-            if (const Layer* layer = drawing().layers.find(Name(item))) {
-                found.push_back(layer->name);
-            } else if (hasWildcards(item)) {
-                for (const Layer& candidate : drawing().layers)
-                    if (matchesWildcards(candidate.name, item)) found.push_back(candidate.name);
-            }
-            if (found.size() > before) continue;
-            message(hasWildcards(item) ? "No matching names found." : "Unknown layer " + quoted(item) + ".");
-            return std::nullopt;
-        }
-        return found;
+        return matchLayers(drawing(), list, [this](const std::string& text) { message(text); });
     }
 
     /// Existing layers by a name list; Enter gives the current layer, or none.

@@ -1,6 +1,13 @@
 #include "cmd/commands/layer_states.hpp"
 
+#include <filesystem>
+#include <fstream>
+
+#include "cmd/commands/file_names.hpp"
 #include "cmd/format.hpp"
+#include "cmd/layer_state_file.hpp"
+#include "cmd/registry.hpp"
+#include "cmd/text_file.hpp"
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
@@ -88,7 +95,7 @@ std::size_t restore(doc::Document& document, Ask& ask, const LayerState& state) 
             apply(entry, state.mask, *layer);
             if (!layer->frozen || !(layer->name == current)) continue;
             layer->frozen = false;
-            ask.message("Cannot freeze layer " + quoted(current) + ". It is the CURRENT layer.");
+            ask.message("Cannot freeze layer " + cmd::quoted(current) + ". It is the CURRENT layer.");
         }
     });
     return count;
@@ -101,7 +108,7 @@ Task<std::optional<LayerState>> askState(Ask& ask, doc::Document& document, std:
         const std::vector<std::string> names = splitNames(answer.text);
         if (answer.isEnter() || names.empty()) co_return std::nullopt;
         if (const LayerState* state = document.drawing().layerStates.find(Name(names.front()))) co_return *state;
-        ask.message("Unknown layer state " + quoted(names.front()) + ".");
+        ask.message("Unknown layer state " + cmd::quoted(names.front()) + ".");
     }
 }
 
@@ -115,50 +122,119 @@ Task<std::string> askNewName(Ask& ask, doc::Document& document, std::string prom
         if (names.size() > 1 || !engine::isValidSymbolName(name))
             ask.message("Invalid layer state name.");
         else if (document.drawing().layerStates.contains(Name(name)))
-            ask.message("Layer state " + quoted(name) + " already exists.");
+            ask.message("Layer state " + cmd::quoted(name) + " already exists.");
         else
             co_return name;
+    }
+}
+
+/// Path of a layer state file; empty: given up.
+Task<std::string> askPath(Ask& ask, std::string prompt) {
+    const Answer answer = co_await ask.text(std::move(prompt));
+    std::string path = answer.isEnter() ? std::string() : typedPath(answer.text);
+    if (!path.empty() && std::filesystem::path(path).extension().empty()) path += ".las";
+    co_return path;
+}
+
+Task<void> exportState(Ask& ask, LayerState state) {
+    const std::string path = co_await askPath(ask, "Enter file name for export:");
+    if (path.empty()) co_return;
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file << layerStateText(state);
+    file.close();
+    ask.message(file ? "Layer state " + cmd::quoted(state.name) + " exported to " + cmd::quoted(path) + "."
+                     : "Cannot write " + cmd::quoted(path) + ".");
+}
+
+Task<void> importState(Ask& ask, doc::Document& document, std::function<void()> changing) {
+    const std::string path = co_await askPath(ask, "Enter file name to import:");
+    if (path.empty()) co_return;
+    const std::optional<std::string> text = readTextFile(path);
+    if (!text) co_return ask.message("Cannot open " + cmd::quoted(path) + ".");
+    const std::vector<LayerState> states = parseLayerStates(*text);
+    if (states.empty()) co_return ask.message("There is no layer state in " + cmd::quoted(path) + ".");
+    for (const LayerState& state : states) {
+        if (document.drawing().layerStates.contains(state.name)) {
+            std::string prompt =
+                "Layer state " + cmd::quoted(state.name) + " already exists. Replace it? [Yes/No] <No>:";
+            const bool replace = co_await askYesNo(ask, std::move(prompt), false);
+            if (!replace) continue;
+        }
+        changing();
+        document.editTable<doc::LayerStateTraits>([&](engine::Table<LayerState>& table) { table.add(state); });
+        ask.message("Layer state " + cmd::quoted(state.name) + " imported, " + counted(state.layers.size(), "layer") +
+                    ".");
     }
 }
 
 }  // namespace
 
 Task<void> layerStateDialogue(Ask& ask, doc::Document& document, std::function<void()> changing) {
-    const Answer option =
-        co_await ask.keyword("Enter an option [?/Save/Restore/Name/Delete]:", "? Save Restore Name Delete");
+    const Answer option = co_await ask.keyword("Enter an option [?/Save/Restore/Edit/Name/Delete/Import/EXport]:",
+                                               "? Save Restore Edit Name Delete Import EXport");
     if (option.isEnter()) co_return;
     if (option.is("?")) {
         if (document.drawing().layerStates.empty()) ask.message("There are no layer states.");
         for (const LayerState& state : document.drawing().layerStates)
-            ask.message(quoted(state.name) + ", " + counted(state.layers.size(), "layer"));
-    } else if (option.is("SAVE")) {
+            ask.message(cmd::quoted(state.name) + ", " + counted(state.layers.size(), "layer"));
+        co_return;
+    }
+    if (option.is("SAVE")) {
         const std::string name = co_await askNewName(ask, document, "Enter new layer state name:");
         if (name.empty()) co_return;
         const LayerStateMask mask = co_await askMask(ask);
         changing();
         save(document, Name(name), mask);
+        co_return;
+    }
+    if (option.is("IMPORT")) co_return co_await importState(ask, document, std::move(changing));
+    std::string what = "export";
+    for (const char* word : {"Restore", "Edit", "Delete"})
+        if (option.is(word)) what = engine::foldCase(word);
+    if (option.is("NAME")) what = "rename";
+    const std::optional<LayerState> state =
+        co_await askState(ask, document, "Enter name of layer state to " + what + ":");
+    if (!state) co_return;
+    const auto editStates = [&](const std::function<void(engine::Table<LayerState>&)>& change) {
+        changing();
+        document.editTable<doc::LayerStateTraits>(change);
+    };
+    if (option.is("RESTORE")) {
+        changing();
+        ask.message(counted(restore(document, ask, *state), "layer") + " restored.");
+    } else if (option.is("EDIT")) {
+        const LayerStateMask mask = co_await askMask(ask);
+        editStates([&](engine::Table<LayerState>& table) { table.find(state->name)->mask = mask; });
+    } else if (option.is("DELETE")) {
+        editStates([&](engine::Table<LayerState>& table) { table.erase(state->name); });
     } else if (option.is("NAME")) {
-        const std::optional<LayerState> state =
-            co_await askState(ask, document, "Enter name of layer state to rename:");
-        if (!state) co_return;
         const std::string name = co_await askNewName(ask, document, "Enter new layer state name:");
-        if (name.empty()) co_return;
-        changing();
-        document.editTable<doc::LayerStateTraits>(
-            [&](engine::Table<LayerState>& table) { table.rename(state->name, Name(name)); });
+        if (!name.empty()) editStates([&](engine::Table<LayerState>& table) { table.rename(state->name, Name(name)); });
     } else {
-        const bool restoring = option.is("RESTORE");
-        const char* prompt =
-            restoring ? "Enter name of layer state to restore:" : "Enter name of layer state to delete:";
-        const std::optional<LayerState> state = co_await askState(ask, document, prompt);
-        if (!state) co_return;
-        changing();
-        if (restoring)
-            ask.message(counted(restore(document, ask, *state), "layer") + " restored.");
-        else
-            document.editTable<doc::LayerStateTraits>(
-                [&](engine::Table<LayerState>& table) { table.erase(state->name); });
+        co_await exportState(ask, *state);
     }
 }
+
+namespace {
+
+/// LAYERSTATE: the layer states alone, without LAYER around them.
+class LayerStateTool final : public DialogueTool {
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        co_await layerStateDialogue(ask, document(), [this] {
+            if (!group_) group_.emplace(document(), "LAYERSTATE");
+        });
+    }
+
+public:
+    void end() override { group_.reset(); }
+
+private:
+    std::optional<doc::GroupScope> group_;
+};
+
+}  // namespace
+
+KOVA_TOOL_COMMAND(LayerState, "LAYERSTATE", "Layer States", "Format", {"LAS", "LMAN"})
 
 }  // namespace kova::cmd::commands

@@ -16,9 +16,6 @@ namespace {
 using engine::LeaderEntity;
 using math::Vector2;
 
-/// A last segment steeper than this gets a hook line.
-constexpr double kHookAngle = 15.0 * math::kDegree;
-
 /// What LEADER and QLEADER share: a line of points and what stands at its end.
 class LeaderToolBase : public DialogueTool {
 protected:
@@ -41,9 +38,9 @@ protected:
         if (drawing().dimStyleNameOverrides.contains("DIMLDRBLK")) leader->arrowBlock = style.leaderArrowBlock;
         const Vector2 last = points_.back() - points_[points_.size() - 2];
         leader->hookDir = last.x < 0.0 ? 0 : 1;
-        leader->hookLine = annotated && std::abs(std::atan2(last.y, std::abs(last.x))) > kHookAngle;
+        leader->hookLine = annotated && std::abs(std::atan2(last.y, std::abs(last.x))) > engine::kLeaderHookAngle;
         applyCurrentValues(document(), *leader);
-        applyAnnotationScale(drawing(), style, *leader);
+        applyAnnotationScale(drawing(), style.annotative, *leader);
         return leader;
     }
 

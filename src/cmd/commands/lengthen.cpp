@@ -23,14 +23,19 @@ class LengthenTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
         for (;;) {
+            constexpr const char* kShown[] = {"Delta", "Percent", "Total", "Dynamic"};
+            const auto last = static_cast<std::size_t>(std::clamp(remembered(document(), kOption, 2.0), 0.0, 3.0));
             const Answer answer = co_await ask.object(
-                "Select an object to measure or [DElta/Percent/Total/DYnamic] <Total>:", "DElta Percent Total DYnamic",
-                hasLength);
+                withDefault("Select an object to measure or [DElta/Percent/Total/DYnamic]", kShown[last]),
+                "DElta Percent Total DYnamic", hasLength);
             if (answer.isObject()) {
                 if (const engine::Entity* e = drawing().findById(answer.id)) tellLength(*e);
                 continue;
             }
-            const std::string word = answer.isEnter() ? "TOTAL" : answer.word;
+            std::string word = answer.word;
+            if (answer.isEnter()) word = engine::upperCase(kShown[last]);
+            for (std::size_t i = 0; i < 4; ++i)
+                if (engine::upperCase(kShown[i]) == word) remember(document(), kOption, static_cast<double>(i));
             const bool asked = co_await askMeasure(ask, word);
             if (!asked) co_return;
             co_return co_await changes(ask);
@@ -38,6 +43,14 @@ protected:
     }
 
 private:
+    // What is remembered from call to call; angles in degrees.
+    static constexpr const char* kOption = "lengthenOption";
+    static constexpr const char* kDelta = "lengthenDelta";
+    static constexpr const char* kPercent = "lengthenPercent";
+    static constexpr const char* kTotal = "lengthenTotal";
+    static constexpr const char* kDeltaAngle = "lengthenDeltaAngle";
+    static constexpr const char* kTotalAngle = "lengthenTotalAngle";
+
     enum class By { Delta, DeltaAngle, Percent, Total, TotalAngle, Dynamic };
 
     void tellLength(const engine::Entity& entity) {
@@ -53,20 +66,32 @@ private:
             by_ = By::Dynamic;
         } else if (word == "PERCENT") {
             by_ = By::Percent;
-            const Answer answer = co_await ask.number("Enter percentage length <100>:", {}, kPositive);
-            value_ = answer.numberOr(100.0);
+            const double last = remembered(document(), kPercent, 100.0);
+            const Answer answer =
+                co_await ask.number(withDefault("Enter percentage length", math::shortest(last)), {}, kPositive);
+            value_ = answer.numberOr(last);
+            remember(document(), kPercent, value_);
         } else {
             const bool delta = word == "DELTA";
             by_ = delta ? By::Delta : By::Total;
-            const char* prompt = delta ? "Enter delta length or [Angle] <0>:" : "Specify total length or [Angle] <1>:";
+            const char* name = delta ? kDelta : kTotal;
+            const double last = remembered(document(), name, delta ? 0.0 : 1.0);
+            const char* prompt = delta ? "Enter delta length or [Angle]" : "Specify total length or [Angle]";
             const Range range = delta ? Range{} : kPositive;
-            const Answer answer = co_await ask.distance(prompt, "Angle", {}, range);
-            value_ = answer.numberOr(delta ? 0.0 : 1.0);
+            const Answer answer =
+                co_await ask.distance(withDefault(prompt, lengthDefault(drawing(), last)), "Angle", {}, range);
+            value_ = answer.numberOr(last);
             if (answer.is("Angle")) {
                 by_ = delta ? By::DeltaAngle : By::TotalAngle;
-                const char* question = delta ? "Enter delta angle <0>:" : "Specify total angle <57>:";
-                const Answer angle = co_await ask.number(question, {}, range);
-                value_ = angle.numberOr(delta ? 0.0 : 57.0) * math::kDegree;
+                const char* angleName = delta ? kDeltaAngle : kTotalAngle;
+                const double lastAngle = remembered(document(), angleName, delta ? 0.0 : 57.0);
+                const char* question = delta ? "Enter delta angle" : "Specify total angle";
+                const Answer angle = co_await ask.number(withDefault(question, math::shortest(lastAngle)), {}, range);
+                const double degrees = angle.numberOr(lastAngle);
+                remember(document(), angleName, degrees);
+                value_ = degrees * math::kDegree;
+            } else {
+                remember(document(), name, value_);
             }
         }
         co_return true;

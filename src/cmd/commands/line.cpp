@@ -1,7 +1,7 @@
 #include "engine/entities/line.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/point_input.hpp"
+#include "cmd/point_entry.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -11,30 +11,52 @@ class LineTool final : public Tool {
 public:
     void begin() override {
         points_.clear();
-        setPrompt("Specify first point:");
+        setPrompt(kFirst);
     }
 
     void textInput(const std::string& line) override {
-        if (line.empty()) return finish();
+        if (line.empty() && !entry_.waiting()) return finish();
         const std::string word = engine::upperCase(line);
         if (word == "C" || word == "CLOSE") return close();
-        if (word == "U" || word == "UNDO") return undoSegment();
-        const math::Vector2 base = points_.empty() ? math::Vector2{} : points_.back();
-        if (const auto p = parsePointInput(line, base, cursor() - base, PointContext::of(drawing()))) addPoint(*p);
+        if (word == "U" || word == "UNDO") {
+            dropPointWords();
+            return undoSegment();
+        }
+        std::optional<math::Vector2> last;
+        if (!points_.empty()) last = points_.back();
+        const bool waited = entry_.waiting();
+        const auto result = entry_.feed(document(), line, last.value_or(math::Vector2{}), last, cursor());
+        if (result == PointEntry::Result::Point) addPoint(entry_.point());
+        if (result == PointEntry::Result::Refused) message(entry_.refusal());
+        if (waited || entry_.waiting()) showPrompt();
     }
 
     void mousePress(const math::Vector2& point, int button) override {
         if (button == kRightButton) return finish();
         if (button != kLeftButton) return;
+        dropPointWords();
         if (points_.size() >= 3 && point.distance_to(points_.front()) <= pickTolerance()) return close();
         addPoint(point);
     }
 
 private:
+    void showPrompt() {
+        if (entry_.waiting())
+            setPrompt(entry_.prompt());
+        else
+            setPrompt(points_.empty() ? kFirst : kNext);
+    }
+
+    void dropPointWords() {
+        if (!entry_.waiting()) return;
+        entry_.reset();
+        showPrompt();
+    }
+
     void addPoint(const math::Vector2& p) {
         points_.push_back(p);
         if (points_.size() >= 2) addSegment(points_[points_.size() - 2], p);
-        if (points_.size() == 1) setPrompt("Specify next point or [Close/Undo]:");
+        if (points_.size() == 1) setPrompt(kNext);
         repaint();
     }
 
@@ -67,6 +89,9 @@ private:
     }
 
     inline static const std::string kLabel = "LINE";
+    inline static const std::string kFirst = "Specify first point:";
+    inline static const std::string kNext = "Specify next point or [Close/Undo]:";
+    PointEntry entry_;
     std::vector<math::Vector2> points_;
     std::vector<std::uint64_t> created_;
 };

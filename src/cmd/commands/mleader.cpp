@@ -1,6 +1,7 @@
 #include "engine/entities/mleader.hpp"
 
 #include "cmd/annotation_prompts.hpp"
+#include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
@@ -72,12 +73,26 @@ protected:
         }
         auto leader = std::make_unique<MLeaderEntity>(model_);
         leader->heads.push_back({points});
-        addNew(document(), std::move(leader), "MLEADER");
+        applyAnnotationScale(drawing(), style().annotative, *leader);
+        const doc::GroupScope group(document(), "MLEADER");
+        auto& added = static_cast<MLeaderEntity&>(addNew(document(), std::move(leader), "MLEADER"));
+        if (order != Order::Content) besideLanding(added);
         repaint();
     }
 
 private:
     enum class Order { Arrow, Landing, Content };
+
+    /// A block stands with its edge, not its insertion point, at the end of the landing.
+    void besideLanding(MLeaderEntity& leader) {
+        if (leader.contentType != MLeaderContent::Block || leader.style().blockConnection == 1) return;
+        const math::Bounds2 box = leader.contentBox();
+        const double side = leader.side();
+        const double over = side > 0.0 ? leader.contentPos.x - box.min.x : box.max.x - leader.contentPos.x;
+        const Vector2 step{side * over, leader.contentPos.y - box.center().y};
+        if (step == Vector2{} || !step.is_finite()) return;
+        document().modifyEntity(leader, [&](engine::Entity& e) { static_cast<MLeaderEntity&>(e).contentPos += step; });
+    }
 
     const MLeaderStyle& style() const {
         static const MLeaderStyle plain;
@@ -103,7 +118,8 @@ private:
 
     /// From the landing point to the content.
     double reach() const {
-        const double scale = style().scaleFactor > 0.0 ? style().scaleFactor : 1.0;
+        const double own = style().scaleFactor > 0.0 ? style().scaleFactor : 1.0;
+        const double scale = style().annotative ? currentAnnotationScale(drawing()) : own;
         const bool dogleg = model_.hasLanding && model_.hasDogleg;
         const double gap = model_.contentType == MLeaderContent::MText ? model_.landingGap : 0.0;
         return ((dogleg ? model_.landingDistance : 0.0) + gap) * scale;

@@ -137,18 +137,25 @@ private:
     }
 
     Dialogue askColumns(Ask& ask) {
-        const Answer kind = co_await ask.keyword("Enter column type [Static/No columns] <No columns>:", "Static No");
+        const Answer kind =
+            co_await ask.keyword("Enter column type [Dynamic/Static/No columns] <No columns>:", "Dynamic Static No");
         text_.columns = {};
-        if (!kind.is("STATIC")) co_return;
-        const Answer count = co_await ask.integer("Specify number of columns <2>:", 1, 100);
+        if (kind.isEnter() || kind.is("NO")) co_return;
+        const bool dynamic = kind.is("DYNAMIC");
+        int count = 1;
+        if (!dynamic) {
+            const Answer number = co_await ask.integer("Specify number of columns <2>:", 1, 100);
+            count = number.isNumber() ? number.integer() : 2;
+        }
         const Answer width = co_await ask.distance("Specify column width:", {}, {}, kPositive);
         if (!width.isNumber()) co_return;
         std::string prompt = withDefault("Specify gutter width", lengthDefault(drawing(), 5.0 * text_.height));
         const Answer gutter = co_await ask.distance(std::move(prompt), {}, {}, kNotNegative);
         const Answer height = co_await ask.distance("Specify column height:", {}, {}, kPositive);
         if (!height.isNumber()) co_return;
-        text_.columns.type = 1;
-        text_.columns.count = count.isNumber() ? count.integer() : 2;
+        text_.columns.type = dynamic ? 2 : 1;
+        text_.columns.autoHeight = dynamic;
+        text_.columns.count = count;
         text_.columns.width = width.number;
         text_.columns.gutter = gutter.numberOr(5.0 * text_.height);
         text_.definedHeight = height.number;
@@ -158,7 +165,7 @@ private:
         std::string content;
         bool any = false;
         for (;;) {
-            const Answer line = co_await ask.text("MText:");
+            const Answer line = co_await ask.line("MText:");
             if (!line.isText()) break;
             if (any) content += "\\P";
             content += line.text;

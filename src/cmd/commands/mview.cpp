@@ -1,9 +1,12 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
-#include "cmd/name_prompts.hpp"
+#include "cmd/named_views.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/viewports.hpp"
+#include "engine/entities/polyline.hpp"
+#include "math/angles.hpp"
+#include "math/curves.hpp"
 
 namespace kova::cmd::commands {
 
@@ -17,20 +20,6 @@ using math::Vector2;
 struct Share {
     double x0, y0, x1, y1;
 };
-
-/// True for what a viewport may be clipped by.
-bool isClosedShape(const engine::Entity& entity) {
-    switch (entity.type()) {
-        case engine::EntityType::Circle:
-        case engine::EntityType::Ellipse:
-        case engine::EntityType::Polyline:
-        case engine::EntityType::Spline:
-        case engine::EntityType::Region:
-            return true;
-        default:
-            return false;
-    }
-}
 
 /// MVIEW: the windows of a layout onto the model.
 class MviewTool final : public DialogueTool {
@@ -100,16 +89,6 @@ private:
         if (frame) add(std::vector<Bounds2>(1, *frame), Bounds2{});
     }
 
-    /// The viewports among selected objects.
-    std::vector<ViewportEntity*> chosen(const std::vector<std::uint64_t>& ids) const {
-        std::vector<ViewportEntity*> found;
-        for (const std::uint64_t id : ids) {
-            auto* viewport = dynamic_cast<ViewportEntity*>(drawing().findById(id));
-            if (viewport != nullptr && !viewport->isSheet()) found.push_back(viewport);
-        }
-        return found;
-    }
-
     void edit(const std::vector<ViewportEntity*>& viewports, const std::function<void(ViewportEntity&)>& change) {
         if (viewports.empty()) return message("No viewports selected.");
         const doc::GroupScope group(document(), "MVIEW");
@@ -121,7 +100,7 @@ private:
 
     Dialogue switchOn(Ask& ask, bool on) {
         const Answer selected = co_await ask.selection();
-        edit(chosen(selected.ids), [on](ViewportEntity& viewport) {
+        edit(viewportsAmong(drawing(), selected.ids), [on](ViewportEntity& viewport) {
             viewport.on = on;
             viewport.statusFlags =
                 on ? viewport.statusFlags & ~ViewportEntity::kOff : viewport.statusFlags | ViewportEntity::kOff;
@@ -133,7 +112,7 @@ private:
         if (state.isEnter()) co_return;
         const bool locked = state.is("ON");
         const Answer selected = co_await ask.selection();
-        edit(chosen(selected.ids), [locked](ViewportEntity& viewport) {
+        edit(viewportsAmong(drawing(), selected.ids), [locked](ViewportEntity& viewport) {
             viewport.locked = locked;
             viewport.statusFlags = locked ? viewport.statusFlags | ViewportEntity::kLocked
                                           : viewport.statusFlags & ~ViewportEntity::kLocked;
@@ -145,58 +124,169 @@ private:
             ask, "Reset viewport layer property overrides back to global properties? [Yes/No] <N>:", false);
         if (!reset) co_return;
         const Answer selected = co_await ask.selection();
-        edit(chosen(selected.ids), [](ViewportEntity& viewport) { viewport.vpFrozenLayers.clear(); });
+        edit(viewportsAmong(drawing(), selected.ids),
+             [](ViewportEntity& viewport) { viewport.vpFrozenLayers.clear(); });
+    }
+
+    /// A viewport within an entity of the sheet, as part of the open group.
+    void addWithin(const engine::Entity& border) {
+        std::unique_ptr<ViewportEntity> viewport = makeViewport(document(), border.bounds());
+        viewport->clipHandle = border.handle();
+        viewport->statusFlags |= ViewportEntity::kNonRectangular;
+        document().addEntity(std::move(viewport));
+        repaint();
     }
 
     Dialogue byObject(Ask& ask) {
-        const Answer pick = co_await ask.object("Select object to clip viewport:", {}, isClosedShape);
-        const engine::Entity* entity = pick.isObject() ? drawing().findById(pick.id) : nullptr;
-        if (entity == nullptr) co_return;
-        const Bounds2 frame = entity->bounds();
-        if (!(frame.width() > 0.0) || !(frame.height() > 0.0)) {
-            message("The object does not enclose an area.");
-            co_return;
+        for (;;) {
+            const Answer pick = co_await ask.object(
+                "Select object to clip viewport:", {},
+                [](const engine::Entity& entity) { return entity.type() != engine::EntityType::Viewport; });
+            const engine::Entity* entity = pick.isObject() ? drawing().findById(pick.id) : nullptr;
+            if (entity == nullptr) co_return;
+            if (!canBoundViewport(*entity)) {
+                message("A closed polyline, circle, ellipse, spline or region is needed.");
+                continue;
+            }
+            if (boundedViewports(drawing()).contains(entity->handle())) {
+                message("The object bounds a viewport already.");
+                continue;
+            }
+            const doc::GroupScope group(document(), "MVIEW");
+            co_return addWithin(*entity);
         }
-        add(std::vector<Bounds2>(1, frame), Bounds2{});
-        message("Viewports are rectangles here: the window takes the object's extents.");
+    }
+
+    /// The outline of a viewport, as it is drawn.
+    struct Corner {
+        Vector2 point;
+        double bulge = 0.0;  ///< of the segment to the next one
+    };
+
+    static Vector2 arrival(const std::vector<Corner>& corners) {
+        if (corners.size() < 2) return {1, 0};
+        const Corner& from = corners[corners.size() - 2];
+        const Vector2 chord = (corners.back().point - from.point).normalized();
+        const Vector2 turn = Vector2::from_angle(2.0 * std::atan(from.bulge));
+        return {chord.x * turn.x - chord.y * turn.y, chord.x * turn.y + chord.y * turn.x};
+    }
+
+    static void addCorner(std::vector<Corner>& corners, const Vector2& to, double bulge) {
+        if (!to.is_finite() || !std::isfinite(bulge) || to == corners.back().point) return;
+        corners.back().bulge = bulge;
+        corners.push_back({to});
     }
 
     Dialogue polygonal(Ask& ask) {
         const Answer start = co_await ask.point("Specify start point:");
         if (!start.isPoint()) co_return;
-        std::vector<Vector2> points(1, start.point);
+        std::vector<Corner> corners(1);
+        corners.front().point = start.point;
+        bool arcs = false;
         for (;;) {
-            const char* prompt =
-                points.size() < 3 ? "Specify next point or [Undo]:" : "Specify next point or [Close/Undo]:";
-            const Answer next = co_await ask.point(prompt, "Close Undo", points.back());
-            if (next.isPoint()) points.push_back(next.point);
-            if (next.is("UNDO") && points.size() > 1) points.pop_back();
-            if (next.isEnter() || next.is("CLOSE")) break;
+            const bool closable = corners.size() > 1;
+            ask.setLastPoint(corners.back().point);
+            const char* prompt = closable ? "Specify next point or [Arc/Close/Length/Undo]:"
+                                          : "Specify next point or [Arc/Length/Undo]:";
+            const char* words = closable ? "Arc Close Length Undo" : "Arc Length Undo";
+            if (arcs) {
+                prompt = closable ? "Enter an arc boundary option [Angle/CEnter/CLose/Direction/Line/Radius/Second "
+                                    "pt/Undo/Endpoint of arc] <Endpoint>:"
+                                  : "Enter an arc boundary option [Angle/CEnter/Direction/Line/Radius/Second "
+                                    "pt/Undo/Endpoint of arc] <Endpoint>:";
+                words = closable ? "Angle CEnter CLose Direction Line Radius Second Undo Endpoint"
+                                 : "Angle CEnter Direction Line Radius Second Undo Endpoint";
+            }
+            const Vector2 last = corners.back().point;
+            const Answer next = co_await ask.point(prompt, words, last);
+            if (next.isPoint()) {
+                addCorner(corners, next.point, arcs ? math::bulgeFromTangent(last, arrival(corners), next.point) : 0.0);
+            } else if (next.is("UNDO")) {
+                if (corners.size() > 1)
+                    corners.pop_back();
+                else
+                    message("All segments already undone.");
+                corners.back().bulge = 0.0;
+            } else if (next.is("ARC")) {
+                arcs = true;
+            } else if (next.is("LINE")) {
+                arcs = false;
+            } else if (next.is("LENGTH")) {
+                const Answer length = co_await ask.distance("Specify length of line:", {}, last);
+                if (length.isNumber()) addCorner(corners, last + arrival(corners) * length.number, 0.0);
+            } else if (next.isEnter() || next.is("CLOSE")) {
+                if (arcs && next.is("CLOSE"))
+                    corners.back().bulge = math::bulgeFromTangent(last, arrival(corners), corners.front().point);
+                break;
+            } else {
+                co_await arc(ask, corners, next.word);
+            }
         }
-        Bounds2 frame;
-        for (const Vector2& p : points) frame.expand(p);
-        if (points.size() < 3 || !(frame.width() > 0.0) || !(frame.height() > 0.0)) {
-            message("A viewport needs three points that enclose an area.");
+        // Ending where it began is closing.
+        if (corners.size() > 2 && corners.back().point == corners.front().point) corners.pop_back();
+        auto outline = std::make_unique<engine::PolylineEntity>();
+        for (const Corner& corner : corners) outline->addVertex(corner.point, corner.bulge);
+        outline->closed = true;
+        if (!canBoundViewport(*outline)) {
+            message("A viewport needs an outline that encloses an area.");
             co_return;
         }
-        add(std::vector<Bounds2>(1, frame), Bounds2{});
-        message("Viewports are rectangles here: the window takes the polygon's extents.");
+        const doc::GroupScope group(document(), "MVIEW");
+        document().applyCurrentProperties(*outline);
+        addWithin(document().addEntity(std::move(outline)));
+    }
+
+    /// One arc of an outline by the option named.
+    Dialogue arc(Ask& ask, std::vector<Corner>& corners, std::string option) {
+        const Vector2 last = corners.back().point;
+        if (option == "ENDPOINT") {
+            const Answer end = co_await ask.point("Specify endpoint of arc:", {}, last);
+            if (end.isPoint()) addCorner(corners, end.point, math::bulgeFromTangent(last, arrival(corners), end.point));
+        } else if (option == "ANGLE") {
+            const Answer angle = co_await ask.angle("Specify included angle:", {}, last);
+            const double sweep = angle.isNumber() ? includedAngle(angle, drawing()) : 0.0;
+            if (sweep == 0.0 || std::abs(sweep) >= math::kTwoPi) co_return message("Invalid value.");
+            const Answer end = co_await ask.point("Specify endpoint of arc:", {}, last);
+            if (end.isPoint()) addCorner(corners, end.point, math::bulgeFromSweep(sweep));
+        } else if (option == "CENTER") {
+            const Answer center = co_await ask.point("Specify center point of arc:", {}, last);
+            if (!center.isPoint() || center.point == last) co_return;
+            const Answer end = co_await ask.point("Specify endpoint of arc:", {}, last);
+            if (!end.isPoint()) co_return;
+            const double sweep = math::sweepAngle((last - center.point).angle(), (end.point - center.point).angle());
+            if (!(sweep < math::kTwoPi)) co_return message("Invalid input.");
+            const math::Matrix4 turn = math::Matrix4::rotation_about(center.point, sweep);
+            addCorner(corners, turn.transform_point(last), math::bulgeFromSweep(sweep));
+        } else if (option == "DIRECTION") {
+            const Answer direction =
+                co_await ask.angle("Specify the tangent direction for the start point of arc:", {}, last);
+            if (!direction.isNumber()) co_return;
+            const Answer end = co_await ask.point("Specify endpoint of arc:", {}, last);
+            const Vector2 tangent = math::unitAt(worldDirection(direction, drawing()));
+            if (end.isPoint()) addCorner(corners, end.point, math::bulgeFromTangent(last, tangent, end.point));
+        } else if (option == "RADIUS") {
+            const Answer radius = co_await ask.distance("Specify radius of arc:", {}, last, kPositive);
+            if (!radius.isNumber()) co_return;
+            const Answer end = co_await ask.point("Specify endpoint of arc:", {}, last);
+            if (!end.isPoint()) co_return;
+            const double half = last.distance_to(end.point) / (2.0 * radius.number);
+            if (!(half > 0.0) || half > 1.0 + 1e-12) co_return message("Invalid input.");
+            addCorner(corners, end.point, math::bulgeFromSweep(2.0 * std::asin(std::min(half, 1.0))));
+        } else {
+            const Answer through = co_await ask.point("Specify second point on arc:", {}, last);
+            if (!through.isPoint()) co_return;
+            const Answer end = co_await ask.point("Specify end point of arc:");
+            if (end.isPoint()) addCorner(corners, end.point, math::bulgeThrough(last, through.point, end.point));
+        }
     }
 
     /// A viewport of a named view, or the ways to one.
     Dialogue named(Ask& ask, bool namedView) {
         engine::NamedView view;
         if (namedView) {
-            for (;;) {
-                const Answer answer = co_await ask.text("Enter view name:");
-                if (answer.isEnter()) co_return;
-                const engine::NamedView* known = drawing().namedViews.find(engine::Name(typedName(answer.text)));
-                if (known != nullptr) {
-                    view = *known;
-                    break;
-                }
-                message("Cannot find view " + quoted(typedName(answer.text)) + ".");
-            }
+            const std::optional<engine::NamedView> known = co_await askKnownView(ask, drawing(), "Enter view name:");
+            if (!known) co_return;
+            view = *known;
         } else {
             const Answer first = co_await ask.point("Specify first corner of the model's window:");
             if (!first.isPoint()) co_return;
@@ -209,8 +299,19 @@ private:
         const Answer first = co_await ask.point("Specify corner of viewport:");
         if (!first.isPoint()) co_return;
         const std::optional<Bounds2> frame = co_await box(ask, first.point);
-        const Vector2 half{view.width / 2.0, view.height / 2.0};
-        if (frame) add(std::vector<Bounds2>(1, *frame), Bounds2{view.center - half, view.center + half});
+        if (!frame) co_return;
+        const ViewState state = stateOf(view);
+        std::unique_ptr<ViewportEntity> viewport = makeViewport(document(), *frame);
+        const math::Vector3 middle = state.middle();
+        viewport->viewDirection = state.direction;
+        viewport->viewTwist = state.twist;
+        viewport->viewTarget = middle.xy();
+        viewport->viewTargetZ = middle.z;
+        const double scale = std::min(frame->width() / state.width, frame->height() / state.height);
+        if (std::isfinite(scale) && scale > 0.0) viewport->viewScale = scale;
+        const doc::GroupScope group(document(), "MVIEW");
+        document().addEntity(std::move(viewport));
+        repaint();
     }
 
     /// Two, three or four viewports within one frame.

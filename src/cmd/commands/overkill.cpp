@@ -3,11 +3,20 @@
 #include "cmd/duplicates.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
-#include "math/number_text.hpp"
 
 namespace kova::cmd::commands {
 
 namespace {
+
+/// A number without an exponent.
+std::string plainNumber(double value) {
+    char text[400];
+    std::snprintf(text, sizeof text, "%.*f", value < 1e-12 ? 20 : 12, value);
+    std::string out = text;
+    while (out.back() == '0') out.pop_back();
+    if (out.back() == '.') out.pop_back();
+    return out;
+}
 
 /// OVERKILL: removes duplicates and puts overlapping lines and arcs together.
 class OverkillTool final : public DialogueTool {
@@ -18,25 +27,26 @@ protected:
         for (;;) {
             const Answer option = co_await ask.keyword(
                 "Enter an option to change [Done/Ignore/tOlerance/optimize Plines/combine parTial overlap/combine "
-                "Endtoend] <Done>:",
-                "Done Ignore tOlerance optimizePlines combineparTial combineEndtoend");
+                "Endtoend/Associativity] <Done>:",
+                "Done Ignore tOlerance optimizePlines combineparTial combineEndtoend Associativity");
             if (option.isEnter() || option.is("DONE")) break;
             if (option.is("IGNORE")) {
                 co_await askIgnore(ask);
             } else if (option.is("TOLERANCE")) {
                 std::string prompt =
-                    withDefault("Specify tolerance for numeric comparisons", math::shortest(rules_.tolerance));
+                    withDefault("Specify tolerance for numeric comparisons", plainNumber(rules_.tolerance));
                 const Answer answer = co_await ask.number(std::move(prompt), {}, kNotNegative);
                 rules_.tolerance = answer.numberOr(rules_.tolerance);
             } else if (option.is("OPTIMIZEPLINES")) {
-                rules_.optimizePolylines =
-                    co_await askYesNo(ask, "Optimize segments within plines [Yes/No] <Yes>:", true);
+                co_await askPolylines(ask);
             } else if (option.is("COMBINEPARTIAL")) {
                 rules_.partialOverlap =
                     co_await askYesNo(ask, "Combine collinear objects that partially overlap [Yes/No] <Yes>:", true);
-            } else {
+            } else if (option.is("COMBINEENDTOEND")) {
                 rules_.endToEnd =
                     co_await askYesNo(ask, "Combine collinear objects when aligned end to end [Yes/No] <Yes>:", true);
+            } else {
+                rules_.keepAssociated = co_await askYesNo(ask, "Maintain associative objects [Yes/No] <Yes>:", true);
             }
         }
         DuplicateCounts counts;
@@ -49,11 +59,26 @@ protected:
     }
 
 private:
+    Dialogue askPolylines(Ask& ask) {
+        for (;;) {
+            const Answer option =
+                co_await ask.keyword("Optimize segments within plines [segment wiDth/Break polyline/Yes/No] <Yes>:",
+                                     "segmentwiDth Breakpolyline Yes No");
+            if (option.is("SEGMENTWIDTH")) {
+                rules_.ignoreWidths = co_await askYesNo(ask, "Ignore polyline segment widths [Yes/No] <No>:", false);
+            } else if (option.is("BREAKPOLYLINE")) {
+                rules_.breakPolylines = co_await askYesNo(ask, "Break polylines [Yes/No] <Yes>:", true);
+            } else {
+                rules_.optimizePolylines = !option.is("NO");
+                co_return;
+            }
+        }
+    }
     Dialogue askIgnore(Ask& ask) {
         const Answer answer = co_await ask.keyword(
             "Enter object properties to ignore "
-            "[None/All/Color/LAyer/Ltype/ltScale/LWeight/Thickness/TRansparency/plotSTyle] <None>:",
-            "None All Color LAyer Ltype ltScale LWeight Thickness TRansparency plotSTyle");
+            "[None/All/Color/LAyer/Ltype/ltScale/LWeight/Thickness/TRansparency/plotSTyle/Material] <None>:",
+            "None All Color LAyer Ltype ltScale LWeight Thickness TRansparency plotSTyle Material");
         struct Row {
             const char* keyword;
             unsigned bits;

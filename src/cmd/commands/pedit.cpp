@@ -1,13 +1,16 @@
+// PEDIT and MPEDIT. Without a window the marker of the vertex editing is told instead of shown, and Regen has nothing
+// to do. Polylines all are light ones: a curve keeps its frame beside its vertices, and Fit is not offered in space,
+// where no arc could lie.
 #include "cmd/commands/pedit.hpp"
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/mesh.hpp"
-#include "engine/entities/polyline3d.hpp"
 #include "engine/join.hpp"
 #include "engine/polyline_fit.hpp"
 #include "engine/reversed.hpp"
+#include "engine/space_fit.hpp"
+#include "engine/spline_edit.hpp"
 
 namespace kova::cmd::commands {
 
@@ -27,9 +30,22 @@ bool editable(const engine::Entity& e) {
     return isPolyline(e) || canBecomePolyline(e) || e.type() == EntityType::Polyline3D || e.type() == EntityType::Mesh;
 }
 
-class PeditTool final : public DialogueTool {
+/// What PEDIT and MPEDIT have in common: the options for one polyline or for many.
+class PolylineEditTool : public DialogueTool {
 protected:
+    /// MPEDIT: many at once, asked for by the ordinary selection.
+    virtual bool many() const { return false; }
+
     Dialogue dialogue(Ask& ask) override {
+        if (many()) {
+            const Answer selected = co_await ask.selection();
+            ids_ = selected.ids;
+            multiple_ = true;
+            StepGroup group(document(), "MPEDIT");
+            const bool ready = co_await askConversion(ask, group);
+            if (ready) co_await options(ask, group);
+            co_return;
+        }
         Ask::Request request;
         request.kind = Ask::Kind::Object;
         request.prompt = "Select polyline or [Multiple]:";
@@ -48,8 +64,9 @@ protected:
         }
         const bool ready = co_await askConversion(ask, group);
         if (!ready) co_return;
+        MeshEditor mesh(document(), group, ids_.front());
         if (!multiple_ && first() != nullptr && first()->type() == EntityType::Mesh)
-            co_await meshOptions(ask, group);
+            co_await mesh.run(ask);
         else
             co_await options(ask, group);
     }
@@ -67,9 +84,12 @@ private:
                                      [&](std::uint64_t id) { return canBecomePolyline(*drawing().findById(id)); });
         if (!any) co_return !ids_.empty();
         bool convert = true;
-        if (multiple_) {
-            convert = co_await askYesNo(ask, "Convert Lines, Arcs and Splines to polylines [Yes/No]? <Y>", true);
-        } else if (engine::sysVarInt(drawing(), "PEDITACCEPT") == 0) {
+        const bool asks = many() || engine::sysVarInt(drawing(), "PEDITACCEPT") == 0;
+        if (asks && multiple_) {
+            const char* question = many() ? "Convert Lines, Arcs and Splines to polylines [Yes/No]? <Yes>:"
+                                          : "Convert Lines, Arcs and Splines to polylines [Yes/No]? <Y>";
+            convert = co_await askYesNo(ask, question, true);
+        } else if (asks) {
             message("Object selected is not a polyline");
             convert = co_await askYesNo(ask, "Do you want to turn it into one? <Y>", true);
         }
@@ -89,13 +109,30 @@ private:
             });
             co_return !ids_.empty();
         }
+        // DELOBJ 0 keeps what is converted.
+        const bool keep = engine::sysVarInt(drawing(), "DELOBJ", 3) == 0;
         group.begin();
-        for (const std::uint64_t id : ids_) {
+        for (std::uint64_t& id : ids_) {
             engine::Entity* e = drawing().findById(id);
             if (e == nullptr || !canBecomePolyline(*e)) continue;
-            if (auto polyline = engine::polylineFrom(*e, precision)) document().replaceEntity(*e, std::move(polyline));
+            std::unique_ptr<engine::Entity> made = converted(*e, precision);
+            if (!made) continue;
+            made->setHandle(0);
+            id = (keep ? document().addEntity(std::move(made)) : document().replaceEntity(*e, std::move(made))).id();
         }
-        co_return true;
+        std::erase_if(ids_, [&](std::uint64_t id) {
+            const engine::Entity* e = drawing().findById(id);
+            return e == nullptr || canBecomePolyline(*e);
+        });
+        co_return !ids_.empty();
+    }
+
+    /// A spline that leaves its plane becomes a polyline in space.
+    static std::unique_ptr<engine::Entity> converted(const engine::Entity& e, int precision) {
+        if (const auto* spline = dynamic_cast<const engine::SplineEntity*>(&e);
+            spline != nullptr && !spline->controlZ.empty())
+            return engine::polyline3dFrom(*spline, precision);
+        return engine::polylineFrom(e, precision);
     }
 
     bool anyOpen() const {
@@ -107,32 +144,45 @@ private:
         });
     }
 
+    Task<Answer> askOption(Ask& ask) {
+        if (many())
+            co_return co_await ask.keyword(
+                "Enter an option [Open/Close/Join/Width/Fit/Spline/Decurve/Ltype gen/eXit] <eXit>:",
+                "Open Close Join Width Fit Spline Decurve Ltype eXit");
+        std::string list = multiple_ ? "Close/Open" : anyOpen() ? "Close" : "Open";
+        if (inSpace()) {
+            list += "/Join/Edit vertex/Spline curve/Decurve/Reverse/Undo";
+            co_return co_await ask.keyword("Enter an option [" + list + "]:",
+                                           "Close Open Join Edit Spline Decurve Reverse Undo eXit");
+        }
+        list += multiple_ ? "/Join/Width/" : "/Join/Width/Edit vertex/";
+        list += "Fit/Spline/Decurve/Ltype gen/Reverse/Undo";
+        co_return co_await ask.keyword("Enter an option [" + list + "]:",
+                                       multiple_
+                                           ? "Close Open Join Width Fit Spline Decurve Ltype Reverse Undo eXit"
+                                           : "Close Open Join Width Edit Fit Spline Decurve Ltype Reverse Undo eXit");
+    }
+
+    /// The one polyline is one in space.
+    bool inSpace() const { return !multiple_ && first() != nullptr && first()->type() == EntityType::Polyline3D; }
+
     Dialogue options(Ask& ask, StepGroup& group) {
         for (;;) {
             if (first() == nullptr) co_return;
-            const bool space = !multiple_ && first()->type() == EntityType::Polyline3D;
-            std::string list = multiple_   ? "Close/Open/Join/Width/Fit/Spline/Decurve/Ltype gen/Reverse/Undo"
-                               : anyOpen() ? "Close/Join/Width/Edit vertex/Fit/Spline/Decurve/Ltype gen/Reverse/Undo"
-                                           : "Open/Join/Width/Edit vertex/Fit/Spline/Decurve/Ltype gen/Reverse/Undo";
-            if (space) list = anyOpen() ? "Close/Reverse/Undo" : "Open/Reverse/Undo";
-            const char* keywords = space ? "Close Open Reverse Undo eXit"
-                                         : "Close Open Join Width Edit Fit Spline Decurve Ltype Reverse Undo eXit";
-            const Answer answer = co_await ask.keyword("Enter an option [" + list + "]:", keywords);
+            const Answer answer = co_await askOption(ask);
             if (answer.isEnter() || answer.is("eXit")) co_return;
             const std::string word = answer.word;
             if (word == "UNDO") {
                 if (!group.drop()) message("Command has been completely undone.");
-                // Taking back a conversion or a break may have brought back what is no polyline.
-                if (first() != nullptr && !isPolyline(*first()) && !space) co_return;
+                // Taking back a conversion brings back what is no polyline.
+                if (first() != nullptr && !isPolyline(*first()) && !inSpace() && !multiple_) co_return;
+            } else if (word == "JOIN" && inSpace()) {
+                co_await joinSpace(ask, group);
             } else if (word == "JOIN") {
                 co_await join(ask, group);
             } else if (word == "WIDTH") {
                 co_await width(ask, group);
             } else if (word == "EDIT") {
-                if (multiple_) {
-                    message("Invalid option keyword.");
-                    continue;
-                }
                 VertexEditor editor(document(), group, ids_.front());
                 co_await editor.run(ask);
             } else if (word == "LTYPE") {
@@ -140,30 +190,6 @@ private:
             } else {
                 apply(group, word);
             }
-        }
-    }
-
-    /// A mesh is closed and opened in both of its directions.
-    Dialogue meshOptions(Ask& ask, StepGroup& group) {
-        for (;;) {
-            const auto* mesh = dynamic_cast<const engine::MeshEntity*>(first());
-            if (mesh == nullptr) co_return;
-            std::string list = mesh->closedM ? "Mopen/" : "Mclose/";
-            list += mesh->closedN ? "Nopen/Undo" : "Nclose/Undo";
-            const Answer answer =
-                co_await ask.keyword("Enter an option [" + list + "]:", "Mopen Mclose Nopen Nclose Undo eXit");
-            if (answer.isEnter() || answer.is("eXit")) co_return;
-            if (answer.is("Undo")) {
-                if (!group.drop()) message("Command has been completely undone.");
-                continue;
-            }
-            const bool rows = answer.word.front() == 'M';
-            group.begin();
-            document().modifyEntity(*first(), [rows](engine::Entity& e) {
-                auto& target = static_cast<engine::MeshEntity&>(e);
-                bool& closed = rows ? target.closedM : target.closedN;
-                closed = !closed;
-            });
         }
     }
 
@@ -178,27 +204,38 @@ private:
     }
 
     void apply(StepGroup& group, const std::string& word) {
-        if (word == "FIT") return forAll(group, engine::fitWithArcs);
-        if (word == "DECURVE") return forAll(group, engine::decurve);
-        if (word == "SPLINE") {
-            const int degree = engine::sysVarInt(drawing(), "SPLINETYPE") == 5 ? 2 : 3;
-            const int segments = std::abs(engine::sysVarInt(drawing(), "SPLINESEGS"));
-            return forAll(group, [&](PolylineEntity& p) { engine::fitWithSpline(p, degree, segments); });
-        }
-        const bool close = word == "CLOSE";
+        const int degree = engine::sysVarInt(drawing(), "SPLINETYPE") == 5 ? 2 : 3;
+        const int segments = engine::sysVarInt(drawing(), "SPLINESEGS");
         group.begin();
         for (const std::uint64_t id : ids_) {
             engine::Entity* e = drawing().findById(id);
-            if (e == nullptr) continue;
+            if (e == nullptr || e->type() == EntityType::Mesh) continue;
             document().modifyEntity(*e, [&](engine::Entity& target) {
                 if (word == "REVERSE")
                     engine::reverseDirection(target);
                 else if (auto* flat = dynamic_cast<PolylineEntity*>(&target))
-                    setClosed(*flat, close);
+                    shape(*flat, word, degree, segments);
                 else if (auto* space = dynamic_cast<Polyline3DEntity*>(&target))
-                    space->closed = close;
+                    shape(*space, word, degree, segments);
             });
         }
+    }
+
+    static void shape(PolylineEntity& polyline, const std::string& word, int degree, int segments) {
+        if (word == "FIT") return engine::fitWithArcs(polyline);
+        if (word == "SPLINE") return engine::fitWithSpline(polyline, degree, segments);
+        if (word == "DECURVE") return engine::decurve(polyline);
+        const bool close = word == "CLOSE";
+        // A curve is closed and opened in its frame, or it would have a corner at its ends.
+        if (polyline.closed != close)
+            engine::editFrame(polyline, segments, [close](PolylineEntity& p) { setClosed(p, close); });
+    }
+
+    static void shape(Polyline3DEntity& polyline, const std::string& word, int degree, int segments) {
+        if (word == "SPLINE") return engine::fitWithSpline(polyline, degree, segments);
+        if (word == "DECURVE") return engine::decurve(polyline);
+        if (word == "CLOSE" || word == "OPEN")
+            engine::editFrame(polyline, segments, [&](Polyline3DEntity& p) { p.closed = word == "CLOSE"; });
     }
 
     static void setClosed(PolylineEntity& polyline, bool close) {
@@ -271,6 +308,32 @@ private:
         message(counted(added, "segment") + " added to polyline");
     }
 
+    Dialogue joinSpace(Ask& ask, StepGroup& group) {
+        const std::uint64_t own = ids_.front();
+        document().selection().clear();
+        const Answer selected = co_await ask.selection();
+        std::vector<const engine::Entity*> entities;
+        std::vector<std::uint64_t> present;
+        for (const std::uint64_t id : selected.ids) {
+            const engine::Entity* e = id == own ? nullptr : drawing().findById(id);
+            if (e == nullptr) continue;
+            entities.push_back(e);
+            present.push_back(id);
+        }
+        engine::JoinedParts joined;
+        const int segments = engine::sysVarInt(drawing(), "SPLINESEGS");
+        group.begin();
+        document().modifyEntity(*first(), [&](engine::Entity& e) {
+            engine::editFrame(static_cast<Polyline3DEntity&>(e), segments,
+                              [&](Polyline3DEntity& p) { joined = engine::joinInSpace(p, entities); });
+        });
+        std::vector<std::uint64_t> gone;
+        for (const std::size_t i : joined) gone.push_back(present[i]);
+        document().removeEntities(gone);
+        if (joined.empty()) group.drop();
+        message(counted(joined.size(), "segment") + " added to polyline");
+    }
+
     Dialogue askFuzz(Ask& ask, engine::JoinOptions& options) {
         static constexpr const char* kNames[] = {"Extend", "Add", "Both"};
         auto type = static_cast<int>(std::clamp(remembered(document(), kJoinType, 0.0), 0.0, 2.0));
@@ -301,8 +364,15 @@ private:
     bool multiple_ = false;
 };
 
+class PeditTool final : public PolylineEditTool {};
+
+class MpeditTool final : public PolylineEditTool {
+    bool many() const override { return true; }
+};
+
 }  // namespace
 
 KOVA_TOOL_COMMAND(Pedit, "PEDIT", "Edit Polyline", "Modify", {"PE"})
+KOVA_TOOL_COMMAND(Mpedit, "MPEDIT", "Edit Polylines", "Modify")
 
 }  // namespace kova::cmd::commands

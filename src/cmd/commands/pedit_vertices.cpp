@@ -1,53 +1,91 @@
 #include "cmd/commands/pedit.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/space_point.hpp"
 #include "engine/edit_curve.hpp"
 #include "engine/entities/object_plane.hpp"
+#include "engine/polyline_fit.hpp"
+#include "engine/space_fit.hpp"
 
 namespace kova::cmd::commands {
 
+using engine::Polyline3DEntity;
 using engine::PolylineEntity;
 using math::Vector2;
+using math::Vector3;
 
 PolylineEntity* VertexEditor::polyline() const {
     return dynamic_cast<PolylineEntity*>(document_.drawing().findById(id_));
 }
 
+Polyline3DEntity* VertexEditor::spacePolyline() const {
+    return dynamic_cast<Polyline3DEntity*>(document_.drawing().findById(id_));
+}
+
+std::size_t VertexEditor::count() const {
+    if (const PolylineEntity* p = polyline()) return p->fit.empty() ? p->vertices.size() : p->fit.size();
+    const Polyline3DEntity* space = spacePolyline();
+    if (space == nullptr) return 0;
+    return space->frame.empty() ? space->vertices.size() : space->frame.size();
+}
+
+bool VertexEditor::closed() const {
+    if (const PolylineEntity* p = polyline()) return p->closed;
+    return spacePolyline() != nullptr && spacePolyline()->closed;
+}
+
+Vector3 VertexEditor::place(std::size_t index) const {
+    if (index >= count()) return {};
+    if (const PolylineEntity* p = polyline())
+        return Vector3(engine::planFromObject(*p, p->fit.empty() ? p->vertices[index] : p->fit[index]), p->elevation);
+    const Polyline3DEntity* space = spacePolyline();
+    return space->frame.empty() ? space->vertices[index] : space->frame[index];
+}
+
 void VertexEditor::change(const std::function<void(PolylineEntity&)>& edit) {
     PolylineEntity* p = polyline();
     if (p == nullptr) return;
+    const int segments = engine::sysVarInt(document_.drawing(), "SPLINESEGS");
     group_.begin();
-    document_.modifyEntity(*p, [&](engine::Entity& e) { edit(static_cast<PolylineEntity&>(e)); });
+    document_.modifyEntity(
+        *p, [&](engine::Entity& e) { engine::editFrame(static_cast<PolylineEntity&>(e), segments, edit); });
 }
 
-Vector2 VertexEditor::place(std::size_t index) const {
-    const PolylineEntity* p = polyline();
-    return p != nullptr && index < p->vertices.size() ? engine::planFromObject(*p, p->vertices[index]) : Vector2{};
+void VertexEditor::changeSpace(const std::function<void(Polyline3DEntity&)>& edit) {
+    Polyline3DEntity* p = spacePolyline();
+    if (p == nullptr) return;
+    const int segments = engine::sysVarInt(document_.drawing(), "SPLINESEGS");
+    group_.begin();
+    document_.modifyEntity(
+        *p, [&](engine::Entity& e) { engine::editFrame(static_cast<Polyline3DEntity&>(e), segments, edit); });
 }
 
 void VertexEditor::step(std::size_t& index, int by) const {
-    const PolylineEntity* p = polyline();
-    if (p == nullptr || p->vertices.empty()) return;
-    const std::size_t n = p->vertices.size();
-    if (by > 0 && (p->closed || index + 1 < n)) index = (index + 1) % n;
-    if (by < 0 && (p->closed || index > 0)) index = (index + n - 1) % n;
+    const std::size_t n = count();
+    if (n == 0) return;
+    if (by > 0 && (closed() || index + 1 < n)) index = (index + 1) % n;
+    if (by < 0 && (closed() || index > 0)) index = (index + n - 1) % n;
 }
 
 void VertexEditor::tell(Ask& ask, std::size_t index) const {
-    ask.message("Vertex " + std::to_string(index + 1) + " at " + pointDefault(document_.drawing(), place(index)));
+    const Vector3 p = place(index);
+    std::string text = "Vertex " + std::to_string(index + 1) + " at " + pointDefault(document_.drawing(), p.xy());
+    if (spacePolyline() != nullptr) text += "," + lengthDefault(document_.drawing(), p.z);
+    ask.message(text);
 }
 
 Dialogue VertexEditor::run(Ask& ask) {
+    const bool space = spacePolyline() != nullptr;
+    std::string question = "Enter a vertex editing option [Next/Previous/Break/Insert/Move/Regen/Straighten/";
+    question += space ? "eXit]" : "Tangent/Width/eXit]";
+    const char* keywords = space ? "Next Previous Break Insert Move Regen Straighten eXit"
+                                 : "Next Previous Break Insert Move Regen Straighten Tangent Width eXit";
     bool forward = true;
+    tell(ask, marker_);
     for (;;) {
-        if (polyline() == nullptr || polyline()->vertices.empty()) co_return;
-        marker_ = std::min(marker_, polyline()->vertices.size() - 1);
-        const char* prompt = forward ? "Enter a vertex editing option "
-                                       "[Next/Previous/Break/Insert/Move/Regen/Straighten/Tangent/Width/eXit] <N>:"
-                                     : "Enter a vertex editing option "
-                                       "[Next/Previous/Break/Insert/Move/Regen/Straighten/Tangent/Width/eXit] <P>:";
-        const Answer answer =
-            co_await ask.keyword(prompt, "Next Previous Break Insert Move Regen Straighten Tangent Width eXit");
+        if (count() == 0) co_return;
+        marker_ = std::min(marker_, count() - 1);
+        const Answer answer = co_await ask.keyword(withDefault(question, forward ? "N" : "P"), keywords);
         if (answer.is("eXit")) co_return;
         if (answer.is("Next")) forward = true;
         if (answer.is("Previous")) forward = false;
@@ -71,28 +109,44 @@ Dialogue VertexEditor::run(Ask& ask) {
 }
 
 Dialogue VertexEditor::insert(Ask& ask) {
-    const Answer answer = co_await ask.point("Specify location for new vertex:", {}, place(marker_));
-    if (!answer.isPoint() || polyline() == nullptr) co_return;
+    const Vector3 from = place(marker_);
+    const Answer answer = co_await ask.point("Specify location for new vertex:", {}, from.xy());
+    if (!answer.isPoint()) co_return;
+    const Vector3 p = spacePoint(answer, from.z, document_.drawing());
+    changeSpace([&](Polyline3DEntity& target) {
+        const std::size_t at = std::min(marker_ + 1, target.vertices.size());
+        target.vertices.insert(target.vertices.begin() + static_cast<std::ptrdiff_t>(at), p);
+    });
+    if (polyline() == nullptr) co_return;
     const auto local = engine::objectFromPlan(*polyline(), answer.point);
     if (!local) co_return;
-    change([&](PolylineEntity& p) {
-        const double width = p.startWidth(marker_);
-        const double end = p.endWidth(marker_);
-        p.setBulge(marker_, 0.0);
-        if (p.hasWidths()) p.setWidths(marker_, width, width);
-        p.insertVertex(marker_ + 1, *local, 0.0, width, end);
+    change([&](PolylineEntity& target) {
+        const double width = target.startWidth(marker_);
+        const double end = target.endWidth(marker_);
+        target.setBulge(marker_, 0.0);
+        if (target.hasWidths()) target.setWidths(marker_, width, width);
+        target.insertVertex(marker_ + 1, *local, 0.0, width, end);
     });
 }
 
 Dialogue VertexEditor::move(Ask& ask) {
-    const Answer answer = co_await ask.point("Specify new location for marked vertex:", {}, place(marker_));
-    if (!answer.isPoint() || polyline() == nullptr) co_return;
+    const Vector3 from = place(marker_);
+    const Answer answer = co_await ask.point("Specify new location for marked vertex:", {}, from.xy());
+    if (!answer.isPoint()) co_return;
+    const Vector3 p = spacePoint(answer, from.z, document_.drawing());
+    changeSpace([&](Polyline3DEntity& target) {
+        if (marker_ < target.vertices.size()) target.vertices[marker_] = p;
+    });
+    if (polyline() == nullptr) co_return;
     const auto local = engine::objectFromPlan(*polyline(), answer.point);
-    if (local) change([&](PolylineEntity& p) { p.vertices[marker_] = *local; });
+    if (!local) co_return;
+    change([&](PolylineEntity& target) {
+        if (marker_ < target.vertices.size()) target.vertices[marker_] = *local;
+    });
 }
 
 Dialogue VertexEditor::tangent(Ask& ask) {
-    const Answer answer = co_await ask.angle("Specify direction of vertex tangent:", {}, place(marker_));
+    const Answer answer = co_await ask.angle("Specify direction of vertex tangent:", {}, place(marker_).xy());
     if (!answer.isNumber()) co_return;
     const double direction = math::normalizeAngle(worldDirection(answer, document_.drawing()));
     change([&](PolylineEntity& p) {
@@ -115,11 +169,11 @@ Dialogue VertexEditor::width(Ask& ask) {
     const double now = polyline()->startWidth(marker_);
     const Answer start =
         co_await ask.distance(withDefault("Specify starting width for next segment", lengthDefault(drawing, now)), {},
-                              place(marker_), kNotNegative);
+                              place(marker_).xy(), kNotNegative);
     const double from = start.numberOr(now);
     const Answer end =
         co_await ask.distance(withDefault("Specify ending width for next segment", lengthDefault(drawing, from)), {},
-                              place(marker_), kNotNegative);
+                              place(marker_).xy(), kNotNegative);
     const double to = end.numberOr(from);
     change([&](PolylineEntity& p) { p.setWidths(marker_, from, to); });
 }
@@ -131,7 +185,7 @@ Dialogue VertexEditor::stretch(Ask& ask, bool breaks) {
         const char* prompt =
             forward ? "Enter an option [Next/Previous/Go/eXit] <N>:" : "Enter an option [Next/Previous/Go/eXit] <P>:";
         const Answer answer = co_await ask.keyword(prompt, "Next Previous Go eXit");
-        if (answer.is("eXit") || polyline() == nullptr) co_return;
+        if (answer.is("eXit") || count() == 0) co_return;
         if (answer.is("Go")) break;
         if (answer.is("Next")) forward = true;
         if (answer.is("Previous")) forward = false;
@@ -141,10 +195,24 @@ Dialogue VertexEditor::stretch(Ask& ask, bool breaks) {
     const std::size_t first = std::min(marker_, second);
     const std::size_t last = std::max(marker_, second);
     marker_ = first;
-    if (breaks) co_return breakBetween(first, last);
+    if (!breaks)
+        straighten(first, last);
+    else if (spacePolyline() != nullptr)
+        breakInSpace(first, last);
+    else
+        breakBetween(first, last);
+}
+
+void VertexEditor::straighten(std::size_t first, std::size_t last) {
     change([&](PolylineEntity& p) {
         for (std::size_t i = last; i-- > first + 1;) p.eraseVertex(i);
         p.setBulge(first, 0.0);
+    });
+    if (last < first + 2) return;
+    changeSpace([&](Polyline3DEntity& p) {
+        const auto begin = p.vertices.begin();
+        if (last < p.vertices.size())
+            p.vertices.erase(begin + static_cast<std::ptrdiff_t>(first + 1), begin + static_cast<std::ptrdiff_t>(last));
     });
 }
 
@@ -152,8 +220,16 @@ void VertexEditor::breakBetween(std::size_t first, std::size_t last) {
     PolylineEntity* p = polyline();
     const auto curve = p != nullptr ? engine::EditCurve::of(*p) : std::nullopt;
     if (!curve) return;
-    const double from = static_cast<double>(first);
-    const double to = static_cast<double>(last);
+    // Vertices of a frame: between two of them stand two arcs; a spline passes them by.
+    const auto along = [&](std::size_t vertex) {
+        if (p->fit.empty()) return static_cast<double>(vertex);
+        if (!p->spline) return std::min(2.0 * static_cast<double>(vertex), curve->end());
+        return vertex == 0 && !p->closed             ? curve->start()
+               : vertex + 1 == count() && !p->closed ? curve->end()
+                                                     : curve->nearest(place(vertex).xy());
+    };
+    const double from = along(first);
+    const double to = along(last);
     std::vector<std::unique_ptr<engine::Entity>> left;
     if (curve->closed()) {
         left.push_back(curve->part(to, from));
@@ -166,6 +242,37 @@ void VertexEditor::breakBetween(std::size_t first, std::size_t last) {
     group_.begin();
     document_.replaceEntity(*p, std::move(left.front()));
     if (left.size() > 1) document_.addEntity(std::move(left.back()));
+}
+
+void VertexEditor::breakInSpace(std::size_t first, std::size_t last) {
+    const Polyline3DEntity* p = spacePolyline();
+    const std::vector<Vector3> all = p->frame.empty() ? p->vertices : p->frame;
+    const auto at = [&](std::size_t i) { return all.begin() + static_cast<std::ptrdiff_t>(i); };
+    std::vector<std::vector<Vector3>> parts;
+    if (p->closed) {
+        parts.emplace_back(at(last), all.end());
+        parts.back().insert(parts.back().end(), all.begin(), at(first + 1));
+    } else {
+        parts.emplace_back(all.begin(), at(first + 1));
+        parts.emplace_back(at(last), all.end());
+    }
+    std::erase_if(parts, [](const std::vector<Vector3>& part) { return part.size() < 2; });
+    if (parts.empty()) return;
+    const int segments = engine::sysVarInt(document_.drawing(), "SPLINESEGS");
+    const auto shape = [&](Polyline3DEntity& target, const std::vector<Vector3>& part) {
+        engine::editFrame(target, segments, [&](Polyline3DEntity& t) {
+            t.vertices = part;
+            t.closed = false;
+        });
+    };
+    group_.begin();
+    std::unique_ptr<engine::Entity> rest = p->clone();
+    rest->setHandle(0);
+    document_.modifyEntity(*spacePolyline(),
+                           [&](engine::Entity& e) { shape(static_cast<Polyline3DEntity&>(e), parts.front()); });
+    if (parts.size() < 2) return;
+    shape(static_cast<Polyline3DEntity&>(*rest), parts.back());
+    document_.addEntity(std::move(rest));
 }
 
 }  // namespace kova::cmd::commands

@@ -48,7 +48,7 @@ private:
     Task<std::optional<double>> byReference(Ask& ask, math::Vector2 base) {
         // Both are directions: what they are counted from cancels out.
         const double zero = PointContext::of(drawing()).angleBase;
-        const double from = co_await askReference(ask, drawing(), "Specify the reference angle <0>:", true, zero);
+        const double from = co_await askReference(ask, document(), "Specify the reference angle <0>:", true, zero);
         const Answer to = co_await ask.angle("Specify the new angle or [Points] <0>:", "Points", base);
         if (to.is("Points")) {
             const std::optional<double> direction = co_await askByTwoPoints(ask, true);

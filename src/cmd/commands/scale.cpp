@@ -36,7 +36,7 @@ protected:
 
 private:
     Task<std::optional<double>> byReference(Ask& ask, math::Vector2 base) {
-        const double from = co_await askReference(ask, drawing(), "Specify reference length <1>:", false, 1.0);
+        const double from = co_await askReference(ask, document(), "Specify reference length <1>:", false, 1.0);
         const Answer to = co_await ask.distance("Specify new length or [Points] <1>:", "Points", base, kPositive);
         if (to.is("Points")) {
             const std::optional<double> length = co_await askByTwoPoints(ask, false);

@@ -2,6 +2,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/space_point.hpp"
 #include "engine/entities/face3d.hpp"
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
@@ -13,19 +14,6 @@ namespace {
 
 using math::Vector2;
 using math::Vector3;
-
-/// A point answer with its typed z: the third coordinate, counted from the last point's behind "@"; without one the
-/// last point's z behind "@", else the current elevation.
-Vector3 spacePoint(const Answer& answer, double lastZ, const engine::Drawing& drawing) {
-    std::string_view text = trimmed(answer.text);
-    const bool relative = text.starts_with('@');
-    const auto first = text.find(',');
-    const auto second = first == std::string_view::npos ? first : text.find(',', first + 1);
-    std::optional<double> z;
-    if (second != std::string_view::npos) z = parseNumber(text.substr(second + 1));
-    if (relative) return {answer.point.x, answer.point.y, lastZ + z.value_or(0.0)};
-    return {answer.point.x, answer.point.y, z ? *z : engine::sysVarReal(drawing, "ELEVATION")};
-}
 
 /// 3DFACE: faces with three or four corners in space, each from the last edge of the one before.
 class Face3dTool final : public DialogueTool {
@@ -127,7 +115,9 @@ private:
 class HelixTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        message("Number of turns = " + lengthText(drawing(), turns_) + "   Twist=CCW");
+        turns_ = remembered(document(), "helixTurns", turns_);
+        ccw_ = remembered(document(), "helixClockwise", 0.0) == 0.0;
+        message("Number of turns = " + lengthText(drawing(), turns_) + (ccw_ ? "   Twist=CCW" : "   Twist=CW"));
         const Answer center = co_await ask.point("Specify center point of base:");
         if (!center.isPoint()) co_return;
         base_ = spacePoint(center, 0.0, drawing());
@@ -184,12 +174,15 @@ private:
                 const Answer end = co_await ask.point("Specify axis endpoint:", {}, base_.xy());
                 if (!end.isPoint()) co_return;
                 const Vector3 axis = spacePoint(end, base_.z, drawing()) - base_;
-                if (std::hypot(axis.x, axis.y) > 1e-9 * (1.0 + std::abs(axis.z)) || axis.z == 0.0) {
-                    message("The axis has to stand upright.");
+                const double length = axis.length();
+                if (!(length > 0.0) || !std::isfinite(length)) {
+                    message("The two points coincide.");
                     continue;
                 }
-                if (pitch && *pitch > 0.0) turns_ = std::min(kMaxTurns, std::abs(axis.z) / *pitch);
-                co_return add(axis.z);
+                if (pitch && *pitch > 0.0) turns_ = std::clamp(length / *pitch, 1e-6, kMaxTurns);
+                remember(document(), "helixHeight", length);
+                if (axis.x == 0.0 && axis.y == 0.0) co_return add(axis.z);
+                co_return add(length, axis / length);
             }
             if (answer.is("TURNS")) {
                 Range range;
@@ -213,7 +206,8 @@ private:
         }
     }
 
-    void add(double height) {
+    /// Upright, or about a slanting axis.
+    void add(double height, const std::optional<Vector3>& axis = {}) {
         auto spline = std::make_unique<engine::SplineEntity>();
         const int count = std::max(1, static_cast<int>(std::ceil(turns_ * kPiecesPerTurn)));
         const double total = turns_ * math::kTwoPi * (ccw_ ? 1.0 : -1.0);
@@ -254,6 +248,12 @@ private:
         data.turnHeight = std::abs(height) / turns_;
         data.ccw = ccw_;
         spline->helix = data;
+        if (axis) {
+            const auto moved = [](const Vector3& by) { return math::Matrix4::translation(by.x, by.y, by.z); };
+            spline->transform(moved(base_) * math::Matrix4::object_to_world(*axis) * moved(-base_));
+        }
+        remember(document(), "helixTurns", turns_);
+        remember(document(), "helixClockwise", ccw_ ? 0.0 : 1.0);
         document().applyCurrentProperties(*spline);
         const doc::GroupScope group(document(), "HELIX");
         document().addEntity(std::move(spline));

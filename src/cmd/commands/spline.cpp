@@ -3,7 +3,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/polyline.hpp"
+#include "engine/spline_edit.hpp"
 #include "math/curves.hpp"
 #include "math/nurbs.hpp"
 
@@ -118,39 +118,24 @@ private:
                 break;
             }
         }
-        addByVertices(points_, degree, closed);
-    }
-
-    /// A degree lower than asked for when the vertices are too few.
-    void addByVertices(const std::vector<Vector2>& vertices, int degree, bool closed) {
-        if (vertices.size() < 2) return;
-        auto spline = std::make_unique<engine::SplineEntity>();
-        spline->degree = std::min(degree, static_cast<int>(vertices.size()) - 1);
-        spline->closed = closed;
-        spline->controlPoints = vertices;
-        if (closed) {
-            for (int i = 0; i < spline->degree; ++i)
-                spline->controlPoints.push_back(vertices[static_cast<std::size_t>(i)]);
-            spline->knots = math::uniformKnots(spline->degree, spline->controlPoints.size());
-        } else {
-            spline->knots = math::clampedUniformKnots(spline->degree, spline->controlPoints.size());
-        }
-        addNew(document(), std::move(spline), "SPLINE");
+        if (auto spline = engine::splineByVertices(points_, degree, closed))
+            addNew(document(), std::move(spline), "SPLINE");
     }
 
     /// Spline-fit polylines become the splines that they approximate.
     Dialogue convert(Ask& ask) {
         const Answer selected = co_await ask.selection("Select spline-fit polylines:");
+        const bool keep = engine::sysVarInt(drawing(), "DELOBJ", 3) == 0;
         std::size_t made = 0;
         const doc::GroupScope group(document(), "SPLINE");
         for (const std::uint64_t id : selected.ids) {
             auto* polyline = dynamic_cast<engine::PolylineEntity*>(drawing().findById(id));
-            if (polyline == nullptr || !polyline->spline || polyline->fit.size() < 3) continue;
-            const std::vector<Vector2> frame = polyline->fit;
-            const int degree = polyline->curveType == 5 ? 2 : 3;
-            const bool closed = polyline->closed;
-            document().removeEntity(*polyline);
-            addByVertices(frame, degree, closed);
+            auto spline = polyline != nullptr ? engine::splineOfFrame(*polyline) : nullptr;
+            if (!spline) continue;
+            if (keep)
+                document().addEntity(std::move(spline));
+            else
+                document().replaceEntity(*polyline, std::move(spline));
             ++made;
         }
         if (made == 0) message("Only spline fitted polylines can be converted to splines.");

@@ -70,7 +70,7 @@ private:
 
     Dialogue askLines(Ask& ask) {
         for (;;) {
-            const Answer line = co_await ask.text("Enter text:");
+            const Answer line = co_await ask.line("Enter text:");
             if (!line.isText()) co_return;
             auto text = std::make_unique<engine::TextEntity>(model_);
             text->content = line.text;

@@ -9,15 +9,8 @@ namespace kova::cmd::commands {
 namespace {
 
 constexpr const char* kLastRotation = "textRotation";
-constexpr const char* kJustifications = "Left Center Right Align Middle Fit TL TC TR ML MC MR BL BC BR";
 
-struct Justification {
-    const char* word;
-    std::int32_t hAlign;
-    std::int32_t vAlign;
-    const char* question;
-};
-constexpr Justification kRows[] = {
+constexpr TextJustification kRows[] = {
     {"LEFT", engine::kHAlignLeft, engine::kVAlignBaseline, "Specify start point of text:"},
     {"CENTER", engine::kHAlignCenter, engine::kVAlignBaseline, "Specify center point of text:"},
     {"RIGHT", engine::kHAlignRight, engine::kVAlignBaseline, "Specify right endpoint of text baseline:"},
@@ -34,12 +27,6 @@ constexpr Justification kRows[] = {
     {"BC", engine::kHAlignCenter, engine::kVAlignBottom, "Specify bottom-center point of text:"},
     {"BR", engine::kHAlignRight, engine::kVAlignBottom, "Specify bottom-right point of text:"},
 };
-
-const Justification* findJustification(const Answer& answer) {
-    for (const Justification& row : kRows)
-        if (answer.is(row.word)) return &row;
-    return nullptr;
-}
 
 Dialogue askStyle(Ask& ask, doc::Document& document, const char* label) {
     for (;;) {
@@ -63,12 +50,30 @@ Dialogue askStyle(Ask& ask, doc::Document& document, const char* label) {
 
 }  // namespace
 
+const TextJustification* textJustification(const Answer& answer) {
+    for (const TextJustification& row : kRows)
+        if (answer.is(row.word)) return &row;
+    return nullptr;
+}
+
+std::string textJustificationName(std::int32_t hAlign, std::int32_t vAlign) {
+    for (const TextJustification& row : kRows) {
+        if (row.hAlign != hAlign || row.vAlign != vAlign) continue;
+        std::string name = row.word;
+        if (name.size() > 2)
+            std::transform(name.begin() + 1, name.end(), name.begin() + 1,
+                           [](char c) { return static_cast<char>(c - 'A' + 'a'); });
+        return name;
+    }
+    return {};
+}
+
 bool TextPlace::hasSecondPoint() const { return hAlign == engine::kHAlignAligned || hAlign == engine::kHAlignFit; }
 
 Task<std::optional<TextPlace>> askTextPlace(Ask& ask, doc::Document& document, const char* label) {
     const engine::Drawing& drawing = document.drawing();
     TextPlace place;
-    const Justification* row = nullptr;
+    const TextJustification* row = nullptr;
     for (;;) {
         const Answer first = co_await ask.point("Specify start point of text or [Justify/Style]:",
                                                 "Justify Style Left Center Right Align Middle Fit TL TC TR ML MC MR "
@@ -83,15 +88,16 @@ Task<std::optional<TextPlace>> askTextPlace(Ask& ask, doc::Document& document, c
             continue;
         }
         if (first.is("JUSTIFY")) {
-            const Answer kind = co_await ask.keyword(
-                "Enter an option [Left/Center/Right/Align/Middle/Fit/TL/TC/TR/ML/MC/MR/BL/BC/BR]:", kJustifications);
-            row = findJustification(kind);
+            const Answer kind =
+                co_await ask.keyword("Enter an option [Left/Center/Right/Align/Middle/Fit/TL/TC/TR/ML/MC/MR/BL/BC/BR]:",
+                                     kTextJustifications);
+            row = textJustification(kind);
             if (row == nullptr) co_return std::nullopt;
         } else if (first.isEnter()) {
             place.continued = true;
             co_return place;
         } else {
-            row = findJustification(first);
+            row = textJustification(first);
         }
         const Answer at = co_await ask.point(row->question);
         if (!at.isPoint()) co_return std::nullopt;

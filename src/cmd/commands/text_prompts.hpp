@@ -10,6 +10,20 @@ namespace kova::cmd::commands {
 /// Distance from one line of text to the next, in text heights.
 inline constexpr double kTextLineStep = 5.0 / 3.0;
 
+/// A justification of lines of text.
+struct TextJustification {
+    const char* word;
+    std::int32_t hAlign;
+    std::int32_t vAlign;
+    const char* question;  ///< for the point that holds the text
+};
+/// All of them as options, and as prompts list them.
+inline constexpr const char* kTextJustifications = "Left Center Right Align Middle Fit TL TC TR ML MC MR BL BC BR";
+/// The one that an answer names; null: none.
+const TextJustification* textJustification(const Answer& answer);
+/// "Left", "MC"; empty for values that no justification has.
+std::string textJustificationName(std::int32_t hAlign, std::int32_t vAlign);
+
 /// Where and how a line of text is to stand.
 struct TextPlace {
     bool continued = false;  ///< Enter was the first answer; nothing below is set

@@ -42,7 +42,8 @@ void redoSteps(doc::Document& document, std::size_t count, const Message& messag
     if (done == 0) message("Nothing to redo.");
 }
 
-/// UNDO: one group, as many as a number behind it says, or back to a mark.
+/// UNDO: one group, as many as a number behind it says, or back to a mark. AUTO and CONTROL are read for the sake of
+/// scripts that set them.
 class UndoCommand final : public OneShotCommand {
 public:
     UndoCommand() : OneShotCommand("UNDO", "Undo", "Edit", {"U"}) {}
@@ -54,16 +55,29 @@ public:
             if (*count < 1) return context.message("Invalid value.");
             return undo(context, static_cast<std::size_t>(*count));
         }
-        static const std::vector<Keyword> options = parseKeywords("Mark Back BEgin End");
+        static const std::vector<Keyword> options = parseKeywords("Auto Control BEgin End Mark Back");
         const std::string option = matchKeyword(word, options);
         if (option == "MARK") return mark(context);
         if (option == "BACK") return back(context);
         if (option == "BEGIN") return begin(context);
         if (option == "END") return end(context);
+        if (option == "AUTO" && hasWord(context, 1, "ON OFF")) return;
+        if (option == "CONTROL") return control(context);
         context.message("Invalid option.");
     }
 
 private:
+    static bool hasWord(const CommandContext& context, std::size_t index, std::string_view words) {
+        return index < context.arguments.size() &&
+               !matchKeyword(context.arguments[index], parseKeywords(words)).empty();
+    }
+    /// What concerns menus and the view has no effect: there are none. The history itself always keeps all.
+    void control(const CommandContext& context) const {
+        if (hasWord(context, 1, "None One")) return context.message("The history always keeps all steps.");
+        const bool whole = hasWord(context, 1, "All");
+        const bool combined = hasWord(context, 1, "Combine Layer") && hasWord(context, 2, "Yes No ON OFF");
+        if (!whole && !combined) context.message("Invalid option.");
+    }
     /// A group that BEgin opened and nobody closed yet.
     bool isBegun(const CommandContext& context) const {
         return begun_ == &context.document && context.document.isGroupOpen();

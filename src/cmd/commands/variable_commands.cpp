@@ -1,6 +1,5 @@
 #include "cmd/commands/variable_commands.hpp"
 
-#include "cmd/commands/planned.hpp"
 #include "cmd/commands/variable_prompt.hpp"
 #include "cmd/registry.hpp"
 
@@ -87,11 +86,8 @@ std::unique_ptr<Command> makeCommand(const SysVarDef& def) {
 }  // namespace
 
 void addVariableCommands(CommandRegistry& registry) {
-    for (const SysVarDef& def : engine::sysVarTable()) {
-        // A command of the same name with a dialogue of its own goes before, also while it is still to come.
-        if (def.command == engine::SysVarCommand::Own && isPlannedCommand(def.name)) continue;
-        registry.add(makeCommand(def));
-    }
+    // A command of the same name with a dialogue of its own is there already and stays.
+    for (const SysVarDef& def : engine::sysVarTable()) registry.add(makeCommand(def));
 }
 
 }  // namespace kova::cmd::commands

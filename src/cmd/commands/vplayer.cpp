@@ -69,11 +69,7 @@ private:
                 leaveViewport(document());
             }
             const Answer selected = co_await ask.selection();
-            std::vector<ViewportEntity*> found;
-            for (ViewportEntity* viewport : all())
-                if (std::find(selected.ids.begin(), selected.ids.end(), viewport->id()) != selected.ids.end())
-                    found.push_back(viewport);
-            co_return found;
+            co_return viewportsAmong(drawing(), selected.ids);
         }
         ViewportEntity* current = drawing().activeViewport();
         if (current == nullptr) current = firstOpenViewport(drawing());

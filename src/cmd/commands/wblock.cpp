@@ -6,6 +6,7 @@
 #include "cmd/entity_copies.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -55,7 +56,7 @@ private:
             if (answer.isEnter()) co_return std::string();
             fs::path path(typedPath(answer.text));
             if (path.empty() || path.string() == "~") {
-                message("\"Write Block\" needs its dialog, which kovacad-cli cannot show; cancelled.");
+                message(needsDialog("Write Block"));
                 co_return std::string();
             }
             if (!path.has_extension()) path += ".kvcad";

@@ -2,6 +2,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/text_or_point.hpp"
 #include "cmd/view_state.hpp"
 #include "engine/entities/viewport.hpp"
 #include "engine/name.hpp"
@@ -64,12 +65,8 @@ protected:
                 message("Dynamic zoom needs a window, which kovacad-cli does not have.");
                 co_return;
             }
-            if (answer.is("ALL")) {
-                Bounds2 box = limitsOfSpace(drawing());
-                box.expand(extents());
-                co_return showArea(box);
-            }
-            if (answer.is("EXTENTS") || answer.is("VMAX")) co_return showArea(extents());
+            if (answer.is("ALL")) co_return change([&] { return showExtents(document(), limitsOfSpace(drawing())); });
+            if (answer.is("EXTENTS") || answer.is("VMAX")) co_return change([&] { return showExtents(document()); });
             if (answer.is("PREVIOUS")) co_return change([&] { return showPrevious(document()); });
             if (answer.is("CENTER")) co_return co_await center(ask);
             if (answer.is("LEFT")) co_return co_await corner(ask);
@@ -93,18 +90,17 @@ protected:
                 message("Invalid value.");
                 continue;
             }
-            const auto point = parsePointInput(answer.text, ask.lastPoint(), {}, PointContext::of(drawing()));
-            if (point) {
-                co_await window(ask, *point);
+            const PointOfText typed = co_await pointOfText(ask, document(), answer.text, ask.lastPoint());
+            if (typed.point) {
+                co_await window(ask, *typed.point);
                 co_return;
             }
+            if (typed.told) continue;
             message("Invalid point or option keyword.");
         }
     }
 
 private:
-    Bounds2 extents() const { return drawing().extents(drawing().currentSpace()); }
-
     template <class Show>
     void change(Show&& show) {
         const doc::GroupScope group(document(), "ZOOM");
@@ -114,8 +110,8 @@ private:
     void showArea(const Bounds2& box) {
         change([&] { return showBox(document(), box); });
     }
-    void show(const Vector2& center, double height) {
-        change([&] { return showWindow(document(), center, height); });
+    void show(const Vector2& center, double height, double z = 0.0) {
+        change([&] { return showWindow(document(), center, height, z); });
     }
 
     /// The height of a view under a scale; 0: there is none.
@@ -134,7 +130,8 @@ private:
     void zoom(const ZoomScale& scale) {
         const double height = heightFor(scale);
         if (!(height > 0.0)) return message("A scale of paper units needs a viewport of a layout.");
-        show(viewWindow(drawing()).center, height);
+        const ViewWindow now = viewWindow(drawing());
+        show(now.center, height, now.z);
     }
 
     Dialogue center(Ask& ask) {
@@ -205,7 +202,7 @@ protected:
         const Vector2 by = second.isPoint() ? second.point - first.point : first.point - drawing().ucs.origin;
         const ViewWindow now = viewWindow(drawing());
         const doc::GroupScope group(document(), "PAN");
-        message(showWindow(document(), now.center - by, now.height));
+        message(showWindow(document(), now.center - by, now.height, now.z));
         repaint();
     }
 };

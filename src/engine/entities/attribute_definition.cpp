@@ -10,7 +10,7 @@ namespace {
 
 TextLineFields fieldsOf(AttributeDefinitionEntity& a) {
     return {a.insertion, a.fitEnd,      a.hasSecondPoint(), a.textHeight,
-            a.rotation,  a.widthFactor, a.oblique,          a.generation};
+            a.rotation,  a.widthFactor, a.oblique,          a.generation, &a.width};
 }
 
 }  // namespace
@@ -27,7 +27,9 @@ TextLine AttributeDefinitionEntity::line() const {
             textStyle,
             widthFactor,
             oblique,
-            generation};
+            generation,
+            multiline,
+            width};
 }
 
 math::Bounds2 AttributeDefinitionEntity::bounds() const {
@@ -71,6 +73,9 @@ void AttributeDefinitionEntity::describe(FieldVisitor& v) {
     v.boolean("constant", constant);
     v.boolean("verify", verify);
     v.boolean("preset", preset);
+    v.boolean("locked", locked, false);
+    v.boolean("multiline", multiline, false);
+    v.length("width", width, 0.0);
     v.integer("hAlign", hAlign);
     v.integer("vAlign", vAlign);
     v.integer("generation", generation);

@@ -23,6 +23,9 @@ class AttributeDefinitionEntity final : public Entity {
     bool constant = false;                  ///< every reference has the default value
     bool verify = false;                    ///< the value is asked for twice
     bool preset = false;                    ///< the default is taken without asking
+    bool locked = false;                    ///< its values keep their place in the reference
+    bool multiline = false;                 ///< values are content of multiline text
+    double width = 0.0;                     ///< where lines of such values are wrapped; 0: nowhere
     std::int32_t hAlign = kHAlignLeft;      ///< TextHAlign
     std::int32_t vAlign = kVAlignBaseline;  ///< TextVAlign
     std::int32_t generation = 0;            ///< TextGeneration bits

@@ -1,9 +1,12 @@
 #include "engine/entities/block_reference.hpp"
 
 #include "engine/drawing.hpp"
+#include "engine/dynamic_block.hpp"
+#include "engine/entities/mtext_layout.hpp"
 #include "engine/entities/block_nesting.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
+#include "engine/spatial_sink.hpp"
 #include "math/curves.hpp"
 
 namespace kova::engine {
@@ -19,6 +22,13 @@ namespace {
 double drawnScale(double scale) { return scale == 0.0 || !std::isfinite(scale) ? 1.0 : scale; }
 
 double finiteOr(double value, double fallback) { return std::isfinite(value) ? value : fallback; }
+
+/// From the first copy of a grid to another one, in the object plane.
+Vector2 gridStep(const BlockReferenceEntity& reference, std::int32_t row, std::int32_t column) {
+    const Vector2 x = math::unitAt(finiteOr(reference.rotation, 0.0));
+    return x * (finiteOr(reference.columnSpacing, 0.0) * column) +
+           x.perpendicular() * (finiteOr(reference.rowSpacing, 0.0) * row);
+}
 
 }  // namespace
 
@@ -37,7 +47,12 @@ void BlockAttribute::describe(FieldVisitor& v) {
     v.integer("generation", generation);
     v.number("widthFactor", widthFactor);
     v.angle("oblique", oblique);
+    v.boolean("locked", locked, false);
+    v.boolean("multiline", multiline, false);
+    v.length("width", width, 0.0);
 }
+
+std::string BlockAttribute::plainValue() const { return multiline ? plainText(value) : value; }
 
 TextLine BlockAttribute::line() const {
     TextLine l;
@@ -51,6 +66,8 @@ TextLine BlockAttribute::line() const {
     l.widthFactor = widthFactor;
     l.oblique = oblique;
     l.generation = generation;
+    l.paragraphs = multiline;
+    l.wrapWidth = width;
     return l;
 }
 
@@ -129,14 +146,14 @@ bool BlockReferenceEntity::showsAttribute(const BlockAttribute& attribute) const
 Bounds2 BlockReferenceEntity::boundsUnder(const Matrix4& m) const {
     Bounds2 box;
     if (const Block* definition = block()) {
-        const std::optional<std::vector<bool>> visible = definition->visibleEntities(activeVisibilityState);
+        const ShownBlock shown = shownBlock(*definition, *this);
         const bool plain = m == Matrix4{};
         const auto placement = [&](std::int32_t row, std::int32_t column) {
             const Matrix4 own = blockMatrix(*definition, row, column);
             return plain ? own : m * own;
         };
         const Matrix4 first = placement(0, 0);
-        const Bounds2 copy = definition->extents(first, visible ? &*visible : nullptr);
+        const Bounds2 copy = shown.block->extents(first, shown.mask());
         if (!copy.is_empty()) {
             // Copies differ by a translation, so the corners of the grid tell the extents of all of it.
             box = copy;
@@ -159,16 +176,23 @@ Bounds2 BlockReferenceEntity::boundsUnder(const Matrix4& m) const {
     if (attributes.empty()) return box;
     const Matrix4 plane = m * objectPlane(*this);
     const bool straight = plane(0, 1) == 0.0 && plane(1, 0) == 0.0;
+    Bounds2 texts;
     for (const BlockAttribute& a : attributes) {
         if (!showsAttribute(a) || a.value.empty()) continue;
         if (straight) {
-            box.expand(engine::boundsUnder(textLineBounds(a.line(), drawing()), plane));
+            texts.expand(engine::boundsUnder(textLineBounds(a.line(), drawing()), plane));
         } else {
             const TextLinePlacement placement = placeTextLine(a.line(), drawing());
             if (!placement.valid) continue;
-            for (const Vector2& corner : placement.box()) box.expand(plane.transform_point(corner));
+            for (const Vector2& corner : placement.box()) texts.expand(plane.transform_point(corner));
         }
     }
+    if (texts.is_empty()) return box;
+    for (const std::int32_t row : {0, rowCount() - 1})
+        for (const std::int32_t column : {0, columnCount() - 1}) {
+            const Vector2 shift = plane.transform_direction(gridStep(*this, row, column));
+            if (shift.is_finite()) box.expand(Bounds2{texts.min + shift, texts.max + shift});
+        }
     return box;
 }
 
@@ -200,7 +224,9 @@ void BlockReferenceEntity::transform(const Matrix4& m) {
     for (BlockAttribute& a : attributes) {
         a.position = plane.transform_point(a.position);
         TextFrame frame{a.rotation, a.textHeight, a.widthFactor, a.oblique, a.generation};
+        const double along = frame.height * frame.widthFactor;
         transformTextFrame(frame, plane);
+        if (along > 0.0) a.width *= frame.height * frame.widthFactor / along;
         a.rotation = frame.rotation;
         a.textHeight = frame.height;
         a.widthFactor = frame.widthFactor;
@@ -247,7 +273,7 @@ void BlockReferenceEntity::moveGrip(std::size_t index, const Vector2& to) {
     const std::optional<Vector2> target = objectFromPlan(*this, to);
     if (!target || index > attributes.size()) return;
     if (index > 0) {
-        attributes[index - 1].position = *target;
+        if (!attributes[index - 1].locked) attributes[index - 1].position = *target;
         return;
     }
     const Vector2 shift = *target - insert;
@@ -270,13 +296,19 @@ void emitBlock(const Block& block, const Matrix4& placement, OutlineSink& sink, 
     BlockNesting nesting(BlockNesting::Purpose::Emit, block);
     if (!nesting.entered()) return;
     TransformSink placed(sink, placement);
+    // Seen from a direction, what stands in the block has its height.
+    auto* const spatial = dynamic_cast<SpatialSink*>(&sink);
     std::size_t position = 0;
     for (const Entity& e : block.entities) {
         const std::size_t at = position++;
         if (hiddenInReferences(e) || (visible != nullptr && (at >= visible->size() || !(*visible)[at]))) continue;
         if (!nesting.takeEntity()) return;
         const OutlineStyle style = nestedStyle(e, outer);
-        if (placed.wantsLayer(style.layer)) e.emit(placed, style);
+        if (!placed.wantsLayer(style.layer)) continue;
+        if (spatial != nullptr)
+            spatial->drawPlaced(e, placement, style);
+        else
+            e.emit(placed, style);
     }
 }
 
@@ -291,7 +323,7 @@ void BlockReferenceEntity::forEachCopy(const Block& definition, const Place& pla
 }
 
 void BlockReferenceEntity::emitAttributes(OutlineSink& sink, const OutlineStyle& style) const {
-    emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) {
+    const auto emitAll = [&](OutlineSink& plane) {
         for (const BlockAttribute& a : attributes) {
             if (!showsAttribute(a) || a.value.empty()) continue;
             OutlineStyle own = style;
@@ -299,6 +331,21 @@ void BlockReferenceEntity::emitAttributes(OutlineSink& sink, const OutlineStyle&
             if (a.color.method != ColorMethod::ByBlock) own.color = a.color;
             if (plane.wantsLayer(own.layer)) emitTextLine(a.line(), drawing(), plane, own);
         }
+    };
+    if (attributes.empty()) return;
+    emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) {
+        emitAll(plane);
+        // Each copy of a grid shows them.
+        BlockNesting nesting(BlockNesting::Purpose::Emit);
+        const std::int32_t lastRow = rowSpacing != 0.0 ? rowCount() : 1;
+        const std::int32_t lastColumn = columnSpacing != 0.0 ? columnCount() : 1;
+        for (std::int32_t row = 0; row < lastRow; ++row)
+            for (std::int32_t column = 0; column < lastColumn; ++column) {
+                if (row == 0 && column == 0) continue;
+                if (!nesting.takePlacement()) return;
+                TransformSink shifted(plane, Matrix4::translation(gridStep(*this, row, column)));
+                emitAll(shifted);
+            }
     });
 }
 
@@ -318,14 +365,14 @@ void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) co
         boundary.polygon(polygon);
         sink.pushClip(boundary, clipInverted);
     }
-    const std::optional<std::vector<bool>> visible = definition->visibleEntities(activeVisibilityState);
-    const bool unbounded = definition->hasUnbounded();
-    const Bounds2 box = definition->extents();
+    const ShownBlock shown = shownBlock(*definition, *this);
+    const bool unbounded = shown.block->hasUnbounded();
+    const Bounds2 box = shown.block->extents();
     if (!box.is_empty() || unbounded) {
         forEachCopy(*definition, [&](const Matrix4& m) {
             if (!nesting.takePlacement()) return false;
             if (unbounded || sink.wants(engine::boundsUnder(box, m)))
-                emitBlock(*definition, m, sink, style, visible ? &*visible : nullptr);
+                emitBlock(*shown.block, m, sink, style, shown.mask());
             return true;
         });
     }

@@ -29,7 +29,12 @@ struct BlockAttribute {
     std::int32_t generation = 0;            ///< TextGeneration bits
     double widthFactor = 1.0;
     double oblique = 0.0;  ///< radians
+    bool locked = false;     ///< stays where it is in the reference
+    bool multiline = false;  ///< the value is content of multiline text
+    double width = 0.0;      ///< where its lines are wrapped; 0: nowhere
 
+    /// The value as a reader sees it; lines are parted by '\n'.
+    std::string plainValue() const;
     /// The view of it that measuring and drawing take; valid while it stands unchanged.
     TextLine line() const;
     void describe(FieldVisitor& v);

@@ -155,7 +155,13 @@ std::string DimensionEntity::textContent(const DimStyle& style, bool paperSpace)
     return dimTextContent(style, input);
 }
 
-std::string DimensionEntity::text() const { return plainText(textContent()); }
+std::string DimensionEntity::text() const {
+    // Stacked fractions would run into the whole number.
+    constexpr std::int32_t kInLine = 2;
+    DimStyle inLine = style();
+    inLine.fractionFormat = kInLine;
+    return plainText(textContent(inLine, inPaperSpace(*this)));
+}
 
 // Entity -----------------------------------------------------------------------------------------------------------
 

@@ -157,6 +157,18 @@ std::string toleranceGroup(const DimStyle& style, const std::string& content, bo
     return text + content + "}";
 }
 
+/// A number whose fraction is stacked: the stack stands beside the middle of the whole number, as small as DIMTFAC says.
+std::string withFraction(const DimStyle& style, const std::string& number) {
+    const std::size_t at = number.find("\\S");
+    const std::size_t end = at == std::string::npos ? at : number.find(';', at);
+    if (end == std::string::npos) return number;
+    const double factor = style.toleranceTextScale;
+    const bool smaller = factor > 0.0 && std::isfinite(factor) && std::abs(factor - 1.0) > 1e-9;
+    std::string text = number.substr(0, at) + "{\\A1;";
+    if (smaller) text += "\\H" + math::shortest(factor) + "x;";
+    return text + number.substr(at, end + 1 - at) + "}" + number.substr(end + 1);
+}
+
 /// Number with affixes and tolerance or limits.
 struct Composer {
     const DimStyle& style;
@@ -180,7 +192,7 @@ struct Composer {
     }
     std::string text(double value) const {
         if (style.showLimits) return limits(value);
-        const std::string main = prefix + number(value) + suffix;
+        const std::string main = prefix + withFraction(style, number(value)) + suffix;
         return style.showTolerance ? main + deviations() : main;
     }
 };

@@ -303,7 +303,7 @@ std::size_t HatchEntity::sizeInBytes() const {
     if (gradient) size += gradient->stops.capacity() * sizeof(HatchGradientStop) + gradient->name.capacity();
     for (const HatchLoop& loop : loops) {
         size += loop.vertices.capacity() * sizeof(Vector2) + loop.bulges.capacity() * sizeof(double) +
-                loop.edges.capacity() * sizeof(HatchEdge);
+                loop.edges.capacity() * sizeof(HatchEdge) + loop.sources.capacity() * sizeof(std::uint64_t);
         for (const HatchEdge& edge : loop.edges)
             if (const auto* spline = std::get_if<HatchSplineEdge>(&edge))
                 size += (spline->knots.capacity() + spline->weights.capacity()) * sizeof(double) +

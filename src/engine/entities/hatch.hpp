@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <variant>
@@ -66,6 +67,8 @@ struct HatchLoop {
     std::vector<math::Vector2> vertices;
     std::vector<double> bulges;  ///< one per vertex, or shorter: what is missing is 0
     std::vector<HatchEdge> edges;
+    /// Handles of the boundary objects that the loop follows; empty: it follows none.
+    std::vector<std::uint64_t> sources;
 
     bool isPolyline() const { return edges.empty(); }
     /// The boundary as one closed figure. Edges out of order are chained by their ends.
@@ -115,6 +118,14 @@ class HatchEntity final : public Entity {
     std::optional<HatchGradient> gradient;
     std::vector<HatchLoop> loops;
 
+    /// Whether it follows boundary objects.
+    bool isAssociative() const {
+        return std::any_of(loops.begin(), loops.end(), [](const HatchLoop& loop) { return !loop.sources.empty(); });
+    }
+    /// Follows nothing from now on.
+    void dissociate() {
+        for (HatchLoop& loop : loops) loop.sources.clear();
+    }
     bool isSolid() const { return gradient.has_value() || patternName == "SOLID"; }
     /// The families of lines as drawn: scaled, turned and placed in the object plane. `shift` stays along and across
     /// each family's own direction. Empty for a solid fill.

@@ -224,6 +224,7 @@ void HatchSplineEdge::describe(FieldVisitor& v) {
 void HatchLoop::describe(FieldVisitor& v) {
     v.integer("type", type);
     v.boolean("inner", inner);
+    v.handles("sources", sources, true);
     std::vector<SegmentRecord> segments;
     std::vector<HatchEllipseEdge> ellipses;
     std::vector<HatchSplineEdge> splines;

@@ -10,6 +10,9 @@
 
 namespace kova::engine {
 
+/// A last segment steeper than this (radians) is joined to its text by a hook line.
+inline constexpr double kLeaderHookAngle = 15.0 * 3.14159265358979323846 / 180.0;
+
 /// A leader: an arrow, a straight or smooth line, and what it points to. The text stands in the leader itself or is an
 /// entity of its own (annotationHandle), which then draws itself.
 class LeaderEntity final : public Entity {

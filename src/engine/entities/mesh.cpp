@@ -51,6 +51,7 @@ math::Bounds2 MeshEntity::bounds() const {
 
 void MeshEntity::transform(const math::Matrix4& m) {
     for (Vector3& p : vertices) p = m.transform_point(p);
+    for (Vector3& p : frame) p = m.transform_point(p);
 }
 
 double MeshEntity::distanceTo(const Vector2& p) const { return distanceToShape(*this, p, vertices.empty()); }
@@ -73,6 +74,10 @@ void MeshEntity::describe(FieldVisitor& v) {
     v.boolean("closedM", closedM);
     v.boolean("closedN", closedN);
     v.points("vertices", vertices);
+    v.integer("surfaceType", surfaceType, 0);
+    v.integer("frameRows", frameRows, 0);
+    v.integer("frameCols", frameCols, 0);
+    v.points("frame", frame, true);
 }
 
 void MeshEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
@@ -81,7 +86,7 @@ void MeshEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
 }
 
 std::size_t MeshEntity::sizeInBytes() const {
-    return sizeof *this + extrasSize() + vertices.capacity() * sizeof(Vector3);
+    return sizeof *this + extrasSize() + (vertices.capacity() + frame.capacity()) * sizeof(Vector3);
 }
 
 }  // namespace kova::engine

@@ -169,7 +169,8 @@ Vector2 MLeaderEntity::connection(const Vector2& from, const Bounds2& box) const
     if (!text && contentType != MLeaderContent::Block) return contentPos;
     const MLeaderStyle& s = style();
     if (!text && s.blockConnection == 1) return contentPos;
-    const double gap = effectiveLandingGap();
+    // Lines run up to a block.
+    const double gap = text ? effectiveLandingGap() : 0.0;
     const Vector2 middle = box.center();
     if (text && s.textAttachmentDirection == 1)
         return {middle.x, from.y >= middle.y ? box.max.y + gap : box.min.y - gap};

@@ -36,6 +36,7 @@ math::Bounds2 Polyline3DEntity::bounds() const {
 
 void Polyline3DEntity::transform(const math::Matrix4& m) {
     for (Vector3& p : vertices) p = m.transform_point(p);
+    for (Vector3& p : frame) p = m.transform_point(p);
 }
 
 double Polyline3DEntity::distanceTo(const Vector2& p) const { return distanceToShape(*this, p, vertices.empty()); }
@@ -55,6 +56,8 @@ void Polyline3DEntity::moveGrip(std::size_t index, const Vector2& to) {
 void Polyline3DEntity::describe(FieldVisitor& v) {
     v.points("vertices", vertices);
     v.boolean("closed", closed);
+    v.integer("curveType", curveType, 0);
+    v.points("frame", frame, true);
 }
 
 void Polyline3DEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
@@ -62,7 +65,7 @@ void Polyline3DEntity::emit(OutlineSink& sink, const OutlineStyle& style) const 
 }
 
 std::size_t Polyline3DEntity::sizeInBytes() const {
-    return sizeof *this + extrasSize() + vertices.capacity() * sizeof(Vector3);
+    return sizeof *this + extrasSize() + (vertices.capacity() + frame.capacity()) * sizeof(Vector3);
 }
 
 }  // namespace kova::engine

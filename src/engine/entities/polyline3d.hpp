@@ -14,6 +14,8 @@ class Polyline3DEntity final : public Entity {
 
     std::vector<math::Vector3> vertices;
     bool closed = false;
+    std::int32_t curveType = 0;        ///< 0 none, 5 quadratic B-spline, 6 cubic B-spline
+    std::vector<math::Vector3> frame;  ///< with a curve: its control points, the vertices before it was fitted
 
     /// The polyline in plan.
     Path path() const;

@@ -5,6 +5,7 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
 #include "math/nurbs.hpp"
+#include "math/spline_part.hpp"
 
 namespace kova::engine {
 
@@ -45,6 +46,12 @@ public:
 
     bool usable() const { return usable_; }
     const math::SplineView& view() const { return view_; }
+    /// Diagonal of the box of its control points.
+    double size() const {
+        math::Bounds2 extents;
+        for (const Vector2& p : view_.points) extents.expand(p);
+        return extents.is_empty() ? 0.0 : std::hypot(extents.width(), extents.height());
+    }
     /// Cubics hold it exactly.
     bool simple() const { return view_.degree <= 3 && !view_.rational(); }
 
@@ -119,9 +126,7 @@ Path SplineEntity::path() const {
         if (points.size() == 1) path.moveTo(points[0]).lineTo(points[0]);
         return path;
     }
-    math::Bounds2 extents;
-    for (const Vector2& p : curve.view().points) extents.expand(p);
-    const double size = std::hypot(extents.width(), extents.height());
+    const double size = curve.size();
     const std::vector<math::Cubic> cubics = math::splineToCubics(curve.view(), kPathTolerance * size);
     path.reserve(cubics.size() + 2);
     for (const math::Cubic& c : cubics) {
@@ -132,14 +137,87 @@ Path SplineEntity::path() const {
     return path;
 }
 
-void SplineEntity::fitThroughPoints() {
-    math::CubicSpline cubic = math::interpolateCubic(fitPoints, closed);
+std::unique_ptr<SplineEntity> SplineEntity::part(double from, double to) const {
+    const Curve curve(*this);
+    if (!curve.usable() || !std::isfinite(from) || !std::isfinite(to)) return nullptr;
+    math::SplineView view = curve.view();
+    if (controlZ.size() == view.points.size()) view.z = controlZ;
+    std::vector<double> ends;
+    const std::vector<math::Cubic> cubics = math::splineToCubics(view, kPathTolerance * curve.size(), &ends);
+    const auto parameterAt = [&](double place) {
+        if (place <= 0.0) return view.domainStart();
+        const auto piece = static_cast<std::size_t>(place);
+        if (piece >= ends.size()) return view.domainEnd();
+        const double t = place - static_cast<double>(piece);
+        const double start = piece > 0 ? ends[piece - 1] : view.domainStart();
+        double u = start + (ends[piece] - start) * t;
+        if (curve.simple() || t == 0.0) return u;
+        // The cubic is no more than near: the place of the curve nearest to its point.
+        const Vector2 p = math::cubicPoint(cubics[piece], t);
+        for (int i = 0; i < 4; ++i) {
+            const math::SplineDerivatives d = math::splineDerivatives(view, u);
+            const double speed = d.first.length_squared();
+            if (!(speed > 0.0)) break;
+            u = std::clamp(u + (p - d.point).dot(d.first) / speed, start, ends[piece]);
+        }
+        return u;
+    };
+    if (ends.empty()) return nullptr;
+    const double u0 = parameterAt(from);
+    const double u1 = parameterAt(to);
+    math::SplineData data;
+    if (u0 < u1) {
+        data = math::splinePart(view, u0, u1);
+    } else {
+        data = math::splinePart(view, u0, view.domainEnd());
+        math::appendSpline(data, math::splinePart(view, view.domainStart(), u1));
+    }
+    if (data.points.size() < 2) return nullptr;
+    auto made = std::make_unique<SplineEntity>();
+    made->copyCommonFrom(*this);
+    made->setHandle(0);
+    made->degree = data.degree;
+    made->controlPoints = std::move(data.points);
+    made->knots = std::move(data.knots);
+    made->weights = std::move(data.weights);
+    made->controlZ = std::move(data.z);
+    return made;
+}
+
+void SplineEntity::fitThroughPoints(const Vector2& startTangent, const Vector2& endTangent) {
+    math::CubicSpline cubic = math::interpolateCubic(fitPoints, closed, startTangent, endTangent);
     if (cubic.points.empty()) return;
-    degree = 3;
-    controlPoints = std::move(cubic.points);
-    knots = std::move(cubic.knots);
-    weights.clear();
-    controlZ.clear();
+    setCurve({3, std::move(cubic.points), std::move(cubic.knots), {}, {}});
+}
+
+std::pair<Vector2, Vector2> SplineEntity::endTangents() const {
+    const Curve whole(*this);
+    if (!whole.usable() || closed) return {};
+    return {endTangent(whole.view(), false), endTangent(whole.view(), true)};
+}
+
+math::SplineData SplineEntity::curve() const {
+    const Curve whole(*this);
+    math::SplineData out;
+    if (!whole.usable()) return out;
+    const math::SplineView& view = whole.view();
+    out.degree = view.degree;
+    out.points.assign(view.points.begin(), view.points.end());
+    out.knots.assign(view.knots.begin(), view.knots.end());
+    out.weights.assign(view.weights.begin(), view.weights.end());
+    // Made-up points of a closed curve repeat the first ones, heights and all.
+    for (std::size_t i = 0; i < out.points.size() && !controlZ.empty(); ++i)
+        out.z.push_back(controlZ[i < controlPoints.size() ? std::min(i, controlZ.size() - 1)
+                                                          : (i - controlPoints.size()) % controlZ.size()]);
+    return out;
+}
+
+void SplineEntity::setCurve(math::SplineData curve) {
+    degree = curve.degree;
+    controlPoints = std::move(curve.points);
+    knots = std::move(curve.knots);
+    weights = std::move(curve.weights);
+    controlZ = std::move(curve.z);
     helix.reset();
 }
 
@@ -206,20 +284,10 @@ void SplineEntity::moveGrip(std::size_t index, const Vector2& to) {
         return;
     }
     if (index >= fitPoints.size()) return;
+    // The tangents that the user gave stay.
+    const auto [first, last] = endTangents();
     fitPoints[index] = to;
-    if (controlPoints.empty()) return;
-    Vector2 first;
-    Vector2 last;
-    if (const Curve before(*this); before.usable() && !closed) {
-        first = endTangent(before.view(), false);
-        last = endTangent(before.view(), true);
-    }
-    fitThroughPoints();
-    if (first == Vector2{} && last == Vector2{}) return;
-    math::CubicSpline cubic = math::interpolateCubic(fitPoints, closed, first, last);
-    if (cubic.points.empty()) return;
-    controlPoints = std::move(cubic.points);
-    knots = std::move(cubic.knots);
+    if (!controlPoints.empty()) fitThroughPoints(first, last);
 }
 
 void SplineEntity::describe(FieldVisitor& v) {

@@ -4,6 +4,7 @@
 
 #include "engine/entity.hpp"
 #include "engine/path.hpp"
+#include "math/nurbs_edit.hpp"
 
 namespace kova::engine {
 
@@ -37,8 +38,19 @@ class SplineEntity final : public Entity {
 
     /// The curve as drawn: Beziers, exact for polynomial degrees up to 3, else within 1e-6 of the extents.
     Path path() const;
-    /// Makes the control points and knots anew as the cubic through the fit points; no effect without them.
-    void fitThroughPoints();
+    /// The part between two places of that path: piece number and parameter along it, as piece + t. Exactly the curve,
+    /// of the same degree and with the same common properties, without fit points. `to` <= `from` runs over the start
+    /// (of a closed curve). Null when nothing is left.
+    std::unique_ptr<SplineEntity> part(double from, double to) const;
+    /// Makes the control points and knots anew as the cubic through the fit points, with free ends or those directions;
+    /// no effect without fit points.
+    void fitThroughPoints(const math::Vector2& startTangent = {}, const math::Vector2& endTangent = {});
+    /// Directions at the ends of an open curve; the zero vector at an end that runs out without curvature.
+    std::pair<math::Vector2, math::Vector2> endTangents() const;
+    /// The B-spline that is drawn: complete knots, z values as in controlZ; without points when there is nothing to draw.
+    math::SplineData curve() const;
+    /// Takes a curve over; it is no helix then. The fit points stay.
+    void setCurve(math::SplineData curve);
     double length() const;
 };
 

@@ -1,6 +1,7 @@
 #include "engine/entities/text_line.hpp"
 
 #include "engine/drawing.hpp"
+#include "engine/entities/mtext_layout.hpp"
 #include "engine/fonts/codes.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "math/angles.hpp"
@@ -140,7 +141,60 @@ void eachPlaced(const TextLine& line, const Drawing* drawing, Use use) {
     });
 }
 
+TextLinePlacement placeParagraphs(const TextLine& line, const Drawing* drawing) {
+    TextLinePlacement p;
+    p.paragraphs = true;
+    const MTextBlock block = paragraphBlock(line, drawing);
+    p.origin = block.position;
+    if (!block.position.is_finite() || !std::isfinite(block.height) || !std::isfinite(block.rotation)) return p;
+    const MTextLayout layout = layoutMText(block, drawing);
+    if (layout.lineCount == 0 || layout.box.is_empty()) return p;
+    const Matrix4 m = mtextMatrix(block);
+    p.xAxis = m.transform_direction(Vector2{1, 0});
+    p.yAxis = m.transform_direction(Vector2{0, 1});
+    p.start = layout.box.min.x;
+    p.end = layout.box.max.x;
+    p.descent = -layout.box.min.y;
+    p.ascent = layout.box.max.y;
+    p.valid = p.xAxis.is_finite() && p.yAxis.is_finite();
+    return p;
+}
+
 }  // namespace
+
+MTextBlock paragraphBlock(const TextLine& line, const Drawing* drawing) {
+    MTextBlock block;
+    block.content = line.content;
+    block.position = line.position;
+    block.height = std::abs(line.height);
+    block.width = std::isfinite(line.wrapWidth) ? std::max(0.0, line.wrapWidth) : 0.0;
+    block.rotation = line.rotation;
+    block.textStyle = line.textStyle;
+    // The layout applies what the style says, and the line holds that already.
+    const TextStyle& style = styleOf(line.textStyle, drawing);
+    block.widthFactor = style.widthFactor > 0.0 ? line.widthFactor / style.widthFactor : line.widthFactor;
+    block.oblique = line.oblique - style.obliqueAngle;
+    block.backward = (line.generation & kTextBackward) != 0;
+    // Upside down is a half turn of the mirror image.
+    if ((line.generation & kTextUpsideDown) != 0) {
+        block.rotation += math::kPi;
+        block.backward = !block.backward;
+    }
+    std::int32_t column = 0;
+    const Vector2 across = line.secondPoint - line.position;
+    if (line.hasSecondPoint && across.length() > math::kTolerance && across.is_finite()) {
+        block.rotation = across.angle();
+        block.width = across.length();
+    } else if (line.hAlign == kHAlignCenter || line.hAlign == kHAlignMiddle) {
+        column = 1;
+    } else if (line.hAlign == kHAlignRight) {
+        column = 2;
+    }
+    const bool middle = line.hAlign == kHAlignMiddle || line.vAlign == kVAlignMiddle;
+    const std::int32_t row = middle ? 1 : line.vAlign == kVAlignBottom ? 2 : 0;
+    block.attachment = 1 + column + 3 * row;
+    return block;
+}
 
 std::array<Vector2, 4> TextLinePlacement::box() const {
     const double left = vertical ? -0.5 : start;
@@ -152,15 +206,23 @@ std::array<Vector2, 4> TextLinePlacement::box() const {
 }
 
 TextLinePlacement placeTextLine(const TextLine& line, const Drawing* drawing) {
+    if (line.paragraphs) return placeParagraphs(line, drawing);
     return place(line, LineRuns(line, styleOf(line.textStyle, drawing)));
 }
 
 void emitTextLine(const TextLine& line, const Drawing* drawing, OutlineSink& sink, const OutlineStyle& style) {
+    if (line.paragraphs) return emitMText(paragraphBlock(line, drawing), drawing, sink, style);
     eachPlaced(line, drawing, [&](const TextRun& run) { sink.text(run, style); });
 }
 
 Bounds2 textLineBounds(const TextLine& line, const Drawing* drawing) {
     Bounds2 bounds;
+    if (line.paragraphs) {
+        const MTextBlock block = paragraphBlock(line, drawing);
+        bounds = layoutMText(block, drawing).ink(mtextMatrix(block));
+        if (bounds.is_empty() && line.position.is_finite()) bounds.expand(line.position);
+        return bounds;
+    }
     eachPlaced(line, drawing, [&](const TextRun& run) { bounds.expand(textRunBounds(run)); });
     if (bounds.is_empty() && line.position.is_finite()) bounds.expand(line.position);
     return bounds;
@@ -196,7 +258,7 @@ Vector2 nearestOnTextLine(const TextLine& line, const Drawing* drawing, const Ve
 
 Vector2 textLineBaselineStart(const TextLine& line, const Drawing* drawing) {
     const TextLinePlacement p = placeTextLine(line, drawing);
-    return p.valid && !p.vertical ? p.origin + p.xAxis * p.start : p.origin;
+    return p.valid && !p.vertical && !p.paragraphs ? p.origin + p.xAxis * p.start : p.origin;
 }
 
 void transformTextFrame(TextFrame& frame, const Matrix4& m) {
@@ -242,7 +304,9 @@ void transformTextLine(const TextLineFields& f, const Matrix4& m) {
     f.secondPoint = m.transform_point(f.secondPoint);
     if (f.hasSecondPoint && m.plane_determinant() < 0.0) std::swap(f.position, f.secondPoint);
     TextFrame frame{f.rotation, f.height, f.widthFactor, f.oblique, f.generation};
+    const double along = frame.height * frame.widthFactor;
     transformTextFrame(frame, m);
+    if (f.wrapWidth != nullptr && along > 0.0) *f.wrapWidth *= frame.height * frame.widthFactor / along;
     f.rotation = frame.rotation;
     f.height = frame.height;
     f.widthFactor = frame.widthFactor;

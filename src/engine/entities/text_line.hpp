@@ -12,6 +12,7 @@
 namespace kova::engine {
 
 class Drawing;
+struct MTextBlock;
 
 /// Horizontal alignment of single-line text, as stored.
 enum TextHAlign : std::int32_t {
@@ -27,7 +28,8 @@ enum TextVAlign : std::int32_t { kVAlignBaseline = 0, kVAlignBottom = 1, kVAlign
 /// Generation bits of single-line text.
 enum TextGeneration : std::int32_t { kTextBackward = 2, kTextUpsideDown = 4 };
 
-/// One line of text as TEXT, attribute definitions and the attributes of block references hold it.
+/// One line of text as TEXT, attribute definitions and the attributes of block references hold it. Attributes may hold
+/// paragraphs instead, which lie in the same frame.
 struct TextLine {
     std::string_view content;   ///< with its %% codes
     math::Vector2 position;     ///< the alignment point; of aligned and fit text the first point
@@ -41,6 +43,8 @@ struct TextLine {
     double widthFactor = 1.0;
     double oblique = 0.0;  ///< radians
     std::int32_t generation = 0;
+    bool paragraphs = false;  ///< the content is that of multiline text
+    double wrapWidth = 0.0;   ///< of paragraphs; 0: lines are not wrapped
 };
 
 /// Where and how large a line of text is drawn.
@@ -54,6 +58,8 @@ struct TextLinePlacement {
     double descent = 0.0;
     bool vertical = false;
     bool valid = false;  ///< false for an empty or non-finite text
+    /// Paragraphs: lengths count in drawing units, and the origin is the alignment point.
+    bool paragraphs = false;
 
     /// The text's box: lower left, lower right, upper right, upper left as the reader sees them.
     std::array<math::Vector2, 4> box() const;
@@ -61,6 +67,9 @@ struct TextLinePlacement {
 
 /// Styles are looked up in `drawing`; null takes the defaults.
 TextLinePlacement placeTextLine(const TextLine& line, const Drawing* drawing);
+/// Paragraphs as the layout of multiline text takes them: text between two points is wrapped there, and the top of the
+/// first line stands where a single line has its baseline.
+MTextBlock paragraphBlock(const TextLine& line, const Drawing* drawing);
 void emitTextLine(const TextLine& line, const Drawing* drawing, OutlineSink& sink, const OutlineStyle& style);
 /// Extents of the ink; for blank text its baseline, for an empty one its position.
 math::Bounds2 textLineBounds(const TextLine& line, const Drawing* drawing);
@@ -94,6 +103,7 @@ struct TextLineFields {
     double& widthFactor;
     double& oblique;
     std::int32_t& generation;
+    double* wrapWidth = nullptr;  ///< of paragraphs
 };
 /// Text between two points that is turned over swaps them, so that it keeps its reading direction.
 void transformTextLine(const TextLineFields& fields, const math::Matrix4& m);

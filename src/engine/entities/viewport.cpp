@@ -3,12 +3,14 @@
 #include "engine/drawing.hpp"
 #include "engine/outline.hpp"
 #include "engine/path.hpp"
+#include "engine/view_frame.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {
 
 using math::Matrix4;
 using math::Vector2;
+using math::Vector3;
 
 bool ViewportEntity::isFrozenHere(Name layer) const {
     return std::find(vpFrozenLayers.begin(), vpFrozenLayers.end(), layer) != vpFrozenLayers.end();
@@ -27,13 +29,31 @@ const Entity* ViewportEntity::clipEntity() const {
 }
 
 Matrix4 ViewportEntity::modelToPaper() const {
-    return Matrix4::translation(center) * Matrix4::rotation_z(viewTwist) *
-           Matrix4::scaling(viewScale, viewScale, viewScale) * Matrix4::translation(-viewTarget);
+    const Matrix4 onSheet = Matrix4::translation(center) * Matrix4::rotation_z(viewTwist) *
+                            Matrix4::scaling(viewScale, viewScale, viewScale);
+    if (showsPlan()) return onSheet * Matrix4::translation(-viewTarget.x, -viewTarget.y, -viewTargetZ);
+    return onSheet * worldToView(viewDirection, Vector3(viewTarget, viewTargetZ), 0.0);
 }
 
+bool ViewportEntity::showsPlan() const { return isPlanView(viewDirection); }
+
 Vector2 ViewportEntity::toModel(const Vector2& paper) const {
+    if (!showsPlan()) return onGround(modelToPaper(), paper, viewTargetZ).value_or(viewTarget);
     const auto inverse = modelToPaper().inverse();
     return inverse ? inverse->transform_point(paper) : viewTarget;
+}
+
+void ViewportEntity::aimAt(const Vector2& paper) {
+    if (showsPlan()) {
+        viewTarget = toModel(paper);
+        return;
+    }
+    // The way on paper, turned and scaled back, lies along the axes of the view.
+    const Vector2 way = Matrix4::rotation_z(-viewTwist).transform_direction(paper - center) / viewScale;
+    const Vector3 by = Matrix4::object_to_world(usableDirection(viewDirection)).transform_direction(Vector3(way));
+    if (!by.is_finite()) return;
+    viewTarget = viewTarget + by.xy();
+    viewTargetZ += by.z;
 }
 
 math::Bounds2 ViewportEntity::modelWindow() const {
@@ -63,6 +83,7 @@ void ViewportEntity::transform(const Matrix4& m) {
 double ViewportEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
 
 Vector2 ViewportEntity::nearestPoint(const Vector2& p) const {
+    if (const Entity* border = clipEntity()) return border->nearestPoint(p);
     const math::Bounds2 f = frame();
     Path path;
     const std::array<Vector2, 4> box{f.min, Vector2{f.max.x, f.min.y}, f.max, Vector2{f.min.x, f.max.y}};
@@ -86,7 +107,7 @@ void ViewportEntity::moveGrip(std::size_t index, const Vector2& to) {
     if (!(std::abs(size.x) > math::kTolerance) || !(std::abs(size.y) > math::kTolerance) || !size.is_finite()) return;
     // What is seen keeps its place on the sheet.
     const Vector2 middle = (to + fixed) / 2.0;
-    viewTarget = toModel(middle);
+    aimAt(middle);
     center = middle;
     width = std::abs(size.x);
     height = std::abs(size.y);
@@ -109,6 +130,10 @@ void ViewportEntity::describe(FieldVisitor& v) {
     v.integer("statusFlags", statusFlags);
     v.names("vpFrozenLayers", vpFrozenLayers);
     v.optionalHandle("clipHandle", clipHandle);
+    v.number("viewDirectionX", viewDirection.x, 0.0);
+    v.number("viewDirectionY", viewDirection.y, 0.0);
+    v.number("viewDirectionZ", viewDirection.z, 1.0);
+    v.length("viewTargetZ", viewTargetZ, 0.0);
 }
 
 void ViewportEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {

@@ -1,9 +1,11 @@
 #include <cmath>
 
+#include "engine/drawing.hpp"
 #include "engine/entities/image.hpp"
 #include "engine/entity.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/outline.hpp"
+#include "engine/spatial_sink.hpp"
 
 namespace kova::engine {
 
@@ -276,6 +278,17 @@ Bounds2 strokeBounds(PathView path, std::span<const Vector2> widths) {
         for (int i = 0; i <= kSideSamples; ++i) addSides(static_cast<double>(i) / kSideSamples);
     }
     return box;
+}
+
+Bounds2 viewedExtents(const EntityList& space, const math::Matrix4& view) {
+    BoundsSink measured;
+    SpatialSink sink(measured, view);
+    for (const Entity& e : space) {
+        const Drawing* drawing = e.drawing();
+        const Layer* layer = drawing != nullptr ? drawing->layers.find(e.layer) : nullptr;
+        if (e.visible && (layer == nullptr || layer->isVisible())) sink.draw(e, outlineStyle(e));
+    }
+    return measured.box;
 }
 
 Bounds2 outlineBounds(const Entity& entity) {

@@ -19,6 +19,7 @@ void DynParameter::describe(FieldVisitor& v) {
     v.integer("constraint", constraint);
     v.number("increment", increment);
     v.numbers("valueList", valueList, true);
+    v.boolean("baseAtMidpoint", baseAtMidpoint, false);
 }
 
 void DynAction::describe(FieldVisitor& v) {
@@ -29,9 +30,11 @@ void DynAction::describe(FieldVisitor& v) {
     v.points("stretchFrame", stretchFrame, true);
     v.integer("arrayCount", arrayCount);
     v.length("arraySpacing", arraySpacing);
+    v.length("arrayRowSpacing", arrayRowSpacing, 0.0);
     v.pointObject("scaleBase", scaleBase);
     v.boolean("constrainToAxis", constrainToAxis);
     v.angle("axisAngle", axisAngle);
+    v.boolean("atStartPoint", atStartPoint, false);
 }
 
 void VisibilityState::describe(FieldVisitor& v) {

@@ -15,7 +15,7 @@ enum class XrefStatus : std::uint8_t { Unloaded = 0, Loaded = 1, NotFound = 2, U
 
 /// A parameter of a dynamic block.
 struct DynParameter {
-    std::string type;
+    std::string type;  ///< see DynParameterKind
     std::string name;
     math::Vector2 base;
     math::Vector2 endPoint;
@@ -27,24 +27,28 @@ struct DynParameter {
     std::int32_t gripShape = 0;
     bool showProperties = true;
     std::int32_t chainActionIndex = -1;
-    std::int32_t constraint = 0;
+    std::int32_t constraint = 0;  ///< 0 any value, 1 steps of the increment, 2 those of the list
     double increment = 0.0;
-    std::vector<double> valueList;
+    std::vector<double> valueList;  ///< of a stepped one: least and greatest value
+    bool baseAtMidpoint = false;    ///< both ends move, and the midpoint stays
 
     void describe(FieldVisitor& v);
 };
 
+/// What a parameter does to entities of a dynamic block.
 struct DynAction {
-    std::string type;
+    std::string type;  ///< see DynActionKind
     std::string name;
     std::int32_t parameterIndex = -1;
     std::vector<std::int32_t> affectedEntityIndices;
     std::vector<math::Vector2> stretchFrame;
     std::int32_t arrayCount = 0;
-    double arraySpacing = 0.0;
+    double arraySpacing = 0.0;     ///< between columns
+    double arrayRowSpacing = 0.0;  ///< between rows, of a parameter in two directions
     math::Vector2 scaleBase;
-    bool constrainToAxis = false;
-    double axisAngle = 0.0;  ///< radians
+    bool constrainToAxis = false;  ///< only the part along the axis counts
+    double axisAngle = 0.0;        ///< radians
+    bool atStartPoint = false;     ///< follows the parameter's first point instead of its second
 
     void describe(FieldVisitor& v);
 };
@@ -71,9 +75,13 @@ struct LookupTable {
     void describe(FieldVisitor& v);
 };
 
+class ShownStates;
+
 /// A block definition and its entities, in block coordinates.
 struct Block {
     explicit Block(Name n) : name(n) {}
+    /// A block that shows entities of a drawing without standing in it: EntityList::appendShown.
+    Block(Name n, Drawing* shownIn) : name(n), entities(shownIn) {}
     Name name;
     std::string description;
     math::Vector2 base;
@@ -124,6 +132,8 @@ private:
     mutable bool unbounded_ = false;
     mutable std::vector<Placed> placed_;
     mutable std::size_t nextPlaced_ = 0;
+    friend class ShownStates;
+    mutable std::shared_ptr<ShownStates> shownStates_;  ///< shapes under parameter values, see dynamic_block.hpp
 };
 
 /// The box around the corners of a box under a map; empty for an empty box.

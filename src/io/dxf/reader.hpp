@@ -151,6 +151,8 @@ private:
     std::unique_ptr<engine::Entity> buildMText(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildTolerance(const EntityTags& tags);
     bool readAttribute(const EntityTags& tags, engine::BlockAttribute& attribute);
+    template <class Attribute>
+    void takeParagraphs(const EntityTags& tags, Attribute& out, std::string& value, math::Vector2& position);
     struct TextGroups;
     /// Takes a group that all kinds of single-line text have; false for others.
     bool textGroup(const Tag& tag, TextGroups& groups);
@@ -164,7 +166,7 @@ private:
     void readOldViewport(const engine::XData& data, engine::Entity& entity);
     // reader_hatch.cpp
     std::unique_ptr<engine::Entity> buildHatch(const EntityTags& tags);
-    bool readHatchLoop(TagCursor& cursor, engine::HatchEntity& hatch);
+    bool readHatchLoop(TagCursor& cursor, engine::HatchEntity& hatch, bool associative);
     void dropKnownPattern(engine::HatchEntity& hatch);
     // reader_dimensions.cpp
     std::unique_ptr<engine::Entity> buildDimension(const EntityTags& tags);

@@ -294,6 +294,12 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
         mesh->closedM = (flags & 1) != 0;
         mesh->closedN = (flags & 32) != 0;
         if (mesh->vertices.empty()) return nullptr;
+        if (smooth && m > 0 && n > 0 && frame.size() == static_cast<std::size_t>(m) * static_cast<std::size_t>(n)) {
+            mesh->surfaceType = curve;
+            mesh->frameRows = m;
+            mesh->frameCols = n;
+            mesh->frame = std::move(frame);
+        }
         setPlane(*mesh, plane);
         return mesh;
     }
@@ -301,6 +307,10 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
         if (spatial->vertices.empty()) spatial->vertices = std::move(frame);
         if (spatial->vertices.empty()) return nullptr;
         spatial->closed = (flags & 1) != 0;
+        if (curve != 0 && !frame.empty()) {
+            spatial->curveType = curve;
+            spatial->frame = std::move(frame);
+        }
         setPlane(*spatial, plane);
         return spatial;
     }

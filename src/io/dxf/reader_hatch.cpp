@@ -24,7 +24,7 @@ std::size_t bounded(std::int64_t count, std::size_t left) {
 }  // namespace
 
 /// One boundary path, from its group 92 on. False when there is none.
-bool Reader::readHatchLoop(TagCursor& c, HatchEntity& hatch) {
+bool Reader::readHatchLoop(TagCursor& c, HatchEntity& hatch, bool associative) {
     const Tag* head = c.takeIf(92);
     if (head == nullptr) return false;
     engine::HatchLoop loop;
@@ -147,7 +147,10 @@ bool Reader::readHatchLoop(TagCursor& c, HatchEntity& hatch) {
         }
     }
     if (c.takeIf(97) != nullptr)
-        while (c.peek().code == 330) c.take();
+        while (c.peek().code == 330) {
+            const std::uint64_t source = c.take().handle();
+            if (associative && source != 0) loop.sources.push_back(source);
+        }
     if (loop.vertices.empty() && loop.edges.empty()) return true;
     loop.inner =
         (loop.type & (engine::HatchLoop::kExternal | engine::HatchLoop::kOutermost)) == 0 && !hatch.loops.empty();
@@ -160,19 +163,21 @@ std::unique_ptr<Entity> Reader::buildHatch(const EntityTags& tags) {
     Vector3 base;
     Vector3 normal{0, 0, 1};
     bool solid = false;
+    bool associative = false;
     TagCursor c(tags.body);
     while (!c.atEnd() && c.peek().code != 91) {
         const Tag& tag = c.take();
         if (axis(tag, 10, base) || axis(tag, 210, normal)) continue;
         if (tag.code == 2) out->patternName = name(tag);
         if (tag.code == 70) solid = tag.integer() != 0;
+        if (tag.code == 71) associative = tag.integer() != 0;
     }
     std::int64_t paths = 0;
     if (const Tag* t = c.takeIf(91)) paths = t->integer();
     for (std::int64_t i = 0; i < paths && !c.atEnd(); ++i) {
         // What a damaged path leaves behind is passed over up to the next one.
         while (!c.atEnd() && c.peek().code != 92 && c.peek().code != 75) c.take();
-        if (!readHatchLoop(c, *out)) break;
+        if (!readHatchLoop(c, *out, associative)) break;
     }
 
     std::vector<engine::HatchFamily> families;

@@ -6,6 +6,7 @@
 #include "engine/entities/image.hpp"
 #include "engine/entities/viewport.hpp"
 #include "engine/entities/wipeout.hpp"
+#include "engine/view_frame.hpp"
 #include "io/dxf/reader.hpp"
 #include "math/angles.hpp"
 
@@ -214,7 +215,8 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
     bool hasFlags = false;
     for (const Tag& tag : tags.body) {
         if (axis(tag, 10, center) || axis(tag, 12, viewCenter) || axis(tag, 13, out->snapBase) ||
-            axis(tag, 14, out->snapSpacing) || axis(tag, 15, out->gridSpacing) || axis(tag, 17, target))
+            axis(tag, 14, out->snapSpacing) || axis(tag, 15, out->gridSpacing) ||
+            axis(tag, 16, out->viewDirection) || axis(tag, 17, target))
             continue;
         switch (tag.code) {
             case 40:
@@ -259,6 +261,16 @@ std::unique_ptr<Entity> Reader::buildViewport(const EntityTags& tags) {
     out->viewTarget = target.xy() + Vector2::from_angle(-out->viewTwist) * viewCenter.x +
                       Vector2::from_angle(-out->viewTwist + math::kPi / 2) * viewCenter.y;
     if (out->viewTwist == 0.0) out->viewTarget = target.xy() + viewCenter;
+    out->viewTargetZ = target.z;
+    if (!out->viewDirection.is_finite() || out->viewDirection == Vector3{}) out->viewDirection = {0, 0, 1};
+    if (!out->showsPlan()) {
+        // The centre lies along the axes of the view, turned with it.
+        const Vector2 way = math::Matrix4::rotation_z(-out->viewTwist).transform_direction(viewCenter);
+        const Vector3 middle = target + math::Matrix4::object_to_world(engine::usableDirection(out->viewDirection))
+                                            .transform_direction(Vector3(way));
+        out->viewTarget = middle.xy();
+        out->viewTargetZ = middle.z;
+    }
     if (viewHeight > 0.0) out->viewScale = out->height / viewHeight;
     out->locked = (out->statusFlags & engine::ViewportEntity::kLocked) != 0;
     // The status of a layout that nobody has looked at is 0 whether its viewports are on or off.

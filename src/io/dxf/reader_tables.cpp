@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "engine/sysvar.hpp"
+#include "engine/view_frame.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/reader.hpp"
@@ -341,13 +342,16 @@ void Reader::readTextStyle(const Record& record) {
 
 void Reader::readView(const Record& record) {
     engine::NamedView view;
+    double twist = 0.0;
     for (const Tag& tag : plainTags(record)) {
         if (axis(tag, 10, view.center) || axis(tag, 11, view.viewDirection) || axis(tag, 12, view.target)) continue;
         if (tag.code == 2) view.name = name(tag);
         if (tag.code == 40) view.height = real(tag);
         if (tag.code == 41) view.width = real(tag);
+        if (tag.code == 50) twist = angle(tag);
     }
     if (view.name.empty() || unusable_) return;
+    view.upHint = engine::viewUp(view.viewDirection, twist);
     if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, view);
     if (const std::uint64_t extension = extensionOf(record))
         recordExtensions_.push_back({view.name, extension, RecordKind::View});
@@ -408,7 +412,7 @@ void Reader::readViewport(const Record& record) {
         }
     }
     if (unusable_ || !(height > 0.0)) return;
-    (void)twist;
+    view.upHint = engine::viewUp(view.viewDirection, twist);
     viewRead_ = true;
     view.height = height;
     view.width = aspect > 0.0 ? height * aspect : height * 1.5;

@@ -119,11 +119,40 @@ std::unique_ptr<Entity> Reader::buildText(const EntityTags& tags) {
     return out;
 }
 
+namespace {
+
+/// Groups behind the marker of an attribute's own part that mean something else before it.
+struct AttributeTail {
+    bool locked = false;
+
+    bool multiline() const { return kind_ == 2 || kind_ == 4; }
+    bool take(const Tag& tag) {
+        if (tag.code == 100) own_ = tag.trimmed().starts_with("AcDbAttribute");
+        if (tag.code == 280) {
+            // The first one is a version, where there are two.
+            locked = versionSeen_ && tag.integer() != 0;
+            versionSeen_ = true;
+            return true;
+        }
+        if (tag.code != 71 || !own_) return false;
+        kind_ = tag.integer();
+        return true;
+    }
+
+private:
+    bool own_ = false;
+    bool versionSeen_ = false;
+    std::int64_t kind_ = 1;
+};
+
+}  // namespace
+
 std::unique_ptr<Entity> Reader::buildAttDef(const EntityTags& tags) {
     TextGroups g;
     auto out = std::make_unique<engine::AttributeDefinitionEntity>();
+    AttributeTail tail;
     for (const Tag& tag : tags.body) {
-        if (textGroup(tag, g)) continue;
+        if (tail.take(tag) || textGroup(tag, g)) continue;
         switch (tag.code) {
             case 1:
                 out->defaultValue = text(tag);
@@ -153,15 +182,39 @@ std::unique_ptr<Entity> Reader::buildAttDef(const EntityTags& tags) {
     out->textHeight = g.height;
     g.giveTo(*out);
     setPlane(*out, g.normal, g.thickness, g.z());
+    out->locked = tail.locked;
+    if (tail.multiline()) takeParagraphs(tags, *out, out->defaultValue, out->insertion);
     return out;
+}
+
+/// The text of an attribute with several lines: an embedded object whose place and size are those that count.
+template <class Attribute>
+void Reader::takeParagraphs(const EntityTags& tags, Attribute& out, std::string& value, Vector2& position) {
+    EntityTags inner;
+    inner.body = tags.embedded;
+    if (inner.body.empty()) return;
+    const std::unique_ptr<Entity> built = buildMText(inner);
+    const auto& text = static_cast<const engine::MTextEntity&>(*built);
+    out.multiline = true;
+    value = text.content;
+    position = text.position;
+    if (text.height > 0.0) out.textHeight = text.height;
+    out.rotation = text.rotation;
+    out.width = text.width;
+    const std::int32_t column = (text.attachment - 1) % 3;
+    const std::int32_t row = (text.attachment - 1) / 3;
+    out.hAlign = column == 1 ? engine::kHAlignCenter : column == 2 ? engine::kHAlignRight : engine::kHAlignLeft;
+    out.vAlign = row == 1 ? engine::kVAlignMiddle : row == 2 ? engine::kVAlignBottom : engine::kVAlignTop;
+    if constexpr (requires { out.fit; }) out.fit = false;
 }
 
 bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) {
     TextGroups g;
+    AttributeTail tail;
     bool layerSeen = false;
     for (const Tag& tag : tags.all) {
         if (tag.code == 101) break;
-        if (textGroup(tag, g)) continue;
+        if (tail.take(tag) || textGroup(tag, g)) continue;
         switch (tag.code) {
             case 1:
                 out.value = text(tag);
@@ -193,6 +246,8 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
     out.position = g.anchor();
     out.textHeight = g.height;
     g.giveTo(out);
+    out.locked = tail.locked;
+    if (tail.multiline()) takeParagraphs(tags, out, out.value, out.position);
     return !unusable_;
 }
 

@@ -105,6 +105,7 @@ void Writer::assignHandles() {
 
 void Writer::run() {
     assignHandles();
+    noteFollowers();
     // Objects and tables list what the entities use.
     spaces();
     objectsSection();
@@ -284,6 +285,12 @@ void Writer::head(std::string_view type, const Entity& e, const Target& t, const
     out.record(type);
     out.handle(5, e.handle());
     noteHandle(e.handle());
+    if (!hatchesOf_.empty())
+        if (const auto followers = hatchesOf_.find(e.handle()); followers != hatchesOf_.end()) {
+            out.word(102, "{ACAD_REACTORS");
+            for (const std::uint64_t hatch : followers->second) out.handle(330, hatch);
+            out.word(102, "}");
+        }
     if (own.dictionary != 0) extensionGroup(own.dictionary);
     out.handle(330, t.owner);
     out.subclass("AcDbEntity");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -52,6 +53,7 @@ private:
     std::uint64_t reserveHandle(std::uint64_t wanted);
     void noteHandle(std::uint64_t handle) { highest_ = std::max(highest_, handle); }
     void assignHandles();
+    void noteFollowers();
 
     // Names (writer_names.cpp) ----------------------------------------------------------------------------------
     using HandleMap = std::unordered_map<const void*, std::uint64_t>;
@@ -205,8 +207,11 @@ private:
     void clip(const engine::BlockReferenceEntity& insert, OwnData& own);
     void sequenceEnd(std::uint64_t owner, const engine::Entity& e, const Target& t);
     void vertexHead(std::uint64_t owner, const engine::Entity& e, const Target& t, std::string_view marker);
+    /// VERTEX records of an old-style polyline, all with the same flags.
+    void vertices(std::span<const math::Vector3> points, int flags, const engine::Entity& e, const Target& t,
+                  std::string_view marker);
     void polylineHead(const engine::Entity& e, const Target& t, const OwnData& own, std::string_view marker);
-    void hatchLoop(const engine::HatchLoop& loop);
+    void hatchLoop(const engine::HatchLoop& loop, const std::vector<std::uint64_t>& sources = {});
     void hatchEdge(const engine::HatchEdge& edge);
     void hatchPattern(const engine::HatchEntity& e);
     void hatchGradient(const engine::HatchGradient& gradient);
@@ -284,6 +289,8 @@ private:
     };
     std::vector<ImageDefinition> images_;
     std::unordered_map<std::string, std::size_t> imageIndex_;
+    /// Handles of the hatches that follow an entity, by the entity's handle.
+    std::unordered_map<std::uint64_t, std::vector<std::uint64_t>> hatchesOf_;
 
     /// What hangs on a record through its extension dictionary.
     struct Extension {

@@ -46,7 +46,47 @@ bool isExact(const HatchLoop& loop) {
     return loop.bulges.size() <= loop.vertices.size();
 }
 
+/// The objects of a loop that are there.
+std::vector<std::uint64_t> followed(const Drawing& drawing, const HatchEntity& hatch, const HatchLoop& loop) {
+    std::vector<std::uint64_t> handles;
+    for (const std::uint64_t handle : loop.sources)
+        if (const Entity* entity = drawing.findByHandle(handle); entity && entity->owner() == hatch.owner())
+            handles.push_back(handle);
+    return handles;
+}
+
+/// Whether there is something to write.
+bool hasBoundary(const HatchEntity& e) {
+    const auto wrong = [](const HatchLoop& loop) {
+        return std::any_of(loop.vertices.begin(), loop.vertices.end(),
+                           [](const Vector2& p) { return !std::isfinite(p.x) || !std::isfinite(p.y); });
+    };
+    if (std::any_of(e.loops.begin(), e.loops.end(), wrong)) return false;
+    return std::any_of(e.loops.begin(), e.loops.end(),
+                       [](const HatchLoop& loop) { return !loop.vertices.empty() || !loop.edges.empty(); });
+}
+
 }  // namespace
+
+/// Boundary objects name the hatches that follow them.
+void Writer::noteFollowers() {
+    const auto scan = [&](const EntityList& list) {
+        for (const Entity& entity : list) {
+            if (entity.type() != EntityType::Hatch) continue;
+            const auto& hatch = static_cast<const HatchEntity&>(entity);
+            if (!hatch.isAssociative() || !hasBoundary(hatch)) continue;
+            for (const HatchLoop& loop : hatch.loops)
+                for (const std::uint64_t handle : followed(drawing_, hatch, loop)) {
+                    std::vector<std::uint64_t>& hatches = hatchesOf_[handle];
+                    if (hatches.empty() || hatches.back() != hatch.handle()) hatches.push_back(hatch.handle());
+                }
+        }
+    };
+    scan(drawing_.modelSpace());
+    for (const auto& layout : drawing_.layouts()) scan(layout->entities);
+    for (const Block* block : saved_.blocks)
+        if (hasOwnContents(*block)) scan(block->entities);
+}
 
 void Writer::hatchEdge(const HatchEdge& edge) {
     GroupWriter& out = *out_;
@@ -96,7 +136,7 @@ void Writer::hatchEdge(const HatchEdge& edge) {
     }
 }
 
-void Writer::hatchLoop(const HatchLoop& loop) {
+void Writer::hatchLoop(const HatchLoop& loop, const std::vector<std::uint64_t>& sources) {
     GroupWriter& out = *out_;
     constexpr std::int32_t polyline = HatchLoop::kPolyline;
     if (loop.isPolyline()) {
@@ -115,7 +155,8 @@ void Writer::hatchLoop(const HatchLoop& loop) {
         out.integer(93, static_cast<std::int64_t>(loop.edges.size()));
         for (const HatchEdge& edge : loop.edges) hatchEdge(edge);
     }
-    out.integer(97, 0);
+    out.integer(97, static_cast<std::int64_t>(sources.size()));
+    for (const std::uint64_t source : sources) out.handle(330, source);
 }
 
 void Writer::hatchPattern(const HatchEntity& e) {
@@ -167,14 +208,7 @@ void Writer::hatchGradient(const HatchGradient& gradient) {
 }
 
 bool Writer::write(const HatchEntity& e, const Target& t) {
-    const auto wrong = [](const HatchLoop& loop) {
-        return std::any_of(loop.vertices.begin(), loop.vertices.end(),
-                           [](const Vector2& p) { return !std::isfinite(p.x) || !std::isfinite(p.y); });
-    };
-    if (e.loops.empty() || std::any_of(e.loops.begin(), e.loops.end(), wrong)) return false;
-    const bool empty = std::all_of(e.loops.begin(), e.loops.end(),
-                                   [](const HatchLoop& loop) { return loop.vertices.empty() && loop.edges.empty(); });
-    if (empty) return false;
+    if (!hasBoundary(e)) return false;
     FieldKeys keys;
     if (!std::all_of(e.loops.begin(), e.loops.end(), isExact)) keys.push_back("loops");
     // The record holds final values; without this a pattern of its own would be made from them.
@@ -207,9 +241,10 @@ bool Writer::write(const HatchEntity& e, const Target& t) {
     else
         out.text(2, e.patternName.empty() ? std::string_view("_U") : e.patternName.view());
     out.flag(70, solid);
-    out.integer(71, 0);
+    out.flag(71, std::any_of(e.loops.begin(), e.loops.end(),
+                             [&](const HatchLoop& loop) { return !followed(drawing_, e, loop).empty(); }));
     out.integer(91, static_cast<std::int64_t>(e.loops.size()));
-    for (const HatchLoop& loop : e.loops) hatchLoop(loop);
+    for (const HatchLoop& loop : e.loops) hatchLoop(loop, followed(drawing_, e, loop));
     out.integer(75, std::clamp(e.islandStyle, 0, 2));
     out.integer(76, std::clamp(e.patternType, 0, 2));
     if (!solid) hatchPattern(e);

@@ -250,13 +250,19 @@ bool Writer::write(const ViewportEntity& e, const Target& t) {
                     [&](Name layer) { return !drawing_.layers.contains(layer) || !isPlain(layer); }))
         keys.push_back("vpFrozenLayers");
     // The twist turns the view, so its centre in view coordinates is the target turned back.
-    const Vector2 target = e.viewTarget;
-    if (e.viewTwist != 0.0) keys.push_back("viewTarget");
+    const bool plan = e.showsPlan();
+    const Vector2 target = plan ? e.viewTarget : Vector2{};
+    if (plan && e.viewTwist != 0.0) keys.push_back("viewTarget");
+    const bool hasDirection = e.viewDirection.is_finite() && e.viewDirection != Vector3{};
+    if (!hasDirection) keys.insert(keys.end(), {"viewDirectionX", "viewDirectionY", "viewDirectionZ"});
+    if (!std::isfinite(e.viewTargetZ)) keys.push_back("viewTargetZ");
     std::int32_t flags = e.statusFlags & ~(ViewportEntity::kLocked | ViewportEntity::kOff);
     if (e.locked) flags |= ViewportEntity::kLocked;
     if (!e.on) flags |= ViewportEntity::kOff;
+    const bool clipped = e.clipEntity() != nullptr;
+    if (clipped) flags |= ViewportEntity::kNonRectangular;
     if (flags != e.statusFlags) keys.push_back("statusFlags");
-    if (e.clipHandle != 0 && e.clipEntity() == nullptr) keys.push_back("clipHandle");
+    if (e.clipHandle != 0 && !clipped) keys.push_back("clipHandle");
     if (e.vpId < 0 || e.vpId > 32767 || (forDwg_ && e.vpId != countedNumber(e, t))) keys.push_back("vpId");
     const OwnData own = gather(e, kElevation, keys);
     for (Space& space : spaces_)
@@ -275,8 +281,10 @@ bool Writer::write(const ViewportEntity& e, const Target& t) {
     out.point(13, e.snapBase);
     out.point(14, e.snapSpacing);
     out.point(15, e.gridSpacing);
-    out.point(16, Vector3{0, 0, 1});
-    out.point(17, Vector3{0, 0, 0});
+    out.point(16, hasDirection ? e.viewDirection : Vector3{0, 0, 1});
+    // Seen from a direction the target itself stands at the centre.
+    const double z = std::isfinite(e.viewTargetZ) ? e.viewTargetZ : 0.0;
+    out.point(17, plan ? Vector3{0, 0, z} : Vector3(e.viewTarget, z));
     out.real(42, 50.0);
     out.real(43, 0.0);
     out.real(44, 0.0);
@@ -286,8 +294,7 @@ bool Writer::write(const ViewportEntity& e, const Target& t) {
     out.integer(72, 1000);
     for (const Name layer : e.vpFrozenLayers)
         if (const auto known = layers_.find(layer.key()); known != layers_.end()) out.handle(331, known->second);
-    const bool clipped = e.clipEntity() != nullptr;
-    out.integer(90, clipped ? flags | engine::ViewportEntity::kNonRectangular : flags);
+    out.integer(90, flags);
     if (clipped) out.handle(340, e.clipHandle);
     out.word(1, "");
     out.integer(281, 0);

@@ -70,36 +70,59 @@ void Writer::sequenceEnd(std::uint64_t owner, const Entity& e, const Target& t) 
     out.text(8, symbol(e.layer));
 }
 
+void Writer::vertices(std::span<const Vector3> points, int flags, const Entity& e, const Target& t,
+                      std::string_view marker) {
+    for (const Vector3& p : points) {
+        vertexHead(e.handle(), e, t, marker);
+        out_->point(10, p);
+        out_->integer(70, flags);
+    }
+}
+
 bool Writer::write(const Polyline3DEntity& e, const Target& t) {
     if (e.vertices.empty()) return false;
-    const OwnData own = gather(e, kNoCommon);
+    // The frame of a curve stands before its points.
+    const bool curved = !e.frame.empty() && (e.curveType == 5 || e.curveType == 6);
+    FieldKeys keys;
+    if (!curved && !e.frame.empty()) keys.push_back("frame");
+    if (!curved && e.curveType != 0) keys.push_back("curveType");
+    const OwnData own = gather(e, kNoCommon, keys);
     polylineHead(e, t, own, "AcDb3dPolyline");
-    out_->integer(70, 8 | (e.closed ? 1 : 0));
+    out_->integer(70, 8 | (e.closed ? 1 : 0) | (curved ? 4 : 0));
+    if (curved) out_->integer(75, e.curveType);
     tail(e, own);
-    for (const Vector3& p : e.vertices) {
-        vertexHead(e.handle(), e, t, "AcDb3dPolylineVertex");
-        out_->point(10, p);
-        out_->integer(70, 32);
-    }
+    constexpr std::string_view kMarker = "AcDb3dPolylineVertex";
+    if (curved) vertices(e.frame, 32 | PolylineRecord::kFramePoint, e, t, kMarker);
+    vertices(e.vertices, curved ? 32 | PolylineRecord::kSplineVertex : 32, e, t, kMarker);
     sequenceEnd(e.handle(), e, t);
     return true;
 }
 
 bool Writer::write(const MeshEntity& e, const Target& t) {
-    const std::size_t columns = e.cols > 0 ? static_cast<std::size_t>(e.cols) : 0;
-    const std::size_t rows = e.rows > 0 ? static_cast<std::size_t>(e.rows) : 0;
-    if (columns < 2 || rows < 2 || columns > 32767 || rows > 32767 || e.vertices.size() != rows * columns) return false;
-    const OwnData own = gather(e, kNoCommon);
+    const auto isGrid = [](std::int32_t rows, std::int32_t columns, std::size_t count) {
+        return rows >= 2 && columns >= 2 && rows <= 32767 && columns <= 32767 &&
+               count == static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
+    };
+    if (!isGrid(e.rows, e.cols, e.vertices.size())) return false;
+    const bool typed = e.surfaceType == 5 || e.surfaceType == 6 || e.surfaceType == 8;
+    const bool smooth = typed && isGrid(e.frameRows, e.frameCols, e.frame.size());
+    FieldKeys keys;
+    const bool plain = e.frame.empty() && e.surfaceType == 0 && e.frameRows == 0 && e.frameCols == 0;
+    if (!smooth && !plain) keys = FieldKeys{"surfaceType", "frameRows", "frameCols", "frame"};
+    const OwnData own = gather(e, kNoCommon, keys);
     polylineHead(e, t, own, "AcDbPolygonMesh");
-    out_->integer(70, 16 | (e.closedM ? 1 : 0) | (e.closedN ? 32 : 0));
-    out_->integer(71, e.rows);
-    out_->integer(72, e.cols);
-    tail(e, own);
-    for (const Vector3& p : e.vertices) {
-        vertexHead(e.handle(), e, t, "AcDbPolygonMeshVertex");
-        out_->point(10, p);
-        out_->integer(70, 64);
+    out_->integer(70, 16 | (e.closedM ? 1 : 0) | (e.closedN ? 32 : 0) | (smooth ? 4 : 0));
+    out_->integer(71, smooth ? e.frameRows : e.rows);
+    out_->integer(72, smooth ? e.frameCols : e.cols);
+    if (smooth) {
+        out_->integer(73, e.rows);
+        out_->integer(74, e.cols);
+        out_->integer(75, e.surfaceType);
     }
+    tail(e, own);
+    constexpr std::string_view kMarker = "AcDbPolygonMeshVertex";
+    if (smooth) vertices(e.frame, 64 | PolylineRecord::kFramePoint, e, t, kMarker);
+    vertices(e.vertices, smooth ? 64 | PolylineRecord::kSplineVertex : 64, e, t, kMarker);
     sequenceEnd(e.handle(), e, t);
     return true;
 }

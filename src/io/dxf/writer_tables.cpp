@@ -1,4 +1,5 @@
 // TABLES, without the dimension styles.
+#include "engine/view_frame.hpp"
 #include "io/dxf/writer.hpp"
 
 namespace kova::io::dxf {
@@ -88,7 +89,7 @@ void Writer::viewportTable() {
     out.real(43, 0.0);
     out.real(44, 0.0);
     out.angle(50, real("SNAPANG", 0.0));
-    out.angle(51, 0.0);
+    out.angle(51, engine::viewTwist(view.viewDirection, view.upHint));
     out.integer(71, 0);
     out.integer(72, 1000);
     out.integer(73, 1);
@@ -299,7 +300,7 @@ void Writer::viewTable() {
         out.real(42, 50.0);
         out.real(43, 0.0);
         out.real(44, 0.0);
-        out.angle(50, 0.0);
+        out.angle(50, engine::viewTwist(view.viewDirection, view.upHint));
         out.integer(71, 0);
         out.integer(281, 0);
         out.integer(72, 0);

@@ -1,4 +1,5 @@
 // Texts, attributes, tolerances.
+#include "engine/entities/mtext_layout.hpp"
 #include "engine/entities/text_line.hpp"
 #include "io/dxf/writer.hpp"
 
@@ -21,6 +22,13 @@ void alignmentKeys(FieldKeys& keys, std::int32_t hAlign, std::int32_t vAlign, st
     if (hAlign < 0 || hAlign > 5) keys.push_back("hAlign");
     if (vAlign < 0 || vAlign > 3) keys.push_back("vAlign");
     if ((generation & ~6) != 0) keys.push_back("generation");
+}
+
+/// Paragraphs for readers that know one line.
+std::string oneLine(std::string_view content) {
+    std::string text = plainText(content);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
 }
 
 }  // namespace
@@ -91,10 +99,12 @@ bool Writer::write(const AttributeDefinitionEntity& e, const Target& t) {
     if (!isPlain(e.textStyle)) keys.push_back("textStyle");
     // A tag is one word in other programs.
     if (e.tag.empty() || e.tag.find(' ') != std::string::npos) keys.push_back("tag");
+    // This release of the format has attributes of one line only.
+    if (e.multiline || e.width != 0.0) keys.insert(keys.end(), {"multiline", "width", "defaultValue"});
     const OwnData own = gather(e, kElevation | kThickness | kNormal, keys);
     head("ATTDEF", e, t, own);
     GroupWriter& out = *out_;
-    textPart(e, e.line(), e.defaultValue);
+    textPart(e, e.line(), e.multiline ? oneLine(e.defaultValue) : e.defaultValue);
     out.subclass("AcDbAttributeDefinition");
     out.integer(280, 0);
     out.text(3, e.prompt);
@@ -103,7 +113,7 @@ bool Writer::write(const AttributeDefinitionEntity& e, const Target& t) {
     out.text(2, tag);
     out.integer(70, (e.invisible ? 1 : 0) | (e.constant ? 2 : 0) | (e.verify ? 4 : 0) | (e.preset ? 8 : 0));
     if (e.vAlign > 0 && e.vAlign <= 3) out.integer(74, e.vAlign);
-    out.integer(280, 0);
+    out.flag(280, e.locked);
     tail(e, own);
     return true;
 }
@@ -132,7 +142,7 @@ void Writer::attribute(const BlockAttribute& a, const BlockReferenceEntity& inse
     line.widthFactor = a.widthFactor;
     line.oblique = a.oblique;
     line.generation = a.generation;
-    textPart(insert, line, a.value);
+    textPart(insert, line, a.multiline ? oneLine(a.value) : a.value);
     out.subclass("AcDbAttribute");
     out.integer(280, 0);
     std::string tag = a.tag.empty() ? "_" : a.tag;
@@ -140,7 +150,7 @@ void Writer::attribute(const BlockAttribute& a, const BlockReferenceEntity& inse
     out.text(2, tag);
     out.integer(70, a.invisible ? 1 : 0);
     if (a.vAlign > 0 && a.vAlign <= 3) out.integer(74, a.vAlign);
-    out.integer(280, 0);
+    out.flag(280, a.locked);
 }
 
 void Writer::rawColor(int code, const Color& color) {

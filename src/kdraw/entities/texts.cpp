@@ -81,9 +81,11 @@ void AttributeLine::describeAttribute(Fields& f, std::string_view marker, std::s
         describeLine(f, shown);
         if (f.reading()) text = std::move(shown);
         f.subclass(marker);
+        if (DxfInput* in = f.input(); in != nullptr && in->find(101)) readParagraphs(f, *in);
         f.constant(280, 0);
         // The second group of this code is the lock.
         if (DxfInput* in = f.input(); in != nullptr && in->find(280)) in->skip();
+        if (DxfOutput* out = f.output(); out != nullptr && lines != nullptr) out->integer(71, kind);
         if (prompt != nullptr) f.text(3, *prompt);
         f.text(2, tag);
         f.rc(70, flags);
@@ -93,6 +95,7 @@ void AttributeLine::describeAttribute(Fields& f, std::string_view marker, std::s
             if (in->seek(280)) lockPosition = in->integer() != 0;
         } else {
             f.b(280, lockPosition);
+            if (lines != nullptr) describeParagraphs(f);
         }
         return;
     }
@@ -112,6 +115,24 @@ void AttributeLine::describeAttribute(Fields& f, std::string_view marker, std::s
         if (f.since(Version::R2010)) f.rc(0, version);
         f.text(0, *prompt);
     }
+}
+
+/// The groups of the text with several lines, as an object inside this one. Columns have no place there.
+void AttributeLine::describeParagraphs(Fields& f) {
+    const MTextEntity::Columns columns = std::exchange(lines->columns, {});
+    f.output()->word(101, "Embedded Object");
+    lines->describeGroups(f);
+    lines->columns = columns;
+}
+
+/// The same the other way; what stands before that object is the present part afterwards.
+void AttributeLine::readParagraphs(Fields& f, DxfInput& in) {
+    const std::size_t begin = in.partBegin(), embedded = in.cursor();
+    if (in.find(71)) kind = static_cast<std::uint8_t>(in.integer());
+    lines = std::make_unique<MTextEntity>();
+    in.setPart(embedded + 1, in.partEnd());
+    lines->describeGroups(f);
+    in.setPart(begin, embedded);
 }
 
 /// A multi-line text with the common part of an entity, but without a record's head.

@@ -73,6 +73,7 @@ public:
     Handle application = 0;  ///< of its annotative data
 
 private:
+    friend class AttributeLine;
     void describeColumns(Fields& f);
     void describeGroups(Fields& f);
     void describeColumnGroups(Fields& f);
@@ -99,6 +100,8 @@ protected:
 
 private:
     void describeLines(Fields& f);
+    void describeParagraphs(Fields& f);
+    void readParagraphs(Fields& f, DxfInput& in);
 };
 
 class AttributeEntity : public AttributeLine {

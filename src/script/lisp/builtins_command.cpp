@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "cmd/calculator.hpp"
 #include "cmd/picking.hpp"
 #include "math/number_text.hpp"
 #include "script/lisp/builtins.hpp"
@@ -149,6 +150,7 @@ private:
         if (!whole) return;
         if (engine::sysVarInt(m.drawing(), "CMDECHO", 1) != 0)
             m.host().print(processor.prompt() + " <Selection set: " + std::to_string(set.handles.size()) + ">");
+        for (const std::vector<Vector2>& window : set.crossings) tool->crossingSelected(window);
         m.document().selection().add(ids);
         tool->selectionChanged();
     }
@@ -174,6 +176,13 @@ Value getVariable(Machine& m, Value* v, int) {
     if (engine::equalNoCase(name, "CLAYER")) return Value::string(m.drawing().currentLayer.str());
     const auto value = engine::getSysVar(m.drawing(), name);
     return value ? fromSysVar(*value) : Value();
+}
+
+Value cal(Machine& m, Value* v, int) {
+    const math::ExpressionResult result = cmd::calculate(m.document(), stringArgument("CAL", v[0]));
+    if (!result.ok()) throw LispError("CAL: " + result.error);
+    if (const auto number = result.number()) return Value::real(*number);
+    return pointValue(std::get<Vector3>(result.value));
 }
 
 Value setVariable(Machine& m, Value* v, int) {
@@ -205,6 +214,8 @@ std::span<const BuiltinDef> commandBuiltins() {
         {"VL-CMDF", 0, kAny, command<true>, "[argument ...]", "As COMMAND; gives T.", "(vl-cmdf \"REGEN\") -> T"},
         {"GETVAR", 1, 1, getVariable, "name", "A system variable's value; nil for an unknown one.",
          "(getvar \"CLAYER\") -> \"0\""},
+        {"CAL", 1, 1, cal, "expression", "What the calculator of the command CAL gives: a real or a point.",
+         "(cal \"2*(3+4)\") -> 14.0"},
         {"SETVAR", 2, 2, setVariable, "name value", "Sets a system variable.", "(setvar \"OSMODE\" 0) -> 0"},
         {"GRAPHSCR", 0, 0, registerCommand, "", "Does nothing: there is one screen.", "(graphscr) -> nil"},
         {"TEXTSCR", 0, 0, registerCommand, "", "Does nothing: there is one screen.", "(textscr) -> nil"},

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "cmd/object_snap.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/text_line.hpp"
 #include "math/angles.hpp"
@@ -143,6 +144,15 @@ Value textBox(Machine& m, Value* v, int) {
     return Value::list({pointValue(Vector3(box.min)), pointValue(Vector3(box.max))});
 }
 
+Value osnap(Machine& m, Value* v, int) {
+    engine::Drawing& d = m.drawing();
+    const Vector2 pick = worldPoint(d, pointArgument("OSNAP", v[0]));
+    const auto words = cmd::parseSnapWords(stringArgument("OSNAP", v[1]));
+    if (!words) return {};
+    const auto found = cmd::snapTo(m.document(), words->kinds, pick, d.lastPoint);
+    return found ? pointValue(userPoint(d, *found, 0.0)) : Value();
+}
+
 }  // namespace
 
 std::span<const BuiltinDef> geometryBuiltins() {
@@ -160,6 +170,10 @@ std::span<const BuiltinDef> geometryBuiltins() {
          "its "
          "object coordinate system.",
          "(trans '(1 2 3) 0 1) -> (1.0 2.0 3.0)"},
+        {"OSNAP", 2, 2, osnap, "point modes",
+         "The point that object snap words mean near a point: END MID CEN GCEN NOD QUA INT INS PER TAN NEA, several "
+         "with commas between; PER and TAN from the last point. nil: there is none.",
+         "(osnap '(5 5) \"end,mid\") -> nil"},
         {"TEXTBOX", 1, 1, textBox, "list", "Two corners of the box of a text, seen from its start and not turned.",
          "(textbox '((0 . \"TEXT\") (1 . \"\"))) -> nil"},
     };

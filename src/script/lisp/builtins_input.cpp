@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "cmd/picking.hpp"
-#include "cmd/point_input.hpp"
+#include "cmd/point_entry.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/units.hpp"
@@ -74,7 +74,7 @@ public:
 
     bool accept(Machine& m, const std::string& line, Value& result) override {
         const std::string text(cmd::trimmed(line));
-        if (text.empty()) {
+        if (text.empty() && !entry_.waiting()) {
             if (kind_ == Ask::Text) {
                 result = Value::string({});
                 return true;
@@ -91,7 +91,9 @@ public:
             result = Value::string(keyword);
             return true;
         }
+        told_ = false;
         if (read(m, text, result)) return !waiting_;
+        if (told_) return false;
         if ((state_.bits & InitgetState::kAnyInput) != 0) {
             result = Value::string(line);
             return true;
@@ -99,6 +101,9 @@ public:
         if (!refused_) refuse(m, refusal());
         refused_ = false;
         return false;
+    }
+    std::string prompt(const Machine& m) const override {
+        return entry_.waiting() ? entry_.prompt() : Question::prompt(m);
     }
 
 private:
@@ -120,14 +125,21 @@ private:
         result = std::move(made);
         return true;
     }
-    std::optional<Vector2> point(Machine& m, const std::string& text) const {
-        const engine::Drawing& d = m.drawing();
-        return cmd::parsePointInput(text, first_ ? *first_ : base_.value_or(d.lastPoint), {}, cmd::PointContext::of(d));
+    /// The point of a line, by snap words, too; nothing (told_) when it only is a part of one.
+    std::optional<Vector2> point(Machine& m, const std::string& text) {
+        const Vector2 base = first_ ? *first_ : base_.value_or(m.drawing().lastPoint);
+        const auto result = entry_.feed(m.document(), text, base, first_ ? first_ : base_, base);
+        if (result == cmd::PointEntry::Result::Point) return entry_.point();
+        told_ = result != cmd::PointEntry::Result::NotMine;
+        if (!entry_.refusal().empty()) m.host().print(entry_.refusal());
+        return std::nullopt;
     }
 
     bool read(Machine& m, const std::string& text, Value& result) {
         engine::Drawing& d = m.drawing();
-        const bool isPlainNumber = cmd::parseNumber(text).has_value();
+        // Among the points of a snap word a number is no answer of its own.
+        const bool within = entry_.waiting();
+        const bool isPlainNumber = !within && cmd::parseNumber(text).has_value();
         switch (kind_) {
             case Ask::Real: {
                 auto v = cmd::parseNumber(text);
@@ -139,6 +151,7 @@ private:
                 return v && number(m, *v, Value::integer(*v), result);
             }
             case Ask::Distance: {
+                if (within) return measure(m, text, result, false);
                 auto v = cmd::parseNumber(text);
                 if (!v) v = engine::parseDistance(text);
                 if (v) return number(m, *v, Value::real(*v), result);
@@ -146,6 +159,7 @@ private:
             }
             case Ask::Angle:
             case Ask::Orientation: {
+                if (within) return measure(m, text, result, true);
                 const cmd::PointContext context = cmd::PointContext::of(d);
                 auto v = cmd::parseAngleInput(text, context);
                 if (!v)
@@ -161,7 +175,9 @@ private:
                 const auto p = point(m, text);
                 if (!p) return false;
                 d.lastPoint = *p;
-                result = pointValue(userPoint(d, *p, typedHeight(d, text)));
+                const bool plain = !within && cmd::parsePointInput(text, {}, {}).has_value();
+                const double height = plain ? typedHeight(d, text) : engine::sysVarReal(d, "ELEVATION");
+                result = pointValue(userPoint(d, *p, height));
                 return true;
             }
             case Ask::Keyword:
@@ -205,8 +221,10 @@ private:
     InitgetState state_;
     std::optional<Vector2> base_;  ///< world
     std::optional<Vector2> first_;
+    cmd::PointEntry entry_;
     bool waiting_ = false;
     bool refused_ = false;
+    bool told_ = false;
 };
 
 /// Shows a prompt: lines before its last one go to the transcript, and blanks behind it are dropped.

@@ -20,7 +20,7 @@ Value newSelection() {
 
 /// The entities that pass the filter as a set; nil when there are none.
 Value selectionOf(Machine& m, const std::vector<std::uint64_t>& ids, const EntityFilter& filter, bool unlocked,
-                  bool remember) {
+                  bool remember, cmd::CrossingWindows crossings = {}) {
     Value set = newSelection();
     auto* selection = set.as<SelectionObject>();
     std::vector<std::uint64_t> kept;
@@ -35,7 +35,8 @@ Value selectionOf(Machine& m, const std::vector<std::uint64_t>& ids, const Entit
         if (selection->add(e->handle())) kept.push_back(id);
     }
     if (selection->handles.empty()) return {};
-    if (remember) m.host().processor().setPreviousSelection(std::move(kept));
+    if (remember) m.host().processor().setPreviousSelection(std::move(kept), crossings);
+    selection->crossings = std::move(crossings);
     return set;
 }
 
@@ -95,7 +96,7 @@ private:
         const std::vector<std::uint64_t> ids = document_.selection().ids();
         document_.selection().clear();
         done_ = true;
-        result = selectionOf(m, ids, filter_, modes_.unlocked, true);
+        result = selectionOf(m, ids, filter_, modes_.unlocked, true, dialogue_.crossings());
         return true;
     }
 
@@ -137,6 +138,7 @@ Value ssGet(Machine& m, Value* v, int n) {
     };
     std::vector<std::uint64_t> ids;
     std::vector<Vector2> points;
+    cmd::CrossingWindows crossings;
     bool twoPoints = method == "W" || method == "C" || method == "B";
     bool manyPoints = method == "WP" || method == "CP" || method == "F";
     if (twoPoints) {
@@ -174,14 +176,17 @@ Value ssGet(Machine& m, Value* v, int n) {
     } else if (twoPoints) {
         const bool crossing = method == "C" || (method == "B" && points[1].x < points[0].x);
         ids = cmd::selectBox(document, points[0], points[1], crossing);
+        if (crossing)
+            crossings.push_back({points[0], {points[1].x, points[0].y}, points[1], {points[0].x, points[1].y}});
     } else if (method == "F") {
         if (points.size() >= 2) ids = cmd::selectFence(document, points);
     } else if (manyPoints) {
         if (points.size() >= 3) ids = cmd::selectPolygon(document, points, method == "CP");
+        if (points.size() >= 3 && method == "CP") crossings.push_back(points);
     } else {
         badArgument("SSGET", "a selection mode", v[0]);
     }
-    return selectionOf(m, ids, filter, modes.unlocked, method != "X");
+    return selectionOf(m, ids, filter, modes.unlocked, method != "X", std::move(crossings));
 }
 
 Value ssLength(Machine&, Value* v, int) {

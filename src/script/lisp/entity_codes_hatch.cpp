@@ -61,7 +61,7 @@ void writeHatch(GroupWriter& out, const HatchEntity& h) {
     out.point(210, h.normal());
     out.text(2, h.patternName.view());
     out.integer(70, h.isSolid() ? 1 : 0);
-    out.integer(71, 0);
+    out.integer(71, h.isAssociative() ? 1 : 0);
     out.integer(91, static_cast<std::int64_t>(h.loops.size()));
     for (const HatchLoop& loop : h.loops) {
         const bool polyline = loop.isPolyline();
@@ -79,7 +79,8 @@ void writeHatch(GroupWriter& out, const HatchEntity& h) {
             out.integer(93, static_cast<std::int64_t>(loop.edges.size()));
             for (const HatchEdge& edge : loop.edges) writeEdge(out, edge);
         }
-        out.integer(97, 0);
+        out.integer(97, static_cast<std::int64_t>(loop.sources.size()));
+        for (const std::uint64_t source : loop.sources) out.entity(330, source);
     }
     out.integer(75, h.islandStyle);
     out.integer(76, h.patternType);
@@ -187,6 +188,7 @@ void readHatch(const GroupList& in, HatchEntity& h) {
         h.patternScale = in.real(41, h.patternScale);
         return;
     }
+    const bool follows = in.integer(71, 0) != 0;
     Cursor c(groups, at);
     const std::int64_t loops = c.count(91);
     std::vector<HatchLoop> made;
@@ -206,7 +208,10 @@ void readHatch(const GroupList& in, HatchEntity& h) {
             for (std::int64_t k = 0; k < edges; ++k) loop.edges.push_back(readEdge(c));
         }
         if (c.is(97)) c.skip();
-        while (c.is(330)) c.skip();
+        while (c.is(330)) {
+            const Value& source = c.need(330);
+            if (follows && source.isEntity()) loop.sources.push_back(source.handle());
+        }
         made.push_back(std::move(loop));
     }
     h.loops = std::move(made);

@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "math/vector2.hpp"
+
 namespace kova::script::lisp {
 
 /// What ends an evaluation: its text follows "; error: ".
@@ -170,6 +172,7 @@ struct SelectionObject final : Object {
     bool remove(std::uint64_t handle);
     std::vector<std::uint64_t> handles;
     std::unordered_set<std::uint64_t> members;
+    std::vector<std::vector<math::Vector2>> crossings;  ///< windows that selected them, for STRETCH
 };
 /// An open text file; closed with the last value that names it.
 struct FileObject final : Object {

@@ -1,0 +1,355 @@
+// What holds for every command: one step of UNDO, locked layers, P, Escape and Enter at every prompt, and any answer
+// whatever. A table of conversations leads the commands that edit, draw and annotate to where they change something.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <random>
+
+#include "cmd/harness.hpp"
+#include "io/native/native_file.hpp"
+
+namespace kova::cmd {
+namespace {
+
+/// The native text of a drawing that has something for every conversation: see kScene.
+const std::vector<std::string> kScene = {
+    "-LAYER Make Other Color 3", "", "", "-LAYER Make Walls Color 1", "", "", "LINE 0,0 10,0", "", "LINE 10,0 10,10", "",
+    "LINE 0,5 8,5", "", "CIRCLE 5,30 3", "ARC 20,0 25,5 30,0", "RECTANGLE 20,20 40,30", "PLINE 50,0 60,0 60,10 70,10", "",
+    "ELLIPSE 90,0 100,0 3", "SPLINE 0,50 5,59 10,50 20,55", "", "TEXT 0,80 2 0", "upper text", "", "TEXT 30,80 2 0",
+    "more", "", "MTEXT 60,90 80,80 paragraph", "", "DIMLINEAR 0,0 10,0 5,-5", "DIMLINEAR 0,0 10,0 5,-9",
+    "-HATCH 30,25", "", "ATTDEF", "", "TAG", "Prompt", "v", "200,200", "1", "0", "BLOCK B1 200,200 L", "", "",
+    "INSERT B1 100,50 1 1 0 w", "MLEADER 0,100 10,110", "note", "", "MLEADER 40,100 50,110", "note 2", "",
+    "LEADER 80,100 90,110", "", "old note", "", "TABLE", "2", "2", "150,150", "", "", "", "", "", "", "", "", "-LAYER Set Other", "", "LINE 300,0 310,0", "", "ELEV 5", "", "LINE 300,20 310,20", "", "ELEV 0", "",
+    "LINE 300,40 310,40", "", "LINE 300,40 310,40", "", "COLOR 4", "LINE 300,60 310,60", "", "COLOR ByLayer",
+    "LINE 4,-3 4,8", "", "TEXT 350,80 2 180", "turned", ""};
+
+/// A command with the answers to its questions: what is selected first, then the rest.
+struct Conversation {
+    std::string command;
+    std::vector<std::string> selection;  ///< without the Enter that ends it; empty: the command selects nothing
+    std::vector<std::string> answers;
+    bool selectsBefore = true;  ///< takes what stands selected
+    std::string step = {};      ///< the label of the step of undo, when it is not the command's name
+};
+
+const std::vector<Conversation>& conversations() {
+    static const std::vector<Conversation> all = {
+        // Editing
+        {"ERASE", {"5,0", "27,30"}, {}},
+        {"MOVE", {"5,0", "8,30"}, {"0,0", "3,4"}},
+        {"COPY", {"5,0", "8,30"}, {"0,0", "3,4", "6,8", ""}},
+        {"ROTATE", {"5,0", "27,30"}, {"0,0", "30"}},
+        {"SCALE", {"5,0", "8,30"}, {"0,0", "2"}},
+        {"MIRROR", {"5,0", "8,30"}, {"0,0", "1,1", "Y"}},
+        {"MIRROR", {"5,0", "8,30"}, {"0,0", "1,1", "N"}},
+        {"STRETCH", {"C", "12,12", "9,-1"}, {"0,0", "2,2"}},
+        {"ALIGN", {"5,0"}, {"0,0", "50,50", "10,0", "50,70", "", "N"}},
+        {"MOCORO", {"5,0"}, {"0,0", "M", "1,1", "R", "30", "S", "2", ""}},
+        {"ARRAY", {"5,0"}, {"R", ""}},
+        {"ARRAYRECT", {"5,0"}, {""}},
+        {"ARRAYPOLAR", {"5,0"}, {"50,50", ""}},
+        {"ARRAYPATH", {"8,30"}, {"55,0", ""}},
+        {"EXPLODE", {"27,30"}, {}},
+        {"XPLODE", {"27,30"}, {"C", "1"}},
+        {"JOIN", {"5,0", "10,5"}, {}},
+        {"REVERSE", {"5,0"}, {}},
+        {"CHPROP", {"5,0"}, {"C", "2", ""}},
+        {"CHANGE", {"5,0"}, {"P", "C", "2", ""}},
+        {"DRAWORDER", {"5,0"}, {"F"}},
+        {"DRAWORDER", {"L"}, {"B"}},
+        {"FLATTEN", {}, {}},
+        {"OVERKILL", {"ALL"}, {""}},
+        {"SETBYLAYER", {"ALL"}, {"", ""}},
+        {"BURST", {"L", "100,50"}, {}},
+        {"TCASE", {"2,81"}, {"Upper"}},
+        {"TCOUNT", {"2,81"}, {"X", "1,1", "P"}},
+        {"TCIRCLE", {"2,81"}, {"0.35", "C", "C"}},
+        {"TEXTMASK", {"2,81"}, {}},
+        {"TORIENT", {}, {}},
+        {"TXT2MTXT", {"2,81", "31,81"}, {}},
+        {"SCALETEXT", {"2,81"}, {"E", "5"}},
+        {"JUSTIFYTEXT", {"2,81"}, {"MC"}},
+        {"TEXTALIGN", {"2,81", "31,81"}, {"2,81", "2,60"}},
+        {"LENGTHEN", {}, {"DE", "2", "9,0", ""}},
+        {"BREAK", {}, {"3,0", "6,0"}},
+        {"FILLET", {}, {"R", "1", "5,0", "10,5"}},
+        {"CHAMFER", {}, {"D", "1", "1", "5,0", "10,5"}},
+        {"TRIM", {}, {"", "3,5", ""}},
+        {"EXTEND", {}, {"", "7,5", ""}},
+        {"OFFSET", {}, {"1", "5,0", "5,3", ""}},
+        {"EXOFFSET", {}, {"1", "5,0", "5,3", ""}},
+        {"PEDIT", {}, {"55,0", "W", "1", ""}},
+        {"MPEDIT", {"55,0", "5,0"}, {"Y", "W", "1", ""}},
+        {"SPLINEDIT", {}, {"0,50", "R", ""}},
+        {"MATCHPROP", {}, {"305,0", "5,0", ""}},
+        {"NCOPY", {}, {"5,0", "", "0,0", "0,20"}},
+        {"HATCHEDIT", {}, {"30,25", "P", "ANSI32", "1", "0"}},
+        {"DDEDIT", {}, {"2,81", "changed", ""}},
+        // Drawing
+        {"LINE", {}, {"0,0", "1,1", "2,0", "C"}},
+        {"PLINE", {}, {"0,0", "1,1", "A", "2,0", ""}},
+        {"CIRCLE", {}, {"0,0", "1"}},
+        {"ARC", {}, {"0,0", "1,1", "2,0"}},
+        {"ELLIPSE", {}, {"0,0", "4,0", "1"}},
+        {"RECTANGLE", {}, {"0,0", "4,3"}},
+        {"POLYGON", {}, {"5", "0,0", "I", "3"}},
+        {"POINT", {}, {"1,2"}},
+        {"DONUT", {}, {"1", "2", "0,0", "5,5", ""}},
+        {"RAY", {}, {"0,0", "1,1", "2,0", ""}},
+        {"XLINE", {}, {"0,0", "1,1", "2,0", ""}},
+        {"SOLID", {}, {"0,0", "1,0", "0,1", "1,1", ""}},
+        {"SPLINE", {}, {"0,0", "1,1", "2,0", ""}},
+        {"MLINE", {}, {"0,0", "10,0", "10,10", ""}},
+        {"3DFACE", {}, {"0,0", "1,0", "1,1", "0,1", ""}},
+        {"3DPOLY", {}, {"0,0,0", "1,0,1", "1,1,2", ""}},
+        {"HELIX", {}, {"0,0", "2", "1", "10"}},
+        {"REVCLOUD", {}, {"R", "0,0", "30,20"}},
+        {"WIPEOUT", {}, {"0,0", "5,0", "5,5", ""}},
+        {"BREAKLINE", {}, {"0,0", "20,0", ""}},
+        {"BOUNDARY", {}, {"30,25", ""}},
+        {"REGION", {"8,30"}, {}},
+        {"-HATCH", {}, {"5,30", ""}},
+        {"DIVIDE", {}, {"5,0", "4"}},
+        {"MEASURE", {}, {"5,0", "3"}},
+        {"ADDSELECTED", {}, {"8,30", "0,0", "4"}, true, "CIRCLE"},
+        // Annotating
+        {"TEXT", {}, {"0,0", "2", "0", "hello", ""}},
+        {"MTEXT", {}, {"0,0", "10,10", "hello", ""}},
+        {"DIMLINEAR", {}, {"0,0", "10,0", "5,5"}},
+        {"DIMALIGNED", {}, {"0,0", "10,10", "5,9"}},
+        {"DIMANGULAR", {}, {"5,0", "10,5", "8,2"}},
+        {"DIMRADIUS", {}, {"8,30", "12,32"}},
+        {"DIMDIAMETER", {}, {"8,30", "12,32"}},
+        {"DIMJOGGED", {}, {"8,30", "0,20", "12,32", "10,31"}},
+        {"DIMARC", {}, {"25,5", "25,8"}},
+        {"DIMCENTER", {}, {"8,30"}},
+        {"DIMORDINATE", {}, {"10,10", "10,20"}},
+        {"DIMBASELINE", {}, { "5,-9", "20,0", "", ""}},
+        {"DIMCONTINUE", {}, { "5,-9", "20,0", "", ""}},
+        {"DIMEDIT", {}, {"R", "30", "5,-5", ""}},
+        {"DIMTEDIT", {}, {"5,-5", "2,-5"}},
+        {"DIMOVERRIDE", {}, {"DIMTXT", "5", "", "5,-5", ""}},
+        {"DIMSPACE", {}, {"5,-5", "5,-9", "", "6"}},
+        {"DIMDISASSOCIATE", {"5,-5"}, {}},
+        {"QDIM", {"5,0", "10,5"}, {"5,20"}},
+        {"LEADER", {}, {"0,0", "5,5", "", "note", ""}},
+        {"QLEADER", {}, {"0,0", "5,5", "", "", "note", ""}},
+        {"MLEADER", {}, {"0,0", "5,5", "note", ""}},
+        {"MLEADERALIGN", {"51,110", "11,110"}, {"11,110", "10,200"}},
+        {"TOLERANCE", {}, {"PO", "0.1", "", "", "0,0"}},
+        {"TABLE", {}, {"2", "2", "0,0", "a", "", "", "", "", "", "", ""}},
+        // Layers, groups and blocks
+        {"LAYMCH", {"5,0"}, {"305,0"}},
+        {"LAYCUR", {"5,0"}, {}},
+        {"COPYTOLAYER", {"5,0"}, {"305,0", "X"}},
+        {"LAYISO", {"305,0"}, {}},
+        {"LAYOFF", {}, {"5,0", "", ""}},
+        {"LAYFRZ", {}, {"5,0", "", ""}},
+        {"LAYLCK", {}, {"5,0"}},
+        {"LAYMCUR", {}, {"5,0"}},
+        {"GROUP", {"5,0", "10,5"}, {}},
+        {"BLOCK", {}, {"B9", "0,0", "5,0", ""}},
+        {"INSERT", {}, {"B1", "5,5", "1", "1", "0", "x"}},
+        {"MINSERT", {}, {"B1", "5,5", "1", "1", "0", "2", "2", "10", "10", "x"}},
+        {"ATTDEF", {}, {"", "TAG", "Prompt", "v", "1,1", "1", "0"}},
+        {"HIDEOBJECTS", {"5,0"}, {}},
+        {"ISOLATEOBJECTS", {"5,0"}, {}},
+        {"CUTCLIP", {"5,0"}, {}},
+    };
+    return all;
+}
+
+/// The drawing of kScene in native text; made once.
+const std::string& scene() {
+    static const std::string text = [] {
+        Console c;
+        c.run(kScene);
+        EXPECT_TRUE(c.idle()) << c.prompt();
+        return io::native::nativeText(c.drawing());
+    }();
+    return text;
+}
+
+/// What undo answers for. Variables, among them remembered defaults, and counters go their own ways.
+nlohmann::json contents(Console& c) {
+    nlohmann::json all = nlohmann::json::parse(io::native::nativeText(c.drawing()));
+    all.erase("systemVariables");
+    all.erase("nextHandle");
+    return all;
+}
+
+/// Where two contents differ, in a few words.
+std::string difference(const nlohmann::json& a, const nlohmann::json& b) {
+    for (const auto& [name, value] : a.items()) {
+        if (b.contains(name) && b[name] == value) continue;
+        if (!b.contains(name)) return name + " is gone";
+        if (!value.is_array() || value.size() != b[name].size())
+            return name + ": " + std::to_string(value.size()) + " against " + std::to_string(b[name].size()) + " " +
+                   value.dump().substr(0, 200) + " | " + b[name].dump().substr(0, 200);
+        for (std::size_t i = 0; i < value.size(); ++i)
+            if (value[i] != b[name][i]) return name + ":\n  " + value[i].dump() + "\n  " + b[name][i].dump();
+    }
+    return a == b ? "" : "a member more";
+}
+
+/// A console with the scene opened in it.
+class Scene : public Console {
+public:
+    Scene() {
+        auto drawing = std::make_unique<engine::Drawing>();
+        EXPECT_EQ(io::native::loadNativeText(scene(), *drawing), "");
+        document.setDrawing(std::move(drawing));
+    }
+};
+
+std::vector<std::string> linesOf(const Conversation& talk) {
+    std::vector<std::string> lines = {talk.command};
+    lines.insert(lines.end(), talk.selection.begin(), talk.selection.end());
+    if (!talk.selection.empty()) lines.emplace_back();
+    lines.insert(lines.end(), talk.answers.begin(), talk.answers.end());
+    return lines;
+}
+
+std::string plainName(const std::string& command) { return command[0] == '-' ? command.substr(1) : command; }
+
+/// What is wrong with a conversation that has been held: it must end, change something, and be one step.
+std::string faultOf(Scene& c, const nlohmann::json& before, const std::string& step) {
+    if (!c.idle()) return "waits with " + c.prompt();
+    const nlohmann::json after = contents(c);
+    if (before == after) return "nothing changed";
+    const std::size_t steps = c.document.history().undoCount();
+    if (steps != 1) return std::to_string(steps) + " steps";
+    if (const std::string label = c.document.history().undoLabel(); label != step) return "is undone as " + label;
+    c.feed("UNDO");
+    if (const std::string text = difference(before, contents(c)); !text.empty()) return "after UNDO " + text;
+    c.feed("REDO");
+    if (const std::string text = difference(after, contents(c)); !text.empty()) return "after REDO " + text;
+    return {};
+}
+
+TEST(EveryCommand, IsOneStepOfUndo) {
+    for (const Conversation& talk : conversations()) {
+        Scene c;
+        const nlohmann::json before = contents(c);
+        c.run(linesOf(talk));
+        EXPECT_EQ(faultOf(c, before, talk.step.empty() ? plainName(talk.command) : talk.step), "")
+            << talk.command << ": " << testing::PrintToString(c.lines);
+    }
+}
+
+TEST(EveryCommand, LeavesLockedAndFrozenLayersAlone) {
+    for (const Conversation& talk : conversations()) {
+        for (const char* how : {"LOck", "Freeze", "OFF"}) {
+            SCOPED_TRACE(talk.command + " " + how);
+            Scene c;
+            c.run({std::string("-LAYER ") + how + " Walls", ""});
+            while (!c.idle()) c.feed("");
+            c.document.history().clear();
+            // Hidden for a while is not changed.
+            const auto walls = [&c] {
+                std::map<std::uint64_t, nlohmann::json> found;
+                for (nlohmann::json& e : contents(c)["entities"]) {
+                    e.erase("visible");
+                    if (e["layer"] == "Walls") found[e["handle"]] = e;
+                }
+                return found;
+            };
+            const auto before = walls();
+            ASSERT_GT(before.size(), 15u);
+            c.run(linesOf(talk));
+            c.processor.cancel();
+            const auto after = walls();
+            for (const auto& [handle, entity] : before) {
+                const auto now = after.find(handle);
+                if (now != after.end() && now->second == entity) continue;
+                ADD_FAILURE() << entity << "\n" << (now == after.end() ? nlohmann::json("is gone") : now->second);
+                break;
+            }
+        }
+    }
+}
+
+TEST(EveryCommand, LeavesItsSelectionAsThePreviousOne) {
+    for (const Conversation& talk : conversations()) {
+        if (talk.selection.empty()) continue;
+        SCOPED_TRACE(talk.command);
+        Scene c;
+        c.feed("SELECT");
+        c.run(talk.selection);
+        const std::vector<std::uint64_t> wanted = c.selected();
+        c.processor.cancel();
+        c.feed("DESELECT");
+        Scene d;
+        d.run({"SELECT", "305,0", ""});
+        d.feed("DESELECT");
+        d.run(linesOf(talk));
+        EXPECT_EQ(d.processor.previousSelection().size(), wanted.size());
+        EXPECT_TRUE(d.selected().empty() || talk.command == "GROUP") << d.selected().size();
+    }
+}
+
+TEST(EveryCommand, TakesWhatStandsSelected) {
+    for (const Conversation& talk : conversations()) {
+        if (talk.selection.empty() || !talk.selectsBefore) continue;
+        SCOPED_TRACE(talk.command);
+        Scene c;
+        c.run(linesOf(talk));
+        Scene d;
+        d.feed("SELECT");
+        d.run(talk.selection);
+        d.run({"", talk.command});
+        // Those that show what is selected first are told to go on.
+        if (d.processor.isActive() && d.processor.tool()->isSelectingObjects()) d.feed("");
+        d.run(talk.answers);
+        EXPECT_TRUE(d.idle()) << d.prompt();
+        EXPECT_EQ(difference(contents(c), contents(d)), "");
+    }
+}
+
+TEST(EveryCommand, EndsAtEscapeAtEveryPrompt) {
+    for (const Conversation& talk : conversations()) {
+        const std::vector<std::string> lines = linesOf(talk);
+        for (std::size_t count = 1; count < lines.size(); ++count) {
+            SCOPED_TRACE(talk.command + " after " + std::to_string(count));
+            Scene c;
+            const nlohmann::json before = contents(c);
+            for (std::size_t i = 0; i < count; ++i) c.feed(lines[i]);
+            c.processor.cancel();
+            EXPECT_TRUE(c.idle());
+            EXPECT_FALSE(c.document.isGroupOpen());
+            if (!c.document.history().canUndo()) {
+                EXPECT_EQ(difference(before, contents(c)), "");
+                continue;
+            }
+            const nlohmann::json after = contents(c);
+            EXPECT_EQ(c.document.history().undoCount(), 1u);
+            c.feed("UNDO");
+            EXPECT_EQ(difference(before, contents(c)), "");
+            c.feed("REDO");
+            EXPECT_EQ(difference(after, contents(c)), "");
+        }
+    }
+}
+
+TEST(EveryCommand, TakesEnterAtEveryPrompt) {
+    for (const Conversation& talk : conversations()) {
+        const std::vector<std::string> lines = linesOf(talk);
+        for (std::size_t count = 1; count < lines.size(); ++count) {
+            SCOPED_TRACE(talk.command + " after " + std::to_string(count));
+            Scene c;
+            const nlohmann::json before = contents(c);
+            for (std::size_t i = 0; i < count; ++i) c.feed(lines[i]);
+            for (int i = 0; i < 12 && !c.idle(); ++i) c.feed("");
+            EXPECT_TRUE(c.idle()) << c.prompt();
+            c.processor.cancel();
+            while (c.document.undo()) {
+            }
+            EXPECT_EQ(difference(before, contents(c)), "");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace kova::cmd
