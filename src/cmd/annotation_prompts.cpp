@@ -106,7 +106,7 @@ Task<std::string> askParagraphs(Ask& ask, std::string first, std::string next) {
     std::string content;
     std::string prompt = std::move(first);
     for (;;) {
-        const Answer line = co_await ask.text(prompt);
+        const Answer line = co_await ask.line(prompt);
         if (!line.isText()) co_return content;
         if (!content.empty()) content += "\\P";
         content += line.text;

@@ -2,6 +2,7 @@
 
 #include "cmd/picking.hpp"
 #include "cmd/point_entry.hpp"
+#include "cmd/read_only_pick.hpp"
 #include "cmd/selection.hpp"
 #include "engine/name.hpp"
 #include "math/angles.hpp"
@@ -217,6 +218,7 @@ bool Ask::accept(const std::string& line) {
         }
         case Kind::Object: {
             engine::Entity* entity = nullptr;
+            const char* missing = "No object found.";
             const std::string upper = engine::upperCase(line);
             if (!isWithinPoint() && (upper == "L" || upper == "LAST")) {
                 entity = tool_.drawing().findById(lastEntity(tool_.document()));
@@ -227,14 +229,18 @@ bool Ask::accept(const std::string& line) {
             } else if (const auto p = acceptPoint(line, lastPoint(), noPoint)) {
                 // What lies in front but is of no use here does not hide what is.
                 entity = pickEntity(tool_.document(), *p, request_.filter);
+                const bool reads = request_.filter.target<ReadOnlyFilter>() != nullptr;
+                if (entity == nullptr && reads) entity = pickLocked(tool_.document(), *p, request_.filter);
                 if (entity == nullptr && request_.filter) entity = pickEntity(tool_.document(), *p);
+                if (entity == nullptr && pickLocked(tool_.document(), *p) != nullptr)
+                    missing = "Object is on a locked layer.";
                 answer_.point = *p;
             } else {
                 return false;
             }
             if (entity == nullptr || (request_.filter && !request_.filter(*entity))) {
                 if (entity == nullptr)
-                    tool_.message("No object found.");
+                    tool_.message(missing);
                 else
                     refuse("Object cannot be used here.");
                 return false;

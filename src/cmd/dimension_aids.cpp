@@ -3,6 +3,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/outline_parts.hpp"
 #include "cmd/picking.hpp"
+#include "cmd/read_only_pick.hpp"
 #include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/entities/dimension_geometry.hpp"
@@ -121,7 +122,8 @@ std::vector<DimensionLink> PickedPiece::arcLinks() const {
 Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string prompt,
                             std::function<bool(const engine::Entity&)> filter) {
     if (document.drawing().isModelSpaceCurrent()) {
-        Answer picked = co_await ask.object(std::move(prompt), {}, std::move(filter));
+        const ReadOnlyFilter reads{std::move(filter)};
+        Answer picked = co_await ask.object(std::move(prompt), {}, reads);
         co_return picked;
     }
     for (;;) {
@@ -139,6 +141,7 @@ Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string promp
                        parsePointInput(answer.text, ask.lastPoint(), {}, PointContext::of(document.drawing()))) {
             answer.point = *p;
             entity = pickEntity(document, *p, filter);
+            if (entity == nullptr) entity = pickLocked(document, *p, filter);
             if (entity == nullptr) entity = pickThroughViewport(document, *p, filter);
             if (entity == nullptr) entity = pickEntity(document, *p);
         } else {
@@ -173,9 +176,29 @@ std::optional<PickedPiece> pieceAt(doc::Document& document, const Answer& picked
     return piece;
 }
 
-bool hasPiece(const engine::Entity& entity) { return pickedPiece(entity, {}).has_value(); }
+namespace {
+
+/// What notes and fills draw is not dimensioned, though lines are drawn there.
+bool isAnnotation(const engine::Entity& entity) {
+    using engine::EntityType;
+    switch (entity.type()) {
+        case EntityType::Dimension:
+        case EntityType::Leader:
+        case EntityType::MLeader:
+        case EntityType::Tolerance:
+        case EntityType::Hatch:
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+bool hasPiece(const engine::Entity& entity) { return !isAnnotation(entity) && pickedPiece(entity, {}).has_value(); }
 
 bool hasRoundPiece(const engine::Entity& entity) {
+    if (isAnnotation(entity)) return false;
     class RoundSink final : public engine::OutlineSink {
     public:
         using OutlineSink::fill;

@@ -1,10 +1,9 @@
 #include "cmd/picking.hpp"
 
 #include "cmd/point_input.hpp"
-#include "cmd/point_input.hpp"
+#include "cmd/read_only_pick.hpp"
 #include "cmd/shape_test.hpp"
 #include "doc/spatial_index.hpp"
-#include "math/number_text.hpp"
 #include "math/number_text.hpp"
 
 namespace kova::cmd {
@@ -40,6 +39,16 @@ engine::Entity* pickEntity(doc::Document& document, const Vector2& p,
                            const std::function<bool(const engine::Entity&)>& filter) {
     return document.spatialIndex().nearest(p, pickTolerance(document), [&](const engine::Entity& e) {
         return document.isSelectable(e) && (!filter || filter(e));
+    });
+}
+
+engine::Entity* pickLocked(doc::Document& document, const Vector2& p,
+                           const std::function<bool(const engine::Entity&)>& filter) {
+    const engine::Drawing& drawing = document.drawing();
+    return document.spatialIndex().nearest(p, pickTolerance(document), [&](const engine::Entity& e) {
+        if (!e.visible || e.owner() != &drawing.currentSpace()) return false;
+        const engine::Layer* layer = drawing.layers.find(e.layer);
+        return layer != nullptr && layer->locked && layer->isVisible() && (!filter || filter(e));
     });
 }
 

@@ -4,6 +4,7 @@
 
 #include "cmd/picking.hpp"
 #include "cmd/point_entry.hpp"
+#include "cmd/read_only_pick.hpp"
 #include "engine/name.hpp"
 
 namespace kova::cmd {
@@ -169,6 +170,8 @@ bool SelectionDialogue::takeIdle(const std::string& line) {
         if (!readPoint(line, p)) return false;
         if (const engine::Entity* e = pickEntity(document_, p)) {
             apply(withGroups(document_, {e->id()}));
+        } else if (pickLocked(document_, p) != nullptr) {
+            host_.message("1 was on a locked layer.");
         } else {
             mode_ = Mode::Either;
             points_ = {p};

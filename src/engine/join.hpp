@@ -16,10 +16,10 @@ struct JoinOptions {
     double fuzz = 0.0;            ///< ends no farther apart (drawing units) are joined; rounding is always allowed for
     JoinGap gap = JoinGap::Both;  ///< Both: extended where the ends meet, else a segment is added
     bool overGaps = false;        ///< lines in one line and arcs of one circle are joined whatever lies between them
-    bool gapsIfAll = false;       ///< as overGaps, where that makes one of them all: lines first, arcs if nothing else joins
-    bool toPolylines = false;     ///< also what could be a line, arc or circle becomes a polyline
-    bool overlaps = false;        ///< lines in one line and arcs of one curve that share a stretch are joined
-    bool inSpace = false;         ///< also what leaves the world's plane: to polylines and splines in space
+    bool gapsIfAll = false;  ///< as overGaps, where that makes one of them all: lines first, arcs if nothing else joins
+    bool toPolylines = false;  ///< also what could be a line, arc or circle becomes a polyline
+    bool overlaps = false;     ///< lines in one line and arcs of one curve that share a stretch are joined
+    bool inSpace = false;      ///< also what leaves the world's plane: to polylines and splines in space
 };
 
 /// Objects that became one.

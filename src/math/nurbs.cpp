@@ -428,9 +428,13 @@ CubicSpline interpolateCubic(std::span<const Vector2> fitPoints, bool closed, co
         if (knotPower != 1.0) h[i] = std::pow(h[i], knotPower);
         u[i + 1] = u[i] + h[i];
     }
-    const std::vector<Vector2> m = closed ? closedSlopes(q, h)
-                                          : openSlopes(q, h, startTangent / std::max(startTangent.length(), 1e-300),
-                                                       endTangent / std::max(endTangent.length(), 1e-300));
+    // Tangents give directions; the speed along them is that of the piece.
+    const double startSpeed = q[0].distance_to(q[1]) / h[0];
+    const double endSpeed = q[n - 1].distance_to(q[n]) / h[n - 1];
+    const std::vector<Vector2> m =
+        closed ? closedSlopes(q, h)
+               : openSlopes(q, h, startTangent * (startSpeed / std::max(startTangent.length(), 1e-300)),
+                            endTangent * (endSpeed / std::max(endTangent.length(), 1e-300)));
     // The control point between the Bezier points of neighbouring pieces is where the polar form has the three
     // knots around it; it is reached from the longer piece, where it is nearer.
     result.points.reserve(n + 3);

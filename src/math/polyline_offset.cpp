@@ -129,6 +129,8 @@ std::vector<Piece> sourcePieces(std::span<const Vector2> points, std::span<const
     return out;
 }
 
+constexpr std::size_t kNoPiece = static_cast<std::size_t>(-1);
+
 /// The parallel of each piece, joined at the corners; parts of it may come too near to the source.
 class RawOffset {
 public:
@@ -190,7 +192,7 @@ private:
             const double along = std::abs(d_) * std::tan(half);
             const Vector2 tip = p.b + in * along;
             if (along <= kHarmlessMiter * std::abs(d_) ||
-                (along <= kLongestMiter * std::abs(d_) && isOwnPlace(tip, p.b, q.a, source_[i].b))) {
+                (along <= kLongestMiter * std::abs(d_) && isOwnPlace(tip, p, q, i, j))) {
                 if (p.isArc)
                     filler.push_back(linePiece(p.b, tip, p.source));
                 else
@@ -212,15 +214,37 @@ private:
         filler.push_back(arcPiece(arc, p.b, q.a, p.source));
     }
 
-    /// True when the sides that end in `p` and `q` may be extended over a corner to the tip: neither their ends nor the
-    /// tip are in the reach of other parts of the source, where they would cross others' parallels at random.
-    bool isOwnPlace(const Vector2& tip, const Vector2& p, const Vector2& q, const Vector2& corner) const {
+    /// True when the sides `p` and `q`, of source pieces i and j, may be extended over their corner to the tip: neither
+    /// their ends nor the tip are in the reach of other parts of the source, where they would cross others' parallels
+    /// at random. The next pieces on either side do not count where the tip lies over them: their parallels are met
+    /// for sure (a step lower than the distance).
+    bool isOwnPlace(const Vector2& tip, const Piece& p, const Piece& q, std::size_t i, std::size_t j) const {
+        const std::size_t n = source_.size();
+        std::size_t before = i > 0 ? i - 1 : closed_ ? n - 1 : kNoPiece;
+        std::size_t after = j + 1 < n ? j + 1 : closed_ ? 0 : kNoPiece;
+        if (before == j || !isOver(before, p.a, tip)) before = kNoPiece;
+        if (after == i || !isOver(after, q.b, tip)) after = kNoPiece;
         const auto isFree = [&](const Vector2& at, double reach) {
             const double limit = reach * (1.0 - 1e-7) - 16.0 * eps_;
-            return tree_.least(
-                       at, limit, [&](std::size_t i) { return source_[i].distance(at); }, limit) >= limit;
+            const auto distance = [&](std::size_t k) {
+                return k == before || k == after ? std::numeric_limits<double>::max() : source_[k].distance(at);
+            };
+            return tree_.least(at, limit, distance, limit) >= limit;
         };
-        return isFree(p, std::abs(d_)) && isFree(q, std::abs(d_)) && isFree(tip, tip.distance_to(corner));
+        const Vector2& corner = source_[i].b;
+        return isFree(p.b, std::abs(d_)) && isFree(q.a, std::abs(d_)) && isFree(tip, tip.distance_to(corner));
+    }
+
+    /// True when a straight side from `foot` to `tip` lies beside a straight source piece and leaves its reach.
+    bool isOver(std::size_t piece, const Vector2& foot, const Vector2& tip) const {
+        if (piece == kNoPiece || source_[piece].isArc) return false;
+        const Vector2& a = source_[piece].a;
+        const Vector2 way = source_[piece].b - a;
+        const auto isBeside = [&](const Vector2& at) {
+            const double along = (at - a).dot(way);
+            return along >= 0.0 && along <= way.length_squared();
+        };
+        return isBeside(foot) && isBeside(tip) && source_[piece].distance(tip) >= std::abs(d_);
     }
 
     /// Shortens both pieces to where they meet.

@@ -48,6 +48,16 @@ TEST(UndoCommand, OneStepOrAsManyAsTheNumberSays) {
     EXPECT_TRUE(c.idle());
 }
 
+TEST(UndoCommand, SettingsOfScriptsTakeNothingBack) {
+    Console c;
+    c.run({"LINE 0,0 1,0", ""});
+    for (const char* line : {"UNDO C A", "_.UNDO _Control _All", "UNDO A OFF", "UNDO C C Y", "UNDO C L ON"})
+        EXPECT_TRUE(c.feed(line).empty()) << line;
+    for (const char* line : {"UNDO C", "UNDO A", "UNDO C N", "UNDO C C", "UNDO C x"})
+        EXPECT_EQ(c.feed(line).size(), 1u) << line;
+    EXPECT_EQ(c.count(), 1u);
+}
+
 TEST(UndoCommand, MarksAndGroups) {
     Console c;
     c.run({"LINE 0,0 1,0", "", "UNDO M", "LINE 0,0 2,0", "", "CIRCLE 0,0 1"});

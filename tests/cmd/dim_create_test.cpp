@@ -260,5 +260,29 @@ TEST(QDim, RowsOverSelectedPoints) {
     EXPECT_TRUE(c.idle());
 }
 
+// A locked layer is often what a plan is dimensioned from.
+TEST(DimCreate, ObjectsOnLockedLayersAndOtherDimensions) {
+    Console c;
+    c.run({"-LAYER", "N", "BASE", ""});
+    c.addLine(0, 0, 20, 0).layer = "BASE";
+    c.run({"-LAYER", "LO", "BASE", ""});
+    EXPECT_EQ(c.run({"DIMLINEAR", "", "10,0", "10,8"}).back(), "Dimension text = 20");
+    EXPECT_EQ(c.count(), 2u);
+    // The new dimension's line is none to dimension.
+    EXPECT_EQ(c.run({"DIMLINEAR", "", "15,8"}).back(), "Object cannot be used here.");
+    c.processor.cancel();
+    // What would change such an object is refused, and the pick begins no window.
+    EXPECT_EQ(c.run({"OFFSET", "1", "10,0"}).back(), "Object is on a locked layer.");
+    EXPECT_EQ(c.feed("nonsense").back(), "Invalid point or option keyword.");
+    EXPECT_EQ(c.feed("500,500").back(), "No object found.");
+    c.processor.cancel();
+    EXPECT_EQ(c.run({"MOVE", "5,0"}).back(), "1 was on a locked layer.");
+    EXPECT_EQ(c.prompt(), "Select objects:");
+    c.processor.cancel();
+    c.addLine(0, 30, 20, 30);
+    c.run({"MATCHPROP", "5,0", "5,30", ""});
+    EXPECT_EQ(c.entities().back()->layer, engine::Name("BASE"));
+}
+
 }  // namespace
 }  // namespace kova::cmd

@@ -39,6 +39,17 @@ TEST(Spline, FitPointsTangentsCloseUndo) {
     EXPECT_GT(closed.length(), 30.0);
 }
 
+TEST(Spline, KnotsAreKeptForTheNext) {
+    DrawConsole c;
+    c.run({"SPLINE", "K", "S", "0,0", "9,0", "9,4", ""});
+    const auto& s = c.only<SplineEntity>();
+    EXPECT_DOUBLE_EQ(s.knots.back() - s.knots.front(), 5.0);
+    c.run({"SPLINE", "K"});
+    EXPECT_EQ(c.prompt(), "Enter knot parameterization [Chord/Square root/Uniform] <Square root>:");
+    c.run({"C", "0,0", "9,0", "9,4", ""});
+    EXPECT_DOUBLE_EQ(c.last<SplineEntity>().knots.back() - c.last<SplineEntity>().knots.front(), 13.0);
+}
+
 TEST(Spline, ControlVertices) {
     DrawConsole c;
     c.run({"SPLINE", "M", "CV", "D", "2", "0,0", "5,10", "10,0", ""});

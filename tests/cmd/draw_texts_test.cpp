@@ -33,6 +33,19 @@ TEST(Text, LinesBelowEachOther) {
     EXPECT_EQ(c.count(), 3u);  // a step for each line
 }
 
+TEST(Text, InlineTextGoesOnToTheEndOfTheLine) {
+    DrawConsole c;
+    c.run({"TEXT 0,0 2 0 Ground  floor, plan", ""});
+    EXPECT_EQ(c.only<TextEntity>().content, "Ground  floor, plan");
+    c.run({"TEXT 0,0 2 0 \"North wall\" second one \"\""});
+    EXPECT_TRUE(c.idle());
+    ASSERT_EQ(c.count(), 3u);
+    EXPECT_EQ(static_cast<TextEntity*>(c.entities()[1])->content, "North wall");
+    EXPECT_EQ(c.last<TextEntity>().content, "second one");
+    c.run({"-MTEXT 0,0 W 50 All of it", "more", ""});
+    EXPECT_EQ(c.last<MTextEntity>().content, "All of it\\Pmore");
+}
+
 TEST(Text, Justifications) {
     DrawConsole c;
     c.run({"TEXT", "J", "MC", "5,5", "2", "0", "mid", ""});

@@ -229,6 +229,24 @@ TEST(Fillet, PolylinesWithOthersAndThemselves) {
     EXPECT_GT(at<PolylineEntity>(s, 0).vertices.back().y, 8.0);
 }
 
+// Older scripts set the value in a call of its own.
+TEST(Corners, NameAfterAValueBeginsAnew) {
+    Console c;
+    c.addLine(0, 0, 20, 0);
+    c.addLine(0, 0, 0, 20);
+    c.run({"FILLET", "R", "2", "_FILLET 10,0 0,10"});
+    EXPECT_TRUE(c.idle());
+    ASSERT_EQ(c.count(), 3u);
+    c.addLine(50, 0, 70, 0);
+    c.addLine(50, 0, 50, 20);
+    c.run({"CHAMFER", "D", "1", "3", "CHAMFER", "60,0", "50,10"});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.count(), 6u);
+    // Elsewhere it is no answer.
+    EXPECT_EQ(c.run({"FILLET", "FILLET"}).back(), "Invalid point or option keyword.");
+    EXPECT_FALSE(c.idle());
+}
+
 // CHAMFER ------------------------------------------------------------------------------------------------
 
 TEST(Chamfer, ByDistancesAndByAngle) {

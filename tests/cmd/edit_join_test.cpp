@@ -99,6 +99,26 @@ TEST(JoinOverlaps, LinesWithoutASourceWhereTheyTouchOrOverlap) {
     EXPECT_EQ(at<PolylineEntity>(chain, 0).vertices, (std::vector<Vector2>{{0, 0}, {9, 0}, {9, 5}}));
 }
 
+TEST(JoinOverlaps, AllOfOneLineOrCircleOverGaps) {
+    Console c;
+    c.addLine(0, 0, 6, 0);
+    c.addLine(14, 0, 9, 0);
+    EXPECT_EQ(c.run({"J", "ALL", ""}).back(), "2 objects joined into 1 line");
+    ASSERT_EQ(c.count(), 1u);
+    expectLine(c, 0, {0, 0}, {14, 0});
+    Console round;
+    round.add(ArcEntity(Vector2{0, 0}, 5.0, 0.0, 1.0));
+    round.add(ArcEntity(Vector2{0, 0}, 5.0, 2.0, 3.0));
+    EXPECT_EQ(round.run({"J", "ALL", ""}).back(), "2 objects joined into 1 arc");
+    EXPECT_NEAR(at<ArcEntity>(round, 0).endAngle, 3.0, 1e-9);
+    // Arcs that touch stay open at the other side, whichever comes first.
+    Console touching;
+    touching.add(ArcEntity(Vector2{0, 0}, 5.0, 1.0, 2.0));
+    touching.add(ArcEntity(Vector2{0, 0}, 5.0, 0.0, 1.0));
+    EXPECT_EQ(touching.run({"J", "ALL", ""}).back(), "2 objects joined into 1 arc");
+    EXPECT_NEAR(at<ArcEntity>(touching, 0).sweep(), 2.0, 1e-9);
+}
+
 TEST(JoinOverlaps, ArcsAndEllipticArcsOfOneCurve) {
     Console c;
     c.add(ArcEntity(Vector2{0, 0}, 5.0, 0.0, 2.0));

@@ -137,6 +137,16 @@ TEST_F(FileCommands, LinetypeFiles) {
     c.run({"LINETYPE", "L", "*", path, ""});
     ASSERT_TRUE(c.drawing().linetypes.contains("MYLINE"));
     EXPECT_EQ(c.drawing().linetypes.find("MYLINE")->pattern, (std::vector<double>{5, -2, 0, -2}));
+
+    // A definition of one's own goes into a file; one of the same name gives way, the others stay.
+    const std::string made = write("made.lin", "; mine\n*Other,x\nA,1,-1\n*FENCE,old\nA,9,-9");
+    c.run(
+        {"LINETYPE C FENCE " + made, "N", "C", "Fence", made, "Y", "A fence", "x", "A,4,-1,0,-1", "L", "*", made, ""});
+    EXPECT_TRUE(c.idle());
+    ASSERT_TRUE(c.drawing().linetypes.contains("FENCE"));
+    EXPECT_EQ(c.drawing().linetypes.find("FENCE")->pattern, (std::vector<double>{4, -1, 0, -1}));
+    EXPECT_EQ(c.drawing().linetypes.find("FENCE")->description, "A fence");
+    EXPECT_TRUE(c.drawing().linetypes.contains("Other"));
 }
 
 }  // namespace

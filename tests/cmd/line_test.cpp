@@ -88,6 +88,22 @@ TEST(Line, InlineWordsAnswerThePromptsAndTheRestIsALine) {
     EXPECT_EQ(c.prompt(), "Specify next point or [Close/Undo]:");
 }
 
+TEST(Line, TwoBlanksBetweenInlineWordsAreAnEnter) {
+    Console c;
+    c.feed("LINE 0,0 10,0  CIRCLE 5,5 2");
+    EXPECT_TRUE(c.idle());
+    ASSERT_EQ(c.count(), 2u);
+    // Enters that are left when the command has ended are no command, and stay where they stand in what follows.
+    c.feed("CIRCLE 5,5 3   LINE 0,0 1,1  LINE 0,0 2,2  ");
+    EXPECT_EQ(c.count(), 5u);
+    EXPECT_FALSE(c.idle());
+    // A default; blanks at the ends, tabs and the words of one-shot commands mean nothing more.
+    c.run({"", "  DONUT  2 0,10", "", "LINE\t \t0,0 \t3,3", ""});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.count(), 7u);
+    EXPECT_EQ(c.feed("UNDO   2").size(), 2u);
+}
+
 TEST(Line, SurvivesOneShotCommandsThatTakeItsLinesAway) {
     Console c;
     c.run({"LINE", "0,0", "1,0", "2,0"});

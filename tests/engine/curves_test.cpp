@@ -12,6 +12,7 @@
 #include "engine/entities/ray.hpp"
 #include "engine/entities/spline.hpp"
 #include "engine/entities/xline.hpp"
+#include "engine/idle_visitor.hpp"
 #include "engine/outline.hpp"
 #include "math/curves.hpp"
 
@@ -38,7 +39,7 @@ void expectNear(const Bounds2& a, const Bounds2& b, double eps = 1e-9) {
 }
 
 /// Numbers and lists of numbers by key; `written` in file order. With `reading` set, assigns the numbers it holds.
-class NumberVisitor final : public FieldVisitor {
+class NumberVisitor final : public IdleVisitor {
 public:
     bool isReading = false;
     std::map<std::string, double> numbers;
@@ -68,31 +69,10 @@ protected:
         v = number != 0.0;
     }
     void onNumbers(const Field& f, std::vector<double>& v) override { list(f, v); }
-    void onText(const Field&, std::string&) override {}
-    void onName(const Field&, Name&) override {}
-    void onHandle(const Field&, std::uint64_t&) override {}
-    void onColor(const Field&, Color&) override {}
-    void onPointObject(const Field&, Vector2&) override {}
-    void onPointObject3(const Field&, Vector3&) override {}
     void onPoints(const Field& f, std::vector<Vector2>& v) override {
         if (!isReading && (!f.optional || !v.empty())) written.emplace_back(f.key);
     }
-    void onPoints3(const Field&, std::vector<Vector3>&) override {}
-    void onIntegers(const Field&, std::vector<std::int32_t>&) override {}
-    void onBooleans(const Field&, std::vector<bool>&) override {}
-    void onHandles(const Field&, std::vector<std::uint64_t>&) override {}
-    void onTexts(const Field&, std::vector<std::string>&) override {}
-    void onNames(const Field&, std::vector<Name>&) override {}
-    void onIntegerLists(const Field&, std::vector<std::vector<std::int32_t>>&) override {}
-    void onTextLists(const Field&, std::vector<std::vector<std::string>>&) override {}
-    void onNumberMap(const Field&, std::map<std::string, double>&) override {}
-    void onTextMap(const Field&, std::map<std::string, std::string>&) override {}
-    bool beginObject(const Field&, bool present) override { return present; }
-    void endObject() override {}
     bool beginList(const Field&, std::size_t& count) override { return !isReading && count > 0; }
-    void beginItem(std::size_t) override {}
-    void endItem() override {}
-    void endList() override {}
 
 private:
     void list(const Field& f, std::vector<double>& v) {

@@ -191,6 +191,21 @@ TEST(Interpolation, TangentsAndClosedCurves) {
     expectNear(splinePoint(r, 6.0) - Vector2{2, 2}, {-q.y, q.x}, 1e-9);
 }
 
+TEST(Interpolation, KnotsMayStandCloserThanTheChords) {
+    const std::vector<Vector2> fit{{0, 0}, {9, 0}, {9, 4}, {0, 4}};
+    for (const double power : {0.5, 0.0}) {
+        const CubicSpline c = interpolateCubic(fit, false, {0, 1}, {0, -1}, power);
+        const SplineView s{3, c.points, c.knots};
+        for (std::size_t i = 0; i < fit.size(); ++i) expectNear(splinePoint(s, c.fitParameters[i]), fit[i], 1e-12);
+        EXPECT_NEAR(c.fitParameters[2] - c.fitParameters[1], power == 0.5 ? 2.0 : 1.0, 1e-12);
+        // A tangent bends the curve as much as with any other knots: by a third of the piece.
+        expectNear(c.points[1], {0, 3}, 1e-12);
+        expectNear(c.points[c.points.size() - 2], {0, 7}, 1e-12);
+        const double u = c.fitParameters[1];
+        expectNear(splineDerivatives(s, u - 1e-9).second, splineDerivatives(s, u + 1e-9).second, 1e-5);
+    }
+}
+
 TEST(Interpolation, DegenerateInput) {
     EXPECT_TRUE(interpolateCubic({}, false).points.empty());
     const std::vector<Vector2> same{{1, 1}, {1, 1}, {1, 1}};

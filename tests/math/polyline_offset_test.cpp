@@ -128,6 +128,33 @@ TEST(PolylineOffset, CollinearAndRepeatedPointsDoNoHarm) {
         EXPECT_GE(nearestTo(part, {{0, 0}, {10, 0}}, false), 1.0 - 1e-9);
 }
 
+TEST(PolylineOffset, StepsLowerThanTheDistanceStaySharp) {
+    const Points step{{0, 0}, {10, 0}, {10, 1}, {20, 1}, {20, 0}, {30, 0}};
+    const auto over = offset(step, 2, false);
+    ASSERT_EQ(over.size(), 1u);
+    const Points expected{{0, 2}, {8, 2}, {8, 3}, {22, 3}, {22, 2}, {30, 2}};
+    ASSERT_EQ(over[0].points.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_NEAR(over[0].points[i].distance_to(expected[i]), 0.0, 1e-9) << i;
+        EXPECT_EQ(over[0].bulges[i], 0.0) << i;
+    }
+    // Stairs of any steps: as many parallels as with round corners, none of them too near.
+    unsigned seed = 7;
+    const auto random = [&] { return (seed = seed * 1664525u + 1013904223u) / 4294967296.0; };
+    for (int round = 0; round < 300; ++round) {
+        Points stairs{{0, 0}};
+        for (int i = 0; i < 6; ++i) {
+            stairs.push_back(stairs.back() + Vector2{0.5 + 8.0 * random(), 0});
+            stairs.push_back(stairs.back() + Vector2{0, 5.0 * random() - 2.5});
+        }
+        for (const double d : {1.5, -1.5}) {
+            const auto sharp = offset(stairs, d, false);
+            ASSERT_EQ(sharp.size(), offset(stairs, d, false, {}, OffsetGap::Round).size()) << round;
+            for (const OffsetPolyline& part : sharp) EXPECT_GE(nearestTo(part, stairs, false), 1.5 - 1e-6) << round;
+        }
+    }
+}
+
 TEST(PolylineOffset, RandomPolygonsKeepTheirDistance) {
     std::uint32_t seed = 12345;
     const auto random = [&] { return (seed = seed * 1664525u + 1013904223u) / 4294967296.0; };

@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/step_group.hpp"
 #include "engine/entities/all.hpp"
 #include "engine/entities/object_plane.hpp"
 
@@ -71,7 +72,7 @@ std::vector<EditableText> editableTexts(Entity& entity, const math::Vector2& pic
 class DdEditTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        std::vector<std::uint64_t> steps;  // of the history, this command's own
+        StepGroup steps(document(), "DDEDIT");
         for (;;) {
             Ask::Request request;
             request.kind = Ask::Kind::Object;
@@ -84,20 +85,14 @@ protected:
             const Answer picked = co_await ask.request(std::move(request));
             if (picked.isEnter()) co_return;
             if (picked.is("UNDO")) {
-                if (steps.empty() || steps.back() != document().history().topSequence()) {
-                    message("Nothing to undo.");
-                } else {
-                    document().undo();
-                    steps.pop_back();
-                }
+                if (!steps.drop()) message("Nothing to undo.");
                 continue;
             }
             if (picked.is("MODE")) {
                 co_await askMode(ask);
                 continue;
             }
-            const bool changed = co_await edit(ask, picked.id, picked.point);
-            if (changed) steps.push_back(document().history().topSequence());
+            co_await edit(ask, steps, picked.id, picked.point);
             if (remembered(document(), kSingle, 0.0) != 0.0) co_return;
         }
     }
@@ -112,10 +107,9 @@ private:
         if (!answer.isEnter()) remember(document(), kSingle, answer.is("SINGLE") ? 1.0 : 0.0);
     }
 
-    /// True when something changed.
-    Task<bool> edit(Ask& ask, std::uint64_t id, math::Vector2 pick) {
+    Dialogue edit(Ask& ask, StepGroup& steps, std::uint64_t id, math::Vector2 pick) {
         Entity* entity = drawing().findById(id);
-        if (entity == nullptr) co_return false;
+        if (entity == nullptr) co_return;
         std::vector<std::string> values;
         std::vector<const char*> questions;
         std::vector<bool> mayBeEmpty;
@@ -128,7 +122,7 @@ private:
         const bool definition = entity->type() == engine::EntityType::AttributeDefinition;
         for (std::size_t i = 0; i < values.size(); ++i) {
             std::string prompt = withDefault(questions[i], values[i]);
-            const Answer answer = co_await ask.text(std::move(prompt));
+            const Answer answer = co_await ask.line(std::move(prompt));
             if (!answer.isText()) continue;
             std::string fresh = answer.text;
             // Tags have no blanks and are upper case.
@@ -141,13 +135,12 @@ private:
             changed = true;
         }
         entity = drawing().findById(id);
-        if (!changed || entity == nullptr) co_return false;
-        const doc::GroupScope group(document(), "DDEDIT");
+        if (!changed || entity == nullptr) co_return;
+        steps.begin();
         document().modifyEntity(*entity, [&](Entity& e) {
             const std::vector<EditableText> texts = editableTexts(e, pick);
             for (std::size_t i = 0; i < texts.size() && i < values.size(); ++i) *texts[i].text = values[i];
         });
-        co_return true;
     }
 };
 

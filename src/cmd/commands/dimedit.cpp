@@ -35,7 +35,7 @@ protected:
         std::string text;
         double angle = 0.0;
         if (kind.is("NEW")) {
-            const Answer typed = co_await ask.text("Enter new dimension text <>:");
+            const Answer typed = co_await ask.line("Enter new dimension text <>:");
             text = typed.text;
         } else if (kind.is("ROTATE")) {
             const Answer typed = co_await ask.angle("Specify angle for dimension text:");

@@ -4,6 +4,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/format.hpp"
+#include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
 #include "engine/name.hpp"
 
@@ -27,7 +28,9 @@ public:
         else if (engine::foldCase(path.extension().string()) != ".dxf")
             path += ".dxf";
         if (context.arguments.size() > 1 && context.arguments[1] != "16")
-            context.message("Numbers are written with all their digits.");
+            context.message(parseInteger(context.arguments[1])
+                                ? "Numbers are written with all their digits."
+                                : "DXFOUT has no options: it writes the whole drawing, as text.");
         const std::string error = services != nullptr ? services->writeDrawing(context.drawing(), path.string())
                                                       : std::string("Files cannot be written here.");
         context.message(error.empty() ? "Saved: " + path.string() : error);

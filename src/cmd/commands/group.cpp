@@ -29,7 +29,7 @@ protected:
                 const std::optional<Name> given = co_await askNewName(ask);
                 if (given) name = *given;
             } else if (selected.is("DESCRIPTION")) {
-                const Answer text = co_await ask.text("Enter a group description:");
+                const Answer text = co_await ask.line("Enter a group description:");
                 if (text.isText()) description = text.text;
             } else {
                 co_return create(name, description, selected.ids);
@@ -76,7 +76,7 @@ private:
     Dialogue createByName(Ask& ask) {
         const std::optional<Name> name = co_await askNewName(ask);
         if (!name) co_return;
-        const Answer text = co_await ask.text("Enter a group description:");
+        const Answer text = co_await ask.line("Enter a group description:");
         const Answer selected = co_await ask.selection("Select entities:");
         create(*name, text.isText() ? text.text : std::string(), selected.ids);
     }

@@ -309,7 +309,7 @@ private:
     }
 
     Dialogue describe(Ask& ask) {
-        const Answer answer = co_await ask.text("Enter layer description:");
+        const Answer answer = co_await ask.line("Enter layer description:");
         const std::string text = answer.text;
         const Names names = co_await askLayers(ask, "Enter name list of layer(s) for description", true);
         edit(names, [&](Layer& layer) { layer.description = text; });

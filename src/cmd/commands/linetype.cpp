@@ -1,3 +1,6 @@
+#include <filesystem>
+#include <fstream>
+
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
 #include "cmd/property_prompts.hpp"
@@ -6,6 +9,7 @@
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/libraries.hpp"
+#include "engine/symbols.hpp"
 
 namespace kova::cmd::commands {
 
@@ -14,7 +18,7 @@ namespace {
 using engine::Linetype;
 using engine::Name;
 
-/// LINETYPE: loads linetypes and chooses the one that new objects take.
+/// LINETYPE: loads linetypes, chooses the one that new objects take, and writes definitions of new ones.
 class LinetypeTool final : public DialogueTool {
 public:
     void end() override { group_.reset(); }
@@ -23,9 +27,10 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         message("Current line type: " + quoted(drawing().currentLinetype));
         for (;;) {
-            const Answer option = co_await ask.keyword("Enter an option [?/Load/Set]:", "? Load Set");
+            const Answer option = co_await ask.keyword("Enter an option [?/Create/Load/Set]:", "? Create Load Set");
             if (option.isEnter()) co_return;
             if (option.is("?")) co_await list(ask);
+            if (option.is("CREATE")) co_await create(ask);
             if (option.is("LOAD")) co_await load(ask);
             if (option.is("SET")) co_await set(ask);
         }
@@ -63,6 +68,74 @@ private:
             if (engine::equalNoCase(path, name)) return engine::builtinLinetypes(name.starts_with("acadiso"));
         message("Cannot read " + path);
         return std::nullopt;
+    }
+
+    /// Writes a definition into a linetype file, from which LOAD then takes it.
+    Dialogue create(Ask& ask) {
+        std::string name;
+        for (;;) {
+            const Answer answer = co_await ask.text("Enter name of linetype to create:");
+            if (answer.isEnter()) co_return;
+            const std::vector<std::string> names = splitNames(answer.text);
+            if (names.size() == 1 && engine::isValidSymbolName(names.front())) {
+                name = names.front();
+                break;
+            }
+            message("Invalid linetype name.");
+        }
+        const Answer file = co_await ask.text("Enter name of linetype file for the new definition:");
+        if (file.isEnter()) co_return;
+        std::string path = file.text;
+        if (std::filesystem::path(path).extension().empty()) path += ".lin";
+        const std::string before = readTextFile(path).value_or(std::string());
+        if (defines(before, name)) {
+            std::string question =
+                "Linetype " + cmd::quoted(name) + " already exists in that file. Overwrite it? [Yes/No] <No>:";
+            const bool again = co_await askYesNo(ask, std::move(question), false);
+            if (!again) co_return;
+        }
+        const Answer description = co_await ask.line("Descriptive text:");
+        message("Enter linetype pattern (on next line):");
+        for (;;) {
+            const Answer pattern = co_await ask.text("A,");
+            if (pattern.isEnter()) co_return;
+            std::string elements(trimmed(pattern.text));
+            if (elements.starts_with("A,") || elements.starts_with("a,")) elements.erase(0, 2);
+            const std::string definition = "*" + name + "," + description.text + "\nA," + elements + "\n";
+            int skipped = 0;
+            if (engine::parseLinetypeLibrary(definition, &skipped).empty() || skipped > 0) {
+                message("Invalid linetype definition.");
+                continue;
+            }
+            std::ofstream out(path, std::ios::binary | std::ios::trunc);
+            out << without(before, name) << definition;
+            out.close();
+            message(out ? "New linetype definition saved to " + path : "Cannot write " + path);
+            co_return;
+        }
+    }
+
+    /// The name that a line of a linetype file begins a definition of.
+    static std::string_view definedBy(std::string_view line) {
+        if (!line.starts_with('*')) return {};
+        return trimmed(line.substr(1, line.find(',') - 1));
+    }
+    static bool defines(std::string_view text, std::string_view name) {
+        return without(text, name).size() < text.size();
+    }
+    /// The text without the definition of that name, and ended by a line end.
+    static std::string without(std::string_view text, std::string_view name) {
+        std::string kept;
+        bool dropping = false;
+        while (!text.empty()) {
+            const std::size_t end = std::min(text.find('\n'), text.size() - 1);
+            const std::string_view line = text.substr(0, end + 1);
+            text.remove_prefix(end + 1);
+            if (line.starts_with('*')) dropping = engine::equalNoCase(definedBy(line), name);
+            if (!dropping) kept += line;
+        }
+        if (!kept.empty() && kept.back() != '\n') kept += '\n';
+        return kept;
     }
 
     Dialogue load(Ask& ask) {

@@ -19,9 +19,9 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         for (;;) {
             const bool vertices = engine::sysVarInt(drawing(), "SPLMETHOD") != 0;
-            const Answer first = co_await ask.point(
-                vertices ? "Specify first point or [Method/Degree/Object]:" : "Specify first point or [Method/Object]:",
-                vertices ? "Method Degree Object" : "Method Object");
+            const Answer first = co_await ask.point(vertices ? "Specify first point or [Method/Degree/Object]:"
+                                                             : "Specify first point or [Method/Knots/Object]:",
+                                                    vertices ? "Method Degree Object" : "Method Knots Object");
             if (first.isPoint()) {
                 points_.push_back(first.point);
                 if (vertices)
@@ -35,6 +35,8 @@ protected:
                                                                     : "Enter spline creation method [Fit/CV] <Fit>:",
                                                            "Fit CV");
                 if (!method.isEnter()) engine::setSysVar(drawing(), "SPLMETHOD", method.is("CV") ? 1 : 0);
+            } else if (first.is("KNOTS")) {
+                co_await askKnots(ask);
             } else if (first.is("DEGREE")) {
                 std::string prompt =
                     withDefault("Enter degree of spline", std::to_string(engine::sysVarInt(drawing(), "SPLDEGREE", 3)));
@@ -49,6 +51,14 @@ protected:
     }
 
 private:
+    Dialogue askKnots(Ask& ask) {
+        static constexpr const char* kWays[] = {"Chord", "Square root", "Uniform"};
+        const int now = std::clamp(engine::sysVarInt(drawing(), "SPLKNOTS"), 0, 2);
+        std::string prompt = withDefault("Enter knot parameterization [Chord/Square root/Uniform]", kWays[now]);
+        const Answer way = co_await ask.keyword(std::move(prompt), "Chord Square Uniform");
+        if (!way.isEnter()) engine::setSysVar(drawing(), "SPLKNOTS", way.is("CHORD") ? 0 : way.is("SQUARE") ? 1 : 2);
+    }
+
     Dialogue askFit(Ask& ask) {
         Vector2 startTangent;
         Vector2 endTangent;
@@ -90,7 +100,8 @@ private:
         auto spline = std::make_unique<engine::SplineEntity>();
         spline->closed = closed;
         spline->fitPoints = points_;
-        math::CubicSpline curve = math::interpolateCubic(points_, closed, startTangent, endTangent);
+        const int knots = std::clamp(engine::sysVarInt(drawing(), "SPLKNOTS"), 0, 2);
+        math::CubicSpline curve = math::interpolateCubic(points_, closed, startTangent, endTangent, 1.0 - 0.5 * knots);
         if (curve.points.empty()) co_return message("Invalid input.");
         spline->controlPoints = std::move(curve.points);
         spline->knots = std::move(curve.knots);

@@ -46,7 +46,7 @@ protected:
         if (table == nullptr) co_return;
         const engine::TableCell* cell = table->cell(row, column);
         std::string prompt = withDefault("Enter cell text", cell != nullptr ? cell->content : std::string());
-        const Answer text = co_await ask.text(std::move(prompt));
+        const Answer text = co_await ask.line(std::move(prompt));
         engine::Entity* entity = drawing().findById(id);
         if (!text.isText() || entity == nullptr) co_return;
         const doc::GroupScope group(document(), "TABLEDIT");

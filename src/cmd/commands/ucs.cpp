@@ -85,12 +85,12 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         const Answer first = co_await ask.point(
             "Specify origin of UCS or [NAmed/OBject/Previous/World/Z] <World>:",
-            "NAmed OBject Previous World Z New Move Origin 3point Save Restore Delete ?", drawing().ucs.origin);
+            "NAmed OBject Entity Previous World Z New Move Origin 3point Save Restore Delete ?", drawing().ucs.origin);
         if (first.isPoint()) co_return co_await threePoints(ask, first.point);
         if (first.isEnter() || first.is("WORLD")) co_return use({});
         if (first.is("PREVIOUS")) co_return previous();
         if (first.is("Z")) co_return co_await rotate(ask);
-        if (first.is("OBJECT")) co_return co_await byObject(ask);
+        if (first.is("OBJECT") || first.is("ENTITY")) co_return co_await byObject(ask);
         if (first.is("NAMED")) co_return co_await named(ask);
         if (first.is("NEW")) co_return co_await defineNew(ask);
         if (first.is("MOVE") || first.is("ORIGIN")) co_return co_await move(ask);
