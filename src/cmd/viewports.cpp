@@ -12,6 +12,11 @@ namespace kova::cmd {
 using engine::ViewportEntity;
 using math::Bounds2;
 
+namespace {
+/// The viewport that PSPACE left last, by its id.
+constexpr const char* kLeftViewport = "MSPACE viewport";
+}  // namespace
+
 std::vector<ViewportEntity*> viewportsOf(const engine::Layout& layout) {
     std::vector<ViewportEntity*> found;
     for (std::uint32_t slot = 0; slot < layout.entities.slotCount(); ++slot) {
@@ -23,13 +28,17 @@ std::vector<ViewportEntity*> viewportsOf(const engine::Layout& layout) {
     return found;
 }
 
-ViewportEntity* firstOpenViewport(const engine::Drawing& drawing) {
-    const engine::Layout* layout = drawing.activeLayout();
+ViewportEntity* usualViewport(const doc::Document& document) {
+    const engine::Layout* layout = document.drawing().activeLayout();
     if (layout == nullptr) return nullptr;
-    ViewportEntity* first = nullptr;
-    for (ViewportEntity* viewport : viewportsOf(*layout))
-        if (viewport->isOn() && (first == nullptr || viewport->vpId < first->vpId)) first = viewport;
-    return first;
+    const auto left = static_cast<std::uint64_t>(remembered(document, kLeftViewport, 0.0));
+    ViewportEntity* usual = nullptr;
+    for (ViewportEntity* viewport : viewportsOf(*layout)) {
+        if (!viewport->isOn()) continue;
+        if (viewport->id() == left) return viewport;
+        if (usual == nullptr || viewport->vpId > usual->vpId) usual = viewport;
+    }
+    return usual;
 }
 
 std::unordered_map<std::uint64_t, ViewportEntity*> boundedViewports(const engine::Drawing& drawing) {
@@ -84,6 +93,7 @@ std::string enterViewport(doc::Document& document, const ViewportEntity& viewpor
 }
 
 void leaveViewport(doc::Document& document) {
+    remember(document, kLeftViewport, static_cast<double>(document.drawing().activeViewportId));
     document.editSettings([](engine::Drawing& drawing) { drawing.activeViewportId = 0; });
 }
 
@@ -98,6 +108,7 @@ std::unique_ptr<ViewportEntity> makeViewport(doc::Document& document, const Boun
     const engine::Drawing& drawing = document.drawing();
     auto viewport = std::make_unique<ViewportEntity>();
     document.applyCurrentProperties(*viewport);
+    remember(document, kLeftViewport, 0.0);
     viewport->center = frame.center();
     viewport->width = frame.width();
     viewport->height = frame.height();

@@ -16,8 +16,9 @@ std::vector<engine::ViewportEntity*> viewportsOf(const engine::Layout& layout);
 /// The windows of the active layout among these entities, also by what bounds them; each once.
 std::vector<engine::ViewportEntity*> viewportsAmong(const engine::Drawing& drawing,
                                                     const std::vector<std::uint64_t>& ids);
-/// The one of the active layout that MSPACE enters: the lowest number that is on; null: none.
-engine::ViewportEntity* firstOpenViewport(const engine::Drawing& drawing);
+/// The one of the active layout that MSPACE enters, of those that are on: the one that was left last, else the newest;
+/// null: none.
+engine::ViewportEntity* usualViewport(const doc::Document& document);
 /// Handles of the entities that bound viewports of the active layout, with the viewports.
 std::unordered_map<std::uint64_t, engine::ViewportEntity*> boundedViewports(const engine::Drawing& drawing);
 

@@ -9,21 +9,101 @@
 
 #include "cmd/harness.hpp"
 #include "io/native/native_file.hpp"
+#include "io_native/sample_drawing.hpp"
 
 namespace kova::cmd {
 namespace {
 
 /// The native text of a drawing that has something for every conversation: see kScene.
-const std::vector<std::string> kScene = {
-    "-LAYER Make Other Color 3", "", "", "-LAYER Make Walls Color 1", "", "", "LINE 0,0 10,0", "", "LINE 10,0 10,10", "",
-    "LINE 0,5 8,5", "", "CIRCLE 5,30 3", "ARC 20,0 25,5 30,0", "RECTANGLE 20,20 40,30", "PLINE 50,0 60,0 60,10 70,10", "",
-    "ELLIPSE 90,0 100,0 3", "SPLINE 0,50 5,59 10,50 20,55", "", "TEXT 0,80 2 0", "upper text", "", "TEXT 30,80 2 0",
-    "more", "", "MTEXT 60,90 80,80 paragraph", "", "DIMLINEAR 0,0 10,0 5,-5", "DIMLINEAR 0,0 10,0 5,-9",
-    "-HATCH 30,25", "", "ATTDEF", "", "TAG", "Prompt", "v", "200,200", "1", "0", "BLOCK B1 200,200 L", "", "",
-    "INSERT B1 100,50 1 1 0 w", "MLEADER 0,100 10,110", "note", "", "MLEADER 40,100 50,110", "note 2", "",
-    "LEADER 80,100 90,110", "", "old note", "", "TABLE", "2", "2", "150,150", "", "", "", "", "", "", "", "", "-LAYER Set Other", "", "LINE 300,0 310,0", "", "ELEV 5", "", "LINE 300,20 310,20", "", "ELEV 0", "",
-    "LINE 300,40 310,40", "", "LINE 300,40 310,40", "", "COLOR 4", "LINE 300,60 310,60", "", "COLOR ByLayer",
-    "LINE 4,-3 4,8", "", "TEXT 350,80 2 180", "turned", ""};
+const std::vector<std::string> kScene = {"-LAYER Make Other Color 3",
+                                         "",
+                                         "",
+                                         "-LAYER Make Walls Color 1",
+                                         "",
+                                         "",
+                                         "LINE 0,0 10,0",
+                                         "",
+                                         "LINE 10,0 10,10",
+                                         "",
+                                         "LINE 0,5 8,5",
+                                         "",
+                                         "CIRCLE 5,30 3",
+                                         "ARC 20,0 25,5 30,0",
+                                         "RECTANGLE 20,20 40,30",
+                                         "PLINE 50,0 60,0 60,10 70,10",
+                                         "",
+                                         "ELLIPSE 90,0 100,0 3",
+                                         "SPLINE 0,50 5,59 10,50 20,55",
+                                         "",
+                                         "TEXT 0,80 2 0",
+                                         "upper text",
+                                         "",
+                                         "TEXT 30,80 2 0",
+                                         "more",
+                                         "",
+                                         "MTEXT 60,90 80,80 paragraph",
+                                         "",
+                                         "DIMLINEAR 0,0 10,0 5,-5",
+                                         "DIMLINEAR 0,0 10,0 5,-9",
+                                         "-HATCH 30,25",
+                                         "",
+                                         "ATTDEF",
+                                         "",
+                                         "TAG",
+                                         "Prompt",
+                                         "v",
+                                         "200,200",
+                                         "1",
+                                         "0",
+                                         "BLOCK B1 200,200 L",
+                                         "",
+                                         "",
+                                         "INSERT B1 100,50 1 1 0 w",
+                                         "MLEADER 0,100 10,110",
+                                         "note",
+                                         "",
+                                         "MLEADER 40,100 50,110",
+                                         "note 2",
+                                         "",
+                                         "LEADER 80,100 90,110",
+                                         "",
+                                         "old note",
+                                         "",
+                                         "TABLE",
+                                         "2",
+                                         "2",
+                                         "150,150",
+                                         "",
+                                         "",
+                                         "",
+                                         "",
+                                         "",
+                                         "",
+                                         "",
+                                         "",
+                                         "-LAYER Set Other",
+                                         "",
+                                         "LINE 300,0 310,0",
+                                         "",
+                                         "ELEV 5",
+                                         "",
+                                         "LINE 300,20 310,20",
+                                         "",
+                                         "ELEV 0",
+                                         "",
+                                         "LINE 300,40 310,40",
+                                         "",
+                                         "LINE 300,40 310,40",
+                                         "",
+                                         "COLOR 4",
+                                         "LINE 300,60 310,60",
+                                         "",
+                                         "COLOR ByLayer",
+                                         "LINE 4,-3 4,8",
+                                         "",
+                                         "TEXT 350,80 2 180",
+                                         "turned",
+                                         ""};
 
 /// A command with the answers to its questions: what is selected first, then the rest.
 struct Conversation {
@@ -32,6 +112,7 @@ struct Conversation {
     std::vector<std::string> answers;
     bool selectsBefore = true;  ///< takes what stands selected
     std::string step = {};      ///< the label of the step of undo, when it is not the command's name
+    std::size_t steps = 1;
 };
 
 const std::vector<Conversation>& conversations() {
@@ -88,7 +169,8 @@ const std::vector<Conversation>& conversations() {
         {"HATCHEDIT", {}, {"30,25", "P", "ANSI32", "1", "0"}},
         {"DDEDIT", {}, {"2,81", "changed", ""}},
         // Drawing
-        {"LINE", {}, {"0,0", "1,1", "2,0", "C"}},
+        // Each line of LINE is a step of its own.
+        {"LINE", {}, {"0,0", "1,1", "2,0", "C"}, true, {}, 3},
         {"PLINE", {}, {"0,0", "1,1", "A", "2,0", ""}},
         {"CIRCLE", {}, {"0,0", "1"}},
         {"ARC", {}, {"0,0", "1,1", "2,0"}},
@@ -126,8 +208,8 @@ const std::vector<Conversation>& conversations() {
         {"DIMARC", {}, {"25,5", "25,8"}},
         {"DIMCENTER", {}, {"8,30"}},
         {"DIMORDINATE", {}, {"10,10", "10,20"}},
-        {"DIMBASELINE", {}, { "5,-9", "20,0", "", ""}},
-        {"DIMCONTINUE", {}, { "5,-9", "20,0", "", ""}},
+        {"DIMBASELINE", {}, {"5,-9", "20,0", "", ""}},
+        {"DIMCONTINUE", {}, {"5,-9", "20,0", "", ""}},
         {"DIMEDIT", {}, {"R", "30", "5,-5", ""}},
         {"DIMTEDIT", {}, {"5,-5", "2,-5"}},
         {"DIMOVERRIDE", {}, {"DIMTXT", "5", "", "5,-5", ""}},
@@ -215,16 +297,16 @@ std::vector<std::string> linesOf(const Conversation& talk) {
 std::string plainName(const std::string& command) { return command[0] == '-' ? command.substr(1) : command; }
 
 /// What is wrong with a conversation that has been held: it must end, change something, and be one step.
-std::string faultOf(Scene& c, const nlohmann::json& before, const std::string& step) {
+std::string faultOf(Scene& c, const nlohmann::json& before, const std::string& step, std::size_t expected) {
     if (!c.idle()) return "waits with " + c.prompt();
     const nlohmann::json after = contents(c);
     if (before == after) return "nothing changed";
     const std::size_t steps = c.document.history().undoCount();
-    if (steps != 1) return std::to_string(steps) + " steps";
+    if (steps != expected) return std::to_string(steps) + " steps";
     if (const std::string label = c.document.history().undoLabel(); label != step) return "is undone as " + label;
-    c.feed("UNDO");
+    c.feed("UNDO " + std::to_string(steps));
     if (const std::string text = difference(before, contents(c)); !text.empty()) return "after UNDO " + text;
-    c.feed("REDO");
+    c.feed("REDO " + std::to_string(steps));
     if (const std::string text = difference(after, contents(c)); !text.empty()) return "after REDO " + text;
     return {};
 }
@@ -234,7 +316,7 @@ TEST(EveryCommand, IsOneStepOfUndo) {
         Scene c;
         const nlohmann::json before = contents(c);
         c.run(linesOf(talk));
-        EXPECT_EQ(faultOf(c, before, talk.step.empty() ? plainName(talk.command) : talk.step), "")
+        EXPECT_EQ(faultOf(c, before, talk.step.empty() ? plainName(talk.command) : talk.step, talk.steps), "")
             << talk.command << ": " << testing::PrintToString(c.lines);
     }
 }
@@ -250,7 +332,8 @@ TEST(EveryCommand, LeavesLockedAndFrozenLayersAlone) {
             // Hidden for a while is not changed.
             const auto walls = [&c] {
                 std::map<std::uint64_t, nlohmann::json> found;
-                for (nlohmann::json& e : contents(c)["entities"]) {
+                nlohmann::json all = contents(c);
+                for (nlohmann::json& e : all["entities"]) {
                     e.erase("visible");
                     if (e["layer"] == "Walls") found[e["handle"]] = e;
                 }
@@ -271,6 +354,7 @@ TEST(EveryCommand, LeavesLockedAndFrozenLayersAlone) {
     }
 }
 
+// Those that replace what was selected leave what came of it.
 TEST(EveryCommand, LeavesItsSelectionAsThePreviousOne) {
     for (const Conversation& talk : conversations()) {
         if (talk.selection.empty()) continue;
@@ -279,14 +363,15 @@ TEST(EveryCommand, LeavesItsSelectionAsThePreviousOne) {
         c.feed("SELECT");
         c.run(talk.selection);
         const std::vector<std::uint64_t> wanted = c.selected();
-        c.processor.cancel();
-        c.feed("DESELECT");
-        Scene d;
-        d.run({"SELECT", "305,0", ""});
-        d.feed("DESELECT");
-        d.run(linesOf(talk));
-        EXPECT_EQ(d.processor.previousSelection().size(), wanted.size());
-        EXPECT_TRUE(d.selected().empty() || talk.command == "GROUP") << d.selected().size();
+        EXPECT_FALSE(wanted.empty());
+        c.run({"", "DESELECT", "SELECT", "305,0", "", "DESELECT"});
+        c.run(linesOf(talk));
+        const std::vector<std::uint64_t>& previous = c.processor.previousSelection();
+        for (const std::uint64_t id : wanted)
+            EXPECT_TRUE(c.drawing().findById(id) == nullptr ||
+                        std::find(previous.begin(), previous.end(), id) != previous.end())
+                << previous.size();
+        EXPECT_TRUE(c.selected().empty()) << c.selected().size();
     }
 }
 
@@ -324,10 +409,11 @@ TEST(EveryCommand, EndsAtEscapeAtEveryPrompt) {
                 continue;
             }
             const nlohmann::json after = contents(c);
-            EXPECT_EQ(c.document.history().undoCount(), 1u);
-            c.feed("UNDO");
+            const std::size_t steps = c.document.history().undoCount();
+            EXPECT_LE(steps, talk.steps);
+            c.feed("UNDO " + std::to_string(steps));
             EXPECT_EQ(difference(before, contents(c)), "");
-            c.feed("REDO");
+            c.feed("REDO " + std::to_string(steps));
             EXPECT_EQ(difference(after, contents(c)), "");
         }
     }
@@ -342,13 +428,138 @@ TEST(EveryCommand, TakesEnterAtEveryPrompt) {
             const nlohmann::json before = contents(c);
             for (std::size_t i = 0; i < count; ++i) c.feed(lines[i]);
             for (int i = 0; i < 12 && !c.idle(); ++i) c.feed("");
-            EXPECT_TRUE(c.idle()) << c.prompt();
+            // Where Enter asks for the settings, it does so again and again.
+            EXPECT_TRUE(c.idle() || c.prompt().ends_with("<Settings>:") || c.prompt().ends_with("<Options>:"))
+                << c.prompt();
             c.processor.cancel();
             while (c.document.undo()) {
             }
             EXPECT_EQ(difference(before, contents(c)), "");
         }
     }
+}
+
+// Any answer ------------------------------------------------------------------------------------------------
+
+/// The scene with an entity of every kind, every field of it set to something.
+std::unique_ptr<engine::Drawing> crowdedDrawing() {
+    static const std::string text = [] {
+        Scene c;
+        for (int type = 0; type < engine::kEntityTypeCount; ++type) {
+            engine::Entity& e = test::addFilledEntity(c.drawing().modelSpace(), static_cast<engine::EntityType>(type),
+                                                      6000 + type * 40);
+            e.layer = engine::Name("Walls");
+        }
+        return io::native::nativeText(c.drawing());
+    }();
+    auto drawing = std::make_unique<engine::Drawing>();
+    EXPECT_EQ(io::native::loadNativeText(text, *drawing), "");
+    return drawing;
+}
+
+/// The short forms of the options that a prompt offers in square brackets.
+std::vector<std::string> optionsOf(const std::string& prompt) {
+    std::vector<std::string> options;
+    const std::size_t open = prompt.find('[');
+    if (open == std::string::npos) return options;
+    std::string option;
+    for (std::size_t i = open + 1; i < prompt.size(); ++i) {
+        const char ch = prompt[i];
+        if (ch == '/' || ch == ']') {
+            if (!option.empty()) options.push_back(std::exchange(option, {}));
+            if (ch == ']') break;
+        } else if (std::isupper(static_cast<unsigned char>(ch)) || std::isdigit(static_cast<unsigned char>(ch))) {
+            option += ch;
+        }
+    }
+    return options;
+}
+
+std::string anyAnswer(std::mt19937& random, const std::string& prompt) {
+    static const std::vector<std::string> junk = {
+        "@",  "<",        "1e999",        "nan", std::string(10000, 'w'), "'", ")",  "(",  "\"", "\"a b\"",
+        "*",  "?",        "-1",           "0",   "1e300,1e300",           "#", "@<", "1<", ",",  "1,,2",
+        "%%", "\xff\xfe", "-99999999999", "~"};
+    static const std::vector<std::string> sound = {
+        "",     "",     "ALL", "0,0", "10,0", "5,5", "@3,4", "1",      "2",     "0.5", "45",       "L",     "5,0",
+        "8,30", "2,81", "B1",  "Y",   "N",    "P",   "5,-5", "50,110", "Walls", "red", "Standard", "100,50"};
+    const std::vector<std::string> options = optionsOf(prompt);
+    switch (random() % 4) {
+        case 0:
+            return junk[random() % junk.size()];
+        case 1:
+            if (!options.empty()) return options[random() % options.size()];
+            [[fallthrough]];
+        default:
+            return sound[random() % sound.size()];
+    }
+}
+
+/// Commands that reach outside of the program with whatever they are told.
+bool reachesOut(const std::string& name) { return name == "SHELL" || name == "DELAY"; }
+
+TEST(EveryCommand, TakesAnyAnswerAndCanBeUndone) {
+    const std::filesystem::path old = std::filesystem::current_path();
+    const std::filesystem::path folder = std::filesystem::path(testing::TempDir()) / "every_command";
+    std::filesystem::create_directories(folder);
+    std::filesystem::current_path(folder);
+    const char* rounds = std::getenv("KOVA_FUZZ_ROUNDS");
+    const char* seed = std::getenv("KOVA_FUZZ_SEED");
+    const bool echo = std::getenv("KOVA_FUZZ_ECHO") != nullptr;
+    const unsigned first = seed != nullptr ? static_cast<unsigned>(std::atoi(seed)) : 1;
+    const unsigned count = rounds != nullptr ? static_cast<unsigned>(std::atoi(rounds)) : 1;
+    const std::vector<Command*> commands = CommandRegistry::instance().commands();
+    for (unsigned round = first; round < first + count; ++round) {
+        for (const Command* command : commands) {
+            if (reachesOut(command->name())) continue;
+            std::mt19937 random(round * 7919u + static_cast<unsigned>(std::hash<std::string>{}(command->name())));
+            Console c;
+            c.document.setDrawing(crowdedDrawing());
+            const engine::Drawing* drawing = &c.drawing();
+            static const nlohmann::json before = contents(c);
+            std::string said = (random() % 4 == 0 ? "-" : "") + command->name();
+            if (random() % 3 == 0) c.run({"SELECT", random() % 2 == 0 ? "ALL" : "5,0", ""});
+            if (echo) std::fprintf(stderr, "%u %s\n", round, said.c_str());
+            c.feed(said);
+            for (int i = 0; i < 25 && !c.idle(); ++i) {
+                const std::string prompt = c.prompt();
+                const std::string line = anyAnswer(random, prompt);
+                if (echo) std::fprintf(stderr, "  %s %s\n", prompt.c_str(), line.substr(0, 40).c_str());
+                said += " | " + line.substr(0, 40);
+                const std::vector<std::string> output = c.feed(line);
+                EXPECT_FALSE(c.prompt().empty()) << said;
+                // Options may list something, a point is an answer, and "*", "?" and "~" ask for it.
+                if (c.prompt() == prompt && line != "@3,4" && line.find_first_of("?*~") == std::string::npos &&
+                    line.find_first_of("@<>()#\\\"'%w\xff") != std::string::npos) {
+                    EXPECT_LE(output.size(), 1u) << said << testing::PrintToString(output);
+                }
+            }
+            c.processor.cancel();
+            EXPECT_TRUE(c.idle()) << said;
+            if (c.document.isGroupOpen()) {
+                EXPECT_EQ(command->name(), "UNDO") << said;
+                continue;
+            }
+            if (&c.drawing() != drawing || !c.document.history().canUndo()) {
+                if (&c.drawing() == drawing && !c.document.history().canRedo()) {
+                    EXPECT_EQ(difference(before, contents(c)), "") << said << " left no step";
+                }
+                continue;
+            }
+            const nlohmann::json after = contents(c);
+            engine::Drawing again;
+            EXPECT_EQ(io::native::loadNativeText(io::native::nativeText(c.drawing()), again), "") << said;
+            std::size_t steps = 0;
+            while (c.document.undo()) ++steps;
+            EXPECT_EQ(difference(before, contents(c)), "") << said << " undone";
+            while (c.document.redo()) --steps;
+            EXPECT_EQ(steps, 0u) << said;
+            EXPECT_EQ(difference(after, contents(c)), "") << said << " made again";
+        }
+    }
+    std::filesystem::current_path(old);
+    engine::resetProfileVariables();
+    CommandRegistry::instance().resetAliases();
 }
 
 }  // namespace

@@ -158,14 +158,14 @@ TEST(Vplayer, FreezesLayersInViewports) {
     EXPECT_EQ(c.prompt(), "Enter an option [All/Select/Current] <Current>:");
     c.run({"", "F", "B", "A", "T", "A1", "A", "N", "New", ""});
     EXPECT_TRUE(c.idle());
-    auto* first = static_cast<ViewportEntity*>(c.entities()[0]);
-    auto* second = static_cast<ViewportEntity*>(c.entities()[1]);
-    EXPECT_FALSE(first->isFrozenHere("A1"));
-    EXPECT_TRUE(first->isFrozenHere("A2") && first->isFrozenHere("B") && first->isFrozenHere("New"));
-    EXPECT_TRUE(!second->isFrozenHere("A2") && second->isFrozenHere("B"));
+    auto* other = static_cast<ViewportEntity*>(c.entities()[0]);
+    auto* current = static_cast<ViewportEntity*>(c.entities()[1]);
+    EXPECT_FALSE(current->isFrozenHere("A1"));
+    EXPECT_TRUE(current->isFrozenHere("A2") && current->isFrozenHere("B") && current->isFrozenHere("New"));
+    EXPECT_TRUE(!other->isFrozenHere("A2") && other->isFrozenHere("B"));
     EXPECT_TRUE(c.drawing().layers.contains("New"));
     EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: VPLAYER"});
-    EXPECT_TRUE(static_cast<ViewportEntity*>(c.entities()[0])->vpFrozenLayers.empty());
+    EXPECT_TRUE(static_cast<ViewportEntity*>(c.entities()[1])->vpFrozenLayers.empty());
 }
 
 // ZOOM, PAN, VIEW ------------------------------------------------------------------------------------------------
@@ -220,6 +220,22 @@ TEST(Zoom, ScalesAViewportUnlessItIsLocked) {
     EXPECT_EQ(c.run({"ZOOM", "1xp"}), Lines{"Viewport is view-locked."});
     c.feed("PSPACE");
     EXPECT_EQ(c.run({"ZOOM", "E"}), Lines{"The sheet is always shown whole here."});
+}
+
+TEST(Mspace, EntersTheNewestViewportOrTheOneThatWasLeft) {
+    DrawConsole c;
+    c.run({"LAYOUT", "S", "Layout1", "MVIEW", "0,0", "50,50", "MVIEW", "60,0", "110,50", "MSPACE"});
+    const ViewportEntity* second = c.drawing().activeViewport();
+    ASSERT_NE(second, nullptr);
+    EXPECT_NEAR(second->center.x, 85.0, 1e-9);
+    c.run({"PSPACE", "MVIEW", "120,0", "170,50", "MSPACE"});
+    const ViewportEntity* third = c.drawing().activeViewport();
+    ASSERT_NE(third, nullptr);
+    EXPECT_NEAR(third->center.x, 145.0, 1e-9);
+    c.run({"PSPACE", "MVIEW", "OFF", "L", "", "MSPACE"});
+    EXPECT_EQ(c.drawing().activeViewport(), second);
+    c.run({"PSPACE", "MVIEW", "ON", "ALL", "", "MSPACE"});
+    EXPECT_EQ(c.drawing().activeViewport(), second);
 }
 
 TEST(View, KeepsViewsUnderNames) {

@@ -105,7 +105,7 @@ protected:
         const bool fromModel = drawing().activeViewport() != nullptr;
         const Answer selected = co_await ask.selection();
         if (selected.ids.empty()) co_return;
-        const ViewportEntity* viewport = fromModel ? drawing().activeViewport() : firstOpenViewport(drawing());
+        const ViewportEntity* viewport = fromModel ? drawing().activeViewport() : usualViewport(document());
         if (openCount() > 1) {
             std::string prompt = fromModel ? "Set the SOURCE viewport active and press ENTER to continue."
                                            : "Set the TARGET viewport active and press ENTER to continue.";

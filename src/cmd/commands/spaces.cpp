@@ -18,7 +18,7 @@ protected:
             message("Already in model space.");
             co_return;
         }
-        const engine::ViewportEntity* chosen = firstOpenViewport(drawing());
+        const engine::ViewportEntity* chosen = usualViewport(document());
         if (chosen == nullptr) {
             message("There is no active viewport.");
             co_return;

@@ -72,7 +72,7 @@ private:
             co_return viewportsAmong(drawing(), selected.ids);
         }
         ViewportEntity* current = drawing().activeViewport();
-        if (current == nullptr) current = firstOpenViewport(drawing());
+        if (current == nullptr) current = usualViewport(document());
         if (current == nullptr) co_return std::vector<ViewportEntity*>();
         co_return std::vector<ViewportEntity*>(1, current);
     }
