@@ -406,8 +406,9 @@ DRAWINGS = {f.__name__.replace("_", "-"): f for f in (
     hatch_islands, gradients, dimensions, dimension_kinds, leaders, table, multilines, blocks, masks, images, surfaces, paper_space)}
 
 
-# Scripts whose drawings are shown, with the size of the picture.
-SCRIPTS = {"house": "1600x1130", "flange": "1600x1130", "schematic": "1600x870"}
+# Scripts whose drawings are shown, with the size of the picture and the template of the drawing.
+SCRIPTS = {"house": ("1600x1130", "metric"), "flange": ("1600x1130", "metric"), "schematic": ("1600x870", "metric"),
+           "clamp": ("1600x1130", "metric-a4")}
 
 
 def builtin_linetypes(names, resource):
@@ -427,8 +428,8 @@ def main():
     here = pathlib.Path(__file__).resolve().parent
     folder = pathlib.Path(sys.argv[2]) if len(sys.argv) > 2 else here
     folder.mkdir(parents=True, exist_ok=True)
-    for name, size in SCRIPTS.items():
-        subprocess.run([program, "run", "--script", here / f"../../examples/{name}.scr", "--png", folder / f"{name}.png", "--size", size],
+    for name, (size, template) in SCRIPTS.items():
+        subprocess.run([program, "run", "--template", template, "--script", here / f"../../examples/{name}.scr", "--png", folder / f"{name}.png", "--size", size],
                        check=True, stdout=subprocess.DEVNULL)
     for name, make in DRAWINGS.items():
         entities, more = make()
