@@ -260,6 +260,8 @@ TEST(UcsCommand, FramesAndNames) {
     EXPECT_TRUE(c.drawing().ucsList.empty());
     c.feed("UNDO");
     EXPECT_EQ(c.drawing().ucsList.size(), 1u);
+    for (const char* word : {"X", "ZA", "View"}) EXPECT_EQ(c.run({"UCS", word}).size(), 1u) << word;
+    EXPECT_TRUE(c.idle());
 }
 
 // Inquiry and the rest --------------------------------------------------------------------------------------

@@ -47,7 +47,7 @@ protected:
                 "[?/Make/Set/New/Rename/ON/OFF/Color/Ltype/LWeight/TRansparency/Plot/Freeze/Thaw/LOck/Unlock/stAte/"
                 "Description]:",
                 "? Make Set New Rename ON OFF Color Ltype LWeight TRansparency Plot Freeze Thaw LOck Unlock stAte "
-                "Description");
+                "Description MATerial rEconcile Xref");
             if (option.isEnter()) co_return;
             if (option.is("?")) co_await list(ask);
             if (option.is("MAKE")) co_await make(ask);
@@ -67,6 +67,9 @@ protected:
             if (option.is("UNLOCK")) co_await flag(ask, "unlock", [](Layer& layer) { layer.locked = false; });
             if (option.is("STATE")) co_await layerStateDialogue(ask, document(), [this] { changing(); });
             if (option.is("DESCRIPTION")) co_await describe(ask);
+            if (option.is("MATERIAL")) message("Layers have no materials here.");
+            if (option.is("RECONCILE")) message("New layers need no reconciling here.");
+            if (option.is("XREF")) message("Layers of external references follow VISRETAIN.");
         }
     }
 

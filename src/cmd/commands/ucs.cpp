@@ -77,6 +77,14 @@ std::optional<Ucs> frameOf(const engine::Entity& entity, const Vector2& pick) {
 
 bool givesFrame(const engine::Entity& entity) { return frameOf(entity, {}).has_value(); }
 
+/// Systems are kept with two axes in the drawing plane, and points at prompts have two coordinates.
+constexpr const char* kTilted = "A UCS lies in the XY plane here: only Z turns it.";
+bool isTilting(const Answer& answer) {
+    for (const char* word : {"FACE", "VIEW", "X", "Y", "ZAXIS"})
+        if (answer.is(word)) return true;
+    return false;
+}
+
 class UcsTool final : public DialogueTool {
 public:
     explicit UcsTool(UcsHistory& history) : history_(history) {}
@@ -85,7 +93,9 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         const Answer first = co_await ask.point(
             "Specify origin of UCS or [NAmed/OBject/Previous/World/Z] <World>:",
-            "NAmed OBject Entity Previous World Z New Move Origin 3point Save Restore Delete ?", drawing().ucs.origin);
+            "NAmed OBject Entity Previous World Z New Move Origin 3point Save Restore Delete ? Face View X Y ZAxis",
+            drawing().ucs.origin);
+        if (isTilting(first)) co_return message(kTilted);
         if (first.isPoint()) co_return co_await threePoints(ask, first.point);
         if (first.isEnter() || first.is("WORLD")) co_return use({});
         if (first.is("PREVIOUS")) co_return previous();
@@ -144,8 +154,9 @@ private:
     }
 
     Dialogue defineNew(Ask& ask) {
-        const Answer option = co_await ask.point(
-            "Specify origin of new UCS or [3point/OBject/Z] <0,0,0>:", "3point OBject Z", drawing().ucs.origin);
+        const Answer option = co_await ask.point("Specify origin of new UCS or [3point/OBject/Z] <0,0,0>:",
+                                                 "3point OBject Z Face View X Y ZAxis", drawing().ucs.origin);
+        if (isTilting(option)) co_return message(kTilted);
         if (option.is("3POINT")) co_return co_await fromThreePoints(ask);
         if (option.is("OBJECT")) co_return co_await byObject(ask);
         if (option.is("Z")) co_return co_await rotate(ask);
