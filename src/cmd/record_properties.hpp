@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/describe.hpp"
+#include "engine/idle_visitor.hpp"
 
 namespace kova::cmd {
 
@@ -15,7 +15,7 @@ using PropertyList = std::vector<std::pair<std::string, std::string>>;
 
 namespace detail {
 /// Visits single values only; what a value is done with is the derived class's.
-class PropertyVisitor : public engine::FieldVisitor {
+class PropertyVisitor : public engine::IdleVisitor {
 protected:
     using Field = engine::Field;
     virtual void value(const std::string& key, const Field& f, double& v) = 0;
@@ -31,27 +31,9 @@ protected:
     void onText(const Field& f, std::string& v) override { value(keyOf(f), v); }
     void onName(const Field& f, engine::Name& v) override { value(keyOf(f), v); }
     void onColor(const Field& f, engine::Color& v) override { value(keyOf(f), v); }
-    void onHandle(const Field&, std::uint64_t&) override {}
-    void onPointObject(const Field&, math::Vector2&) override {}
-    void onPointObject3(const Field&, math::Vector3&) override {}
-    void onPoints(const Field&, std::vector<math::Vector2>&) override {}
-    void onPoints3(const Field&, std::vector<math::Vector3>&) override {}
-    void onNumbers(const Field&, std::vector<double>&) override {}
-    void onIntegers(const Field&, std::vector<std::int32_t>&) override {}
-    void onBooleans(const Field&, std::vector<bool>&) override {}
-    void onHandles(const Field&, std::vector<std::uint64_t>&) override {}
-    void onTexts(const Field&, std::vector<std::string>&) override {}
-    void onNames(const Field&, std::vector<engine::Name>&) override {}
-    void onIntegerLists(const Field&, std::vector<std::vector<std::int32_t>>&) override {}
-    void onTextLists(const Field&, std::vector<std::vector<std::string>>&) override {}
-    void onNumberMap(const Field&, std::map<std::string, double>&) override {}
-    void onTextMap(const Field&, std::map<std::string, std::string>&) override {}
     bool beginObject(const Field& f, bool present) override;
     void endObject() override { prefixes_.pop_back(); }
     bool beginList(const Field&, std::size_t&) override { return false; }
-    void beginItem(std::size_t) override {}
-    void endItem() override {}
-    void endList() override {}
 
 private:
     std::string keyOf(const Field& f) const {

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "cmd/block_samples.hpp"
 #include "cmd/draw_harness.hpp"
 #include "cmd/nested_picking.hpp"
 #include "engine/entities/attribute_definition.hpp"
@@ -39,12 +40,7 @@ std::string pointText(const Vector2& p) { return math::shortest(p.x) + "," + mat
 class Blocks : public ::testing::Test {
 protected:
     Blocks() {
-        Block& part = *c.drawing().addBlock("Part");
-        part.entities.append(std::make_unique<LineEntity>(Vector2{0, 0}, Vector2{10, 0}));
-        part.entities.append(std::make_unique<CircleEntity>(Vector2{0, 20}, 2.0));
-        Block& outer = *c.drawing().addBlock("Outer");
-        outer.entities.append(std::make_unique<BlockReferenceEntity>("Part", Vector2{100, 0}));
-        outer.entities.append(std::make_unique<LineEntity>(Vector2{0, 50}, Vector2{10, 50}));
+        addPartAndOuter(c.drawing());
         engine::setProfileVariable("ATTREQ", 0);
     }
     BlockReferenceEntity& place(const char* block, Vector2 at) { return c.add(BlockReferenceEntity(block, at)); }

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "cmd/block_editing.hpp"
+#include "cmd/block_samples.hpp"
 #include "cmd/draw_harness.hpp"
 #include "engine/dynamic_block.hpp"
 #include "engine/entities/circle.hpp"
@@ -20,12 +21,7 @@ using math::Vector2;
 class BlockEditor : public ::testing::Test {
 protected:
     BlockEditor() {
-        Block& part = *c.drawing().addBlock("Part");
-        part.entities.append(std::make_unique<LineEntity>(Vector2{0, 0}, Vector2{10, 0}));
-        part.entities.append(std::make_unique<CircleEntity>(Vector2{0, 20}, 2.0));
-        Block& outer = *c.drawing().addBlock("Outer");
-        outer.entities.append(std::make_unique<BlockReferenceEntity>("Part", Vector2{100, 0}));
-        outer.entities.append(std::make_unique<LineEntity>(Vector2{0, 50}, Vector2{10, 50}));
+        addPartAndOuter(c.drawing());
         id = c.add(BlockReferenceEntity("Part", {500, 0})).id();
         c.add(BlockReferenceEntity("Outer", {0, 500}));
         engine::setProfileVariable("ATTREQ", 0);
