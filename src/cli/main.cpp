@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <clocale>
 
 #include "cli/logging.hpp"
 #include "cli/output.hpp"
@@ -18,6 +19,8 @@ int main(int argc, char** argv) {
         // Qt takes words such as -style out of what it is given; all arguments are this program's own.
         int programOnly = 1;
         QApplication application(programOnly, argv);
+        // Qt takes the user's locale, decimal comma and all; numbers of drawings and programs have a point.
+        std::setlocale(LC_NUMERIC, "C");
         QCoreApplication::setApplicationName(QStringLiteral("KovaCAD CLI"));
         QCoreApplication::setApplicationVersion(QString::fromLatin1(kVersion));
         QGuiApplication::setQuitOnLastWindowClosed(false);

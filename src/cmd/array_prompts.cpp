@@ -3,18 +3,14 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "math/expression.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
 namespace {
 
 /// An amount of turning, not a direction: a whole turn is 360.
-std::string degrees(double angle) {
-    char buffer[32];
-    std::snprintf(buffer, sizeof buffer, "%.6g", math::toDegrees(angle));
-    return buffer;
-}
+std::string degrees(double angle) { return strings::general(math::toDegrees(angle), 6); }
 
 /// "question or [Options/Expression] <fallback>:".
 std::string withExpression(const std::string& question, const char* options, std::string_view fallback) {

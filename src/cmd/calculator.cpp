@@ -1,4 +1,5 @@
 #include "cmd/calculator.hpp"
+#include "strings/numbers.hpp"
 
 #include <QVariant>
 #include <map>
@@ -98,9 +99,7 @@ private:
 };
 
 std::string numberText(double value) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.15g", value == 0.0 ? 0.0 : value);
-    return buffer;
+    return strings::general(value == 0.0 ? 0.0 : value, 15);
 }
 
 }  // namespace

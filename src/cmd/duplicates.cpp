@@ -9,6 +9,7 @@
 #include "cmd/overlaps.hpp"
 #include "engine/associativity.hpp"
 #include "engine/entities/all.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -26,13 +27,13 @@ std::string propertiesOf(const Entity& entity, unsigned ignore) {
     add(DuplicateRules::kColor, engine::colorText(entity.color));
     add(DuplicateRules::kLayer, entity.layer.folded());
     add(DuplicateRules::kLinetype, entity.linetype.folded());
-    add(DuplicateRules::kLinetypeScale, std::to_string(entity.linetypeScale()));
+    add(DuplicateRules::kLinetypeScale, strings::fixed(entity.linetypeScale(), 6));
     add(DuplicateRules::kLineweight, std::to_string(entity.lineweight));
-    add(DuplicateRules::kThickness, std::to_string(entity.thickness()));
+    add(DuplicateRules::kThickness, strings::fixed(entity.thickness(), 6));
     add(DuplicateRules::kTransparency, std::to_string(entity.transparency));
     add(DuplicateRules::kPlotStyle, entity.plotStyleName().folded());
     const math::Vector3 n = entity.normal();
-    add(0, std::to_string(n.x) + ' ' + std::to_string(n.y) + ' ' + std::to_string(n.z));
+    add(0, strings::fixed(n.x, 6) + ' ' + strings::fixed(n.y, 6) + ' ' + strings::fixed(n.z, 6));
     return out;
 }
 

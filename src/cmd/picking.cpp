@@ -4,7 +4,7 @@
 #include "cmd/read_only_pick.hpp"
 #include "cmd/shape_test.hpp"
 #include "doc/spatial_index.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -112,7 +112,7 @@ std::string namedPick(std::uint64_t handle, const Vector2* point) {
     char text[24];
     const auto end = std::to_chars(text, text + sizeof text, handle, 16).ptr;
     std::string line = "(handent \"" + std::string(text, end) + "\")";
-    if (point != nullptr) line += " " + math::shortest(point->x) + "," + math::shortest(point->y);
+    if (point != nullptr) line += " " + strings::shortest(point->x) + "," + strings::shortest(point->y);
     return line;
 }
 

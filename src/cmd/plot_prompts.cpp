@@ -5,6 +5,7 @@
 #include "cmd/command.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -19,17 +20,8 @@ namespace {
 
 constexpr double kInch = 25.4;
 
-std::string plain(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.6g", value);
-    return text;
-}
-
-std::string fixed2(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.2f", value);
-    return text;
-}
+std::string plain(double value) { return strings::general(value, 6); }
+std::string fixed2(double value) { return strings::fixed(value, 2); }
 
 const char* areaName(std::int32_t area) {
     switch (static_cast<PlotArea>(area)) {

@@ -1,6 +1,7 @@
 #include "cmd/point_input.hpp"
 
 #include "math/angles.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -23,31 +24,14 @@ std::string_view trimmed(std::string_view text) {
 }
 
 std::optional<double> parseNumber(std::string_view text) {
-    text = trimmed(text);
-    if (!text.empty() && text.front() == '+') {
-        text.remove_prefix(1);
-        if (!text.empty() && text.front() == '-') return std::nullopt;
-    }
-    // from_chars also reads "inf" and "nan", which are no decimal numbers.
-    const std::size_t first = !text.empty() && text.front() == '-' ? 1 : 0;
-    if (text.size() <= first || !((text[first] >= '0' && text[first] <= '9') || text[first] == '.'))
-        return std::nullopt;
-    double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return value;
+    return strings::parseReal(trimmed(text));
 }
 
 std::optional<int> parseInteger(std::string_view text) {
-    text = trimmed(text);
-    if (!text.empty() && text.front() == '+') {
-        text.remove_prefix(1);
-        if (!text.empty() && text.front() == '-') return std::nullopt;
-    }
-    int value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
-    return value;
+    const auto value = strings::parseInteger(trimmed(text));
+    if (!value || *value < std::numeric_limits<int>::min() || *value > std::numeric_limits<int>::max())
+        return std::nullopt;
+    return static_cast<int>(*value);
 }
 
 std::optional<double> parseAngleInput(std::string_view text, const PointContext& context) {

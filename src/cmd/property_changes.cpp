@@ -4,7 +4,7 @@
 #include "cmd/entity_copies.hpp"
 #include "cmd/property_prompts.hpp"
 #include "engine/libraries.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -141,7 +141,7 @@ Task<PropertyChanges> askPropertyChanges(Ask& ask, doc::Document& document, std:
         } else if (property.is("LTSCALE")) {
             std::string prompt =
                 withDefault("Specify new linetype scale",
-                            present([](const Entity& e) { return math::shortest(e.linetypeScale()); }));
+                            present([](const Entity& e) { return strings::shortest(e.linetypeScale()); }));
             const Answer scale = co_await ask.number(std::move(prompt), {}, kPositive);
             if (scale.isNumber()) changes.linetypeScale = scale.number;
         } else if (property.is("LWEIGHT")) {
@@ -151,7 +151,7 @@ Task<PropertyChanges> askPropertyChanges(Ask& ask, doc::Document& document, std:
             if (weight) changes.lineweight = weight;
         } else if (property.is("THICKNESS")) {
             std::string prompt = withDefault("Specify new thickness",
-                                             present([](const Entity& e) { return math::shortest(e.thickness()); }));
+                                             present([](const Entity& e) { return strings::shortest(e.thickness()); }));
             const Answer thickness = co_await ask.distance(std::move(prompt));
             if (thickness.isNumber()) changes.thickness = thickness.number;
         } else if (property.is("TRANSPARENCY")) {
@@ -161,7 +161,7 @@ Task<PropertyChanges> askPropertyChanges(Ask& ask, doc::Document& document, std:
             if (percent) changes.transparency = percent;
         } else if (property.is("ELEV")) {
             std::string prompt = withDefault("Specify new elevation",
-                                             present([](const Entity& e) { return math::shortest(e.elevation); }));
+                                             present([](const Entity& e) { return strings::shortest(e.elevation); }));
             const Answer height = co_await ask.distance(std::move(prompt));
             if (height.isNumber()) changes.elevation = height.number;
         } else {

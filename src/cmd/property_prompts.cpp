@@ -3,7 +3,7 @@
 #include "doc/table_edits.hpp"
 #include "engine/libraries.hpp"
 #include "engine/name.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -49,7 +49,7 @@ std::string lineweightText(int lineweight) {
         case -3:
             return "Default";
         default:
-            return math::shortest(lineweight / 100.0) + " mm";
+            return strings::shortest(lineweight / 100.0) + " mm";
     }
 }
 

@@ -3,7 +3,7 @@
 #include "cmd/point_input.hpp"
 #include "engine/color.hpp"
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 
@@ -20,7 +20,7 @@ bool PropertyVisitor::beginObject(const Field& f, bool present) {
 void PropertyReader::value(const std::string& key, const Field& f, double& v) {
     // Twelve digits of a degree: what rounding adds on the way from radians is not shown.
     const double shown = f.unit == engine::Unit::Angle ? std::round(math::toDegrees(v) * 1e9) / 1e9 : v;
-    list.emplace_back(key, math::shortest(shown));
+    list.emplace_back(key, strings::shortest(shown));
 }
 void PropertyReader::value(const std::string& key, std::int64_t& v) { list.emplace_back(key, std::to_string(v)); }
 void PropertyReader::value(const std::string& key, bool& v) { list.emplace_back(key, v ? "1" : "0"); }

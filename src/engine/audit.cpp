@@ -7,6 +7,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "engine/external_reference.hpp"
 #include "engine/symbol_references.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -213,9 +214,7 @@ void Auditor::note(std::string_view fault, std::string_view remedy) {
 
 void Auditor::finite(double& v, double fallback, std::string_view what) {
     if (std::isfinite(v)) return;
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", fallback);
-    note(std::string(what) + " is no finite number", "set to " + std::string(text));
+    note(std::string(what) + " is no finite number", "set to " + strings::general(fallback, 6));
     if (mending_) v = fallback;
 }
 

@@ -5,6 +5,7 @@
 #include "engine/entities/arrowheads.hpp"
 #include "engine/idle_visitor.hpp"
 #include "engine/symbol_references.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -125,7 +126,7 @@ void auditCommon(Auditor& auditor, Entity& entity) {
 /// A size that must be above 0.
 void positive(Auditor& auditor, double& v, double fallback, std::string_view what) {
     if (v > 0.0) return;
-    auditor.note(std::string(what) + " is not above 0", "set to " + std::to_string(fallback).substr(0, 6));
+    auditor.note(std::string(what) + " is not above 0", "set to " + strings::fixed(fallback, 6).substr(0, 6));
     if (auditor.mending()) v = fallback;
 }
 

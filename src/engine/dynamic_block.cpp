@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -21,14 +21,6 @@ Kind kindByWord(const std::string_view (&words)[N], std::string_view word) {
     for (std::size_t i = 1; i < N; ++i)
         if (equalNoCase(words[i], word)) return static_cast<Kind>(i);
     return Kind::Unknown;
-}
-
-std::optional<double> numberOf(std::string_view text) {
-    double value = 0.0;
-    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
-    return value;
 }
 
 /// The nearest value that the parameter allows.
@@ -60,8 +52,8 @@ const DynProperty* find(const std::vector<DynProperty>& properties, std::string_
 /// Two texts of one property that mean the same value.
 bool sameText(const DynProperty& property, std::string_view a, std::string_view b) {
     if (property.kind == DynProperty::Kind::Length || property.kind == DynProperty::Kind::Angle) {
-        const auto x = numberOf(a);
-        const auto y = numberOf(b);
+        const auto x = strings::parseReal(a);
+        const auto y = strings::parseReal(b);
         if (x && y) return sameNumber(*x, *y);
     }
     return equalNoCase(a, b);
@@ -196,10 +188,10 @@ double dynValue(const BlockReferenceEntity& reference, const DynProperty& proper
 std::string dynValueText(const BlockReferenceEntity& reference, const Block& block, const DynProperty& property) {
     switch (property.kind) {
         case DynProperty::Kind::Length:
-            return math::shortest(dynValue(reference, property));
+            return strings::shortest(dynValue(reference, property));
         case DynProperty::Kind::Angle:
             // Degrees have a factor that is not exact.
-            return math::shortest(std::round(math::toDegrees(dynValue(reference, property)) * 1e10) / 1e10);
+            return strings::shortest(std::round(math::toDegrees(dynValue(reference, property)) * 1e10) / 1e10);
         case DynProperty::Kind::Flip:
             return dynValue(reference, property) != 0.0 ? "Flipped" : "Not flipped";
         case DynProperty::Kind::Visibility:
@@ -232,7 +224,7 @@ std::string setDynValue(BlockReferenceEntity& reference, const Block& block, con
         reference.dynFlipValues[property.name] = on ? 1.0 : 0.0;
         return {};
     }
-    std::optional<double> value = numberOf(text);
+    std::optional<double> value = strings::parseReal(text);
     const bool isAngle = property.kind == DynProperty::Kind::Angle;
     if (value && isAngle) value = math::toRadians(*value);
     if (value && !(isAngle && kindOf(parameter) == DynParameterKind::Polar))

@@ -4,8 +4,8 @@
 #include "engine/drawing.hpp"
 #include "engine/dynamic_block.hpp"
 #include "engine/stretch_points.hpp"
-#include "math/number_text.hpp"
 #include "math/polygon.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -300,7 +300,7 @@ public:
 
         std::string key = reference.activeVisibilityState;
         for (const auto* values : {&reference.dynParamValues, &reference.dynFlipValues})
-            for (const auto& [name, value] : *values) key += '\n' + name + '=' + math::shortest(value);
+            for (const auto& [name, value] : *values) key += '\n' + name + '=' + strings::shortest(value);
         std::shared_ptr<const Block>& shape = states.shapes_[key];
         if (!shape) shape = Evaluation(definition, reference).shape();
         return shape;

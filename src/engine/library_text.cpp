@@ -4,6 +4,7 @@
 
 #include "engine/libraries.hpp"
 #include "math/angles.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -45,13 +46,8 @@ private:
 };
 
 std::optional<double> number(std::string_view text) {
-    text = trimmed(text);
-    if (text.starts_with('+')) text.remove_prefix(1);
-    double value = 0.0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || result.ec != std::errc{} || result.ptr != text.data() + text.size()) return std::nullopt;
-    if (!(std::abs(value) <= kMaxNumber)) return std::nullopt;
-    return value;
+    const auto value = strings::parseReal(trimmed(text));
+    return value && std::abs(*value) <= kMaxNumber ? value : std::nullopt;
 }
 
 /// "*NAME,description"; false when there is no usable name.

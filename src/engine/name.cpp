@@ -1,44 +1,15 @@
 #include "engine/name.hpp"
 
-#include <QString>
 #include <deque>
 #include <unordered_map>
 
+#include "strings/case_fold.hpp"
+
 namespace kova::engine {
 
-namespace {
-
-bool isAscii(std::string_view text) {
-    return std::all_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x80; });
-}
-
-constexpr char lowerAscii(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-constexpr char upperAscii(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
-
-}  // namespace
-
-std::string foldCase(std::string_view text) {
-    if (!isAscii(text))
-        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toCaseFolded().toStdString();
-    std::string out(text);
-    for (char& c : out) c = lowerAscii(c);
-    return out;
-}
-
-std::string upperCase(std::string_view text) {
-    if (!isAscii(text))
-        return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())).toUpper().toStdString();
-    std::string out(text);
-    for (char& c : out) c = upperAscii(c);
-    return out;
-}
-
-bool equalNoCase(std::string_view a, std::string_view b) {
-    if (isAscii(a) && isAscii(b))
-        return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(),
-                                                  [](char x, char y) { return lowerAscii(x) == lowerAscii(y); });
-    return foldCase(a) == foldCase(b);
-}
+std::string foldCase(std::string_view text) { return strings::foldCase(text); }
+std::string upperCase(std::string_view text) { return strings::upperCase(text); }
+bool equalNoCase(std::string_view a, std::string_view b) { return strings::equalNoCase(a, b); }
 
 /// The interned texts. Entries stand in a deque, so that their addresses and texts never move.
 class NamePool {

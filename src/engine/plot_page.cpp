@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "engine/view_frame.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -44,11 +45,11 @@ std::optional<Vector2> writtenSize(const std::string& words) {
         std::size_t begin = x;
         while (begin > 0 && words[begin - 1] != ' ') --begin;
         Vector2 size;
-        const char* end = words.data() + words.size();
-        const auto first = std::from_chars(words.data() + begin, words.data() + x, size.x);
-        const auto second = std::from_chars(words.data() + x + 3, end, size.y);
-        if (first.ec != std::errc() || second.ec != std::errc()) continue;
-        if (std::string_view(second.ptr, static_cast<std::size_t>(end - second.ptr)).starts_with(" INCH"))
+        const char* const end = words.data() + words.size();
+        const char* const first = strings::readReal(words.data() + begin, words.data() + x, size.x);
+        const char* const second = strings::readReal(words.data() + x + 3, end, size.y);
+        if (first == nullptr || second == nullptr) continue;
+        if (std::string_view(second, static_cast<std::size_t>(end - second)).starts_with(" INCH"))
             size *= kInch;
         if (size.x >= 1.0 && size.y >= 1.0 && size.x <= kLargestSheet && size.y <= kLargestSheet) return size;
     }

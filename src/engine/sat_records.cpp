@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "engine/sat_edges.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -25,9 +26,9 @@ ModelerRecordKind recordKind(std::string_view name) {
 }
 
 bool parseNumber(std::string_view word, double& value) {
-    if (!word.empty() && word.front() == '+') word.remove_prefix(1);
-    const auto [end, error] = std::from_chars(word.data(), word.data() + word.size(), value);
-    return error == std::errc{} && end == word.data() + word.size() && std::isfinite(value);
+    const auto read = strings::parseReal(word);
+    if (read) value = *read;
+    return read.has_value();
 }
 
 bool isEndMark(std::string_view name) { return name.starts_with("End-of-") && name.ends_with("-data"); }

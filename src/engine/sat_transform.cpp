@@ -2,7 +2,7 @@
 
 #include "engine/sat_edges.hpp"
 #include "engine/sat_records.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -56,7 +56,7 @@ struct Edit {
 
 std::string textOf(const ModelerTransform& t, bool numericFlags) {
     std::string text;
-    for (const double v : t.numbers) text += math::shortest(v) + " ";
+    for (const double v : t.numbers) text += strings::shortest(v) + " ";
     if (numericFlags) {
         for (const bool flag : {t.rotates, t.reflects, t.shears}) text += flag ? "1 " : "0 ";
         text.pop_back();

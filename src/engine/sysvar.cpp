@@ -2,6 +2,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/sysvar_rows.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -32,11 +33,9 @@ std::optional<math::Vector3> parsePoint(std::string_view text) {
         std::string_view field = text.substr(0, comma);
         while (field.starts_with(' ')) field.remove_prefix(1);
         while (field.ends_with(' ')) field.remove_suffix(1);
-        const auto result = std::from_chars(field.data(), field.data() + field.size(), numbers[count]);
-        if (field.empty() || result.ec != std::errc{} || result.ptr != field.data() + field.size() ||
-            !std::isfinite(numbers[count]))
-            return std::nullopt;
-        ++count;
+        const auto number = strings::parseReal(field);
+        if (!number) return std::nullopt;
+        numbers[count++] = *number;
         if (comma == std::string_view::npos) break;
         text.remove_prefix(comma + 1);
     }
@@ -222,11 +221,7 @@ std::optional<double> asNumber(const SysVarValue& value) {
     if (const auto* i = std::get_if<std::int32_t>(&value)) return *i;
     if (const auto* d = std::get_if<double>(&value)) return *d;
     const auto* text = std::get_if<std::string>(&value);
-    if (text == nullptr) return std::nullopt;
-    double number = 0.0;
-    const auto result = std::from_chars(text->data(), text->data() + text->size(), number);
-    if (text->empty() || result.ec != std::errc{} || result.ptr != text->data() + text->size()) return std::nullopt;
-    return number;
+    return text != nullptr ? strings::parseReal(*text) : std::nullopt;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "engine/name.hpp"
 #include "engine/sysvar.hpp"
 #include "engine/sysvar_rows.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kova::engine {
 
@@ -58,8 +59,7 @@ std::span<const SysVarDef> sysVarTable() { return table(); }
 const SysVarDef* findSysVar(std::string_view name) {
     char upper[32];
     if (name.empty() || name.size() > sizeof upper) return nullptr;
-    for (std::size_t i = 0; i < name.size(); ++i)
-        upper[i] = name[i] >= 'a' && name[i] <= 'z' ? static_cast<char>(name[i] - 32) : name[i];
+    std::transform(name.begin(), name.end(), upper, strings::upperAscii);
     const std::string_view key(upper, name.size());
     const auto it = std::lower_bound(table().begin(), table().end(), key,
                                      [](const SysVarDef& def, std::string_view k) { return def.name < k; });

@@ -1,7 +1,7 @@
 #include "engine/drawing.hpp"
 #include "engine/sysvar.hpp"
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -15,22 +15,11 @@ std::string_view trimmed(std::string_view text) {
 
 /// A number to twelve digits, so that an angle that came from degrees shows as it was typed.
 std::string roundedText(double value) {
-    char buffer[40];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::general, 12);
-    return {buffer, result.ptr};
+    return strings::general(value, 12);
 }
 
 /// Minus zero reads as zero.
 double plain(double value) { return value == 0.0 ? 0.0 : value; }
-
-template <class Number>
-std::optional<Number> whole(std::string_view text) {
-    if (text.starts_with('+') && text.substr(1, 1) != "-") text.remove_prefix(1);
-    Number value{};
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (text.empty() || result.ec != std::errc{} || result.ptr != text.data() + text.size()) return std::nullopt;
-    return value;
-}
 
 bool asksOnOff(const SysVarDef& def) { return def.prompt.find("[ON/OFF") != std::string_view::npos; }
 
@@ -38,15 +27,15 @@ bool asksOnOff(const SysVarDef& def) { return def.prompt.find("[ON/OFF") != std:
 
 std::string sysVarText(const SysVarValue& value, bool quoted) {
     if (const auto* i = std::get_if<std::int32_t>(&value)) return std::to_string(*i);
-    if (const auto* d = std::get_if<double>(&value)) return math::shortest(plain(*d));
+    if (const auto* d = std::get_if<double>(&value)) return strings::shortest(plain(*d));
     if (const auto* s = std::get_if<std::string>(&value)) {
         std::string text(quoted ? 1 : 0, '"');
         text.append(*s).append(quoted ? 1 : 0, '"');
         return text;
     }
     const auto& p = std::get<math::Vector3>(value);
-    std::string text = math::shortest(plain(p.x)) + "," + math::shortest(plain(p.y));
-    if (p.z != 0.0) text += "," + math::shortest(p.z);
+    std::string text = strings::shortest(plain(p.x)) + "," + strings::shortest(plain(p.y));
+    if (p.z != 0.0) text += "," + strings::shortest(p.z);
     return text;
 }
 
@@ -67,7 +56,7 @@ std::string sysVarPrompt(const Drawing& drawing, const SysVarDef& def) {
 
 std::string sysVarRefusal(const SysVarDef& def) {
     if (!def.ranged()) return "Invalid value.";
-    const auto bound = [&](double v) { return def.degrees ? roundedText(math::toDegrees(v)) : math::shortest(v); };
+    const auto bound = [&](double v) { return def.degrees ? roundedText(math::toDegrees(v)) : strings::shortest(v); };
     const std::string lead = "Invalid number. Enter ";
     if (def.maximum >= kSysVarNoLimit) {
         if (def.minimum <= -kSysVarNoLimit) return "Invalid value.";
@@ -91,7 +80,8 @@ std::string parseSysVar(const SysVarDef& def, std::string_view text, SysVarValue
             return {};
         }
         case SysVarType::Integer:
-            if (const std::optional<std::int32_t> number = whole<std::int32_t>(text)) {
+            if (const std::optional<std::int64_t> number = strings::parseInteger(text);
+                number && std::in_range<std::int32_t>(*number)) {
                 value = *number;
                 return {};
             }
@@ -111,7 +101,7 @@ std::string parseSysVar(const SysVarDef& def, std::string_view text, SysVarValue
             }
             return sysVarRefusal(def);
         case SysVarType::Real:
-            if (const std::optional<double> number = whole<double>(text); number && std::isfinite(*number)) {
+            if (const std::optional<double> number = strings::parseReal(text)) {
                 value = def.degrees ? math::toRadians(*number) : *number;
                 return {};
             }

@@ -4,6 +4,7 @@
 
 #include "engine/entities/all.hpp"
 #include "engine/fonts/codes.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kova::engine {
 
@@ -116,7 +117,7 @@ private:
 
 std::vector<char32_t> folded(std::string_view text) {
     std::vector<char32_t> out;
-    for (std::size_t i = 0; i < text.size();) out.push_back(QChar::toCaseFolded(nextCodePoint(text, i)));
+    for (std::size_t i = 0; i < text.size();) out.push_back(strings::foldCase(nextCodePoint(text, i)));
     return out;
 }
 
@@ -127,7 +128,7 @@ std::size_t eachOccurrence(const std::vector<TextLetter>& letters, const std::ve
     if (what.empty()) return 0;
     std::vector<char32_t> text;
     text.reserve(letters.size());
-    for (const TextLetter& letter : letters) text.push_back(QChar::toCaseFolded(letter.value));
+    for (const TextLetter& letter : letters) text.push_back(strings::foldCase(letter.value));
     for (auto from = text.begin();;) {
         from = std::search(from, text.end(), std::boyer_moore_horspool_searcher(what.begin(), what.end()));
         if (from == text.end()) return count;
@@ -161,7 +162,7 @@ std::string withCase(std::string_view content, bool inlineCodes, LetterCase lett
                                (letterCase == LetterCase::Sentence && sentenceBegins) ||
                                (letterCase == LetterCase::Toggle && QChar::isLower(c));
             out += content.substr(copied, letter.begin - copied);
-            appendUtf8(out, upper ? QChar::toUpper(c) : QChar::toLower(c));
+            appendUtf8(out, upper ? strings::upperCase(c) : strings::lowerCase(c));
             copied = letter.end;
         }
         const bool inWord = isLetter || QChar::isDigit(c) || c == U'\'' || c == U'\u2019' || QChar::isMark(c);

@@ -1,13 +1,12 @@
 #include "engine/units.hpp"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <numeric>
 
 #include "engine/fonts/codes.hpp"
 #include "math/angles.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -42,9 +41,7 @@ void replaceSeparator(std::string& digits, char32_t separator) {
 
 /// The digits of |v| with a point; the sign is the caller's.
 std::string decimalDigits(double v, int precision, int zeros) {
-    char buffer[340];  // 309 digits of the largest double, the point and 8 decimals
-    std::snprintf(buffer, sizeof buffer, "%.*f", precision, nudged(std::abs(v)));
-    std::string digits = buffer;
+    std::string digits = strings::fixed(nudged(std::abs(v)), precision);
     if ((zeros & kTrailingZerosHidden) != 0) stripTrailingZeros(digits);
     if ((zeros & kLeadingZerosHidden) != 0 && digits.size() > 1 && digits[0] == '0' && digits[1] == '.')
         digits.erase(0, 1);
@@ -63,21 +60,15 @@ std::string decimalText(double v, int precision, int zeros, char32_t separator) 
 }
 
 std::string scientificText(double v, int precision, int zeros, char32_t separator) {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.*E", precision, nudged(std::abs(v)));
-    std::string text = buffer;
-    const std::size_t e = text.find('E');
+    const std::string text = strings::scientific(nudged(std::abs(v)), precision);
+    const std::size_t e = text.find('e');
     std::string mantissa = text.substr(0, e);
     if ((zeros & kTrailingZerosHidden) != 0) stripTrailingZeros(mantissa);
     replaceSeparator(mantissa, separator);
-    return (v < 0 ? "-" : "") + mantissa + text.substr(e);
+    return (v < 0 ? "-" : "") + mantissa + "E" + text.substr(e + 1);
 }
 
-std::string wholeText(double whole) {
-    char buffer[340];
-    std::snprintf(buffer, sizeof buffer, "%.0f", whole);
-    return buffer;
-}
+std::string wholeText(double whole) { return strings::fixed(whole, 0); }
 
 std::string fractionText(long long numerator, long long denominator, FractionForm form) {
     const std::string a = std::to_string(numerator);
@@ -325,10 +316,10 @@ struct Scanner {
     bool atDigit() const { return !rest.empty() && rest.front() >= '0' && rest.front() <= '9'; }
     /// An unsigned number; nothing is taken when there is none.
     std::optional<double> number() {
-        if (!atDigit() && !(rest.size() > 1 && rest[0] == '.' && rest[1] >= '0' && rest[1] <= '9')) return {};
+        if (rest.starts_with('-')) return {};
         double v = 0.0;
-        const auto [end, error] = std::from_chars(rest.data(), rest.data() + rest.size(), v);
-        if (error != std::errc{}) return {};
+        const char* const end = strings::readReal(rest.data(), rest.data() + rest.size(), v);
+        if (end == nullptr || std::isinf(v)) return {};
         rest.remove_prefix(static_cast<std::size_t>(end - rest.data()));
         return v;
     }

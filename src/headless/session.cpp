@@ -9,6 +9,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
+#include <clocale>
 
 #include "cmd/macros.hpp"
 #include "headless/files.hpp"
@@ -43,6 +44,8 @@ Session::Session(QObject* parent)
       registry_(cmd::CommandRegistry::instance()),
       processor_(document_, registry_, [this](const std::string& text) { append(text); }) {
     setObjectName(QStringLiteral("KovaCadHeadlessSession"));
+    // Whoever made the application object: Qt takes the user's locale with it, and libraries print by its decimal comma.
+    std::setlocale(LC_NUMERIC, "C");
     processor_.setServices(this);
     if (QCoreApplication::instance() != nullptr) QCoreApplication::instance()->installEventFilter(this);
     startLisp();

@@ -1,6 +1,7 @@
 #include "io/content.hpp"
 
 #include "io/mapped_file.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kova::io {
 
@@ -9,10 +10,8 @@ namespace {
 constexpr std::size_t kHeadSize = 63;
 
 bool endsWithNoCase(std::string_view text, std::string_view lowerTail) {
-    if (text.size() < lowerTail.size()) return false;
-    text.remove_prefix(text.size() - lowerTail.size());
-    return std::equal(text.begin(), text.end(), lowerTail.begin(),
-                      [](char a, char b) { return (a >= 'A' && a <= 'Z' ? a + ('a' - 'A') : a) == b; });
+    return text.size() >= lowerTail.size() &&
+           strings::equalNoCase(text.substr(text.size() - lowerTail.size()), lowerTail);
 }
 
 }  // namespace

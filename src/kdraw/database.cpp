@@ -1,4 +1,5 @@
 #include "kdraw/database.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kdraw {
 
@@ -9,9 +10,7 @@ constexpr std::size_t kDenseFactor = 8;
 constexpr std::size_t kDenseStart = 4096;
 
 std::string nameKey(Table table, std::string_view name) {
-    std::string key(1, static_cast<char>('A' + static_cast<int>(table)));
-    for (const char c : name) key += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
-    return key;
+    return static_cast<char>('A' + static_cast<int>(table)) + kova::strings::foldCase(name);
 }
 
 }  // namespace

@@ -25,6 +25,7 @@
 #include "kdraw/objects/views.hpp"
 #include "kdraw/objects/xrecord.hpp"
 #include "kdraw/record_codec.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kdraw {
 
@@ -37,15 +38,6 @@ constexpr const char* kUsualClasses[] = {"ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER
 
 /// Type codes of block references.
 constexpr std::uint16_t kInsert = 7, kMInsert = 8;
-
-std::string folded(std::string_view name) {
-    std::string text(name);
-    for (char& c : text)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-    return text;
-}
-
-bool sameName(std::string_view a, std::string_view b) { return a.size() == b.size() && folded(a) == folded(b); }
 
 class Completion {
 public:
@@ -167,7 +159,7 @@ private:
         T* found = nullptr;
         for (const Handle handle : table.records) {
             T* one = db_.as<T>(handle);
-            if (one != nullptr && sameName(one->name, name)) {
+            if (one != nullptr && kova::strings::equalNoCase(one->name, name)) {
                 found = one;
                 break;
             }
@@ -248,8 +240,8 @@ private:
                 material.name = name;
                 material.refractionMap.source = 0;
             }
-            if (sameName(name, "ByLayer")) byLayerMaterial_ = material.handle;
-            if (sameName(name, "Global")) globalMaterial_ = material.handle;
+            if (kova::strings::equalNoCase(name, "ByLayer")) byLayerMaterial_ = material.handle;
+            if (kova::strings::equalNoCase(name, "Global")) globalMaterial_ = material.handle;
         }
         h_.colors = named("ACAD_COLOR", 0x73).handle;
         Dictionary& tables = named("ACAD_TABLESTYLE", 0x86);
@@ -327,7 +319,7 @@ private:
         std::int32_t lastTab = 0;
         int number = 1;
         std::unordered_set<std::string> taken;
-        for (const Dictionary::Entry& one : layoutNames_->entries) taken.insert(folded(one.key));
+        for (const Dictionary::Entry& one : layoutNames_->entries) taken.insert(kova::strings::foldCase(one.key));
         for (const Dictionary::Entry& one : layoutNames_->entries)
             if (auto* layout = db_.as<Layout>(one.value)) {
                 known.emplace(layout->block, layout);
@@ -338,7 +330,7 @@ private:
             Layout* layout = found != known.end() ? found->second : nullptr;
             if (layout == nullptr) {
                 std::string key = name;
-                while (!taken.insert(folded(key)).second) key = "Layout" + std::to_string(++number);
+                while (!taken.insert(kova::strings::foldCase(key)).second) key = "Layout" + std::to_string(++number);
                 layout = &make<Layout>("LAYOUT", layoutNames_->handle, customary);
                 layout->reactors.push_back(layoutNames_->handle);
                 layoutNames_->entries.push_back({key, layout->handle});

@@ -1,10 +1,11 @@
 #include "math/expression.hpp"
 
-#include <charconv>
 #include <cmath>
 #include <vector>
 
 #include "math/angles.hpp"
+#include "strings/case_fold.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::math {
 
@@ -15,13 +16,6 @@ constexpr int kMaxDepth = 100;
 
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-std::string lowerCase(std::string_view text) {
-    std::string out(text);
-    for (char& c : out)
-        if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-    return out;
-}
 
 /// Sine and cosine that are exact at the quarters of a turn.
 Vector2 directionAt(double degrees) {
@@ -236,14 +230,14 @@ private:
 
     double plainNumber() {
         double value = 0.0;
-        const char* begin = text_.data() + at_;
-        const auto [end, error] = std::from_chars(begin, text_.data() + text_.size(), value);
-        if (error != std::errc{}) throw Failure{"there is an invalid number."};
+        const char* const begin = text_.data() + at_;
+        const char* const end = strings::readReal(begin, text_.data() + text_.size(), value);
+        if (end == nullptr || std::isinf(value)) throw Failure{"there is an invalid number."};
         at_ += static_cast<std::size_t>(end - begin);
         return value;
     }
     bool unit(char c) {
-        if (at_ >= text_.size() || lowerCase(text_.substr(at_, 1))[0] != c) return false;
+        if (at_ >= text_.size() || strings::foldCase(text_.substr(at_, 1))[0] != c) return false;
         if (at_ + 1 < text_.size() && isLetter(text_[at_ + 1])) return false;
         ++at_;
         return true;
@@ -279,7 +273,7 @@ private:
     ExpressionValue name() {
         const std::size_t from = at_;
         while (at_ < text_.size() && (isLetter(text_[at_]) || isDigit(text_[at_]))) ++at_;
-        const std::string word = lowerCase(text_.substr(from, at_ - from));
+        const std::string word = strings::foldCase(text_.substr(from, at_ - from));
         skip();
         if (!next('(')) {
             if (word == "pi") return kPi;
@@ -461,7 +455,7 @@ std::optional<ExpressionAssignment> parseAssignment(std::string_view text) {
     if (name.empty() || !isLetter(name.front())) return std::nullopt;
     for (const char c : name)
         if (!isLetter(c) && !isDigit(c)) return std::nullopt;
-    return ExpressionAssignment{lowerCase(name), std::string(text.substr(equals + 1))};
+    return ExpressionAssignment{strings::foldCase(name), std::string(text.substr(equals + 1))};
 }
 
 }  // namespace kova::math

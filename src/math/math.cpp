@@ -1,19 +1,12 @@
 #include <algorithm>
-#include <charconv>
 
 #include "math/bounds2.hpp"
 #include "math/matrix4.hpp"
-#include "math/number_text.hpp"
 #include "math/vector2.hpp"
 #include "math/vector3.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::math {
-
-std::string shortest(double value) {
-    char buffer[32];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
-    return {buffer, result.ptr};
-}
 
 double Vector2::angle_to(const Vector2& o) const {
     const double lengths = length() * o.length();
@@ -21,15 +14,15 @@ double Vector2::angle_to(const Vector2& o) const {
     return std::acos(std::clamp(dot(o) / lengths, -1.0, 1.0));
 }
 
-std::string Vector2::text() const { return "Vector2(" + shortest(x) + ", " + shortest(y) + ")"; }
+std::string Vector2::text() const { return "Vector2(" + strings::shortest(x) + ", " + strings::shortest(y) + ")"; }
 
 std::string Vector3::text() const {
-    return "Vector3(" + shortest(x) + ", " + shortest(y) + ", " + shortest(z) + ")";
+    return "Vector3(" + strings::shortest(x) + ", " + strings::shortest(y) + ", " + strings::shortest(z) + ")";
 }
 
 std::string Bounds2::text() const {
-    return "BoundingBox2(min=(" + shortest(min.x) + ", " + shortest(min.y) + "), max=(" + shortest(max.x) + ", " +
-           shortest(max.y) + "))";
+    return "BoundingBox2(min=(" + strings::shortest(min.x) + ", " + strings::shortest(min.y) + "), max=(" + strings::shortest(max.x) + ", " +
+           strings::shortest(max.y) + "))";
 }
 
 Matrix4 Matrix4::translation(double dx, double dy, double dz) {

@@ -13,7 +13,7 @@
 #include "engine/entities/ellipse.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd {
 namespace {
@@ -34,7 +34,7 @@ AttributeDefinitionEntity definition(const std::string& tag, const std::string& 
     return d;
 }
 
-std::string pointText(const Vector2& p) { return math::shortest(p.x) + "," + math::shortest(p.y); }
+std::string pointText(const Vector2& p) { return strings::shortest(p.x) + "," + strings::shortest(p.y); }
 
 /// "Part": a line along x and a circle; "Outer": a "Part" at 100,0 and a line.
 class Blocks : public ::testing::Test {

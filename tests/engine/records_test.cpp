@@ -2,7 +2,7 @@
 
 #include "engine/drawing.hpp"
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 namespace {
@@ -19,7 +19,7 @@ protected:
         text += std::string(f.key) + "=" + value + ";";
     }
     void onNumber(const Field& f, double& v) override {
-        if (!f.optional || std::abs(v - f.fallback) > 1e-9) put(f, math::shortest(v));
+        if (!f.optional || std::abs(v - f.fallback) > 1e-9) put(f, strings::shortest(v));
     }
     void onInteger(const Field& f, std::int64_t& v) override {
         if (!f.optional || static_cast<double>(v) != f.fallback) put(f, std::to_string(v));

@@ -7,8 +7,10 @@
 #include <sstream>
 
 #include "engine/drawing.hpp"
+#include "engine/entities/block_reference.hpp"
 #include "engine/entities/point.hpp"
 #include "engine/entities/solid3d.hpp"
+#include "engine/entities/text.hpp"
 #include "engine/entities/viewport.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dwg/dwg_save.hpp"
@@ -58,6 +60,35 @@ TEST(DwgIdentity, EveryKindAndRecordWithEveryField) {
 TEST(DwgIdentity, EveryKindAsAUserDrawsIt) {
     engine::Drawing drawing;
     fillRichDrawing(drawing);
+    expectIdentity(drawing);
+}
+
+/// Names are the same without regard to case in every alphabet, not only in A to Z.
+TEST(DwgIdentity, NamesThatDifferInTheCaseOfALetter) {
+    engine::Drawing drawing;
+    const auto layer = [&](const char* name) {
+        engine::Layer record;
+        record.name = engine::Name(name);
+        drawing.layers.add(record);
+    };
+    layer("Möbel");
+    layer("СТЕНЫ");
+    engine::TextStyle style;
+    style.name = engine::Name("Größe");
+    drawing.textStyles.add(style);
+    engine::Block& block = *drawing.addBlock("Tür");
+    auto part = std::make_unique<engine::PointEntity>();
+    part->layer = engine::Name("möbel");
+    block.entities.append(std::move(part));
+    auto text = std::make_unique<engine::TextEntity>();
+    text->content = "x";
+    text->textStyle = engine::Name("GRÖßE");
+    text->layer = engine::Name("MÖBEL");
+    drawing.modelSpace().append(std::move(text));
+    auto reference = std::make_unique<engine::BlockReferenceEntity>();
+    reference->blockName = engine::Name("TÜR");
+    reference->layer = engine::Name("стены");
+    drawing.modelSpace().append(std::move(reference));
     expectIdentity(drawing);
 }
 

@@ -5,7 +5,6 @@
 #include "math/angles.hpp"
 #include "math/bounds2.hpp"
 #include "math/matrix4.hpp"
-#include "math/number_text.hpp"
 #include "math/vector2.hpp"
 #include "math/vector3.hpp"
 
@@ -136,12 +135,6 @@ TEST(Matrix4, ArbitraryAxisRule) {
     EXPECT_TRUE(side.transform_point(Vector3{1, 0, 0}).near_equal({0, 1, 0}));
     EXPECT_TRUE(side.transform_point(Vector3{0, 1, 0}).near_equal({0, 0, 1}));
     EXPECT_EQ(Matrix4::object_to_world({0, 0, 0}), Matrix4::identity());
-}
-
-TEST(NumberText, IsTheShortestThatReadsBack) {
-    EXPECT_EQ(shortest(0.1), "0.1");
-    EXPECT_EQ(shortest(3.0), "3");
-    EXPECT_EQ(std::stod(shortest(1.0 / 3.0)), 1.0 / 3.0);
 }
 
 }  // namespace

@@ -10,7 +10,7 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/text.hpp"
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -28,8 +28,8 @@ std::unique_ptr<engine::Entity> paragraphsOf(const BlockReferenceEntity& referen
     const engine::MTextBlock block = engine::paragraphBlock(line, reference.drawing());
     text->content = attribute.value;
     // Width and slant that the style does not give stand in front of the content.
-    if (block.widthFactor != 1.0) text->content.insert(0, "\\W" + math::shortest(attribute.widthFactor) + ";");
-    if (block.oblique != 0.0) text->content.insert(0, "\\Q" + math::shortest(math::toDegrees(attribute.oblique)) + ";");
+    if (block.widthFactor != 1.0) text->content.insert(0, "\\W" + strings::shortest(attribute.widthFactor) + ";");
+    if (block.oblique != 0.0) text->content.insert(0, "\\Q" + strings::shortest(math::toDegrees(attribute.oblique)) + ";");
     text->position = block.position;
     text->width = block.width;
     text->height = block.height;

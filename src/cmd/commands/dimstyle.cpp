@@ -6,7 +6,7 @@
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
 #include "engine/sysvar.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -19,7 +19,7 @@ using engine::Name;
 
 std::string valueText(const engine::DimValue& value) {
     const auto* number = std::get_if<double>(&value);
-    return number != nullptr ? math::shortest(*number) : quoted(std::get<std::string>(value));
+    return number != nullptr ? strings::shortest(*number) : quoted(std::get<std::string>(value));
 }
 
 /// The style of a dimension with its own values.
@@ -64,7 +64,7 @@ private:
                 "  Annotative: " + (style.annotative ? "Yes" : "No"));
         std::string overrides;
         for (const auto& [name, value] : drawing().dimStyleOverrides)
-            overrides += (overrides.empty() ? "" : ", ") + name + " " + math::shortest(value);
+            overrides += (overrides.empty() ? "" : ", ") + name + " " + strings::shortest(value);
         for (const auto& [name, value] : drawing().dimStyleNameOverrides)
             overrides += (overrides.empty() ? "" : ", ") + name + " " + quoted(value);
         if (!overrides.empty()) message("Current dimension overrides: " + overrides);

@@ -10,6 +10,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "engine/name.hpp"
 #include "math/angles.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -176,9 +177,8 @@ private:
     }
 
     static std::string number(double value, int decimals) {
-        char buffer[64];
-        const int length = std::snprintf(buffer, sizeof buffer, "%.*f", std::clamp(decimals, 0, 16), value);
-        return length > 0 && length < static_cast<int>(sizeof buffer) ? std::string(buffer) : std::string("0");
+        std::string text = strings::fixed(value, std::clamp(decimals, 0, 16));
+        return text.size() < 64 ? text : std::string("0");
     }
 
     std::string field(const BlockReferenceEntity& r, const Column& column, std::size_t record) const {

@@ -14,6 +14,7 @@
 
 #include "engine/entities/mtext_layout.hpp"
 #include "engine/fonts/codes.hpp"
+#include "strings/case_fold.hpp"
 
 // FIND and SPELL: what stands in the drawing's texts.
 
@@ -130,7 +131,7 @@ void eachWord(std::string_view content, bool codes, Use use) {
     for (const engine::TextLetter& letter : engine::textLetters(content, codes)) {
         const char32_t c = letter.value;
         if (QChar::isLetter(c)) {
-            engine::appendUtf8(word, QChar::toLower(c));
+            engine::appendUtf8(word, strings::lowerCase(c));
             ++letters;
         } else if ((c == U'\'' || c == U'\u2019') && letters > 0) {
             word += '\'';

@@ -5,7 +5,7 @@
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -57,7 +57,7 @@ private:
         const auto curve = EditCurve::of(entity);
         std::string text = "Current length: " + lengthText(drawing(), curve->length(curve->start(), curve->end()));
         if (const auto angle = engine::includedAngle(*curve))
-            text += ", included angle: " + math::shortest(std::round(*angle / math::kDegree * 1e4) / 1e4);
+            text += ", included angle: " + strings::shortest(std::round(*angle / math::kDegree * 1e4) / 1e4);
         message(text);
     }
 
@@ -68,7 +68,7 @@ private:
             by_ = By::Percent;
             const double last = remembered(document(), kPercent, 100.0);
             const Answer answer =
-                co_await ask.number(withDefault("Enter percentage length", math::shortest(last)), {}, kPositive);
+                co_await ask.number(withDefault("Enter percentage length", strings::shortest(last)), {}, kPositive);
             value_ = answer.numberOr(last);
             remember(document(), kPercent, value_);
         } else {
@@ -86,7 +86,7 @@ private:
                 const char* angleName = delta ? kDeltaAngle : kTotalAngle;
                 const double lastAngle = remembered(document(), angleName, delta ? 0.0 : 57.0);
                 const char* question = delta ? "Enter delta angle" : "Specify total angle";
-                const Answer angle = co_await ask.number(withDefault(question, math::shortest(lastAngle)), {}, range);
+                const Answer angle = co_await ask.number(withDefault(question, strings::shortest(lastAngle)), {}, range);
                 const double degrees = angle.numberOr(lastAngle);
                 remember(document(), angleName, degrees);
                 value_ = degrees * math::kDegree;

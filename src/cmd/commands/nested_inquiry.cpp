@@ -4,7 +4,7 @@
 #include "cmd/nested_picking.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -78,10 +78,10 @@ const char* kindName(int code) {
 
 std::string valueText(const XDataItem& item) {
     if (const auto* text = std::get_if<std::string>(&item.value)) return *text;
-    if (const auto* real = std::get_if<double>(&item.value)) return math::shortest(*real);
+    if (const auto* real = std::get_if<double>(&item.value)) return strings::shortest(*real);
     if (const auto* integer = std::get_if<std::int64_t>(&item.value)) return std::to_string(*integer);
     const auto& p = std::get<math::Vector3>(item.value);
-    return math::shortest(p.x) + "," + math::shortest(p.y) + "," + math::shortest(p.z);
+    return strings::shortest(p.x) + "," + strings::shortest(p.y) + "," + strings::shortest(p.z);
 }
 
 /// Bytes of an item as files hold it: its code and its value.

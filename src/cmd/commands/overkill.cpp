@@ -3,6 +3,7 @@
 #include "cmd/duplicates.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -10,9 +11,7 @@ namespace {
 
 /// A number without an exponent.
 std::string plainNumber(double value) {
-    char text[400];
-    std::snprintf(text, sizeof text, "%.*f", value < 1e-12 ? 20 : 12, value);
-    std::string out = text;
+    std::string out = strings::fixed(value, value < 1e-12 ? 20 : 12);
     while (out.back() == '0') out.pop_back();
     if (out.back() == '.') out.pop_back();
     return out;

@@ -5,7 +5,7 @@
 #include "engine/entities/all.hpp"
 #include "engine/text_content.hpp"
 #include "engine/text_placing.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 // TCASE and TCOUNT: the letters of many texts.
 
@@ -84,7 +84,7 @@ protected:
         for (const std::uint64_t id : ids) {
             Entity* entity = drawing().findById(id);
             if (entity == nullptr) continue;
-            const std::string number = math::shortest(start + increment * static_cast<double>(count));
+            const std::string number = strings::shortest(start + increment * static_cast<double>(count));
             const bool codes = entity->type() == engine::EntityType::MText;
             if (!wanted.empty() && engine::countOccurrences(*content(id), codes, wanted) == 0) continue;
             document().modifyEntity(*entity, [&](Entity&) {

@@ -6,7 +6,7 @@
 #include "engine/fonts/codes.hpp"
 #include "engine/text_placing.hpp"
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -30,10 +30,10 @@ std::string contentOf(const TextEntity& line, const TextEntity& first, const eng
     const engine::TextStyle& style = drawing.textStyleOrStandard(line.textStyle);
     std::string codes;
     const double height = engine::letterHeight(line);
-    if (height != engine::letterHeight(first)) codes += "\\H" + math::shortest(height) + ";";
+    if (height != engine::letterHeight(first)) codes += "\\H" + strings::shortest(height) + ";";
     if (line.hAlign != engine::kHAlignFit && line.widthFactor != style.widthFactor)
-        codes += "\\W" + math::shortest(line.widthFactor) + ";";
-    if (line.oblique != style.obliqueAngle) codes += "\\Q" + math::shortest(math::toDegrees(line.oblique)) + ";";
+        codes += "\\W" + strings::shortest(line.widthFactor) + ";";
+    if (line.oblique != style.obliqueAngle) codes += "\\Q" + strings::shortest(math::toDegrees(line.oblique)) + ";";
     if (line.color != first.color) codes += "\\C" + std::to_string(line.color.bareIndex()) + ";";
     return codes.empty() ? content : "{" + codes + content + "}";
 }

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "engine/units.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -153,7 +153,7 @@ std::string toleranceGroup(const DimStyle& style, const std::string& content, bo
     if (!stacked && !smaller) return content;
     std::string text = "{";
     if (stacked) text += "\\A" + std::to_string(std::clamp(style.toleranceVertical, 0, 2)) + ";";
-    if (smaller) text += "\\H" + math::shortest(factor) + "x;";
+    if (smaller) text += "\\H" + strings::shortest(factor) + "x;";
     return text + content + "}";
 }
 
@@ -165,7 +165,7 @@ std::string withFraction(const DimStyle& style, const std::string& number) {
     const double factor = style.toleranceTextScale;
     const bool smaller = factor > 0.0 && std::isfinite(factor) && std::abs(factor - 1.0) > 1e-9;
     std::string text = number.substr(0, at) + "{\\A1;";
-    if (smaller) text += "\\H" + math::shortest(factor) + "x;";
+    if (smaller) text += "\\H" + strings::shortest(factor) + "x;";
     return text + number.substr(at, end + 1 - at) + "}" + number.substr(end + 1);
 }
 

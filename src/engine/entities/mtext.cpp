@@ -5,7 +5,7 @@
 #include "engine/entities/text_line.hpp"
 #include "engine/outline.hpp"
 #include "math/angles.hpp"
-#include "math/number_text.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -33,9 +33,9 @@ Bounds2 backgroundBox(const MTextEntity& t, const MTextLayout& layout) {
 std::optional<double> takeLeadingCode(std::string& content, char code) {
     if (content.size() < 4 || content[0] != '\\' || content[1] != code) return std::nullopt;
     double value = 0.0;
-    const auto [end, error] = std::from_chars(content.data() + 2, content.data() + content.size(), value);
-    const auto size = static_cast<std::size_t>(end - content.data());
-    if (error != std::errc{} || size >= content.size() || *end != ';') return std::nullopt;
+    const char* const end = strings::readReal(content.data() + 2, content.data() + content.size(), value);
+    const auto size = static_cast<std::size_t>(end == nullptr ? 0 : end - content.data());
+    if (size == 0 || size >= content.size() || *end != ';' || !std::isfinite(value)) return std::nullopt;
     content.erase(0, size + 1);
     return value;
 }
@@ -100,8 +100,8 @@ void MTextEntity::transform(const Matrix4& m) {
     }
     transformTextFrame(frame, m);
     if (!parts.uniform && !content.empty())
-        content.insert(0, "\\Q" + math::shortest(math::toDegrees(frame.oblique)) + ";\\W" +
-                              math::shortest(frame.widthFactor) + ";");
+        content.insert(0, "\\Q" + strings::shortest(math::toDegrees(frame.oblique)) + ";\\W" +
+                              strings::shortest(frame.widthFactor) + ";");
     const double scaleY = height != 0.0 ? frame.height / height : 1.0;
     const double scaleX = scaleY * (parts.uniform ? 1.0 : frame.widthFactor / widthBefore);
     rotation = frame.rotation;

@@ -2,6 +2,7 @@
 
 #include "engine/fonts/codes.hpp"
 #include "math/angles.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::engine {
 
@@ -18,8 +19,8 @@ bool isNumberChar(char c) { return (c >= '0' && c <= '9') || c == '.' || c == '-
 std::optional<double> toNumber(std::string_view text) {
     if (!text.empty() && text[0] == '+') text.remove_prefix(1);
     double value = 0.0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || !std::isfinite(value)) return std::nullopt;
+    if (strings::readReal(text.data(), text.data() + text.size(), value) == nullptr || !std::isfinite(value))
+        return std::nullopt;
     return value;
 }
 

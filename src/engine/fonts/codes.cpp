@@ -1,7 +1,7 @@
 #include "engine/fonts/codes.hpp"
 
-#include <QChar>
-#include <QStringDecoder>
+#include "strings/code_page.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::engine {
 
@@ -16,26 +16,6 @@ int hexValue(std::string_view text, std::size_t at, std::size_t n) {
 }
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-/// A two-byte character of the code page with the number of \M+n; 0 when it cannot be decoded.
-char32_t multibyteCharacter(char page, int value) {
-    // Converter names; they exist when Qt was built with ICU.
-    const char* name = page == '1'   ? "windows-31j"
-                       : page == '2' ? "Big5"
-                       : page == '3' ? "windows-949"
-                       : page == '4' ? "Johab"
-                       : page == '5' ? "GBK"
-                                     : nullptr;
-    if (name == nullptr) return 0;
-    const char bytes[] = {static_cast<char>(value >> 8), static_cast<char>(value & 0xFF)};
-    const bool single = value < 0x100;
-    if (single && value < 0x80) return static_cast<char32_t>(value);
-    QStringDecoder decoder(name);
-    if (!decoder.isValid()) return 0;
-    const QString text = decoder.decode(QByteArrayView(single ? bytes + 1 : bytes, single ? 1 : 2));
-    if (decoder.hasError() || text.size() != 1) return 0;
-    return text.at(0).unicode();
-}
 
 /// The character %%nnn stands for: as in the ANSI character set, with the three symbols that shape fonts have behind
 /// it.
@@ -53,41 +33,8 @@ char32_t numberedCharacter(int value) {
 
 }  // namespace
 
-char32_t nextCodePoint(std::string_view text, std::size_t& i) {
-    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[k]); };
-    const unsigned char lead = byte(i++);
-    if (lead < 0x80) return lead;
-    const int more = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC0 ? 1 : 0;
-    if (more == 0 || lead > 0xF4 || i + static_cast<std::size_t>(more) > text.size()) return 0xFFFD;
-    char32_t c = lead & (0x3F >> more);
-    for (int k = 0; k < more; ++k) {
-        if ((byte(i + static_cast<std::size_t>(k)) & 0xC0) != 0x80) return 0xFFFD;
-        c = (c << 6) | (byte(i + static_cast<std::size_t>(k)) & 0x3F);
-    }
-    static constexpr char32_t kLeast[] = {0, 0x80, 0x800, 0x10000};
-    if (c < kLeast[more] || c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) return 0xFFFD;
-    i += static_cast<std::size_t>(more);
-    return c;
-}
-
-void appendUtf8(std::string& out, char32_t c) {
-    if (c > 0x10FFFF || (c >= 0xD800 && c < 0xE000)) c = 0xFFFD;
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
+char32_t nextCodePoint(std::string_view text, std::size_t& i) { return strings::nextCodePoint(text, i); }
+void appendUtf8(std::string& out, char32_t c) { strings::appendUtf8(out, c); }
 
 bool readPercentCode(std::string_view text, std::size_t& i, std::string& out, char& toggle) {
     toggle = 0;
@@ -158,8 +105,7 @@ bool readUnicodeCode(std::string_view text, std::size_t& i, std::string& out) {
     if (text[i + 1] == 'M' || text[i + 1] == 'm') {
         const int value = hexValue(text, i + 4, 4);
         if (value < 0 || text[i + 3] < '1' || text[i + 3] > '5') return false;
-        const char32_t c = multibyteCharacter(text[i + 3], value);
-        appendUtf8(out, c == 0 ? 0xFFFD : c);
+        out += strings::multibyteCharacter(text[i + 3], static_cast<unsigned>(value));
         i += 8;
         return true;
     }

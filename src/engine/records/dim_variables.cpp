@@ -1,5 +1,6 @@
 #include "engine/drawing.hpp"
 #include "engine/records/styles.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kova::engine {
 
@@ -169,13 +170,10 @@ struct TextSetter {
 std::span<const DimVariable> dimVariables() { return kVariables; }
 
 const DimVariable* findDimVariable(std::string_view name) {
-    char folded[16];
-    if (name.size() > sizeof folded) return nullptr;
-    for (std::size_t i = 0; i < name.size(); ++i) {
-        const char c = name[i];
-        folded[i] = c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
-    }
-    const std::string_view key(folded, name.size());
+    char upper[16];
+    if (name.size() > sizeof upper) return nullptr;
+    std::transform(name.begin(), name.end(), upper, strings::upperAscii);
+    const std::string_view key(upper, name.size());
     const auto* it = std::lower_bound(std::begin(kVariables), std::end(kVariables), key,
                                       [](const DimVariable& v, std::string_view k) { return v.name < k; });
     return it != std::end(kVariables) && it->name == key ? it : nullptr;

@@ -1,4 +1,6 @@
 #include "io/dxf/reader_tags.hpp"
+#include "strings/case_fold.hpp"
+#include "strings/numbers.hpp"
 
 #include <charconv>
 #include <cmath>
@@ -11,6 +13,12 @@ namespace {
 
 constexpr bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\0' || c == '\v' || c == '\f'; }
 
+/// "nan", "-inf" and their like, as some writers print them.
+bool isNotFinite(std::string_view text) {
+    if (text.starts_with('-')) text.remove_prefix(1);
+    return strings::equalNoCase(text.substr(0, 3), "nan") || strings::equalNoCase(text.substr(0, 3), "inf");
+}
+
 }  // namespace
 
 std::string_view trimmed(std::string_view text) {
@@ -22,15 +30,9 @@ std::string_view trimmed(std::string_view text) {
 double parseReal(std::string_view text) {
     text = trimmed(text);
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    if (text.empty()) return 0.0;
     double value = 0.0;
-    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error == std::errc::result_out_of_range) {
-        // Too small or too large for a double: nothing, or no number at all.
-        return text.find("e-") != text.npos || text.find("E-") != text.npos ? 0.0
-                                                                            : std::numeric_limits<double>::quiet_NaN();
-    }
-    if (error != std::errc()) return 0.0;
+    const char* const rest = strings::readReal(text.data(), text.data() + text.size(), value);
+    if (rest == nullptr) return isNotFinite(text) ? std::numeric_limits<double>::quiet_NaN() : 0.0;
     // "1.#IND" and its like.
     if (rest != text.data() + text.size() && *rest == '#') return std::numeric_limits<double>::quiet_NaN();
     return std::isfinite(value) ? value : std::numeric_limits<double>::quiet_NaN();

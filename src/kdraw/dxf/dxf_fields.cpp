@@ -4,6 +4,7 @@
 #include <numbers>
 
 #include "kdraw/database.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kdraw {
 
@@ -222,12 +223,7 @@ void readCommonGroups(DxfInput& in, Object& object) {
             case 8: e.layer = in.record(Table::Layer, in.decoded()); break;
             case 6: {
                 const std::string name = in.decoded();
-                const auto is = [&](std::string_view other) {
-                    return name.size() == other.size() &&
-                           std::equal(name.begin(), name.end(), other.begin(), [](char a, char b) {
-                               return (a >= 'a' && a <= 'z' ? a - 32 : a) == b;
-                           });
-                };
+                const auto is = [&](std::string_view other) { return kova::strings::equalNoCase(name, other); };
                 e.linetypeFlags = is("BYLAYER") ? 0 : is("BYBLOCK") ? 1 : is("CONTINUOUS") ? 2 : 3;
                 if (e.linetypeFlags == 3) {
                     e.linetype = in.record(Table::Linetype, name);

@@ -9,6 +9,7 @@
 #include "kdraw/objects/block_header.hpp"
 #include "kdraw/objects/control.hpp"
 #include "kdraw/record_codec.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kdraw {
 
@@ -204,25 +205,18 @@ private:
         if (object == nullptr) return;
         auto* record = dynamic_cast<TableRecord*>(object);
         if (auto* linetypes = dynamic_cast<LinetypeControl*>(control_)) {
-            const std::string name = upper(record == nullptr ? "" : record->name);
+            const std::string name = kova::strings::upperCase(record == nullptr ? "" : record->name);
             if (name == "BYBLOCK") linetypes->byBlock = object->handle;
             if (name == "BYLAYER") linetypes->byLayer = object->handle;
             if (name == "BYBLOCK" || name == "BYLAYER") return;
         }
         if (auto* blocks = dynamic_cast<BlockControl*>(control_)) {
-            const std::string name = upper(record == nullptr ? "" : record->name);
+            const std::string name = kova::strings::upperCase(record == nullptr ? "" : record->name);
             if (name == "*MODEL_SPACE") blocks->modelSpace = modelSpace_ = object->handle;
             if (name == "*PAPER_SPACE") blocks->paperSpace = paperSpace_ = object->handle;
             if (name == "*MODEL_SPACE" || name == "*PAPER_SPACE") return;
         }
         control_->records.push_back(object->handle);
-    }
-
-    static std::string upper(std::string_view text) {
-        std::string out(text);
-        for (char& c : out)
-            if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-        return out;
     }
 
     std::uint8_t modeOf(Handle space) const {

@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "kdraw/database.hpp"
+#include "strings/numbers.hpp"
 
 namespace kdraw {
 
@@ -39,7 +40,7 @@ std::string DxfInput::decoded() const {
 double DxfInput::real() const {
     const std::string_view value = trimmed(text());
     double v = 0.0;
-    std::from_chars(value.data(), value.data() + value.size(), v);
+    kova::strings::readReal(value.data(), value.data() + value.size(), v);
     return v;
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "kdraw/database.hpp"
+#include "strings/numbers.hpp"
 
 namespace kdraw {
 
@@ -54,8 +55,8 @@ void DxfOutput::integer(int group, std::int64_t value) {
 void DxfOutput::real(int group, double value) {
     code(group);
     if (!std::isfinite(value)) value = 0.0;
-    char digits[40];
-    out_.append(digits, static_cast<std::size_t>(std::to_chars(digits, digits + sizeof digits, value).ptr - digits));
+    char digits[kova::strings::kShortestSize];
+    out_.append(digits, kova::strings::writeShortest(digits, value));
     out_ += '\n';
 }
 

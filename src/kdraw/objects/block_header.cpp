@@ -1,18 +1,14 @@
 #include "kdraw/objects/block_header.hpp"
 
 #include "kdraw/objects/helpers.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kdraw {
 
 namespace {
 
 bool startsWith(std::string_view text, std::string_view lowerStart) {
-    if (text.size() < lowerStart.size()) return false;
-    for (std::size_t i = 0; i < lowerStart.size(); ++i) {
-        const char c = text[i];
-        if ((c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c) != lowerStart[i]) return false;
-    }
-    return true;
+    return kova::strings::equalNoCase(text.substr(0, lowerStart.size()), lowerStart);
 }
 
 constexpr std::string_view kModel = "*model_space", kPaper = "*paper_space";

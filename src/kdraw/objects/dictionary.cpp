@@ -1,19 +1,13 @@
 #include "kdraw/objects/dictionary.hpp"
 
 #include "kdraw/objects/helpers.hpp"
+#include "strings/case_fold.hpp"
 
 namespace kdraw {
 
+using kova::strings::equalNoCase;
+
 namespace {
-
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-bool sameKey(std::string_view a, std::string_view b) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i)
-        if (lower(a[i]) != lower(b[i])) return false;
-    return true;
-}
 
 void readEntries(DxfInput& in, std::vector<Dictionary::Entry>& entries) {
     entries.clear();
@@ -60,13 +54,13 @@ void Dictionary::describe(Fields& f) {
 
 Handle Dictionary::find(std::string_view key) const {
     for (const Entry& entry : entries)
-        if (sameKey(entry.key, key)) return entry.value;
+        if (equalNoCase(entry.key, key)) return entry.value;
     return 0;
 }
 
 void Dictionary::set(std::string_view key, Handle value) {
     for (Entry& entry : entries)
-        if (sameKey(entry.key, key)) {
+        if (equalNoCase(entry.key, key)) {
             entry.value = value;
             return;
         }

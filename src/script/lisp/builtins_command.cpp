@@ -4,10 +4,10 @@
 
 #include "cmd/calculator.hpp"
 #include "cmd/picking.hpp"
-#include "math/number_text.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/cad.hpp"
 #include "script/lisp/printer.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::script::lisp {
 
@@ -68,7 +68,7 @@ private:
     static std::string numberText(const Value& v) {
         if (v.isInteger()) return std::to_string(v.asInteger());
         if (!std::isfinite(v.asReal())) badArgument("COMMAND", "a finite number", v);
-        return math::shortest(v.asReal());
+        return strings::shortest(v.asReal());
     }
 
     void give(Machine& m, const Value& v) {

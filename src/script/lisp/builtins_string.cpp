@@ -8,6 +8,8 @@
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/printer.hpp"
 #include "script/lisp/reader.hpp"
+#include "strings/case_fold.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::script::lisp {
 
@@ -88,7 +90,7 @@ Value substr(Machine&, Value* v, int n) {
 
 Value strcase(Machine&, Value* v, int n) {
     const std::string& text = stringArgument("STRCASE", v[0]);
-    return Value::string(n > 1 && v[1].isTrue() ? engine::foldCase(text) : engine::upperCase(text));
+    return Value::string(n > 1 && v[1].isTrue() ? strings::lowerCase(text) : strings::upperCase(text));
 }
 
 Value wcmatch(Machine& m, Value* v, int) {
@@ -206,10 +208,8 @@ Value atof(Machine&, Value* v, int) {
     std::string_view digits = std::string_view(text).substr(start);
     if (digits.starts_with('+')) digits.remove_prefix(1);
     double result = 0.0;
-    const std::string_view size = digits.starts_with('-') ? digits.substr(1) : digits;
-    if (size.empty() || ((size[0] < '0' || size[0] > '9') && size[0] != '.')) return Value::real(0.0);
-    std::from_chars(digits.data(), digits.data() + digits.size(), result);
-    return Value::real(result);
+    strings::readReal(digits.data(), digits.data() + digits.size(), result);
+    return Value::real(std::isfinite(result) ? result : 0.0);
 }
 
 Value itoa(Machine&, Value* v, int) { return Value::string(std::to_string(integerArgument("ITOA", v[0]))); }

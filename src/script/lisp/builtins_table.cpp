@@ -6,6 +6,7 @@
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_names.hpp"
 #include "script/lisp/group_list.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::script::lisp {
 
@@ -244,7 +245,12 @@ const std::vector<DictionaryEntry>* dictionaryAt(const Drawing& d, std::string_v
 std::string stepTo(const std::string& path, Name key) { return path.empty() ? key.str() : path + kStep + key.str(); }
 
 Value dataGroup(int code, const std::string& text) {
-    const auto number = [&] { return std::strtod(text.c_str(), nullptr); };
+    const auto number = [&] {
+        double value = 0.0;
+        const std::size_t first = std::min(text.find_first_not_of(" \t+"), text.size());
+        strings::readReal(text.data() + first, text.data() + text.size(), value);
+        return value;
+    };
     if ((code >= 10 && code < 60) || (code >= 110 && code < 150) || (code >= 210 && code < 240) ||
         (code >= 460 && code < 470) || (code >= 1010 && code < 1060))
         return Value::real(number());

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "script/lisp/builtins.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::script::lisp {
 
@@ -72,16 +73,11 @@ void appendAtom(std::string& out, const Value& v, bool quoted) {
 std::string realText(double value) {
     if (std::isnan(value)) return "nan";
     if (std::isinf(value)) return value < 0 ? "-inf" : "inf";
-    char buffer[64];
     const double size = std::abs(value);
-    if (value == std::trunc(value) && size < 1e15) {
-        std::snprintf(buffer, sizeof buffer, "%.1f", value);
-        return value == 0.0 ? "0.0" : buffer;
-    }
+    if (value == std::trunc(value) && size < 1e15) return value == 0.0 ? "0.0" : strings::fixed(value, 1);
     int digits = 6;
     for (double limit = 1000.0; size >= limit && digits < 15; limit *= 10.0) ++digits;
-    std::snprintf(buffer, sizeof buffer, "%.*g", digits, value);
-    std::string text = buffer;
+    std::string text = strings::general(value, digits);
     if (text.find_first_of(".e") == std::string::npos) text += ".0";
     return text;
 }

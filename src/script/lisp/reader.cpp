@@ -1,4 +1,5 @@
 #include "script/lisp/reader.hpp"
+#include "strings/numbers.hpp"
 
 #include <cerrno>
 #include <cmath>
@@ -140,8 +141,10 @@ Value Reader::readNumber() {
     const std::string digits(text_.substr(start, at_ - start));
     errno = 0;
     if (real) {
-        const double v = std::strtod(digits.c_str(), nullptr);
-        if (errno == ERANGE && std::abs(v) > 1.0) throw LispError("stod argument out of range");
+        const std::size_t sign = digits.starts_with('+') ? 1 : 0;
+        double v = 0.0;
+        strings::readReal(digits.data() + sign, digits.data() + digits.size(), v);
+        if (std::isinf(v)) throw LispError("stod argument out of range");
         return Value::real(v);
     }
     const long long v = std::strtoll(digits.c_str(), nullptr, 10);

@@ -3,9 +3,9 @@
 #include <pybind11/pybind11.h>
 
 #include "math/intersect.hpp"
-#include "math/number_text.hpp"
 #include "math/polygon.hpp"
 #include "script/python/convert.hpp"
+#include "strings/numbers.hpp"
 
 namespace py = pybind11;
 
@@ -299,7 +299,7 @@ void defineMatrix(py::module_& m) {
             std::string text = "Matrix4(";
             for (int r = 0; r < 4; ++r) {
                 text += r == 0 ? "[" : ", [";
-                for (int c = 0; c < 4; ++c) text += (c == 0 ? "" : ", ") + math::shortest(a(r, c));
+                for (int c = 0; c < 4; ++c) text += (c == 0 ? "" : ", ") + strings::shortest(a(r, c));
                 text += "]";
             }
             return text + ")";
