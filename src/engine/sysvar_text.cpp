@@ -35,7 +35,7 @@ std::string sysVarText(const SysVarValue& value, bool quoted) {
     }
     const auto& p = std::get<math::Vector3>(value);
     std::string text = strings::shortest(plain(p.x)) + "," + strings::shortest(plain(p.y));
-    if (p.z != 0.0) text += "," + strings::shortest(p.z);
+    if (p.z != 0.0) text.append(",").append(strings::shortest(p.z));
     return text;
 }
 
@@ -82,7 +82,7 @@ std::string parseSysVar(const SysVarDef& def, std::string_view text, SysVarValue
         case SysVarType::Integer:
             if (const std::optional<std::int64_t> number = strings::parseInteger(text);
                 number && std::in_range<std::int32_t>(*number)) {
-                value = *number;
+                value = static_cast<std::int32_t>(*number);
                 return {};
             }
             if (def.minimum == 0.0 && def.maximum == 1.0) {
