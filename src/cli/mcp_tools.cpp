@@ -153,7 +153,7 @@ ordered_json McpTools::drawingInfo() {
     info["unsaved_changes"] = session_.document().isModified();
     info["insunits"] = engine::sysVarInt(drawing, "INSUNITS");
     info["current_layer"] = drawing.currentLayer.str();
-    info["space"] = drawing.isModelSpaceCurrent() ? "model" : "paper:" + drawing.activeLayoutName.str();
+    info["space"] = drawing.currentSpaceIsModel() ? "model" : "paper:" + drawing.activeLayoutName.str();
     info["layers"] = ordered_json::array();
     for (const engine::Layer& layer : drawing.layers)
         info["layers"].push_back({{"name", layer.name.str()},
@@ -206,10 +206,9 @@ ordered_json McpTools::saveDrawing(const json& arguments) {
 }
 
 ordered_json McpTools::runCommands(const json& arguments) {
-    const bool cancelFirst = arguments.value("cancel_first", false);
+    if (arguments.value("cancel_first", false)) session_.cancel();
     if (!arguments.contains("commands") || !arguments["commands"].is_array())
         return result("commands must be an array of strings", true);
-    if (cancelFirst) session_.cancel();
     std::vector<std::string> lines = session_.takeOutput();
     for (const json& command : arguments["commands"])
         for (std::string& line : session_.feed(command.is_string() ? command.get<std::string>() : command.dump()))

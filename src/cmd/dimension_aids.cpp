@@ -121,7 +121,7 @@ std::vector<DimensionLink> PickedPiece::arcLinks() const {
 
 Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string prompt,
                             std::function<bool(const engine::Entity&)> filter) {
-    if (document.drawing().isModelSpaceCurrent()) {
+    if (document.drawing().currentSpaceIsModel()) {
         const ReadOnlyFilter reads{std::move(filter)};
         Answer picked = co_await ask.object(std::move(prompt), {}, reads);
         co_return picked;
@@ -343,7 +343,7 @@ void DimensionTool::start(engine::DimensionType type) {
 std::string DimensionTool::measuredText() const {
     DimensionEntity plain(dim_);
     plain.textOverride.clear();
-    const bool paper = !drawing().isModelSpaceCurrent();
+    const bool paper = !drawing().currentSpaceIsModel();
     engine::DimStyle style = styleInForce();
     if (paper && engine::dimensionLinks(plain).empty() && associates()) {
         engine::measureThroughViewport(plain, style, findLinks(document(), plain, {1, 2}));

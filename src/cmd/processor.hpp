@@ -38,6 +38,8 @@ public:
     bool isActive() const { return tool_ != nullptr && tool_->isActive(); }
     /// The running command's name in upper case; empty when idle.
     const std::string& activeCommand() const { return activeName_; }
+    /// The active tool is at work on a line, further up the stack; else it waits.
+    bool isAtWork() const { return depth_ > 0; }
     /// The prompt being shown: "Command:" when idle.
     const std::string& prompt() const;
     /// Cancels the active tool as Escape would; false when there was none.

@@ -25,7 +25,7 @@ std::size_t beginReferenceEdit(doc::Document& document, const ReferenceEditPlan&
     edit->block = block->name;
     edit->matrix = plan.matrix;
     edit->reference = plan.reference->id();
-    if (!drawing.tileMode) edit->layout = drawing.activeLayoutName;
+    if (!drawing.currentSpaceIsModel()) edit->layout = drawing.activeLayoutName;
     for (const Entity& entity : drawing.currentSpace()) edit->locked.insert(entity.id());
 
     std::vector<std::unique_ptr<Entity>> shown;

@@ -259,10 +259,8 @@ std::string showPrevious(doc::Document& document) {
 }
 
 Bounds2 limitsOfSpace(const Drawing& drawing) {
-    const engine::Layout* layout = drawing.activeLayout();
-    if (drawing.tileMode || drawing.activeViewport() != nullptr || layout == nullptr)
-        return {drawing.limits.lower, drawing.limits.upper};
-    const engine::PageSetup& page = layout->pageSetup;
+    if (drawing.currentSpaceIsModel()) return {drawing.limits.lower, drawing.limits.upper};
+    const engine::PageSetup& page = drawing.activeLayout()->pageSetup;
     return {{}, {page.paperWidth, page.paperHeight}};
 }
 

@@ -6,6 +6,16 @@
 
 namespace kova::doc {
 
+namespace {
+
+std::int32_t changesOf(const UndoGroup& group) {
+    std::int32_t changes = 0;
+    for (const auto& action : group.actions) changes |= action->changes();
+    return changes;
+}
+
+}  // namespace
+
 Document::Document(QObject* parent) : Document(std::make_unique<engine::Drawing>(), parent) {}
 
 Document::Document(std::unique_ptr<engine::Drawing> drawing, QObject* parent)
@@ -28,7 +38,7 @@ void Document::adopt() {
     space_ = CurrentSpace::of(*drawing_);
     styleRevision_ = drawing_->styleRevision;
     lastPlace_ = {};
-    modified_ = false;
+    changes_ = 0;
 }
 
 std::unique_ptr<engine::Drawing> Document::setDrawing(std::unique_ptr<engine::Drawing> drawing) {
@@ -74,9 +84,9 @@ void Document::endGroup() {
         open_.reset();
         return;
     }
+    changes_ |= changesOf(*open_);
     history_.push(std::move(open_));
     compactLists();
-    modified_ = true;
     noteSpace();
     Q_EMIT documentModified();
 }
@@ -144,7 +154,7 @@ void Document::replay(UndoGroup& group, bool forward) {
         // The caller's group goes with the exception; what was done up to here stays.
         restoring_ = false;
         Q_EMIT history_.historyChanged();
-        modified_ = true;
+        changes_ |= changesOf(group);
         restored();
         Q_EMIT documentModified();
         throw;
@@ -156,8 +166,8 @@ bool Document::undo() {
     if (open_ || restoring_ || !history_.canUndo()) return false;
     std::unique_ptr<UndoGroup> group = history_.takeUndo();
     replay(*group, false);
+    changes_ |= changesOf(*group);
     history_.putRedo(std::move(group));
-    modified_ = true;
     restored();
     Q_EMIT documentModified();
     return true;
@@ -167,8 +177,8 @@ bool Document::redo() {
     if (open_ || restoring_ || !history_.canRedo()) return false;
     std::unique_ptr<UndoGroup> group = history_.takeRedo();
     replay(*group, true);
+    changes_ |= changesOf(*group);
     history_.putUndo(std::move(group));
-    modified_ = true;
     restored();
     Q_EMIT documentModified();
     return true;
@@ -189,7 +199,7 @@ void Document::restored() {
 
 // State --------------------------------------------------------------------------------------------------
 
-void Document::setModified(bool modified) { modified_ = modified; }
+void Document::setModified(bool modified) { changes_ = modified ? changes_ | changed::kObjects : 0; }
 
 void Document::addReactor(engine::IDocumentReactor* reactor) {
     if (reactor != nullptr && std::find(reactors_.begin(), reactors_.end(), reactor) == reactors_.end())

@@ -69,7 +69,10 @@ public:
     /// Undoes groups while the top one's sequence number is greater than `sequence`.
     void undoTo(std::uint64_t sequence);
 
-    bool isModified() const { return modified_; }
+    bool isModified() const { return changes_ != 0; }
+    /// What was changed since the drawing was opened, made or saved: a sum of `changed` bits, as DBMOD tells it.
+    std::int32_t changes() const { return changes_; }
+    /// False: the drawing is as saved.
     void setModified(bool modified);
     void addReactor(engine::IDocumentReactor* reactor);
     void removeReactor(engine::IDocumentReactor* reactor);
@@ -192,7 +195,7 @@ private:
     std::vector<engine::IDocumentReactor*> reactors_;
     std::unique_ptr<UndoGroup> open_;
     std::vector<Mark> marks_;
-    bool modified_ = false;
+    std::int32_t changes_ = 0;
     bool closing_ = false;
     bool restoring_ = false;
     CurrentSpace space_;               ///< as last announced

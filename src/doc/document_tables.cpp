@@ -139,7 +139,8 @@ void Document::editSettings(const std::function<void(engine::Drawing&)>& change)
         before.swapWith(*drawing_);
         throw;
     }
-    record(std::make_unique<EditSettingsAction>(std::move(before)));
+    const std::int32_t changes = before.changesIn(*drawing_);
+    record(std::make_unique<EditSettingsAction>(std::move(before), changes));
     noteSpace();
 }
 
@@ -161,7 +162,9 @@ std::string Document::setVariable(std::string_view name, const engine::SysVarVal
                                          settings->activeLayoutName == d.activeLayoutName);
         std::unique_ptr<IUndoableAction> action = sysVarAction(def->name, *before, *after);
         ImplicitGroup group(*this);
-        if (!exact) record(std::make_unique<EditSettingsAction>(std::move(*settings), action->description()));
+        if (!exact)
+            record(std::make_unique<EditSettingsAction>(std::move(*settings), changed::kVariables,
+                                                        action->description()));
         record(std::move(action));
     }
     noteSpace();

@@ -60,6 +60,23 @@ DrawingSettings DrawingSettings::of(const engine::Drawing& drawing) {
 
 void DrawingSettings::swapWith(engine::Drawing& drawing) { eachSetting(*this, drawing, exchange); }
 
+std::int32_t DrawingSettings::changesIn(const engine::Drawing& drawing) const {
+    std::int32_t changes = 0;
+    eachSetting(*this, drawing, [&](const auto& before, const auto& now) {
+        if (before == now) return;
+        const void* const setting = &before;
+        if (setting == &currentView)
+            changes |= changed::kView;
+        else if (setting == &activeViewportId)
+            changes |= changed::kWindow;
+        else if (setting == &appIds)
+            changes |= changed::kObjects | changed::kTables;
+        else
+            changes |= changed::kVariables;
+    });
+    return changes;
+}
+
 std::size_t DrawingSettings::heldBytes() const {
     constexpr std::size_t mapNode = 96;
     return properties.title.capacity() + properties.author.capacity() + properties.subject.capacity() +

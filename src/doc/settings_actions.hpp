@@ -38,19 +38,24 @@ struct DrawingSettings {
     /// Exchanges these settings with the drawing's.
     void swapWith(engine::Drawing& drawing);
     std::size_t heldBytes() const;
+    /// What is other in the drawing, as a sum of `changed` bits.
+    std::int32_t changesIn(const engine::Drawing& drawing) const;
 };
 
 class EditSettingsAction final : public IUndoableAction {
 public:
-    explicit EditSettingsAction(DrawingSettings before, std::string description = "Edit settings")
-        : other_(std::move(before)), description_(std::move(description)) {}
+    /// `changes`: what was changed in them, see DrawingSettings::changesIn.
+    EditSettingsAction(DrawingSettings before, std::int32_t changes, std::string description = "Edit settings")
+        : other_(std::move(before)), changes_(changes), description_(std::move(description)) {}
     void undo(engine::Drawing& drawing) override { other_.swapWith(drawing); }
     void redo(engine::Drawing& drawing) override { other_.swapWith(drawing); }
     std::string description() const override { return description_; }
     std::size_t sizeInBytes() const override { return sizeof *this + other_.heldBytes(); }
+    std::int32_t changes() const override { return changes_; }
 
 private:
     DrawingSettings other_;
+    std::int32_t changes_;
     std::string description_;
 };
 

@@ -87,6 +87,7 @@ public:
     void redo(engine::Drawing& drawing) override { drawing.layers.erase(layer_.name); }
     std::string description() const override { return "Delete layer " + layer_.name.str(); }
     std::size_t sizeInBytes() const override { return sizeof *this + layer_.description.capacity(); }
+    std::int32_t changes() const override { return changed::kObjects | changed::kTables; }
 
 private:
     engine::Layer layer_;
@@ -137,6 +138,7 @@ public:
     std::size_t sizeInBytes() const override {
         return sizeof *this + renames_.capacity() * sizeof(engine::SymbolRename);
     }
+    std::int32_t changes() const override { return changed::kObjects | changed::kTables; }
 
 private:
     std::vector<engine::SymbolRename> renames_;

@@ -25,6 +25,7 @@ public:
             return sizeof *this + name_.capacity() + before_.capacity() + after_.capacity();
         return sizeof(Value) <= sizeof(double) ? 64 : sizeof *this;
     }
+    std::int32_t changes() const override { return changed::kVariables; }
     const std::string& name() const { return name_; }
     const Value& before() const { return before_; }
 

@@ -146,6 +146,7 @@ public:
     void redo(engine::Drawing& drawing) override { swap(drawing); }
     std::string description() const override { return Traits::description; }
     std::size_t sizeInBytes() const override;
+    std::int32_t changes() const override { return changed::kObjects | changed::kTables; }
     /// The records before the edit (while it is undone: after it).
     const Records& other() const { return other_; }
 
@@ -175,6 +176,7 @@ public:
     void redo(engine::Drawing& drawing) override;
     std::string description() const override;
     std::size_t sizeInBytes() const override;
+    std::int32_t changes() const override { return changed::kObjects | changed::kTables; }
 
 private:
     Style style_;

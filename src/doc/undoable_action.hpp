@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -10,6 +11,15 @@ class Drawing;
 }
 
 namespace kova::doc {
+
+/// What of a drawing was changed, in the bits of DBMOD.
+namespace changed {
+inline constexpr std::int32_t kObjects = 1;
+inline constexpr std::int32_t kTables = 2;  ///< their records are objects, too
+inline constexpr std::int32_t kVariables = 4;
+inline constexpr std::int32_t kWindow = 8;  ///< another viewport is the current one
+inline constexpr std::int32_t kView = 16;
+}  // namespace changed
 
 /// One change of a drawing that can be taken back and made again. It is recorded after it was applied.
 class IUndoableAction {
@@ -21,6 +31,8 @@ public:
     virtual std::string description() const = 0;
     /// Estimated memory the action holds, in bytes.
     virtual std::size_t sizeInBytes() const { return 2048; }
+    /// What it changes, a sum of `changed` bits; 0 for a mark in the history.
+    virtual std::int32_t changes() const { return changed::kObjects; }
 };
 
 /// The actions of one command, undone and redone together.

@@ -62,9 +62,11 @@ Drawing::~Drawing() = default;
 
 EntityList& Drawing::currentSpace() {
     if (editedBlock_) return editedBlock_->entities;
-    if (tileMode || activeViewport() != nullptr) return modelSpace_;
-    Layout* layout = activeLayout();
-    return layout != nullptr ? layout->entities : modelSpace_;
+    return currentSpaceIsModel() ? modelSpace_ : activeLayout()->entities;
+}
+
+bool Drawing::currentSpaceIsModel() const {
+    return editedBlock_ || tileMode || activeViewport() != nullptr || activeLayout() == nullptr;
 }
 
 ViewportEntity* Drawing::activeViewport() const {

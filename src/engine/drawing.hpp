@@ -30,12 +30,14 @@ struct DrawingProperties {
     std::string author;
     std::string subject;
     std::string keywords;
+    friend bool operator==(const DrawingProperties&, const DrawingProperties&) = default;
 };
 
 struct Limits {
     math::Vector2 lower{0, 0};
     math::Vector2 upper{420, 297};
     bool check = false;
+    friend bool operator==(const Limits&, const Limits&) = default;
 };
 
 /// The drawing database: model space, blocks, layouts, symbol tables, current settings and system variables.
@@ -92,8 +94,10 @@ public:
     /// is 0 and no viewport is active.
     EntityList& currentSpace();
     const EntityList& currentSpace() const { return const_cast<Drawing*>(this)->currentSpace(); }
-    bool isModelSpaceCurrent() const { return tileMode; }
-    bool tileMode = true;
+    /// True when what is drawn stands in model units: on the Model tab, through a viewport of a layout and in the block
+    /// editor. False on the paper of a layout.
+    bool currentSpaceIsModel() const;
+    bool tileMode = true;  ///< the Model tab is shown, not a layout's; which space is current is another question
     std::uint64_t activeViewportId = 0;  ///< id of the viewport of a layout through which model space is worked on
 
     const std::vector<std::unique_ptr<Layout>>& layouts() const { return layouts_; }

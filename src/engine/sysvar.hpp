@@ -140,8 +140,8 @@ void resetProfileVariables();
 /// harmless value.
 struct SysVarEnvironment {
     std::function<std::int32_t()> modified;       ///< DBMOD: 0 when the drawing is as saved
-    std::function<std::int32_t()> commandActive;  ///< CMDACTIVE: bits 1 a command, 2 transparent, 4 script, 32 LISP
-    std::function<std::string()> commandNames;    ///< CMDNAMES: "LINE", or "LINE'ZOOM" with a transparent one
+    std::function<std::int32_t()> commandActive;  ///< CMDACTIVE: bits 1 a command, 4 script
+    std::function<std::string()> commandNames;    ///< CMDNAMES: "LINE"; empty when idle
     std::function<std::int32_t()> undoControl;    ///< UNDOCTL: bits 1 on, 4 automatic groups, 8 a group is open
     std::function<std::int32_t()> undoMarks;      ///< UNDOMARKS
     std::function<std::string()> lastPrompt;      ///< LASTPROMPT

@@ -84,11 +84,13 @@ std::int32_t told(const std::function<std::int32_t()>& source, std::int32_t fall
 std::vector<SysVarDef> sessionVariables() {
     std::vector<SysVarDef> rows = {
         // The running command
-        integer("DBMOD", 0, 0, 31, saved::Nowhere, "The drawing was changed since it was saved")
+        integer("DBMOD", 0, 0, 63, saved::Nowhere,
+                "What was changed since the drawing was saved, sum of: 1 objects, 2 tables, 4 variables, 8 the "
+                "current viewport, 16 the view")
             .readOnly()
             .get([](const Drawing&) -> SysVarValue { return told(sysVarEnvironment().modified, 0); }),
         integer("CMDACTIVE", 0, 0, 255, saved::Nowhere,
-                "What is running, sum of: 1 command, 2 transparent, 4 script, 32 LISP")
+                "What is running, sum of: 1 command, 4 script")
             .readOnly()
             .get([](const Drawing&) -> SysVarValue { return told(sysVarEnvironment().commandActive, 0); }),
         string("CMDNAMES", "", saved::Nowhere, "Names of the running commands")

@@ -12,6 +12,8 @@
 #include <clocale>
 
 #include "cmd/macros.hpp"
+#include "cmd/undo_marks.hpp"
+#include "engine/sysvar.hpp"
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"
@@ -34,6 +36,9 @@ void noteDwgSave(doc::Document& document, const std::string& path, const SaveRep
     }
 }
 
+/// Whose state system variables tell: the session that was made last.
+const Session* told = nullptr;
+
 std::int64_t nowNs() { return std::chrono::steady_clock::now().time_since_epoch().count(); }
 
 }  // namespace
@@ -48,10 +53,15 @@ Session::Session(QObject* parent)
     std::setlocale(LC_NUMERIC, "C");
     processor_.setServices(this);
     if (QCoreApplication::instance() != nullptr) QCoreApplication::instance()->installEventFilter(this);
+    publishState();
     startLisp();
 }
 
 Session::~Session() {
+    if (told == this) {
+        told = nullptr;
+        engine::sysVarEnvironment() = {};
+    }
     if (QCoreApplication::instance() != nullptr) QCoreApplication::instance()->removeEventFilter(this);
 }
 
@@ -60,6 +70,18 @@ void Session::append(const std::string& line) {
 }
 
 std::vector<std::string> Session::takeOutput() { return std::exchange(transcript_, {}); }
+
+void Session::publishState() {
+    told = this;
+    engine::SysVarEnvironment& environment = engine::sysVarEnvironment();
+    environment = {};
+    environment.modified = [this] { return document_.changes(); };
+    environment.commandActive = [this] { return (processor_.isActive() ? 1 : 0) | (inScript_ ? 4 : 0); };
+    environment.commandNames = [this] { return processor_.activeCommand(); };
+    environment.undoControl = [this] { return document_.isGroupOpen() ? 13 : 5; };
+    environment.undoMarks = [this] { return cmd::undoMarks(document_.history()); };
+    environment.lastPrompt = [this] { return transcript_.empty() ? std::string() : transcript_.back(); };
+}
 
 std::string Session::currentPrompt() const {
     if (isLispWaiting()) return lisp_->prompt();
@@ -95,18 +117,21 @@ void Session::feedQuietly(const std::string& line) {
             const PendingLine next = std::move(pending_.front());
             pending_.pop_front();
             depth_ = next.depth;
+            inScript_ = next.script;
             process(next.text);
         }
         depth_ = 0;
+        inScript_ = false;
         draining_ = false;
     }
 }
 
 void Session::queueLines(std::vector<std::string> lines) {
+    const bool script = inScript_ || processor_.activeCommand() == "SCRIPT";
     if (depth_ >= kMaxScriptDepth) return append("Scripts are nested too deeply.");
     if (pending_.size() + lines.size() > kMaxPendingLines) return append("Too many lines are waiting.");
     // In front of what waits already: a script called by a script runs before the rest of its caller.
-    for (auto it = lines.rbegin(); it != lines.rend(); ++it) pending_.push_front({std::move(*it), depth_ + 1});
+    for (auto it = lines.rbegin(); it != lines.rend(); ++it) pending_.push_front({std::move(*it), depth_ + 1, script});
 }
 
 void Session::chooseDwgVersion(const std::string& version) {
@@ -216,8 +241,12 @@ bool Session::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void Session::replaceDrawing(std::unique_ptr<engine::Drawing> drawing) {
-    // A program that waits for an answer was about the old drawing.
-    if (isLispWaiting()) lisp_->cancel();
+    // What waits for an answer was about the old drawing: its next line would be drawn into the new one. A command
+    // that is replacing the drawing itself ends by itself.
+    if (!processor_.isAtWork())
+        cancel();
+    else if (isLispWaiting())
+        lisp_->cancel();
     auto old = document_.setDrawing(std::move(drawing));
     // A command that waits may hold on to what it saw of it until it ends.
     if (processor_.isActive()) retired_.push_back(std::move(old));

@@ -88,8 +88,10 @@ private:
     struct PendingLine {
         std::string text;
         int depth;
+        bool script;
     };
 
+    void publishState();
     void process(const std::string& line);
     void processIdle(const std::string& line);
     bool tryLisp(const std::string& line);
@@ -116,6 +118,7 @@ private:
     bool hasPromptOverride_ = false;
     std::deque<PendingLine> pending_;
     bool draining_ = false;
+    bool inScript_ = false;  ///< the line being fed was played by SCRIPT, or queued by such a line
     int depth_ = 0;
     bool windowSeen_ = false;
     std::int64_t lastPump_ = 0;

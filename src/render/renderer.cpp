@@ -237,7 +237,7 @@ QImage renderImage(const engine::Drawing& drawing, int width, int height,
     request.width = image.width();
     request.height = image.height();
     request.query = query;
-    if (!drawing.isModelSpaceCurrent()) request.layout = drawing.activeLayout();
+    if (!drawing.tileMode) request.layout = drawing.activeLayout();
     QPainter painter(&image);
     render(painter, drawing, request);
     painter.end();

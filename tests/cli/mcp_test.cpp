@@ -103,6 +103,11 @@ TEST_F(McpTest, CommandsRunAndWait) {
     run({"LINE"});
     EXPECT_EQ(text(call("cancel_command")), "*Cancel*\n[ready] Command:");
     EXPECT_EQ(text(call("cancel_command")), "\n[ready] Command:");
+    // What waits ends also when the rest of the call is refused.
+    run({"LINE"});
+    EXPECT_EQ(text(call("run_commands", {{"cancel_first", true}})), "commands must be an array of strings");
+    EXPECT_FALSE(session.isWaiting());
+    EXPECT_EQ(run(json::array()), "*Cancel*\n[ready] Command:");
     EXPECT_EQ(text(call("run_commands")), "commands must be an array of strings");
     EXPECT_EQ(call("run_commands", {{"commands", "LINE"}})["isError"], true);
 }
@@ -116,6 +121,14 @@ TEST_F(McpTest, DrawingsAreDescribedListedSavedAndOpened) {
     EXPECT_EQ(info["model_entities_by_type"].dump(), R"({"Line":2,"Circle":1})");
     EXPECT_EQ(info["model_extents"].dump(), R"({"min":[0.0,0.0],"max":[60.0,60.0]})");
     EXPECT_EQ(info["command_waiting"], false);
+
+    const auto space = [&] { return std::string(ordered_json::parse(text(call("drawing_info")))["space"]); };
+    run({"LAYOUT", "S", "Layout1", "MVIEW", "0,0", "100,100"});
+    EXPECT_EQ(space(), "paper:Layout1");
+    run({"MSPACE"});
+    EXPECT_EQ(space(), "model");
+    run({"PSPACE", "LAYOUT", "S", "Model"});
+    EXPECT_EQ(space(), "model");
 
     const ordered_json all = ordered_json::parse(text(call("list_entities")));
     EXPECT_EQ(all["total_matching"], 3);
@@ -135,10 +148,14 @@ TEST_F(McpTest, DrawingsAreDescribedListedSavedAndOpened) {
     const std::string path = directory.filePath("a.kvcad").toStdString();
     EXPECT_EQ(text(call("save_drawing")), "The drawing has no file name yet: give one.");
     EXPECT_EQ(text(call("save_drawing", {{"path", path}})), "Saved: " + path);
+    run({"LINE", "0,0"});
     EXPECT_EQ(text(call("new_drawing", {{"template", "none"}})), "Template not found: none");
+    EXPECT_TRUE(session.isWaiting());
     EXPECT_EQ(text(call("new_drawing")), "New drawing started.");
     EXPECT_EQ(run(json::array()), "\n[ready] Command:");
+    run({"LINE", "0,0"});
     EXPECT_EQ(text(call("open_drawing", {{"path", path}})), "Opened " + path);
+    EXPECT_EQ(run({"5,5"}), "Command: 5,5\nUnknown command: 5,5\n[ready] Command:");
     EXPECT_EQ(session.document().drawing().modelSpace().size(), 3u);
     EXPECT_EQ(call("open_drawing", {{"path", path + "x"}})["isError"], true);
 }

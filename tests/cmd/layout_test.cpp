@@ -1,6 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "cmd/draw_harness.hpp"
+#include "engine/entities/block_reference.hpp"
+#include "engine/entities/dimension.hpp"
 #include "engine/entities/viewport.hpp"
 
 namespace kova::cmd {
@@ -220,6 +222,39 @@ TEST(Zoom, ScalesAViewportUnlessItIsLocked) {
     EXPECT_EQ(c.run({"ZOOM", "1xp"}), Lines{"Viewport is view-locked."});
     c.feed("PSPACE");
     EXPECT_EQ(c.run({"ZOOM", "E"}), Lines{"The sheet is always shown whole here."});
+}
+
+TEST(Mspace, WhatIsDrawnThroughAViewportIsOfModelSpace) {
+    DrawConsole c;
+    engine::setSysVar(c.drawing(), "DIMLFAC", -2.0);  // counts on paper only
+    const auto shown = [&] {
+        const Lines lines = c.run({"DIMLINEAR", "0,0", "100,0", "50,20"});
+        return lines.empty() ? std::string() : lines.back();
+    };
+    c.run({"LAYOUT", "S", "Layout1"});
+    EXPECT_EQ(shown(), "Dimension text = 200");
+    c.run({"MVIEW", "0,0", "200,200", "MSPACE"});
+    EXPECT_EQ(shown(), "Dimension text = 100");
+    ASSERT_EQ(c.drawing().modelSpace().size(), 1u);
+    const auto& stored = static_cast<const engine::DimensionEntity&>(*c.drawing().modelSpace().last());
+    EXPECT_EQ(stored.textContent(), "100");
+    c.feed("PSPACE");
+    EXPECT_EQ(shown(), "Dimension text = 200");
+    // A block that is edited is no sheet, whichever tab it was opened from.
+    c.drawing().addBlock("B")->entities.append(std::make_unique<engine::LineEntity>());
+    c.run({"BEDIT", "B"});
+    EXPECT_EQ(shown(), "Dimension text = 100");
+}
+
+TEST(Mspace, AReferenceEditedThroughAViewportStandsInModelSpace) {
+    DrawConsole c;
+    c.drawing().addBlock("B")->entities.append(std::make_unique<engine::LineEntity>(Vector2{0, 0}, Vector2{10, 0}));
+    c.add(engine::BlockReferenceEntity("B", Vector2{50, 50}));
+    c.run({"LAYOUT", "S", "Layout1", "MVIEW", "0,0", "200,200", "MSPACE", "REFEDIT", "55,50", "", "ALL", "NO"});
+    ASSERT_TRUE(c.document.referenceEdit());
+    c.run({"LINE", "50,60", "60,60", "", "REFCLOSE", "S"});
+    EXPECT_EQ(c.drawing().findBlock("B")->entities.size(), 2u);
+    EXPECT_EQ(c.drawing().modelSpace().size(), 1u);
 }
 
 TEST(Mspace, EntersTheNewestViewportOrTheOneThatWasLeft) {

@@ -135,6 +135,66 @@ TEST_F(SessionTest, ScriptsRunInPlaceAndSelfCallsEnd) {
     EXPECT_FALSE(session.isWaiting());
 }
 
+TEST_F(SessionTest, VariablesTellWhatRuns) {
+    const auto value = [&](const std::string& text) { return session.feed(text).back(); };
+    EXPECT_EQ(value("(list (getvar \"CMDNAMES\") (getvar \"CMDACTIVE\"))"), "(\"\" 0)");
+    EXPECT_EQ(value("(progn (command \"LINE\" '(0 0)) (list (getvar \"CMDNAMES\") (getvar \"CMDACTIVE\")))"),
+              "(\"LINE\" 1)");
+    session.cancel();
+    // The loop that every routine knows ends when the command does.
+    EXPECT_EQ(value("(progn (command \"CIRCLE\" '(0 0)) (setq n 0)"
+                    " (while (> (getvar \"CMDACTIVE\") 0) (setq n (1+ n)) (command \"5\")) n)"),
+              "1");
+    write("a.scr", "(setq in-script (getvar \"CMDACTIVE\"))\n");
+    feedAll({"SCRIPT", path("a.scr")});
+    EXPECT_EQ(value("(list in-script (getvar \"CMDACTIVE\"))"), "(4 0)");
+    feedAll({"UNDO M", "CIRCLE", "0,0", "1", "UNDO M"});
+    EXPECT_EQ(value("(getvar \"UNDOMARKS\")"), "2");
+}
+
+TEST_F(SessionTest, DbmodTellsWhatWasChangedSinceTheLastSave) {
+    const auto changes = [&] { return engine::sysVarInt(session.document().drawing(), "DBMOD", -1); };
+    const auto after = [&](const std::vector<std::string>& lines) {
+        session.document().setModified(false);
+        feedAll(lines);
+        return changes();
+    };
+    EXPECT_EQ(changes(), 0);
+    EXPECT_EQ(after({"LINE", "0,0", "5,5", ""}), 1);
+    EXPECT_EQ(after({"U"}), 1);
+    EXPECT_EQ(after({"UNDO M", "LIST", ""}), 0);
+    EXPECT_EQ(after({"ZOOM", "C", "50,50", "20"}), 16);
+    EXPECT_EQ(after({"LTSCALE", "2"}), 4);
+    EXPECT_EQ(after({"FILEDIA", "0"}), 0);
+    EXPECT_EQ(after({"-LAYER", "N", "Walls", ""}), 3);
+    EXPECT_EQ(after({"ZOOM", "C", "0,0", "30", "LUNITS", "4", "CIRCLE", "0,0", "5"}), 21);
+    EXPECT_EQ(session.save(path("saved.kvcad")), "");
+    EXPECT_EQ(changes(), 0);
+    feedAll({"POINT", "1,1"});
+    EXPECT_EQ(session.open(path("saved.kvcad")), "");
+    EXPECT_EQ(changes(), 0);
+}
+
+TEST_F(SessionTest, AReplacedDrawingEndsWhatWaits) {
+    feedAll({"LINE", "0,0", "5,5"});
+    EXPECT_EQ(session.save(path("a.kvcad")), "");
+    EXPECT_NE(session.open(path("missing.kvcad")), "");
+    EXPECT_TRUE(session.isWaiting());  // the drawing is still there
+    EXPECT_EQ(session.open(path("a.kvcad")), "");
+    EXPECT_FALSE(session.isWaiting());
+    session.feed("9,9");
+    EXPECT_EQ(entities(), 1u);
+    feedAll({"CIRCLE", "0,0"});
+    session.newDrawing();
+    EXPECT_FALSE(session.isWaiting());
+    feedAll({"LINE", "0,0", "'NEW"});
+    EXPECT_FALSE(session.isWaiting());
+    EXPECT_EQ(session.newFromTemplate("no such template").substr(0, 8), "Template");
+    feedAll({"OPEN", path("a.kvcad")});
+    EXPECT_EQ(entities(), 1u);
+    EXPECT_FALSE(session.isWaiting());
+}
+
 TEST_F(SessionTest, DialogsAreRefusedAndTheirWindowsClosed) {
     QDialog titled;
     titled.setWindowTitle("Layer Properties");

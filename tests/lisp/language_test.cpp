@@ -4,6 +4,7 @@
 
 #include "lisp_tools.hpp"
 #include "script/lisp/builtins.hpp"
+#include "script/lisp/cycles.hpp"
 
 namespace kova::script::lisp {
 namespace {
@@ -173,6 +174,72 @@ TEST_F(LispTest, MemoryIsBoundedAndGivenBack) {
     Heap::limit = Heap::kDefaultLimit;
     EXPECT_EQ(eval("(setq s nil)"), "nil");
     EXPECT_LT(Heap::bytes, defined + 1'000'000);
+}
+
+TEST_F(LispTest, RingsOfScopesAndFunctionsAreFreed) {
+    eval("(setq a nil b nil l nil n 0)");
+    const auto settled = [&] {
+        eval("(gc)");
+        return Heap::bytes;
+    };
+    // Each of these leaves a scope and a function that only hold each other.
+    const char* const rings[] = {
+        "(defun f (/ g) (setq g (list (lambda () 1))) 2)",
+        "(defun f (/ g h) (defun g () 1) (setq h g) 2)",
+        "(defun f (/ g h) (defun g () (h)) (defun h () (list g h)) (setq n (list g h)) (setq n 0))",
+        "(defun f (x / g) (setq g (list (lambda () (lambda () x)))) (setq g (cons ((car g)) g)) 2)",
+        "(defun f (/ g s) (setq s (strcat \"a\" \"b\") g (cons (eval (list 'lambda '() (lambda () s))) s)) 2)",
+        "(defun f (/ g) (setq g (eval (list 'list (list 'quote (lambda () 1))))) (defun g () 1) (setq l (list g)) 2)",
+        "(defun f (/ g) (setq g (mapcar '(lambda (x) (lambda () x)) '(1 2 3))) (setq g (list g (lambda () g))) (car 5))",
+    };
+    for (const char* const ring : rings) {
+        eval(ring);
+        const std::string call = std::string(ring).starts_with("(defun f (x") ? "(f (list 1 2))" : "(f)";
+        eval(call + "(setq l nil)");
+        const std::size_t before = settled();
+        for (int i = 0; i < 20; ++i) eval(call);
+        eval("(setq l nil)");
+        EXPECT_EQ(settled(), before) << ring;
+    }
+    // What is still held keeps all that it needs.
+    eval("(defun make (n / self) (setq self (list (lambda () (setq n (1+ n))) (lambda () self))) self)");
+    eval("(progn (setq a (make 5) b ((cadr a))) (repeat 100 (make 0)) (gc))");
+    EXPECT_EQ(eval("(progn ((car a)) ((car b)) ((car ((cadr b)))))"), "8");
+    eval("(progn (setq a (cadr a) b nil) (gc))");
+    EXPECT_EQ(eval("((car (a)))"), "9");
+    // One that is in use is no ring yet.
+    EXPECT_EQ(eval("(progn (defun deep (k / me) (setq me (list (lambda () (list me k)))) (gc)"
+                   " (if (= k 0) (cadr ((car me))) (+ (deep (1- k)) (cadr ((car me)))))) (deep 100))"),
+              "5050");
+}
+
+TEST_F(LispTest, RingsAreFreedInTimeAndAtAFairPrice) {
+    eval("(defun f (/ g) (setq g (list (lambda () 1))) 2)");
+    eval("(progn (setq l nil) (repeat 200000 (setq l (cons 1 l))) ((lambda (m) (setq held (lambda () m))) l) (gc))");
+    const std::size_t before = Heap::bytes;
+    const std::uint64_t looked = Cycles::looked();
+    for (int i = 0; i < 10; ++i) {
+        eval("(repeat 50000 (f))");
+        EXPECT_LT(Heap::bytes, 2 * before + 20'000'000);
+    }
+    // Three objects a call; the long list, which is looked at, too, must not be so again and again.
+    EXPECT_LT(Cycles::looked() - looked, 500'000u * 20);
+    // At the limit rings go before anything fails.
+    Heap::limit = Heap::bytes + 1'000'000;
+    EXPECT_EQ(eval("(repeat 50000 (f))"), "2");
+    Heap::limit = Heap::kDefaultLimit;
+    eval("(setq l nil held nil)");
+}
+
+TEST(LispEngines, LeaveNothingBehind) {
+    const auto use = [] {
+        headless::Session session;
+        session.feed("(progn (defun f (/ g) (setq g (list (lambda () g))) (setq kept g)) (f) (f))");
+    };
+    use();
+    const std::size_t before = Heap::bytes;
+    use();
+    EXPECT_EQ(Heap::bytes, before);
 }
 
 TEST_F(LispTest, NumbersAndTexts) {

@@ -215,13 +215,14 @@ TEST_F(PythonTest, CommandsThatAsk) {
         EXPECT_FALSE(session.isWaiting()) << word;
     }
     EXPECT_EQ(model().size(), 3u) << "the transaction was rolled back";
-    // A new drawing leaves the command waiting, as any other one.
+    // A new drawing ends the command, as any other one.
+    const std::string ended = show("len(ended)");
     session.feed("PYASK");
     session.newDrawing();
+    EXPECT_FALSE(session.isWaiting());
     session.feed("1,1");
-    session.feed("2");
-    EXPECT_EQ(show("len(ms)"), "1");
-    session.cancel();
+    EXPECT_EQ(show("len(ms)"), "0");
+    EXPECT_EQ(show("len(ended)"), std::to_string(std::stoi(ended) + 1));
 }
 
 }  // namespace

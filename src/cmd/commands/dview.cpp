@@ -18,7 +18,7 @@ using math::Vector3;
 class DviewTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        if (!drawing().tileMode && drawing().activeViewport() == nullptr) {
+        if (!drawing().currentSpaceIsModel()) {
             message("** Command not allowed in paper space **");
             co_return;
         }

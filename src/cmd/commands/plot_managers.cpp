@@ -83,6 +83,7 @@ private:
         }
         std::string description() const override { return "Convert plot styles"; }
         std::size_t sizeInBytes() const override { return sizeof *this; }
+        std::int32_t changes() const override { return doc::changed::kVariables; }
 
     private:
         std::int32_t mode_;

@@ -21,7 +21,7 @@ class StatusTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask&) override {
         const engine::Drawing& d = drawing();
-        const bool model = d.tileMode || d.activeViewport() != nullptr;
+        const bool model = d.currentSpaceIsModel();
         message(counted(d.currentSpace().size(), "object") + " in " +
                 (d.fileName.empty() ? std::string("Unnamed drawing") : d.fileName));
         const Bounds2 limits{d.limits.lower, d.limits.upper};

@@ -1,20 +1,20 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/undo_marks.hpp"
 
 namespace kova::cmd::commands {
 
 namespace {
-
-const std::string kMarkLabel = "Mark";
 
 /// Does nothing: stands in the history so that UNDO Back knows where to stop.
 class MarkAction final : public doc::IUndoableAction {
 public:
     void undo(engine::Drawing&) override {}
     void redo(engine::Drawing&) override {}
-    std::string description() const override { return kMarkLabel; }
+    std::string description() const override { return kUndoMark; }
     std::size_t sizeInBytes() const override { return sizeof *this; }
+    std::int32_t changes() const override { return 0; }
 };
 
 /// Takes back up to `count` groups, a line for each.
@@ -97,7 +97,7 @@ private:
                 context.message(count == 0 ? "Nothing to undo." : "Everything has been undone.");
                 return;
             }
-            if (label == kMarkLabel) return context.message("Mark encountered");
+            if (label == kUndoMark) return context.message("Mark encountered");
             context.message("Undone: " + label);
         }
     }

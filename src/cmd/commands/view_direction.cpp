@@ -18,7 +18,7 @@ using math::Vector3;
 
 constexpr const char* kNotOnPaper = "** Command not allowed in paper space **";
 
-bool onPaper(const engine::Drawing& drawing) { return !drawing.tileMode && drawing.activeViewport() == nullptr; }
+bool onPaper(const engine::Drawing& drawing) { return !drawing.currentSpaceIsModel(); }
 
 /// A direction of view as two angles, radians: in the xy plane from the x axis, and from that plane.
 struct Angles {

@@ -32,6 +32,7 @@ struct Ucs {
     /// World coordinates in this system (axes need not be orthogonal); the point itself for a degenerate frame.
     math::Vector2 fromWorld(const math::Vector2& p) const;
     void describe(FieldVisitor& v);
+    friend bool operator==(const Ucs&, const Ucs&) = default;
 };
 
 struct NamedView {
@@ -45,6 +46,7 @@ struct NamedView {
     math::Vector3 upHint{0, 1, 0};
 
     void describe(FieldVisitor& v);
+    friend bool operator==(const NamedView&, const NamedView&) = default;
 };
 
 struct AnnotationScale {

@@ -6,6 +6,7 @@
 #include "engine/sysvar_host.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/compiler.hpp"
+#include "script/lisp/cycles.hpp"
 #include "script/lisp/files.hpp"
 #include "script/lisp/programs.hpp"
 
@@ -209,6 +210,11 @@ Value quit(Machine&, Value*, int) { throw LispError("quit / exit abort"); }
 Value nothing(Machine&, Value*, int) { return {}; }
 Value quiet(Machine&, Value*, int) { return Value::quiet(); }
 
+Value collect(Machine&, Value*, int) {
+    Cycles::collect();
+    return {};
+}
+
 Value load(Machine& m, Value* v, int n) {
     const std::string& name = stringArgument("LOAD", v[0]);
     const auto path = findProgramFile(m, name, true);
@@ -295,7 +301,10 @@ std::span<const BuiltinDef> controlBuiltins() {
         {"*PUSH-ERROR-USING-STACK*", 0, 0, nothing, "", "Does nothing, as *PUSH-ERROR-USING-COMMAND*.",
          "(*push-error-using-stack*) -> nil"},
         {"*POP-ERROR-MODE*", 0, 0, nothing, "", "Does nothing.", "(*pop-error-mode*) -> nil"},
-        {"GC", 0, 0, nothing, "", "Does nothing: memory is freed as soon as it is not used.", "(gc) -> nil"},
+        {"GC", 0, 0, collect, "",
+         "Frees functions and scopes that only hold each other, which else happens now and then; all other memory is "
+         "freed as soon as it is not used.",
+         "(gc) -> nil"},
         {"VER", 0, 0, ver, "", "The name of this LISP.", "(ver) -> \"Kova LISP (en)\""},
         {"ATOMS-FAMILY", 1, 2, atomsFamily, "format [names]",
          "The symbols that have a value: as symbols for format 0, as strings for 1; of given names only, with nil for "

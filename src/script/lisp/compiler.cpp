@@ -286,6 +286,7 @@ void Compiler::closure(Unit& unit, const std::string& name, const Value& rest, c
     Unit inner{made.as<Code>(), &unit};
     inner.code->name = name;
     function(inner, rest, form);
+    inner.code->charge();
     emit(unit, Op::Closure, constant(unit, made));
 }
 
@@ -398,6 +399,7 @@ Value compileExpression(const Value& expression, Environment* scope, SymbolTable
     Compiler compiler(symbols);
     compiler.expression(unit, expression, true);
     unit.code->code.push_back({static_cast<std::uint8_t>(Op::Return)});
+    unit.code->charge();
     return made;
 }
 
@@ -407,6 +409,7 @@ Value compileFunction(const std::string& name, const Value& rest, Environment* s
     unit.code->name = name;
     Compiler compiler(symbols);
     compiler.function(unit, rest, "LAMBDA");
+    unit.code->charge();
     return made;
 }
 

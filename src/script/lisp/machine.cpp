@@ -2,6 +2,7 @@
 
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/compiler.hpp"
+#include "script/lisp/cycles.hpp"
 #include "script/lisp/entity_making.hpp"
 #include "script/lisp/printer.hpp"
 
@@ -139,12 +140,15 @@ void Machine::leave() {
     // A tail call has left the scope around this one with nobody but its own functions to hold it.
     Value outer;
     if (e->refs == 1 && e->parent() != nullptr) outer = Value::object(e->parent());
+    const bool outlives = e->refs > 1;
+    if (outlives) Cycles::suspect(e);
     releaseEnvironment(e);
     while (outer.isTrue()) {
         auto* scope = outer.as<Environment>();
         if (!dropOwnFunctions(scope, 1)) break;
         outer = scope->refs == 1 && scope->parent() != nullptr ? Value::object(scope->parent()) : Value();
     }
+    if (outlives) Cycles::collectWhenDue();
 }
 
 void Machine::unwindTo(std::size_t count) {

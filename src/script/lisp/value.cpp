@@ -5,6 +5,7 @@
 #include <new>
 
 #include "engine/name.hpp"
+#include "script/lisp/cycles.hpp"
 
 namespace kova::script::lisp {
 
@@ -66,7 +67,17 @@ T* make(std::size_t extra, Args&&... args) {
 
 std::size_t Heap::bytes = 0;
 std::size_t Heap::limit = Heap::kDefaultLimit;
-void Heap::overflow() { throw LispError("Insufficient memory"); }
+void Heap::makeRoom(std::size_t size) {
+    if (Cycles::mayHelp()) Cycles::collect();
+    if (bytes + size > limit) throw LispError("Insufficient memory");
+}
+
+void Code::charge() {
+    const std::size_t size = sizeof(Code) + variables.capacity() * sizeof(Symbol*) +
+                             code.capacity() * sizeof(Instruction) + constants.capacity() * sizeof(Value);
+    Heap::charge(size);
+    charged = size;
+}
 
 Value Value::string(std::string text) {
     const std::size_t extra = text.size();
@@ -112,69 +123,84 @@ void Value::destroy(Object* first) noexcept {
         Object* o = waiting.back();
         waiting.pop_back();
         switch (o->kind) {
-            case Kind::Cons: {
-                auto* cons = static_cast<Cons*>(o);
-                drop(cons->head);
-                drop(cons->tail);
-                Heap::release(sizeof(Cons));
-                consPool().give(cons);
+            case Kind::Cons:
+                drop(static_cast<Cons*>(o)->head);
+                drop(static_cast<Cons*>(o)->tail);
                 break;
-            }
-            case Kind::String: {
-                auto* s = static_cast<StringObject*>(o);
-                Heap::release(sizeof(StringObject) + s->text.size());
-                delete s;
+            case Kind::Function:
+                drop(static_cast<FunctionObject*>(o)->code);
+                drop(static_cast<FunctionObject*>(o)->environment);
                 break;
-            }
-            case Kind::Error: {
-                auto* e = static_cast<ErrorObject*>(o);
-                Heap::release(sizeof(ErrorObject) + e->message.size());
-                delete e;
+            case Kind::Code:
+                for (Value& v : static_cast<Code*>(o)->constants) drop(v);
                 break;
-            }
-            case Kind::Function: {
-                auto* f = static_cast<FunctionObject*>(o);
-                drop(f->code);
-                drop(f->environment);
-                Heap::release(sizeof(FunctionObject));
-                delete f;
-                break;
-            }
-            case Kind::Selection: {
-                auto* s = static_cast<SelectionObject*>(o);
-                Heap::release(sizeof(SelectionObject) + s->handles.size() * 48);
-                delete s;
-                break;
-            }
-            case Kind::File: {
-                Heap::release(sizeof(FileObject));
-                delete static_cast<FileObject*>(o);
-                break;
-            }
-            case Kind::Code: {
-                auto* code = static_cast<Code*>(o);
-                for (Value& v : code->constants) drop(v);
-                delete code;
-                break;
-            }
             case Kind::Environment: {
                 auto* e = static_cast<Environment*>(o);
                 for (std::uint32_t i = 0; i < e->size_; ++i) drop(e->slots()[i]);
                 if (--e->code_->refs == 0) waiting.push_back(e->code_);
                 if (e->parent_ != nullptr && --e->parent_->refs == 0) waiting.push_back(e->parent_);
-                const std::uint32_t slots = e->size_;
-                Heap::release(environmentBytes(slots));
-                if (slots <= kPooledSlots)
-                    environmentPool(slots).give(e);
-                else
-                    std::free(e);
                 break;
             }
             default:
                 break;
         }
+        dispose(o);
     }
     working = false;
+}
+
+void Value::dispose(Object* o) noexcept {
+    switch (o->kind) {
+        case Kind::Cons:
+            Heap::release(sizeof(Cons));
+            consPool().give(o);
+            break;
+        case Kind::String: {
+            auto* s = static_cast<StringObject*>(o);
+            Heap::release(sizeof(StringObject) + s->text.size());
+            delete s;
+            break;
+        }
+        case Kind::Error: {
+            auto* e = static_cast<ErrorObject*>(o);
+            Heap::release(sizeof(ErrorObject) + e->message.size());
+            delete e;
+            break;
+        }
+        case Kind::Function:
+            Heap::release(sizeof(FunctionObject));
+            delete static_cast<FunctionObject*>(o);
+            break;
+        case Kind::Selection: {
+            auto* s = static_cast<SelectionObject*>(o);
+            Heap::release(sizeof(SelectionObject) + s->handles.size() * 48);
+            delete s;
+            break;
+        }
+        case Kind::File:
+            Heap::release(sizeof(FileObject));
+            delete static_cast<FileObject*>(o);
+            break;
+        case Kind::Code: {
+            auto* code = static_cast<Code*>(o);
+            Heap::release(code->charged);
+            delete code;
+            break;
+        }
+        case Kind::Environment: {
+            auto* e = static_cast<Environment*>(o);
+            if (e->suspect_ != 0) Cycles::forget(e);
+            const std::uint32_t slots = e->size_;
+            Heap::release(environmentBytes(slots));
+            if (slots <= kPooledSlots)
+                environmentPool(slots).give(e);
+            else
+                std::free(e);
+            break;
+        }
+        default:
+            break;
+    }
 }
 
 Environment* Environment::make(Code* code, Environment* parent) {
@@ -245,6 +271,7 @@ SymbolTable::SymbolTable() {
 SymbolTable::~SymbolTable() {
     // Values may hold code that names other symbols: let go of all values while every symbol stands.
     for (auto& [name, symbol] : symbols_) symbol->value = Value();
+    Cycles::collect();
     for (auto& [name, symbol] : symbols_) Heap::release(sizeof(Symbol) + name.size());
 }
 

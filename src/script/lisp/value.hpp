@@ -51,10 +51,11 @@ struct Object {
     explicit Object(Kind k) : kind(k) {}
     std::uint32_t refs = 0;
     Kind kind;
+    std::uint8_t mark = 0;  ///< during a collection of rings only
 };
 
 /// A LISP value in 16 bytes. Lists are never changed once they are made, so values are shared freely. Objects are
-/// counted; the last release of a long list works in a loop.
+/// counted; the last release of a long list works in a loop. Rings of scopes and functions are left to Cycles.
 class Value {
 public:
     Value() noexcept : kind_(Kind::Nil) { data_.integer = 0; }
@@ -144,8 +145,11 @@ private:
         Object* object;
     };
     Value(Kind kind, Data data) noexcept : data_(data), kind_(kind) {}
+    friend class Cycles;
     bool counted() const noexcept { return kind_ >= Kind::String; }
     static void destroy(Object* object) noexcept;
+    /// Gives back the memory of an object that has let go of its parts.
+    static void dispose(Object* object) noexcept;
 
     Data data_;
     Kind kind_;
@@ -225,6 +229,9 @@ struct Code final : Object {
     std::vector<Symbol*> variables;
     std::vector<Instruction> code;
     std::vector<Value> constants;
+    /// Notes the memory it takes, once it is complete.
+    void charge();
+    std::size_t charged = 0;
 };
 
 /// A scope: values of one code's variables, and the scope around it.
@@ -240,10 +247,12 @@ public:
 
 private:
     friend class Value;
+    friend class Cycles;
     Environment() : Object(Kind::Environment) {}
     Code* code_ = nullptr;
     Environment* parent_ = nullptr;
     std::uint32_t size_ = 0;
+    std::uint32_t suspect_ = 0;  ///< its place among those that Cycles looks at, from 1; 0: it is none
 };
 
 /// A user function: code and the scope that it was made in.
@@ -260,11 +269,12 @@ struct Heap {
     static constexpr std::size_t kDefaultLimit = std::size_t{1} << 30;
     /// Notes bytes before they are taken.
     static void charge(std::size_t size) {
-        if (bytes + size > limit) overflow();
+        if (bytes + size > limit) makeRoom(size);
         bytes += size;
     }
     static void release(std::size_t size) { bytes -= size; }
-    [[noreturn]] static void overflow();
+    /// Collects rings; throws when that is not enough.
+    static void makeRoom(std::size_t size);
 };
 
 /// The symbols of an engine by name.

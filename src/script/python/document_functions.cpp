@@ -151,7 +151,7 @@ void addDocumentFunctions(PyObject* module) {
     m.def("by_handle", [](py::handle handle) {
         return entity(Binding::get().drawing().findByHandle(handleFrom(handle.ptr(), "handle")));
     });
-    m.def("is_model_current", [] { return Binding::get().drawing().isModelSpaceCurrent(); });
+    m.def("is_model_current", [] { return Binding::get().drawing().currentSpaceIsModel(); });
     m.def("message", [](const std::string& line) {
         if (Binding* b = Binding::current()) b->session().append(line);
     });

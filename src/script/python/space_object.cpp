@@ -252,7 +252,7 @@ PyObject* getName(PyObject* object, void*) {
                 return pyText("Model");
             case Which::Current: {
                 const engine::Drawing& drawing = Binding::get().drawing();
-                return pyText(drawing.isModelSpaceCurrent() ? "Model" : drawing.activeLayoutName.view());
+                return pyText(drawing.currentSpaceIsModel() ? "Model" : drawing.activeLayoutName.view());
             }
             default:
                 return pyText(self(object)->name.view());
