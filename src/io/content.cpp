@@ -1,6 +1,6 @@
 #include "io/content.hpp"
 
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 
 namespace kova::io {
 
