@@ -6,13 +6,7 @@
 
 namespace kova::cmd {
 
-engine::Name nextGroupName(const engine::Drawing& drawing) {
-    // At most one more than there are groups.
-    for (std::size_t i = 1;; ++i) {
-        const engine::Name name("*A" + std::to_string(i));
-        if (!drawing.groups.contains(name)) return name;
-    }
-}
+engine::Name nextGroupName(const engine::Drawing& drawing) { return drawing.groups.freeName("*A"); }
 
 std::vector<std::uint64_t> handlesOf(const engine::Drawing& drawing, const std::vector<std::uint64_t>& ids) {
     std::vector<std::uint64_t> handles;

@@ -33,11 +33,10 @@ std::size_t Document::addBlocks(std::vector<std::unique_ptr<engine::Block>> bloc
 }
 
 bool Document::deleteBlock(engine::Name name) {
-    const auto& blocks = drawing_->blocks();
-    const auto it = std::find_if(blocks.begin(), blocks.end(), [&](const auto& b) { return b->name == name; });
-    if (it == blocks.end()) return false;
-    const auto position = static_cast<std::size_t>(it - blocks.begin());
-    record(std::make_unique<DeleteBlockAction>(drawing_->takeBlock(name), position));
+    const engine::Name next = drawing_->blockAfter(name);
+    std::unique_ptr<engine::Block> block = drawing_->takeBlock(name);
+    if (!block) return false;
+    record(std::make_unique<DeleteBlockAction>(std::move(block), next));
     pruneSelection();
     return true;
 }
@@ -107,7 +106,7 @@ void Document::editLayout(engine::Layout& layout, const std::function<void(engin
 bool Document::deleteLayer(engine::Name name) {
     const engine::Layer* layer = drawing_->layers.find(name);
     if (layer == nullptr || name == engine::commonNames().layerZero || name == drawing_->currentLayer) return false;
-    auto action = std::make_unique<DeleteLayerAction>(*layer, drawing_->layers.indexOf(name));
+    auto action = std::make_unique<DeleteLayerAction>(*layer, drawing_->layers.after(name));
     action->redo(*drawing_);
     record(std::move(action));
     return true;

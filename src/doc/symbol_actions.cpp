@@ -2,16 +2,6 @@
 
 namespace kova::doc {
 
-namespace {
-
-std::size_t positionOf(const engine::Drawing& drawing, engine::Name block) {
-    const auto& blocks = drawing.blocks();
-    const auto it = std::find_if(blocks.begin(), blocks.end(), [&](const auto& b) { return b->name == block; });
-    return static_cast<std::size_t>(it - blocks.begin());
-}
-
-}  // namespace
-
 std::size_t bytesOf(const engine::EntityList& list) {
     std::size_t bytes = sizeof list + list.slotCount() * sizeof(void*);
     for (const engine::Entity& entity : list) bytes += entity.sizeInBytes();
@@ -50,16 +40,16 @@ std::size_t AddBlocksAction::sizeInBytes() const {
     return bytes;
 }
 
-DeleteBlockAction::DeleteBlockAction(std::unique_ptr<engine::Block> block, std::size_t position)
-    : name_(block->name), block_(std::move(block)), position_(position) {}
+DeleteBlockAction::DeleteBlockAction(std::unique_ptr<engine::Block> block, engine::Name next)
+    : name_(block->name), block_(std::move(block)), next_(next) {}
 DeleteBlockAction::~DeleteBlockAction() = default;
 
 void DeleteBlockAction::undo(engine::Drawing& drawing) {
-    if (block_ && drawing.findBlock(name_) == nullptr) drawing.putBlock(std::move(block_), position_);
+    if (block_ && drawing.findBlock(name_) == nullptr) drawing.putBlock(std::move(block_), next_);
 }
 
 void DeleteBlockAction::redo(engine::Drawing& drawing) {
-    position_ = positionOf(drawing, name_);
+    next_ = drawing.blockAfter(name_);
     block_ = drawing.takeBlock(name_);
 }
 

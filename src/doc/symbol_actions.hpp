@@ -50,7 +50,7 @@ private:
 
 class DeleteBlockAction final : public IUndoableAction {
 public:
-    DeleteBlockAction(std::unique_ptr<engine::Block> block, std::size_t position);
+    DeleteBlockAction(std::unique_ptr<engine::Block> block, engine::Name next);
     ~DeleteBlockAction() override;
     void undo(engine::Drawing& drawing) override;
     void redo(engine::Drawing& drawing) override;
@@ -60,7 +60,7 @@ public:
 private:
     engine::Name name_;
     std::unique_ptr<engine::Block> block_;
-    std::size_t position_;
+    engine::Name next_;  ///< the block behind it; empty: none
 };
 
 /// The block's contents were exchanged for others.
@@ -82,8 +82,8 @@ private:
 
 class DeleteLayerAction final : public IUndoableAction {
 public:
-    DeleteLayerAction(engine::Layer layer, std::size_t position) : layer_(std::move(layer)), position_(position) {}
-    void undo(engine::Drawing& drawing) override { drawing.layers.insert(position_, layer_); }
+    DeleteLayerAction(engine::Layer layer, engine::Name next) : layer_(std::move(layer)), next_(next) {}
+    void undo(engine::Drawing& drawing) override { drawing.layers.insertBefore(next_, layer_); }
     void redo(engine::Drawing& drawing) override { drawing.layers.erase(layer_.name); }
     std::string description() const override { return "Delete layer " + layer_.name.str(); }
     std::size_t sizeInBytes() const override { return sizeof *this + layer_.description.capacity(); }
@@ -91,7 +91,7 @@ public:
 
 private:
     engine::Layer layer_;
-    std::size_t position_;
+    engine::Name next_;  ///< the layer behind it; empty: none
 };
 
 class AddLayoutAction final : public IUndoableAction {

@@ -6,8 +6,8 @@ namespace kova::doc {
 
 namespace {
 
-/// What a table's list and index take for one record besides the record.
-constexpr std::size_t kPlaceBytes = 56;
+/// What the memory of a record takes besides the record.
+constexpr std::size_t kPlaceBytes = 16;
 
 template <class Traits>
 void noteEdit(engine::Drawing& drawing) {
@@ -53,21 +53,31 @@ std::size_t HatchPatternTraits::heldBytes(const Record& r) {
 }
 
 template <class Traits>
-void TableEditAction<Traits>::swap(engine::Drawing& drawing) {
-    std::swap(Traits::table(drawing), other_);
+void TableEditAction<Traits>::undo(engine::Drawing& drawing) {
+    changes_.undo(Traits::table(drawing));
+    noteEdit<Traits>(drawing);
+}
+
+template <class Traits>
+void TableEditAction<Traits>::redo(engine::Drawing& drawing) {
+    changes_.redo(Traits::table(drawing));
     noteEdit<Traits>(drawing);
 }
 
 template <class Traits>
 std::size_t TableEditAction<Traits>::sizeInBytes() const {
     std::size_t bytes = sizeof *this;
-    for (const auto& record : other_) bytes += sizeof record + kPlaceBytes + Traits::heldBytes(record);
+    for (const auto& change : changes_.list()) {
+        // A record that was added will be here when the edit is undone.
+        bytes += sizeof change + sizeof(typename Traits::Record) + kPlaceBytes;
+        if (change.other) bytes += Traits::heldBytes(*change.other);
+    }
     return bytes;
 }
 
 template <class Style>
 void DeleteStyleAction<Style>::undo(engine::Drawing& drawing) {
-    TraitsOfStyle<Style>::table(drawing).insert(position_, style_);
+    TraitsOfStyle<Style>::table(drawing).insertBefore(next_, style_);
     noteEdit<TraitsOfStyle<Style>>(drawing);
 }
 
@@ -89,16 +99,19 @@ std::size_t DeleteStyleAction<Style>::sizeInBytes() const {
 
 template <class Traits>
 void Document::editTable(const std::function<void(engine::Table<typename Traits::Record>&)>& change) {
+    using Changes = engine::TableChanges<typename Traits::Record>;
     engine::Table<typename Traits::Record>& table = Traits::table(*drawing_);
-    engine::Table<typename Traits::Record> before(table);
+    Changes changes;
     try {
+        const typename Changes::Watch watch(table, changes);
         change(table);
     } catch (...) {
-        table = std::move(before);
+        changes.undo(table);
         throw;
     }
+    changes.close();
     noteEdit<Traits>(*drawing_);
-    record(std::make_unique<TableEditAction<Traits>>(std::move(before)));
+    record(std::make_unique<TableEditAction<Traits>>(std::move(changes)));
 }
 
 template <class Style>
@@ -107,7 +120,7 @@ bool Document::deleteStyle(engine::Name name) {
     engine::Table<Style>& table = Traits::table(*drawing_);
     const Style* style = table.find(name);
     if (style == nullptr || name == engine::commonNames().standard || name == Traits::current(*drawing_)) return false;
-    auto action = std::make_unique<DeleteStyleAction<Style>>(*style, table.indexOf(name));
+    auto action = std::make_unique<DeleteStyleAction<Style>>(*style, table.after(name));
     action->redo(*drawing_);
     record(std::move(action));
     return true;

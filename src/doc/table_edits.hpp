@@ -136,24 +136,21 @@ struct HatchPatternTraits {
     static std::size_t heldBytes(const Record& record);
 };
 
-/// A table was edited: holds all its records as they were before, or after while the edit is undone.
+/// A table was edited: holds the records that the edit changed, as they were before, or after while it is undone.
 template <class Traits>
 class TableEditAction final : public IUndoableAction {
 public:
-    using Records = engine::Table<typename Traits::Record>;
-    explicit TableEditAction(Records before) : other_(std::move(before)) {}
-    void undo(engine::Drawing& drawing) override { swap(drawing); }
-    void redo(engine::Drawing& drawing) override { swap(drawing); }
+    using Changes = engine::TableChanges<typename Traits::Record>;
+    explicit TableEditAction(Changes changes) : changes_(std::move(changes)) {}
+    void undo(engine::Drawing& drawing) override;
+    void redo(engine::Drawing& drawing) override;
     std::string description() const override { return Traits::description; }
     std::size_t sizeInBytes() const override;
     std::int32_t changes() const override { return changed::kObjects | changed::kTables; }
-    /// The records before the edit (while it is undone: after it).
-    const Records& other() const { return other_; }
+    const Changes& tableChanges() const { return changes_; }
 
 private:
-    void swap(engine::Drawing& drawing);
-
-    Records other_;
+    Changes changes_;
 };
 
 template <class Style>
@@ -171,7 +168,7 @@ struct TraitsOfStyle<engine::TableStyle> : TableStyleTraits {};
 template <class Style>
 class DeleteStyleAction final : public IUndoableAction {
 public:
-    DeleteStyleAction(Style style, std::size_t position) : style_(std::move(style)), position_(position) {}
+    DeleteStyleAction(Style style, engine::Name next) : style_(std::move(style)), next_(next) {}
     void undo(engine::Drawing& drawing) override;
     void redo(engine::Drawing& drawing) override;
     std::string description() const override;
@@ -180,7 +177,7 @@ public:
 
 private:
     Style style_;
-    std::size_t position_;  ///< in its table
+    engine::Name next_;  ///< the one behind it in its table; empty: none
 };
 
 }  // namespace kova::doc

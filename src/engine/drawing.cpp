@@ -120,8 +120,9 @@ bool Drawing::renameLayout(Name from, Name to) {
 }
 
 Block* Drawing::findBlock(Name name) const {
+    if (editedBlock_ && name == editedBlock_->name) return editedBlock_.get();
     const auto it = blockIndex_.find(name.key());
-    return it == blockIndex_.end() ? nullptr : it->second;
+    return it == blockIndex_.end() ? nullptr : it->second->get();
 }
 
 Block* Drawing::addBlock(Name name) {
@@ -133,36 +134,52 @@ Block* Drawing::addBlock(Name name) {
 std::unique_ptr<Block> Drawing::takeBlock(Name name) {
     const auto found = blockIndex_.find(name.key());
     if (found == blockIndex_.end()) return nullptr;
-    const auto it = std::find_if(blocks_.begin(), blocks_.end(),
-                                 [&](const std::unique_ptr<Block>& b) { return b.get() == found->second; });
-    std::unique_ptr<Block> block = std::move(*it);
-    blocks_.erase(it);
+    std::unique_ptr<Block> block = std::move(*found->second);
+    blocks_.erase(found->second);
     blockIndex_.erase(found);
+    anonymous_.released(name);
     block->entities.attach(nullptr);
     return block;
 }
 
 std::vector<std::unique_ptr<Block>> Drawing::takeBlocks() {
     blockIndex_.clear();
-    for (const auto& block : blocks_) block->entities.attach(nullptr);
-    if (editedBlock_) blockIndex_.emplace(editedBlock_->name.key(), editedBlock_.get());
-    return std::exchange(blocks_, {});
+    anonymous_.forget();
+    std::vector<std::unique_ptr<Block>> taken;
+    taken.reserve(blocks_.size());
+    for (auto& block : blocks_) {
+        block->entities.attach(nullptr);
+        taken.push_back(std::move(block));
+    }
+    blocks_.clear();
+    return taken;
 }
 
-void Drawing::putBlock(std::unique_ptr<Block> block, std::size_t position) {
+void Drawing::putBlock(std::unique_ptr<Block> block, Name next) {
     block->entities.attach(this);
-    blockIndex_.emplace(block->name.key(), block.get());
-    blocks_.insert(blocks_.begin() + static_cast<std::ptrdiff_t>(std::min(position, blocks_.size())), std::move(block));
+    const Name name = block->name;
+    const auto behind = blockIndex_.find(next.key());
+    const auto at = blocks_.insert(behind == blockIndex_.end() ? blocks_.end() : behind->second, std::move(block));
+    blockIndex_.emplace(name.key(), at);
+}
+
+Name Drawing::blockAfter(Name name) const {
+    const auto found = blockIndex_.find(name.key());
+    if (found == blockIndex_.end()) return {};
+    const auto next = std::next(found->second);
+    return next == blocks_.end() ? Name() : (*next)->name;
 }
 
 bool Drawing::renameBlock(Name from, Name to) {
-    Block* block = findBlock(from);
-    if (block == nullptr || to.empty()) return false;
+    const auto found = blockIndex_.find(from.key());
+    if (found == blockIndex_.end() || to.empty()) return false;
+    const Blocks::iterator at = found->second;
     Block* taken = findBlock(to);
-    if (taken != nullptr && taken != block) return false;
-    blockIndex_.erase(block->name.key());
-    block->name = to;
-    blockIndex_.emplace(to.key(), block);
+    if (taken != nullptr && taken != at->get()) return false;
+    blockIndex_.erase(found);
+    (*at)->name = to;
+    blockIndex_.emplace(to.key(), at);
+    anonymous_.released(from);
     const auto rename = [&](EntityList& list) {
         for (Entity& e : list)
             if (e.type() == EntityType::BlockReference) {
@@ -183,15 +200,11 @@ Name Drawing::editedBlockName() {
 }
 
 std::unique_ptr<Block> Drawing::exchangeEditedBlock(std::unique_ptr<Block> block) {
-    if (editedBlock_) {
-        blockIndex_.erase(editedBlock_->name.key());
-        editedBlock_->entities.attach(nullptr);
-    }
+    if (editedBlock_) editedBlock_->entities.attach(nullptr);
     editedBlock_.swap(block);
     if (editedBlock_) {
         editedBlock_->name = editedBlockName();
         editedBlock_->entities.attach(this);
-        blockIndex_.emplace(editedBlock_->name.key(), editedBlock_.get());
     }
     return block;
 }
@@ -208,10 +221,7 @@ EntityList* Drawing::spaceByBlockName(Name name) {
 }
 
 Name Drawing::nextAnonymousName(std::string_view prefix) {
-    for (std::size_t n = 1;; ++n) {
-        const Name name(std::string(prefix) + std::to_string(n));
-        if (findBlock(name) == nullptr) return name;
-    }
+    return anonymous_.next(prefix, [&](Name name) { return findBlock(name) != nullptr; });
 }
 
 bool Drawing::blockContains(Name outer, Name wanted) const {

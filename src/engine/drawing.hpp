@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "engine/entity_index.hpp"
 #include "engine/entity_list.hpp"
 #include "engine/name.hpp"
+#include "engine/numbered_names.hpp"
 #include "engine/records/block.hpp"
 #include "engine/records/layer.hpp"
 #include "engine/records/records.hpp"
@@ -114,7 +116,7 @@ public:
     bool renameLayout(Name from, Name to);
 
     // Blocks ---------------------------------------------------------------------------------------------
-    const std::vector<std::unique_ptr<Block>>& blocks() const { return blocks_; }
+    const std::list<std::unique_ptr<Block>>& blocks() const { return blocks_; }
     /// A block definition; null when there is none ("*Model_Space" and "*Paper_Space" are not in this table).
     Block* findBlock(Name name) const;
     /// Adds an empty block; null when the name is taken or empty.
@@ -122,8 +124,10 @@ public:
     std::unique_ptr<Block> takeBlock(Name name);
     /// Takes out all blocks, in their order.
     std::vector<std::unique_ptr<Block>> takeBlocks();
-    /// Adds a block at a position of the table (at the end by default). Its name must not be taken.
-    void putBlock(std::unique_ptr<Block> block, std::size_t position = static_cast<std::size_t>(-1));
+    /// Adds a block before the one of a name, at the end when there is none. Its own name must not be taken.
+    void putBlock(std::unique_ptr<Block> block, Name next = {});
+    /// The name of the block that stands behind another one; empty: none does.
+    Name blockAfter(Name name) const;
     bool renameBlock(Name from, Name to);
     /// The entities of a block or of a space under its block name; null when there is none.
     EntityList* spaceByBlockName(Name name);
@@ -186,8 +190,10 @@ private:
     std::uint64_t revision_ = 0;
     PagedEntityIndex<&Entity::id> byId_;
     PagedEntityIndex<&Entity::handle> byHandle_;
-    std::vector<std::unique_ptr<Block>> blocks_;
-    std::unordered_map<const void*, Block*> blockIndex_;
+    using Blocks = std::list<std::unique_ptr<Block>>;
+    Blocks blocks_;
+    std::unordered_map<const void*, Blocks::iterator> blockIndex_;  ///< by the key of the name
+    NumberedNames anonymous_;                                       ///< of blocks
     std::unique_ptr<Block> editedBlock_;
     std::vector<std::unique_ptr<Layout>> layouts_;
     EntityList modelSpace_;

@@ -1,6 +1,6 @@
 #include "io/content.hpp"
 
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 #include "strings/case_fold.hpp"
 
 namespace kova::io {

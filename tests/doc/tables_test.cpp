@@ -151,7 +151,7 @@ TEST_F(Tables, Blocks) {
     EXPECT_TRUE(document.selection().empty());
     document.undo();
     ASSERT_EQ(drawing().blocks().size(), 3U);
-    EXPECT_EQ(drawing().blocks()[0]->name, "DOOR");  // at its old place
+    EXPECT_EQ(drawing().blocks().front()->name, "DOOR");  // at its old place
     EXPECT_EQ(drawing().findByHandle(handle), drawing().findById(ids[0]));
     document.undo();
     document.undo();
@@ -160,7 +160,7 @@ TEST_F(Tables, Blocks) {
     while (document.redo()) {
     }
     ASSERT_EQ(drawing().blocks().size(), 2U);
-    EXPECT_EQ(drawing().blocks()[0]->name, "A");
+    EXPECT_EQ(drawing().blocks().front()->name, "A");
 }
 
 TEST_F(Tables, ReplacedBlockContentsKeepTheirPlaces) {

@@ -8,7 +8,7 @@
 
 #include "io/atomic_file.hpp"
 #include "io/content.hpp"
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 
 namespace kova::io {
 namespace {
@@ -101,7 +101,7 @@ TEST_F(Files, WritesPipesInPlaceAndReadsThem) {
     const std::string sent(300'000, 'p');
     std::string received;
     std::thread reader([&] {
-        MappedFile file;
+        FileContent file;
         EXPECT_EQ(file.open(at("pipe")), "");
         received = file.view();
     });
@@ -131,7 +131,7 @@ TEST_F(Files, RefusesWhatCannotBeWritten) {
 
 TEST_F(Files, ReadsWholeFilesAndBeginnings) {
     ASSERT_EQ(saveFile(at("a"), "0123456789"), "");
-    MappedFile file;
+    FileContent file;
     EXPECT_EQ(file.open(at("a")), "");
     EXPECT_EQ(file.view(), "0123456789");
     EXPECT_EQ(file.open(at("missing")), "Cannot open file: " + at("missing"));

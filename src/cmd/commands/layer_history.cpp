@@ -9,7 +9,6 @@ namespace {
 
 using engine::Layer;
 using engine::Name;
-using LayerTable = engine::Table<Layer>;
 
 const std::string kLabel = "LAYERP";
 
@@ -27,18 +26,13 @@ void takeSettings(Layer& layer, const Layer& from) {
     layer = std::move(settings);
 }
 
-/// The layers of `table` whose settings differ from those in `before`; layers that only one of them has do not count.
-LayerNames changedLayers(const LayerTable& table, const LayerTable& before) {
-    LayerNames names;
-    for (const Layer& layer : table)
-        if (const Layer* old = before.find(layer.name); old != nullptr && !sameSettings(layer, *old))
-            names.push_back(layer.name);
-    return names;
-}
+/// Layers by the key of their name; null: there was none of that name.
+using LayersThen = std::unordered_map<const void*, const Layer*>;
 
 /// What a group of the history changed of layers.
 struct LayerStep {
-    const LayerTable* before = nullptr;  ///< null: no layer was edited
+    LayersThen before;                   ///< those that it touched
+    LayerNames touched;                  ///< in the order of the first change
     std::optional<std::string> current;  ///< the current layer before; nothing: it stayed
 };
 
@@ -46,12 +40,27 @@ LayerStep stepOf(const doc::UndoGroup& group) {
     LayerStep step;
     for (const auto& action : group.actions) {
         if (const auto* edit = dynamic_cast<const doc::TableEditAction<doc::LayerTraits>*>(action.get())) {
-            if (step.before == nullptr) step.before = &edit->other();
+            for (const auto& change : edit->tableChanges().list())
+                if (step.before.emplace(change.name.key(), change.other.get()).second)
+                    step.touched.push_back(change.name);
         } else if (const auto* variable = dynamic_cast<const doc::SetSysVarStringAction*>(action.get())) {
             if (!step.current && variable->name() == "CLAYER") step.current = variable->before();
         }
     }
     return step;
+}
+
+/// The layers whose settings a step changed, `later` being what they were before the steps that followed it. Layers
+/// that came or went do not count.
+LayerNames changedLayers(const engine::Drawing& drawing, const LayerStep& step, const LayersThen& later) {
+    LayerNames names;
+    for (const Name name : step.touched) {
+        const auto known = later.find(name.key());
+        const Layer* after = known != later.end() ? known->second : drawing.layers.find(name);
+        const Layer* before = step.before.at(name.key());
+        if (after != nullptr && before != nullptr && !sameSettings(*after, *before)) names.push_back(name);
+    }
+    return names;
 }
 
 /// LAYERP: takes back the last change of layers' settings and of the current layer, whatever was done to objects since.
@@ -63,15 +72,14 @@ public:
 
     void execute(CommandContext& context) override {
         const doc::UndoHistory& history = context.document.history();
-        const LayerTable* table = &context.drawing().layers;
+        LayersThen later;
         std::size_t takenBack = 0;
         for (std::size_t i = 0;; ++i) {
             const doc::UndoGroup* group = history.undoGroup(i);
             if (group == nullptr) return context.message("No previous layer status.");
             const LayerStep step = stepOf(*group);
-            LayerNames changed;
-            if (step.before != nullptr) changed = changedLayers(*table, *step.before);
-            if (step.before != nullptr) table = step.before;
+            const LayerNames changed = changedLayers(context.drawing(), step, later);
+            for (const auto& [key, layer] : step.before) later[key] = layer;
             if (changed.empty() && !step.current) continue;
             if (group->label == kLabel) {
                 ++takenBack;
@@ -88,7 +96,7 @@ private:
         const doc::GroupScope group(context.document, kLabel);
         editLayers(context.document, changed, [&](Layer& layer) {
             const bool frozen = layer.frozen;
-            takeSettings(layer, *step.before->find(layer.name));
+            takeSettings(layer, *step.before.at(layer.name.key()));
             // The layer that was current then may have been left meanwhile, and be frozen below.
             if (layer.frozen && layer.name == context.drawing().currentLayer && !step.current) layer.frozen = frozen;
         });

@@ -161,13 +161,11 @@ private:
     /// Each text and its mask become a group; all in one edit.
     void tie(const std::vector<Entity*>& texts, const std::unordered_map<const Entity*, Entity*>& below) {
         document().editTable<doc::GroupTraits>([&](auto& groups) {
-            std::size_t number = 1;
             for (const Entity* text : texts) {
                 const auto mask = below.find(text);
                 if (mask == below.end()) continue;
                 engine::Group fresh;
-                do fresh.name = engine::Name("*A" + std::to_string(number++));
-                while (groups.contains(fresh.name));
+                fresh.name = groups.freeName("*A");
                 fresh.description = kMaskGroup;
                 fresh.memberHandles = {mask->second->handle(), text->handle()};
                 groups.add(std::move(fresh));

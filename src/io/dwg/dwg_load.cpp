@@ -7,7 +7,7 @@
 
 #include "engine/drawing.hpp"
 #include "io/dxf/dxf_load.hpp"
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 #include "kdraw/database.hpp"
 #include "kdraw/decoder.hpp"
 #include "kdraw/dxf/dxf_file_output.hpp"
@@ -62,7 +62,7 @@ DwgLoadResult loadDwgBytes(std::string_view bytes, engine::Drawing& drawing, Pro
 }
 
 DwgLoadResult loadDwg(const std::string& path, engine::Drawing& drawing, Progress* progress) {
-    MappedFile file;
+    FileContent file;
     DwgLoadResult result;
     result.message = file.open(path);
     if (!result.message.empty()) return result;

@@ -10,7 +10,7 @@
 
 #include "io/atomic_file.hpp"
 #include "io/dxf/dxf_save.hpp"
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 #include "kdraw/database.hpp"
 #include "kdraw/dxf/dxf_file_input.hpp"
 #include "kdraw/encoder.hpp"
@@ -47,7 +47,7 @@ std::string convert(const fs::path& dxf, kdraw::Version version, std::string& ou
     constexpr const char* kUnread = "DWG export: reading the intermediate DXF failed: ";
     kdraw::Database database;
     {
-        MappedFile file;
+        FileContent file;
         if (const std::string error = file.open(dxf.string()); !error.empty()) return kUnread + error;
         if (const std::string error = kdraw::databaseFromDxf(file.view(), database); !error.empty())
             return kUnread + error;

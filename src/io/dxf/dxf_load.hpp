@@ -2,10 +2,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "io/left_out.hpp"
 
 namespace kova::engine {
 class Drawing;
@@ -23,7 +24,9 @@ inline constexpr std::uint64_t kMaxDxfFileSize = 268435456;
 /// What a load has to tell besides an error.
 struct DxfLoadReport {
     /// Entities that could not be read, by the name of their record.
-    std::map<std::string, std::size_t> skipped;
+    LeftOut skipped;
+    /// What else the file holds and the drawing does not: objects, table records, settings.
+    LeftOut leftOut;
     /// What the user is told, a line each: what could not be read, and where the file is damaged.
     std::vector<std::string> lines;
 };

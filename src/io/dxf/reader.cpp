@@ -6,7 +6,7 @@
 #include <new>
 
 #include "engine/standard_records.hpp"
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 
 namespace kova::io::dxf {
 
@@ -46,8 +46,11 @@ void Reader::readSections() {
             indexObjects();
         else if (section == "ACDSDATA")
             readDataStorage();
-        else
+        else {
+            // Classes follow from the objects, the picture of the drawing from the drawing.
+            if (section != "CLASSES" && section != "THUMBNAILIMAGE") leaveOut("section " + section);
             skipSection();
+        }
     }
 }
 
@@ -65,14 +68,16 @@ void Reader::finish() {
     settleViewports();
     settleStyles();
     settleExtensions();
+    settleRecordExtensions();
     settleImages();
     joinColumns();
     settleDrawOrder();
     // Layouts that no object names, from files of releases without such objects.
+    int number = 1;
     for (const auto& [block, layout] : papers_) {
         if (!layout->name.view().starts_with('\x01')) continue;
-        for (int n = 1; n < 100000 && !drawing_.renameLayout(layout->name, Name("Layout" + std::to_string(n))); ++n) {
-        }
+        while (number < 100000 && !drawing_.renameLayout(layout->name, Name("Layout" + std::to_string(number))))
+            ++number;
     }
     if (own_) dropPictures();
     if (drawing_.layouts().empty() && !own_) drawing_.addLayout(Name("Layout1"));
@@ -87,21 +92,14 @@ void Reader::finish() {
     ensureRecords();
     if (ownNextHandle_ != 0) drawing_.nextHandle = ownNextHandle_;
     ++drawing_.styleRevision;
+    noteUnreadObjects();
 }
 
 void Reader::tellSkipped() {
-    if (!report_.skipped.empty()) {
-        std::size_t count = 0;
-        std::string list;
-        for (const auto& [type, n] : report_.skipped) {
-            count += n;
-            std::string shown;
-            for (const char c : type) shown += std::isprint(static_cast<unsigned char>(c)) != 0 ? c : '?';
-            if (!list.empty()) list += ", ";
-            list += std::to_string(n) + " " + shown;
-        }
-        report_.lines.push_back(std::to_string(count) + " entities could not be read: " + list + ".");
-    }
+    if (!report_.skipped.empty())
+        report_.lines.push_back(std::to_string(report_.skipped.total()) +
+                                " entities could not be read: " + report_.skipped.list() + ".");
+    if (!report_.leftOut.empty()) report_.lines.push_back("Not kept: " + report_.leftOut.list() + ".");
     TagReader& tags = reader_.tags();
     if (tags.damage() > 0)
         report_.lines.push_back("The file is damaged at line " + std::to_string(tags.lineAt(tags.firstDamage())) +
@@ -157,7 +155,7 @@ std::string loadDxf(const std::string& path, engine::Drawing& drawing, DxfLoadRe
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(path, error);
     if (!error && size > kMaxDxfFileSize) return "DXF file rejected: size exceeds the 256 MB safety limit.";
-    MappedFile file;
+    FileContent file;
     if (!file.open(path).empty()) return "Failed to open file: " + path;
     return load(file.view(), drawing, report, progress);
 }

@@ -12,6 +12,7 @@
 #include "engine/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "io/dxf/dxf_load.hpp"
+#include "io/dxf/record_index.hpp"
 #include "io/dxf/reader_tags.hpp"
 #include "io/dxf/reader_text.hpp"
 #include "io/progress.hpp"
@@ -78,6 +79,12 @@ private:
     void finish();
     void ensureRecords();
     void tellSkipped();
+    // reader_left_out.cpp: what the drawing has no place for
+    void noteUnreadObjects();
+    void noteSetting(std::string_view name, const Tag& value);
+    void noteRecordData(const Record& record);
+    void noteCommonGroup(const Tag& tag);
+    void leaveOut(std::string_view kind, std::size_t count = 1) { report_.leftOut.add(kind, count); }
     /// True while a record belongs to the section that is being read.
     static bool endsSection(const Record& record) {
         return record.type == "ENDSEC" || record.type == "SECTION" || record.type == "EOF";
@@ -86,6 +93,7 @@ private:
     // reader_header.cpp ---------------------------------------------------------------------------------------
     void readHeader(const Record& section);
     void applyHeader();
+    static bool isHeaderVariableRead(std::string_view name);
     void applyHeaderDimensions();
 
     // reader_tables.cpp ---------------------------------------------------------------------------------------
@@ -183,15 +191,18 @@ private:
     void readDataStorage();
 
     // reader_objects.cpp: objects at the end ----------------------------------------------------------------------
-    struct DictionaryItem {
-        std::string_view key;
-        std::uint64_t handle = 0;
-    };
-    /// Reads an object again; false when there is none of that handle.
-    bool objectAt(std::uint64_t handle, Record& record);
-    /// The entries of a dictionary object; empty when it is none.
-    std::vector<DictionaryItem> dictionary(std::uint64_t handle);
-    std::uint64_t dictionaryEntry(std::uint64_t dictionary, std::string_view key);
+    /// Reads an object again; false when there is none of that handle and type.
+    bool objectAt(std::uint64_t handle, std::string_view type, Record& record) {
+        return index_.object(handle, type, record);
+    }
+    /// The same for an object that belongs to one other; false for the second who asks.
+    bool ownedObject(std::uint64_t handle, std::string_view type, Record& record) {
+        return objectAt(handle, type, record) && index_.claim(handle);
+    }
+    std::span<const DictionaryItem> dictionary(std::uint64_t handle) { return index_.dictionary(handle); }
+    std::uint64_t dictionaryEntry(std::uint64_t dictionary, std::string_view key) {
+        return index_.entry(dictionary, key);
+    }
     void readObjects();
     void readGroups(std::uint64_t dictionary);
     void readLayouts(std::uint64_t dictionary);
@@ -205,10 +216,12 @@ private:
     void readTableStyles(std::uint64_t dictionary);
     void readPlotSettings(const Record& record, engine::PageSetup& setup);
     bool readOpaque(std::uint64_t handle, engine::DictionaryEntry& entry, int depth);
-    /// The text of an own-data XRECORD.
+    /// The text of an own-data XRECORD; empty for the second who asks for it.
     std::string xrecordText(std::uint64_t handle);
     // reader_links.cpp: what entities refer to
     void settleExtensions();
+    void settleExtension(std::uint64_t entity, const DictionaryItem& item);
+    void settleRecordExtensions();
     void settleClip(engine::BlockReferenceEntity& reference, std::uint64_t filter);
     void settleImages();
     void settleStyles();
@@ -288,6 +301,7 @@ private:
     engine::Drawing& drawing_;
     DxfLoadReport& report_;
     RecordReader reader_;
+    RecordIndex index_{reader_};
     ProgressCounter progress_;
     TextDecoder decoder_;
     Record record_;       ///< being read
@@ -307,7 +321,7 @@ private:
     std::unordered_map<std::uint64_t, engine::Name> tableNames_;
     std::unordered_map<std::uint64_t, engine::Name> shapeStyles_;       ///< STYLE records that are shape files
     std::unordered_map<const void*, std::uint64_t> blockDictionaries_;  ///< by block name: extension dictionary
-    std::unordered_set<const void*> placeholderBlocks_;
+    std::vector<engine::Name> placeholderBlocks_;
     struct BlockRecordData {
         std::uint64_t handle = 0;
         bool explodable = true;
@@ -320,6 +334,7 @@ private:
     bool dimStylesRead_ = false;
     bool viewRead_ = false;
     std::unordered_set<const void*> appIdsSeen_;
+    std::unordered_set<std::string> shapeFilesSeen_;
     enum class RecordKind : std::uint8_t { Layer, Linetype, TextStyle, View, Ucs, Block, DimStyle };
     /// Table records whose own data stands in an extension dictionary.
     struct RecordExtension {
@@ -329,29 +344,32 @@ private:
     };
     std::vector<RecordExtension> recordExtensions_;
 
-    struct ObjectPlace {
-        std::size_t position = 0;
-    };
-    std::unordered_map<std::uint64_t, ObjectPlace> objects_;
     std::uint64_t rootDictionary_ = 0;
     std::uint64_t ownNextHandle_ = 0;  ///< the counter that the program's own record gives
+    std::size_t sharedDictionaries_ = 0;  ///< entities whose extension dictionary is another one's
     std::size_t opaqueValues_ = 0;
     std::unordered_set<std::uint64_t> opaqueSeen_;
-    std::vector<std::pair<engine::Name, engine::Layout*>> papers_;  ///< by the name of their block
+    std::vector<std::pair<engine::Name, engine::Layout*>> papers_;      ///< with the name of their block
+    std::unordered_map<const void*, engine::Layout*> paperByBlock_;
 
-    // What is settled at the end
+    // What is settled at the end. Entities go by their id: one that is replaced by another object keeps it.
     struct Link {
-        engine::Entity* entity;
+        std::uint64_t entity;
         std::uint64_t handle;
     };
+    /// The entity of a link while it is one of a class; null when it is gone.
+    template <class Kind>
+    Kind* linked(std::uint64_t id) const {
+        return dynamic_cast<Kind*>(drawing_.findById(id));
+    }
     std::vector<Link> extensions_;                                      ///< extension dictionaries
     std::vector<Link> images_;                                          ///< IMAGEDEF
     std::vector<Link> leaderStyles_;                                    ///< MLEADERSTYLE
     std::vector<Link> tableStyles_;                                     ///< TABLESTYLE
     std::vector<Link> mlineStyles_;                                     ///< MLINESTYLE
-    std::unordered_map<const engine::Entity*, std::string> ownMLines_;  ///< own data, to be applied over their styles
+    std::unordered_map<std::uint64_t, std::string> ownMLines_;          ///< own data, to be applied over their styles
     struct ColumnLink {
-        engine::Entity* entity;
+        std::uint64_t entity;
         std::vector<std::uint64_t> columns;
     };
     std::vector<ColumnLink> columns_;

@@ -24,18 +24,15 @@ bool isPaperSpace(Name name) {
 }  // namespace
 
 void Reader::skip(std::string_view type, std::size_t count) {
-    // Names come from the file: their number is bounded.
-    std::string key(type.substr(0, 64));
-    if (report_.skipped.size() >= 200 && report_.skipped.find(key) == report_.skipped.end()) key = "others";
-    report_.skipped[key] += count;
+    report_.skipped.add(type, count);
 }
 
 engine::Layout& Reader::paperSpace(Name blockName) {
     if (blockName == "$PAPER_SPACE") blockName = Name("*Paper_Space");
-    for (auto& [block, layout] : papers_)
-        if (block == blockName) return *layout;
+    engine::Layout*& known = paperByBlock_[blockName.key()];
+    if (known != nullptr) return *known;
     // The layout's own name is told at the end of the file.
-    engine::Layout* layout = drawing_.addLayout(Name("\x01" + blockName.str()));
+    engine::Layout* layout = known = drawing_.addLayout(Name("\x01" + blockName.str()));
     if (const auto record = blockRecords_.find(blockName.key()); record != blockRecords_.end())
         layout->handle = record->second.handle;
     papers_.emplace_back(blockName, layout);
@@ -56,18 +53,18 @@ void Reader::place(std::unique_ptr<Entity> entity, const EntityTags& tags, Entit
     noteHandle(tags.handle);
     if (drawing_.nextHandle <= highestHandle_) drawing_.nextHandle = highestHandle_ + 1;
     Entity& placed = list.append(std::move(entity));
-    if (tags.dictionary != 0) extensions_.push_back({&placed, tags.dictionary});
-    if (pendingImage_ != 0) images_.push_back({&placed, pendingImage_});
-    if (pendingLeaderStyle_ != 0) leaderStyles_.push_back({&placed, pendingLeaderStyle_});
-    if (pendingTableStyle_ != 0) tableStyles_.push_back({&placed, pendingTableStyle_});
-    if (pendingMLineStyle_ != 0) mlineStyles_.push_back({&placed, pendingMLineStyle_});
-    if (!pendingColumns_.empty()) columns_.push_back({&placed, std::move(pendingColumns_)});
+    if (tags.dictionary != 0) extensions_.push_back({placed.id(), tags.dictionary});
+    if (pendingImage_ != 0) images_.push_back({placed.id(), pendingImage_});
+    if (pendingLeaderStyle_ != 0) leaderStyles_.push_back({placed.id(), pendingLeaderStyle_});
+    if (pendingTableStyle_ != 0) tableStyles_.push_back({placed.id(), pendingTableStyle_});
+    if (pendingMLineStyle_ != 0) mlineStyles_.push_back({placed.id(), pendingMLineStyle_});
+    if (!pendingColumns_.empty()) columns_.push_back({placed.id(), std::move(pendingColumns_)});
 }
 
 void Reader::readEntity(EntityList* list) {
     progress_.count([&](std::size_t) { return std::pair(reader_.tags().position(), reader_.tags().size()); });
     const EntityTags tags = partTags(record_);
-    if (tags.type == "SEQEND" || tags.type == "VERTEX") return;
+    if (tags.type == "SEQEND") return;
     if (tags.type == "ATTRIB") {
         // Its reference did not announce it.
         EntityList& space = list != nullptr ? *list : spaceOf(tags);
@@ -144,6 +141,7 @@ void Reader::readBlock(const Record& record) {
         if (block == nullptr) {
             // Nobody can refer to it: no name, or the name of an earlier one.
             drop = true;
+            leaveOut("BLOCK");
         } else {
             list = &block->entities;
             block->base = base;

@@ -140,6 +140,7 @@ void Reader::readCommon(const EntityTags& tags, Entity& entity) {
                 if (!marked) entity.elevation = real(tag);
                 break;
             default:
+                noteCommonGroup(tag);
                 break;
         }
     };
@@ -305,7 +306,7 @@ void Reader::readXdata(const EntityTags& tags, Entity& entity) {
     entity.setXdata(std::move(data));
     if (own.empty()) return;
     applyEntityData(own, entity);
-    if (entity.type() == engine::EntityType::MLine) ownMLines_.emplace(&entity, std::move(own));
+    if (entity.type() == engine::EntityType::MLine) ownMLines_.emplace(entity.id(), std::move(own));
 }
 
 // Kinds -----------------------------------------------------------------------------------------------------------

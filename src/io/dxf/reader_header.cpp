@@ -17,12 +17,6 @@ namespace {
 constexpr std::string_view kNotRead[] = {"ACADVER", "HANDSEED", "EXTMIN",  "EXTMAX",    "OSMODE",      "DIMSAH",
                                          "DIMBLK",  "DIMBLK1",  "DIMBLK2", "DIMLDRBLK", "ACADMAINTVER"};
 
-bool isRead(std::string_view name) {
-    const auto list = headerVariables();
-    return std::find(list.begin(), list.end(), name) != list.end() &&
-           std::find(std::begin(kNotRead), std::end(kNotRead), name) == std::end(kNotRead);
-}
-
 Vector3 pointOf(const std::vector<Tag>& tags) {
     Vector3 p;
     for (const Tag& tag : tags) {
@@ -36,6 +30,12 @@ Vector3 pointOf(const std::vector<Tag>& tags) {
 }
 
 }  // namespace
+
+bool Reader::isHeaderVariableRead(std::string_view name) {
+    const auto list = headerVariables();
+    return std::find(list.begin(), list.end(), name) != list.end() &&
+           std::find(std::begin(kNotRead), std::end(kNotRead), name) == std::end(kNotRead);
+}
 
 void Reader::readHeader(const Record& section) {
     for (std::size_t i = 0; i < section.tags.size(); ++i) {
@@ -104,7 +104,7 @@ void Reader::applyHeader() {
         if (drawing_.dimStyles.contains(style)) drawing_.currentDimStyle = style;
     }
     for (const HeaderValue& value : header_) {
-        if (!isRead(value.name)) continue;
+        if (!isHeaderVariableRead(value.name)) continue;
         const Tag& tag = value.tags.front();
         if (value.name == "DIMSTYLE") continue;
         if (value.name == "CLAYER") {

@@ -20,33 +20,52 @@ using math::Matrix4;
 using math::Vector2;
 using math::Vector3;
 
+/// What one entry of an entity's extension dictionary says.
+void Reader::settleExtension(std::uint64_t id, const DictionaryItem& item) {
+    const std::string_view key = trimmed(item.key);
+    Entity* entity = drawing_.findById(id);
+    if (entity == nullptr) return;
+    if (isOwnApplication(key)) {
+        const std::string json = xrecordText(item.handle);
+        if (json.empty()) return;
+        if (key == ownApplication(engine::EntityType::Region) && entity->type() == engine::EntityType::Solid3D) {
+            // A region with many vertices; its record alone looks like a body's.
+            auto region = std::make_unique<engine::RegionEntity>();
+            region->copyCommonFrom(*entity);
+            Entity* placed = region.get();
+            entity->owner()->replace(*entity, std::move(region));
+            entity = placed;
+        }
+        applyEntityData(json, *entity);
+    } else if (engine::equalNoCase(key, "ACAD_FILTER") && entity->type() == engine::EntityType::BlockReference) {
+        settleClip(static_cast<BlockReferenceEntity&>(*entity), dictionaryEntry(item.handle, "SPATIAL"));
+    }
+}
+
 void Reader::settleExtensions() {
+    // A dictionary belongs to one object. What others find in it is not theirs, and would be read for each of them.
+    std::unordered_map<std::uint64_t, bool> shared;
+    const auto holdsData = [&](std::uint64_t handle) {
+        const auto [known, fresh] = shared.try_emplace(handle, false);
+        if (fresh)
+            for (const DictionaryItem& item : dictionary(handle))
+                known->second = known->second || isOwnApplication(trimmed(item.key)) ||
+                                engine::equalNoCase(trimmed(item.key), "ACAD_FILTER");
+        return known->second;
+    };
     for (const Link& link : extensions_) {
-        for (const DictionaryItem& item : dictionary(link.handle)) {
-            const std::string_view key = trimmed(item.key);
-            if (isOwnApplication(key)) {
-                const std::string json = xrecordText(item.handle);
-                if (json.empty()) continue;
-                Entity* entity = link.entity;
-                if (key == ownApplication(engine::EntityType::Region) &&
-                    entity->type() == engine::EntityType::Solid3D) {
-                    // A region with many vertices; its record alone looks like a body's.
-                    auto region = std::make_unique<engine::RegionEntity>();
-                    region->copyCommonFrom(*entity);
-                    engine::EntityList& list = *entity->owner();
-                    Entity* placed = region.get();
-                    list.replace(*entity, std::move(region));
-                    entity = placed;
-                }
-                applyEntityData(json, *entity);
-            } else if (engine::equalNoCase(key, "ACAD_FILTER") &&
-                       link.entity->type() == engine::EntityType::BlockReference) {
-                settleClip(static_cast<BlockReferenceEntity&>(*link.entity), dictionaryEntry(item.handle, "SPATIAL"));
-            }
+        if (index_.claim(link.handle)) {
+            for (const DictionaryItem& item : dictionary(link.handle)) settleExtension(link.entity, item);
+        } else if (holdsData(link.handle)) {
+            ++sharedDictionaries_;
         }
     }
-    // Table records with long own data.
+}
+
+/// Long own data of table records.
+void Reader::settleRecordExtensions() {
     for (const RecordExtension& extension : recordExtensions_) {
+        if (!index_.claim(extension.dictionary)) continue;
         for (const DictionaryItem& item : dictionary(extension.dictionary)) {
             if (!isOwnApplication(trimmed(item.key))) continue;
             const std::string json = xrecordText(item.handle);
@@ -98,7 +117,7 @@ void Reader::settleExtensions() {
 
 void Reader::settleClip(BlockReferenceEntity& reference, std::uint64_t filter) {
     Record record;
-    if (filter == 0 || !objectAt(filter, record) || record.type != "SPATIAL_FILTER") return;
+    if (filter == 0 || !ownedObject(filter, "SPATIAL_FILTER", record)) return;
     const EntityTags tags = partTags(record);
     std::vector<Vector2> points;
     std::vector<double> matrix;
@@ -141,7 +160,7 @@ void Reader::settleClip(BlockReferenceEntity& reference, std::uint64_t filter) {
     bool inverted = false;
     // An inverted clip keeps the user's boundary beside the ring that other programs draw.
     if (const std::uint64_t trip = dictionaryEntry(tags.dictionary, "ACAD_XREC_ROUNDTRIP");
-        trip != 0 && objectAt(trip, record)) {
+        trip != 0 && ownedObject(trip, "XRECORD", record)) {
         std::vector<Vector2> user;
         std::vector<Vector2> ring;
         std::vector<Vector2>* list = nullptr;
@@ -178,23 +197,30 @@ void Reader::settleClip(BlockReferenceEntity& reference, std::uint64_t filter) {
 
 void Reader::settleImages() {
     Record record;
+    // Many images may show one file.
+    std::unordered_map<std::uint64_t, std::string> paths;
     for (const Link& link : images_) {
-        auto& image = static_cast<engine::ImageEntity&>(*link.entity);
-        if (!image.filePath.empty() || !objectAt(link.handle, record) || record.type != "IMAGEDEF") continue;
-        bool inside = false;
-        for (const Tag& tag : record.tags) {
-            if (tag.code == 100) inside = true;
-            if (inside && tag.code == 1) image.filePath = text(tag);
+        auto* const image = linked<engine::ImageEntity>(link.entity);
+        if (image == nullptr || !image->filePath.empty()) continue;
+        const auto [path, fresh] = paths.try_emplace(link.handle);
+        if (fresh && objectAt(link.handle, "IMAGEDEF", record)) {
+            bool inside = false;
+            for (const Tag& tag : record.tags) {
+                if (tag.code == 100) inside = true;
+                if (inside && tag.code == 1) path->second = text(tag);
+            }
         }
+        image->filePath = path->second;
     }
 }
 
 /// A table of sort handles overrides the order in which entities stand in the file.
 void Reader::settleDrawOrder() {
     Record record;
+    std::unordered_set<const engine::EntityList*> ordered;
     for (const auto& [key, extension] : blockDictionaries_) {
         const std::uint64_t sorter = dictionaryEntry(extension, "ACAD_SORTENTS");
-        if (sorter == 0 || !objectAt(sorter, record) || record.type != "SORTENTSTABLE") continue;
+        if (sorter == 0 || !ownedObject(sorter, "SORTENTSTABLE", record)) continue;
         const EntityTags tags = partTags(record);
         std::unordered_map<const Entity*, std::uint64_t> sortHandles;
         engine::EntityList* list = nullptr;
@@ -208,7 +234,7 @@ void Reader::settleDrawOrder() {
                 entity = nullptr;
             }
         }
-        if (list == nullptr || sortHandles.empty()) continue;
+        if (list == nullptr || sortHandles.empty() || !ordered.insert(list).second) continue;
         std::vector<Entity*> order = list->entities();
         const auto rank = [&](const Entity* e) {
             const auto found = sortHandles.find(e);
@@ -223,14 +249,7 @@ void Reader::settleDrawOrder() {
 
 /// Blocks that the program wrote for other readers only: pictures of dimensions and tables.
 void Reader::dropPictures() {
-    for (const void* key : placeholderBlocks_) {
-        for (const auto& block : drawing_.blocks()) {
-            if (block->name.key() != key) continue;
-            const Name blockName = block->name;
-            drawing_.takeBlock(blockName);
-            break;
-        }
-    }
+    for (const Name blockName : placeholderBlocks_) drawing_.takeBlock(blockName);
 }
 
 }  // namespace kova::io::dxf

@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kMaxDictionaryDepth = 32;
 constexpr std::size_t kMaxOpaqueValues = 4'000'000;
+constexpr std::size_t kMaxOpaqueEntries = 100'000;
 
 /// Entries of the root dictionary that the model holds in other forms, or that only mark something up.
 constexpr std::string_view kKnownKeys[] = {"ACAD_GROUP",         "ACAD_LAYOUT",     "ACAD_MLINESTYLE",
@@ -41,49 +42,17 @@ void Reader::indexObjects() {
             }
         }
         noteHandle(handle);
-        if (!record_.complete || handle == 0) continue;
-        if (first && record_.type == "DICTIONARY") rootDictionary_ = handle;
+        if (!record_.complete) continue;
+        if (first && handle != 0 && record_.type == "DICTIONARY") rootDictionary_ = handle;
         first = false;
-        objects_.emplace(handle, ObjectPlace{record_.position});
+        if (handle == 0 || !index_.add(handle, record_)) leaveOut(record_.type);
     }
-}
-
-bool Reader::objectAt(std::uint64_t handle, Record& record) {
-    const auto found = objects_.find(handle);
-    return found != objects_.end() && reader_.at(found->second.position, record);
-}
-
-std::vector<Reader::DictionaryItem> Reader::dictionary(std::uint64_t handle) {
-    std::vector<DictionaryItem> items;
-    Record record;
-    if (handle == 0 || !objectAt(handle, record) ||
-        (record.type != "DICTIONARY" && record.type != "ACDBDICTIONARYWDFLT"))
-        return items;
-    bool inside = false;
-    std::string_view key;
-    for (const Tag& tag : record.tags) {
-        if (tag.code == 1001) break;
-        if (tag.code == 100) inside = true;
-        if (!inside) continue;
-        if (tag.code == 3) key = tag.text();
-        if ((tag.code == 350 || tag.code == 360) && !key.empty()) {
-            items.push_back({key, tag.handle()});
-            key = {};
-        }
-    }
-    return items;
-}
-
-std::uint64_t Reader::dictionaryEntry(std::uint64_t handle, std::string_view key) {
-    for (const DictionaryItem& item : dictionary(handle))
-        if (engine::equalNoCase(trimmed(item.key), key)) return item.handle;
-    return 0;
 }
 
 std::string Reader::xrecordText(std::uint64_t handle) {
     Record record;
     std::string json;
-    if (!objectAt(handle, record) || record.type != "XRECORD") return json;
+    if (!ownedObject(handle, "XRECORD", record)) return json;
     bool inside = false;
     for (const Tag& tag : record.tags) {
         if (tag.code == 100) inside = true;
@@ -94,12 +63,8 @@ std::string Reader::xrecordText(std::uint64_t handle) {
 }
 
 void Reader::readObjects() {
-    const std::vector<DictionaryItem> root = dictionary(rootDictionary_);
-    const auto entry = [&](std::string_view key) -> std::uint64_t {
-        for (const DictionaryItem& item : root)
-            if (engine::equalNoCase(trimmed(item.key), key)) return item.handle;
-        return 0;
-    };
+    const std::span<const DictionaryItem> root = dictionary(rootDictionary_);
+    const auto entry = [&](std::string_view key) { return dictionaryEntry(rootDictionary_, key); };
     readMLeaderStyles(entry("ACAD_MLEADERSTYLE"));
     readTableStyles(entry("ACAD_TABLESTYLE"));
     readLayouts(entry("ACAD_LAYOUT"));
@@ -117,7 +82,7 @@ void Reader::readObjects() {
             continue;
         engine::DictionaryEntry opaque;
         opaque.name = Name(decoder_.decode(item.key));
-        if (kept++ < 100000 && readOpaque(item.handle, opaque, 0))
+        if (kept++ < kMaxOpaqueEntries && readOpaque(item.handle, opaque, 0))
             drawing_.objectDictionary.push_back(std::move(opaque));
     }
 }
@@ -127,7 +92,7 @@ bool Reader::readOpaque(std::uint64_t handle, engine::DictionaryEntry& entry, in
     if (depth > kMaxDictionaryDepth || opaqueValues_ > kMaxOpaqueValues || !opaqueSeen_.insert(handle).second)
         return false;
     Record record;
-    if (!objectAt(handle, record)) return false;
+    if (!index_.object(handle, record)) return false;
     entry.type = std::string(record.type);
     entry.handle = handle;
     if (record.type == "DICTIONARY") {
@@ -143,7 +108,10 @@ bool Reader::readOpaque(std::uint64_t handle, engine::DictionaryEntry& entry, in
         if (tag.code == 100) inside = true;
         // What the record says about itself is written anew, and the marker of a plain record with it.
         if (!inside || (tag.code == 100 && record.type == "XRECORD" && entry.data.empty())) continue;
-        if (++opaqueValues_ > kMaxOpaqueValues) break;
+        if (++opaqueValues_ > kMaxOpaqueValues) {
+            leaveOut("values of " + entry.type);
+            break;
+        }
         entry.data.push_back(std::to_string(tag.code));
         entry.data.push_back(decoder_.decode(tag.text()));
     }
@@ -153,7 +121,7 @@ bool Reader::readOpaque(std::uint64_t handle, engine::DictionaryEntry& entry, in
 void Reader::readGroups(std::uint64_t handle) {
     Record record;
     for (const DictionaryItem& item : dictionary(handle)) {
-        if (!objectAt(item.handle, record) || record.type != "GROUP") continue;
+        if (!ownedObject(item.handle, "GROUP", record)) continue;
         engine::Group group;
         group.name = Name(decoder_.decode(item.key));
         if (group.name.empty()) continue;
@@ -273,7 +241,7 @@ void Reader::readLayouts(std::uint64_t handle) {
     };
     std::vector<Found> found;
     for (const DictionaryItem& item : dictionary(handle)) {
-        if (!objectAt(item.handle, record) || record.type != "LAYOUT") continue;
+        if (!ownedObject(item.handle, "LAYOUT", record)) continue;
         engine::PageSetup setup;
         readPlotSettings(record, setup);
         Name layoutName(decoder_.decode(item.key));
@@ -327,7 +295,7 @@ void Reader::readLayouts(std::uint64_t handle) {
 void Reader::readPageSetups(std::uint64_t handle) {
     Record record;
     for (const DictionaryItem& item : dictionary(handle)) {
-        if (!objectAt(item.handle, record) || record.type != "PLOTSETTINGS") continue;
+        if (!ownedObject(item.handle, "PLOTSETTINGS", record)) continue;
         engine::PageSetup setup;
         readPlotSettings(record, setup);
         setup.name = Name(decoder_.decode(item.key));
@@ -341,11 +309,10 @@ void Reader::readPageSetups(std::uint64_t handle) {
 }
 
 void Reader::readScales(std::uint64_t handle) {
-    const std::vector<DictionaryItem> items = dictionary(handle);
     Record record;
     engine::Table<engine::AnnotationScale> scales;
-    for (const DictionaryItem& item : items) {
-        if (!objectAt(item.handle, record) || record.type != "SCALE") continue;
+    for (const DictionaryItem& item : dictionary(handle)) {
+        if (!ownedObject(item.handle, "SCALE", record)) continue;
         engine::AnnotationScale scale;
         unusable_ = false;
         for (const Tag& tag : record.tags) {
@@ -361,7 +328,7 @@ void Reader::readScales(std::uint64_t handle) {
 void Reader::readVariables(std::uint64_t handle) {
     Record record;
     for (const DictionaryItem& item : dictionary(handle)) {
-        if (!objectAt(item.handle, record) || record.type != "DICTIONARYVAR") continue;
+        if (!ownedObject(item.handle, "DICTIONARYVAR", record)) continue;
         const Tag* value = record.find(1);
         if (value == nullptr) continue;
         const std::string_view key = trimmed(item.key);
@@ -373,6 +340,8 @@ void Reader::readVariables(std::uint64_t handle) {
         } else if (engine::equalNoCase(key, "CANNOSCALE")) {
             if (drawing_.annotationScales.contains(name(*value)))
                 engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(text(*value)));
+        } else {
+            noteSetting(engine::upperCase(key), *value);
         }
     }
 }
@@ -387,7 +356,7 @@ void Reader::readProperties(std::uint64_t handle) {
         if (value.name == "KEYWORDS") drawing_.properties.keywords = text(tag);
     }
     Record record;
-    if (!objectAt(handle, record) || record.type != "XRECORD") return;
+    if (!objectAt(handle, "XRECORD", record)) return;
     const Tag* cookie = record.find(1);
     if (cookie == nullptr || cookie->trimmed() != "DWGPROPS COOKIE") return;
     for (const Tag& tag : record.tags) {
@@ -402,7 +371,7 @@ void Reader::readLayerStates() {
     const std::uint64_t states = dictionaryEntry(layerTableDictionary_, "ACAD_LAYERSTATES");
     Record record;
     for (const DictionaryItem& item : dictionary(states)) {
-        if (!objectAt(item.handle, record) || record.type != "XRECORD") continue;
+        if (!ownedObject(item.handle, "XRECORD", record)) continue;
         engine::LayerState state;
         state.name = Name(decoder_.decode(item.key));
         if (state.name.empty()) continue;

@@ -60,14 +60,20 @@ void Reader::readDataStorage() {
             if (tag.code == 320) owner = tag.handle();
             if (tag.code == 310 && modeller) engine::appendHexBytes(bytes, tag.trimmed());
         }
-        if (owner != 0 && !bytes.empty()) bodies_[owner] = std::move(bytes);
+        if (owner != 0 && !bytes.empty())
+            bodies_[owner] = std::move(bytes);
+        else if (!modeller)
+            leaveOut("ACDSRECORD");
     }
 }
 
 void Reader::settleBodies() {
     for (auto& [handle, bytes] : bodies_) {
         Entity* entity = drawing_.findByHandle(handle);
-        if (entity == nullptr || entity->type() != engine::EntityType::Solid3D) continue;
+        if (entity == nullptr || entity->type() != engine::EntityType::Solid3D) {
+            leaveOut("modeller data without a solid");
+            continue;
+        }
         auto& body = static_cast<Solid3DEntity&>(*entity);
         body.sab = std::move(bytes);
         body.modelerVersion = 2;

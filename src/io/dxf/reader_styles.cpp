@@ -28,15 +28,13 @@ Color rawColor(std::int64_t value) {
     }
 }
 
-bool isMLineStyle(const Record& record) { return record.type == "MLINESTYLE"; }
-
 }  // namespace
 
 void Reader::readMLeaderStyles(std::uint64_t handle) {
     Record record;
     engine::Table<engine::MLeaderStyle> styles;
     for (const DictionaryItem& item : dictionary(handle)) {
-        if (!objectAt(item.handle, record) || record.type != "MLEADERSTYLE") continue;
+        if (!ownedObject(item.handle, "MLEADERSTYLE", record)) continue;
         const EntityTags tags = partTags(record);
         engine::MLeaderStyle s;
         s.name = Name(decoder_.decode(item.key));
@@ -188,7 +186,7 @@ void Reader::readTableStyles(std::uint64_t handle) {
     Record record;
     engine::Table<engine::TableStyle> styles;
     for (const DictionaryItem& item : dictionary(handle)) {
-        if (!objectAt(item.handle, record) || record.type != "TABLESTYLE") continue;
+        if (!ownedObject(item.handle, "TABLESTYLE", record)) continue;
         const EntityTags tags = partTags(record);
         engine::TableStyle s;
         s.name = Name(decoder_.decode(item.key));
@@ -271,7 +269,9 @@ void Reader::readTableStyles(std::uint64_t handle) {
 
 void Reader::settleStyles() {
     for (const Link& link : leaderStyles_) {
-        auto& leader = static_cast<engine::MLeaderEntity&>(*link.entity);
+        auto* const found = linked<engine::MLeaderEntity>(link.entity);
+        if (found == nullptr) continue;
+        engine::MLeaderEntity& leader = *found;
         if (own_ && !leader.styleName.empty() && !(leader.styleName == engine::commonNames().standard)) continue;
         if (const Name style = recordName(link.handle); !style.empty()) leader.styleName = style;
         if (own_) continue;
@@ -285,7 +285,9 @@ void Reader::settleStyles() {
         }
     }
     for (const Link& link : tableStyles_) {
-        auto& table = static_cast<engine::TableEntity&>(*link.entity);
+        auto* const found = linked<engine::TableEntity>(link.entity);
+        if (found == nullptr) continue;
+        engine::TableEntity& table = *found;
         if (own_ && !(table.styleName == engine::commonNames().standard)) continue;
         if (const Name style = recordName(link.handle); !style.empty()) table.styleName = style;
     }
@@ -293,13 +295,15 @@ void Reader::settleStyles() {
     std::unordered_map<std::uint64_t, engine::MLineEntity> known;
     Record record;
     for (const Link& link : mlineStyles_) {
-        auto& line = static_cast<engine::MLineEntity&>(*link.entity);
+        auto* const linkedLine = linked<engine::MLineEntity>(link.entity);
+        if (linkedLine == nullptr) continue;
+        engine::MLineEntity& line = *linkedLine;
         auto found = known.find(link.handle);
         if (found == known.end()) {
             engine::MLineEntity style;
             style.elements.clear();
             unusable_ = false;
-            if (objectAt(link.handle, record) && isMLineStyle(record)) {
+            if (objectAt(link.handle, "MLINESTYLE", record)) {
                 const EntityTags tags = partTags(record);
                 bool fill = true;
                 for (const Tag& tag : tags.body) {

@@ -140,6 +140,9 @@ void Reader::readTableRecord(std::string_view type, const Record& record) {
         readBlockRecord(record);
     else if (type == "DIMSTYLE")
         readDimStyle(record);
+    else
+        leaveOut(type);
+    noteRecordData(record);
 }
 
 void Reader::readLayer(const Record& record) {
@@ -178,7 +181,7 @@ void Reader::readLayer(const Record& record) {
                 break;
         }
     }
-    if (layer.name.empty()) return;
+    if (layer.name.empty()) return leaveOut(record.type);
     if (layer.linetype.empty()) layer.linetype = engine::commonNames().continuous;
     const Tags xdata = xdataTags(record);
     for (const engine::XData::Application& application : xdataOf(xdata).applications) {
@@ -259,7 +262,7 @@ void Reader::readLinetype(const Record& record) {
                 break;
         }
     }
-    if (linetype.name.empty() || unusable_) return;
+    if (linetype.name.empty() || unusable_) return leaveOut(record.type);
     if (!complex) linetype.elements.clear();
     if (!own_) {
         const engine::CommonNames& names = engine::commonNames();
@@ -312,16 +315,14 @@ void Reader::readTextStyle(const Record& record) {
                 break;
         }
     }
-    if (unusable_) return;
+    if (unusable_) return leaveOut(record.type);
     if ((flags & 1) != 0) {
         const std::string& file = style.fontFile.str();
-        if (!own_ && !file.empty() &&
-            std::find(drawing_.shapeFiles.begin(), drawing_.shapeFiles.end(), file) == drawing_.shapeFiles.end())
-            drawing_.shapeFiles.push_back(file);
+        if (!own_ && !file.empty() && shapeFilesSeen_.insert(file).second) drawing_.shapeFiles.push_back(file);
         return;
     }
     style.vertical = (flags & 4) != 0;
-    if (style.name.empty()) return;
+    if (style.name.empty()) return leaveOut(record.type);
     const Tags xdata = xdataTags(record);
     for (const engine::XData::Application& application : xdataOf(xdata).applications) {
         // The family of an outline font.
@@ -350,7 +351,7 @@ void Reader::readView(const Record& record) {
         if (tag.code == 41) view.width = real(tag);
         if (tag.code == 50) twist = angle(tag);
     }
-    if (view.name.empty() || unusable_) return;
+    if (view.name.empty() || unusable_) return leaveOut(record.type);
     view.upHint = engine::viewUp(view.viewDirection, twist);
     if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, view);
     if (const std::uint64_t extension = extensionOf(record))
@@ -364,7 +365,7 @@ void Reader::readUcs(const Record& record) {
         if (axis(tag, 10, ucs.origin) || axis(tag, 11, ucs.xAxis) || axis(tag, 12, ucs.yAxis)) continue;
         if (tag.code == 2) ucs.name = name(tag);
     }
-    if (ucs.name.empty() || unusable_) return;
+    if (ucs.name.empty() || unusable_) return leaveOut(record.type);
     if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, ucs);
     if (const std::uint64_t extension = extensionOf(record))
         recordExtensions_.push_back({ucs.name, extension, RecordKind::Ucs});
@@ -386,7 +387,8 @@ void Reader::readAppId(const Record& record) {
 void Reader::readViewport(const Record& record) {
     const Tag* title = record.find(2);
     // Several records of that name are tiled viewports: the first is the current one.
-    if (title == nullptr || viewRead_ || !engine::equalNoCase(title->trimmed(), "*ACTIVE")) return;
+    if (title == nullptr || viewRead_ || !engine::equalNoCase(title->trimmed(), "*ACTIVE"))
+        return leaveOut(record.type);
     engine::NamedView view = drawing_.currentView;
     double aspect = 0.0;
     double height = 0.0;
@@ -411,7 +413,7 @@ void Reader::readViewport(const Record& record) {
                 break;
         }
     }
-    if (unusable_ || !(height > 0.0)) return;
+    if (unusable_ || !(height > 0.0)) return leaveOut(record.type);
     view.upHint = engine::viewUp(view.viewDirection, twist);
     viewRead_ = true;
     view.height = height;
@@ -442,11 +444,11 @@ void Reader::readBlockRecord(const Record& record) {
                 break;
         }
     }
-    if (blockName.empty()) return;
+    if (blockName.empty()) return leaveOut(record.type);
     data.own = ownData(xdataTags(record));
     data.placeholder = !data.own.empty() && isPlaceholder(data.own);
     if (data.placeholder) {
-        placeholderBlocks_.insert(blockName.key());
+        placeholderBlocks_.push_back(blockName);
         data.own.clear();
     }
     if (const std::uint64_t extension = extensionOf(record)) {
@@ -491,7 +493,7 @@ void Reader::readDimStyle(const Record& record) {
             if (number == number) engine::setDimValue(style, *found, engine::DimValue(number));
         }
     }
-    if (style.name.empty()) return;
+    if (style.name.empty()) return leaveOut(record.type);
     const Tags xdata = xdataTags(record);
     for (const engine::XData::Application& application : xdataOf(xdata).applications) {
         Name engine::DimStyle::*member = nullptr;

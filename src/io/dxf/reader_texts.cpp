@@ -454,12 +454,13 @@ void Reader::joinColumns() {
     // A damaged file may have columns of columns: what was taken stays until all links have been looked at.
     std::vector<std::unique_ptr<Entity>> taken;
     for (const ColumnLink& link : columns_) {
-        auto& text = static_cast<engine::MTextEntity&>(*link.entity);
-        if (text.owner() == nullptr) continue;
+        auto* const main = linked<engine::MTextEntity>(link.entity);
+        if (main == nullptr) continue;
+        engine::MTextEntity& text = *main;
         std::size_t joined = 0;
         for (const std::uint64_t handle : link.columns) {
             Entity* other = drawing_.findByHandle(handle);
-            if (other == nullptr || other == link.entity || other->type() != engine::EntityType::MText ||
+            if (other == nullptr || other == main || other->type() != engine::EntityType::MText ||
                 other->owner() != text.owner())
                 continue;
             text.content += static_cast<engine::MTextEntity&>(*other).content;

@@ -2,7 +2,7 @@
 #include <unordered_set>
 
 #include "engine/standard_records.hpp"
-#include "io/mapped_file.hpp"
+#include "io/file_content.hpp"
 #include "io/native/json_parser.hpp"
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
@@ -295,7 +295,7 @@ std::string loadNativeText(std::string_view text, Drawing& drawing, Progress* pr
 }
 
 std::string loadNative(const std::string& path, Drawing& drawing, Progress* progress) {
-    MappedFile file;
+    FileContent file;
     if (std::string error = file.open(path); !error.empty()) return error;
     return loadNativeText(file.view(), drawing, progress);
 }

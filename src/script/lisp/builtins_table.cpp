@@ -1,6 +1,7 @@
 // Tables, dictionaries, REGAPP.
 
 #include <cmath>
+#include <unordered_set>
 
 #include "engine/symbols.hpp"
 #include "script/lisp/builtins.hpp"
@@ -261,10 +262,9 @@ Value dataGroup(int code, const std::string& text) {
     return Value::string(text);
 }
 
-Value dictionaryGroups(const Drawing& d, const std::string& path) {
-    const DictionaryEntry* entry = nullptr;
-    const std::vector<DictionaryEntry>* entries = dictionaryAt(d, path, entry);
-    if (entries == nullptr) return {};
+/// The groups of an entry (null: the root) with these entries below it.
+Value groupsOfEntry(const std::string& path, const DictionaryEntry* entry,
+                    const std::vector<DictionaryEntry>& entries) {
     GroupWriter out;
     out.entity(-1, recordName(RecordKind::Dictionary, Name(path)));
     out.text(0, entry != nullptr && !entry->type.empty() ? std::string_view(entry->type) : "DICTIONARY");
@@ -273,11 +273,17 @@ Value dictionaryGroups(const Drawing& d, const std::string& path) {
             const int code = std::atoi(entry->data[i].c_str());
             out.add(code, dataGroup(code, entry->data[i + 1]));
         }
-    for (const DictionaryEntry& e : *entries) {
+    for (const DictionaryEntry& e : entries) {
         out.text(3, e.name.view());
         out.entity(350, recordName(RecordKind::Dictionary, Name(stepTo(path, e.name))));
     }
     return out.finish();
+}
+
+Value dictionaryGroups(const Drawing& d, const std::string& path) {
+    const DictionaryEntry* entry = nullptr;
+    const std::vector<DictionaryEntry>* entries = dictionaryAt(d, path, entry);
+    return entries != nullptr ? groupsOfEntry(path, entry, *entries) : Value();
 }
 
 /// The records that have been named: what a name holds is a number by this list, so that it is the same in every run.
@@ -303,20 +309,30 @@ Value tblSearch(Machine& m, Value* v, int n) {
     const Name name(stringArgument("TBLSEARCH", v[1]));
     Value found = record(m.drawing(), kind, name, false);
     if (n > 2 && v[2].isTrue() && found.isTrue()) {
-        const std::vector<Name> names = recordNames(m.drawing(), kind);
-        const auto at = std::find(names.begin(), names.end(), name);
-        m.tablePositions[upperCase(v[0].text())] = static_cast<std::size_t>(at - names.begin()) + 1;
+        TablePlace& place = m.tablePlaces[upperCase(v[0].text())];
+        place.names = recordNames(m.drawing(), kind);
+        const auto at = std::find(place.names.begin(), place.names.end(), name);
+        place.next = std::min(static_cast<std::size_t>(at - place.names.begin()) + 1, place.names.size());
     }
     return found;
 }
 
 Value tblNext(Machine& m, Value* v, int n) {
     const RecordKind kind = tableArgument("TBLNEXT", v[0]);
-    std::size_t& position = m.tablePositions[upperCase(v[0].text())];
-    if (n > 1 && v[1].isTrue()) position = 0;
-    const std::vector<Name> names = recordNames(m.drawing(), kind);
-    if (position >= names.size()) return {};
-    return record(m.drawing(), kind, names[position++], false);
+    TablePlace& place = m.tablePlaces[upperCase(v[0].text())];
+    if (n > 1 && v[1].isTrue()) place = {};
+    for (;;) {
+        // Records that went since the list was made are passed over.
+        while (place.next < place.names.size())
+            if (const Value found = record(m.drawing(), kind, place.names[place.next++], false); found.isTrue())
+                return found;
+        // Those that came stand behind it.
+        std::unordered_set<const void*> listed;
+        for (const Name name : place.names) listed.insert(name.key());
+        for (const Name name : recordNames(m.drawing(), kind))
+            if (listed.insert(name.key()).second) place.names.push_back(name);
+        if (place.next == place.names.size()) return {};
+    }
 }
 
 Value tblObjName(Machine& m, Value* v, int) {
@@ -346,10 +362,11 @@ Value dictNext(Machine& m, Value* v, int n) {
     const std::string path = dictionaryArgument("DICTNEXT", v[0]);
     const DictionaryEntry* entry = nullptr;
     const std::vector<DictionaryEntry>* entries = dictionaryAt(m.drawing(), path, entry);
-    std::size_t& position = m.tablePositions[std::string("dictionary ") + path];
+    std::size_t& position = m.dictionaryPositions[path];
     if (n > 1 && v[1].isTrue()) position = 0;
     if (entries == nullptr || position >= entries->size()) return {};
-    return dictionaryGroups(m.drawing(), stepTo(path, (*entries)[position++].name));
+    const DictionaryEntry& next = (*entries)[position++];
+    return groupsOfEntry(stepTo(path, next.name), &next, next.entries);
 }
 
 Value layoutList(Machine& m, Value*, int) {

@@ -13,6 +13,12 @@
 
 namespace kova::script::lisp {
 
+/// A walk through a table's records: the list is made once, so that a step does not pass over all of them.
+struct TablePlace {
+    std::vector<engine::Name> names;
+    std::size_t next = 0;
+};
+
 class Machine;
 struct Instruction;
 struct PendingEntities;
@@ -125,7 +131,9 @@ public:
     }
 
     /// Where TBLNEXT stands, by table.
-    std::unordered_map<std::string, std::size_t> tablePositions;
+    std::unordered_map<std::string, TablePlace> tablePlaces;
+    /// Where DICTNEXT stands, by the dictionary's path.
+    std::unordered_map<std::string, std::size_t> dictionaryPositions;
     /// What ENTDEL has deleted, by handle, with the list that it stood in.
     std::map<std::uint64_t, std::pair<std::shared_ptr<engine::Entity>, const engine::EntityList*>> deleted;
     /// What ENTMAKE has begun.

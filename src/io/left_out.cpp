@@ -1,0 +1,44 @@
+#include "io/left_out.hpp"
+
+namespace kova::io {
+
+namespace {
+
+constexpr std::size_t kMaxKinds = 200;
+constexpr std::size_t kMaxLength = 64;
+
+}  // namespace
+
+void LeftOut::add(std::string_view kind, std::size_t count) {
+    if (count == 0) return;
+    std::string key(kind.substr(0, kMaxLength));
+    if (counts_.size() >= kMaxKinds && !counts_.contains(key)) key = "others";
+    counts_[key] += count;
+}
+
+void LeftOut::add(const LeftOut& more) {
+    for (const auto& [kind, count] : more.counts_) add(kind, count);
+}
+
+std::size_t LeftOut::total() const {
+    std::size_t sum = 0;
+    for (const auto& [kind, count] : counts_) sum += count;
+    return sum;
+}
+
+std::size_t LeftOut::of(std::string_view kind) const {
+    const auto found = counts_.find(kind);
+    return found == counts_.end() ? 0 : found->second;
+}
+
+std::string LeftOut::list() const {
+    std::string text;
+    for (const auto& [kind, count] : counts_) {
+        if (!text.empty()) text += ", ";
+        text += std::to_string(count) + ' ';
+        for (const char c : kind) text += c >= ' ' && c <= '~' ? c : '?';
+    }
+    return text;
+}
+
+}  // namespace kova::io
