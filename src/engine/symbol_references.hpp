@@ -8,6 +8,7 @@
 
 namespace kova::engine {
 
+class Entity;
 struct DimStyle;
 struct Layer;
 struct Linetype;
