@@ -185,16 +185,23 @@ ordered_json McpTools::newDrawing(const json& arguments) {
         session_.newDrawing();
     else
         error = session_.newFromTemplate(name);
-    // The lines of the session speak of what the reply says; the next run_commands begins clean.
-    session_.takeOutput();
-    return error.empty() ? result("New drawing started.") : result(error, true);
+    return withNotes("New drawing started.", error);
 }
 
 ordered_json McpTools::openDrawing(const json& arguments) {
     const std::string path = arguments.value("path", std::string());
     const std::string error = session_.open(path);
-    session_.takeOutput();
-    return error.empty() ? result("Opened " + path) : result(error, true);
+    return withNotes("Opened " + path, error);
+}
+
+ordered_json McpTools::withNotes(const std::string& text, const std::string& error) {
+    std::vector<std::string> lines = session_.takeOutput();
+    if (!error.empty()) return result(error, true);
+    ordered_json reply = result(text);
+    std::erase(lines, "New drawing initialized.");
+    // What was lost on the way is a text of its own behind the one that callers wait for.
+    if (!lines.empty()) reply["content"].push_back(textItem(joined(lines)));
+    return reply;
 }
 
 ordered_json McpTools::saveDrawing(const json& arguments) {

@@ -35,6 +35,8 @@ public:
 private:
     using Json = nlohmann::ordered_json;
     Json drawingInfo();
+    /// A reply to which the session's lines add what the caller must know; the next run_commands begins clean.
+    Json withNotes(const std::string& text, const std::string& error);
     Json newDrawing(const nlohmann::json& arguments);
     Json openDrawing(const nlohmann::json& arguments);
     Json saveDrawing(const nlohmann::json& arguments);

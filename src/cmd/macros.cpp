@@ -7,7 +7,7 @@
 
 #include "cmd/script_lines.hpp"
 #include "cmd/text_file.hpp"
-#include "io/atomic_file.hpp"
+#include "io/save.hpp"
 
 namespace kova::cmd {
 

@@ -85,39 +85,52 @@ void visitXData(Entity& entity, Reporter& report) {
                 if (auto* text = std::get_if<std::string>(&item.value)) report(SymbolKind::Layer, *text);
 }
 
-void visitEntities(EntityList& list, Reporter& report, FieldReferences& fields) {
-    for (Entity& entity : list) {
-        report(SymbolKind::Layer, entity.layer);
-        report(SymbolKind::Linetype, entity.linetype);
-        visitXData(entity, report);
-        fields.visit(entity);
-        // The picture's block is no field of the dimension: files of other programs bring it along.
-        if (entity.type() == EntityType::Dimension)
-            report(SymbolKind::Block, static_cast<DimensionEntity&>(entity).blockName);
-    }
+void visit(Entity& entity, Reporter& report, FieldReferences& fields) {
+    report(SymbolKind::Layer, entity.layer);
+    report(SymbolKind::Linetype, entity.linetype);
+    visitXData(entity, report);
+    fields.visit(entity);
+    // The picture's block is no field of the dimension: files of other programs bring it along.
+    if (entity.type() == EntityType::Dimension)
+        report(SymbolKind::Block, static_cast<DimensionEntity&>(entity).blockName);
 }
 
+void visitEntities(EntityList& list, Reporter& report, FieldReferences& fields) {
+    for (Entity& entity : list) visit(entity, report, fields);
+}
+
+void visit(Layer& layer, Reporter& report) { report(SymbolKind::Linetype, layer.linetype); }
+
+void visit(Linetype& linetype, Reporter& report) {
+    for (LinetypeElement& element : linetype.elements) report(SymbolKind::TextStyle, element.style);
+}
+
+void visit(DimStyle& style, Reporter& report) {
+    report(SymbolKind::TextStyle, style.textStyle);
+    for (Name* block : {&style.arrowBlock, &style.arrowBlock1, &style.arrowBlock2, &style.leaderArrowBlock})
+        report(SymbolKind::Block, *block);
+    for (Name* linetype : {&style.dimLineLinetype, &style.extLine1Linetype, &style.extLine2Linetype})
+        report(SymbolKind::Linetype, *linetype);
+}
+
+void visit(MLeaderStyle& style, Reporter& report) {
+    report(SymbolKind::TextStyle, style.textStyle);
+    report(SymbolKind::Linetype, style.leaderLinetype);
+    report(SymbolKind::Block, style.arrowBlock);
+    report(SymbolKind::Block, style.block);
+}
+
+void visit(TableStyle& style, Reporter& report) { report(SymbolKind::TextStyle, style.textStyle); }
+
 void visitStyles(Drawing& drawing, Reporter& report) {
-    for (Linetype& linetype : drawing.linetypes)
-        for (LinetypeElement& element : linetype.elements) report(SymbolKind::TextStyle, element.style);
-    for (DimStyle& style : drawing.dimStyles) {
-        report(SymbolKind::TextStyle, style.textStyle);
-        for (Name* block : {&style.arrowBlock, &style.arrowBlock1, &style.arrowBlock2, &style.leaderArrowBlock})
-            report(SymbolKind::Block, *block);
-        for (Name* linetype : {&style.dimLineLinetype, &style.extLine1Linetype, &style.extLine2Linetype})
-            report(SymbolKind::Linetype, *linetype);
-    }
-    for (MLeaderStyle& style : drawing.mleaderStyles) {
-        report(SymbolKind::TextStyle, style.textStyle);
-        report(SymbolKind::Linetype, style.leaderLinetype);
-        report(SymbolKind::Block, style.arrowBlock);
-        report(SymbolKind::Block, style.block);
-    }
-    for (TableStyle& style : drawing.tableStyles) report(SymbolKind::TextStyle, style.textStyle);
+    for (Linetype& linetype : drawing.linetypes) visit(linetype, report);
+    for (DimStyle& style : drawing.dimStyles) visit(style, report);
+    for (MLeaderStyle& style : drawing.mleaderStyles) visit(style, report);
+    for (TableStyle& style : drawing.tableStyles) visit(style, report);
 }
 
 void visitLayers(Drawing& drawing, Reporter& report) {
-    for (Layer& layer : drawing.layers) report(SymbolKind::Linetype, layer.linetype);
+    for (Layer& layer : drawing.layers) visit(layer, report);
     for (LayerFilter& filter : drawing.layerFilters)
         for (Name& member : filter.members) report(SymbolKind::Layer, member, ReferenceStrength::Soft);
     for (LayerState& state : drawing.layerStates)
@@ -188,6 +201,28 @@ void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink) {
     visitStyles(drawing, report);
     visitLayers(drawing, report);
     visitSettings(drawing, report);
+}
+
+namespace {
+
+template <class Record>
+void visitRecord(Record& record, ReferenceSink& sink) {
+    Reporter report(kAllSymbolKinds, sink);
+    visit(record, report);
+}
+
+}  // namespace
+
+void visitReferences(Layer& layer, ReferenceSink& sink) { visitRecord(layer, sink); }
+void visitReferences(Linetype& linetype, ReferenceSink& sink) { visitRecord(linetype, sink); }
+void visitReferences(DimStyle& style, ReferenceSink& sink) { visitRecord(style, sink); }
+void visitReferences(MLeaderStyle& style, ReferenceSink& sink) { visitRecord(style, sink); }
+void visitReferences(TableStyle& style, ReferenceSink& sink) { visitRecord(style, sink); }
+
+void visitReferences(Entity& entity, ReferenceSink& sink) {
+    Reporter report(kAllSymbolKinds, sink);
+    FieldReferences fields(report);
+    visit(entity, report, fields);
 }
 
 }  // namespace kova::engine

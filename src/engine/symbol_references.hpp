@@ -8,6 +8,13 @@
 
 namespace kova::engine {
 
+class Entity;
+struct DimStyle;
+struct Layer;
+struct Linetype;
+struct MLeaderStyle;
+struct TableStyle;
+
 /// Which places visitReferences looks at: one bit a kind of symbol.
 using SymbolKinds = unsigned;
 constexpr SymbolKinds symbolBit(SymbolKind kind) { return 1U << static_cast<unsigned>(kind); }
@@ -32,6 +39,14 @@ public:
 /// Visits the references of these kinds in entities of all spaces and blocks, in records and current settings.
 /// Linear in the size of the drawing.
 void visitReferences(Drawing& drawing, SymbolKinds kinds, ReferenceSink& sink);
+
+/// Visits the references of one record or entity, which may stand outside any drawing.
+void visitReferences(Layer& layer, ReferenceSink& sink);
+void visitReferences(Linetype& linetype, ReferenceSink& sink);
+void visitReferences(DimStyle& style, ReferenceSink& sink);
+void visitReferences(MLeaderStyle& style, ReferenceSink& sink);
+void visitReferences(TableStyle& style, ReferenceSink& sink);
+void visitReferences(Entity& entity, ReferenceSink& sink);
 
 /// The kind of record that a name-valued field of an entity refers to, by its key; nothing for other fields.
 std::optional<SymbolKind> referencedKind(EntityType type, std::string_view key);

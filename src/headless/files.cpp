@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "cmd/commands/file_names.hpp"
 #include "engine/name.hpp"
 #include "engine/sysvar.hpp"
 #include "headless/external_references.hpp"
@@ -12,6 +13,7 @@
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "io/native/native_file.hpp"
+#include "io/save.hpp"
 
 namespace kova::headless {
 
@@ -19,29 +21,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Keeps the file that is about to be replaced as NAME.bak. A link costs nothing however large the file is.
-void keepBackup(const engine::Drawing& drawing, const std::string& path) {
-    if (engine::sysVarInt(drawing, "ISAVEBAK", 1) == 0) return;
-    std::error_code error;
-    const fs::path target(path);
-    if (!fs::is_regular_file(fs::symlink_status(target, error)) || error) return;
-    fs::path backup = target;
-    backup.replace_extension(".bak");
-    if (backup == target) return;
-    fs::remove(backup, error);
-    fs::create_hard_link(target, backup, error);
-    if (error) fs::copy_file(target, backup, fs::copy_options::overwrite_existing, error);
+/// An extension that promises another format than the one that is written.
+void tellOddExtension(const std::string& path, const std::string& extension, SaveReport& report) {
+    for (const char* native : {"", ".kvcad", ".dwt", ".bak", ".sv$"})
+        if (extension == native) return;
+    std::string line = path + " is a KovaCAD drawing: drawings are saved as .dwg, .dxf or .kvcad";
+    if (const char* exporter = cmd::commands::exporterOf(extension); exporter != nullptr)
+        line += std::string(", ") + exporter + " writes " + extension;
+    report.lines.push_back(line + ".");
 }
 
 void tellReplaced(std::size_t count, SaveReport& report) {
     if (count > 0) report.lines.push_back(std::to_string(count) + " number(s) without a finite value were saved as 0.");
 }
 
-std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, SaveReport& report) {
-    keepBackup(drawing, path);
-    TerminalProgress progress("Saving", path);
+std::string saveAsDxf(const engine::Drawing& drawing, io::Save& save, SaveReport& report) {
+    TerminalProgress progress("Saving", save.path());
     io::dxf::DxfSaveReport notes;
-    std::string error = io::dxf::saveDxf(drawing, path, &notes, progress.watcher());
+    std::string error = io::dxf::saveDxf(drawing, save, &notes, progress.watcher());
     if (!error.empty()) return error;
     if (notes.droppedSat > 0)
         report.lines.push_back(
@@ -55,16 +52,27 @@ std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, S
     return error;
 }
 
-std::string saveAsDwg(const engine::Drawing& drawing, const std::string& path, const std::string& version,
-                      SaveReport& report) {
-    keepBackup(drawing, path);
-    TerminalProgress progress("Saving", path);
+std::string saveAsDwg(const engine::Drawing& drawing, io::Save& save, const std::string& version, SaveReport& report) {
+    TerminalProgress progress("Saving", save.path());
     io::dwg::DwgSaveReport notes;
-    std::string error = io::dwg::saveDwg(drawing, path, version, &notes, progress.watcher());
+    std::string error = io::dwg::saveDwg(drawing, save, version, &notes, progress.watcher());
     if (!error.empty()) return error;
+    if (!io::dwg::isWrittenVersion(version))
+        report.lines.push_back("DWG " + version + " is not written, this is R2018. The versions written are " +
+                               io::dwg::kWrittenVersions + ".");
     if (notes.dropped > 0)
         report.lines.push_back("DWG: " + std::to_string(notes.dropped) + " of " + std::to_string(notes.total) +
                                " entities could not be written (unsupported kind or degenerate geometry).");
+    tellReplaced(notes.replacedNumbers, report);
+    return error;
+}
+
+std::string saveAsNative(const engine::Drawing& drawing, io::Save& save, SaveReport& report) {
+    TerminalProgress progress("Saving", save.path());
+    io::native::SaveNotes notes;
+    std::string error = io::native::saveNative(drawing, save, &notes, progress.watcher());
+    if (!error.empty()) return error;
+    tellOddExtension(save.path(), engine::foldCase(fs::path(save.path()).extension().string()), report);
     tellReplaced(notes.replacedNumbers, report);
     return error;
 }
@@ -127,15 +135,18 @@ std::string openReference(const std::string& path, const std::string& hostFile, 
 
 std::string saveDrawing(const engine::Drawing& drawing, const std::string& path, const std::string& dwgVersion,
                         SaveReport& report) {
+    const bool keep = engine::sysVarInt(drawing, "ISAVEBAK", 1) != 0;
+    io::Save save(path, keep ? io::Backup::Keep : io::Backup::None);
     const std::string extension = engine::foldCase(fs::path(path).extension().string());
-    if (extension == ".dxf") return saveAsDxf(drawing, path, report);
-    if (extension == ".dwg") return saveAsDwg(drawing, path, dwgVersion, report);
-    keepBackup(drawing, path);
-    TerminalProgress progress("Saving", path);
-    io::native::SaveNotes notes;
-    std::string error = io::native::saveNative(drawing, path, &notes, progress.watcher());
-    if (error.empty()) tellReplaced(notes.replacedNumbers, report);
-    return error;
+    std::string error = extension == ".dxf"   ? saveAsDxf(drawing, save, report)
+                        : extension == ".dwg" ? saveAsDwg(drawing, save, dwgVersion, report)
+                                              : saveAsNative(drawing, save, report);
+    if (!error.empty() && !save.backupPath().empty()) error += "; the old file is kept as " + save.backupPath();
+    if (!error.empty()) return error;
+    if (!save.backupTrouble().empty()) report.lines.push_back(save.backupTrouble());
+    report.replaced = save.replaces();
+    report.backup = save.backupPath();
+    return {};
 }
 
 }  // namespace kova::headless

@@ -14,6 +14,8 @@ struct OpenReport {
 /// What saving a file has to tell besides an error.
 struct SaveReport {
     std::vector<std::string> lines;
+    bool replaced = false;  ///< an older file stood there
+    std::string backup;     ///< as which it is kept; empty: it is not
 };
 
 /// Reads a drawing into a fresh one: .dxf and .dwg by extension, everything else by content, then what it refers to.

@@ -2,7 +2,7 @@
 
 #include "doc/spatial_index.hpp"
 #include "headless/session.hpp"
-#include "io/atomic_file.hpp"
+#include "io/save.hpp"
 #include "render/plot.hpp"
 #include "render/renderer.hpp"
 

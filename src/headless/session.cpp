@@ -10,9 +10,11 @@
 #include <QWidget>
 #include <chrono>
 #include <clocale>
+#include <filesystem>
 
 #include "cmd/macros.hpp"
 #include "cmd/undo_marks.hpp"
+#include "doc/edit_pause.hpp"
 #include "engine/sysvar.hpp"
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
@@ -247,6 +249,11 @@ void Session::replaceDrawing(std::unique_ptr<engine::Drawing> drawing) {
         cancel();
     else if (isLispWaiting())
         lisp_->cancel();
+    // Nobody is asked: scripts and agents could not answer. So it is told.
+    if (document_.isModified()) {
+        const std::string& name = document_.drawing().fileName;
+        append("Changes to " + (name.empty() ? std::string("the drawing") : name) + " were not saved.");
+    }
     auto old = document_.setDrawing(std::move(drawing));
     // A command that waits may hold on to what it saw of it until it ends.
     if (processor_.isActive()) retired_.push_back(std::move(old));
@@ -286,14 +293,31 @@ std::string Session::save(const std::string& path) {
     engine::Drawing& drawing = document_.drawing();
     const std::string target = path.empty() ? drawing.fileName : path;
     if (target.empty()) return "The drawing has no file name yet: give one.";
+    if (std::string error = write(drawing, target); !error.empty()) return error;
+    drawing.fileName = target;
+    // What is being edited is not in the file yet.
+    if (!document_.referenceEdit() && !document_.blockEdit()) document_.setModified(false);
+    append("Saved: " + target);
+    return {};
+}
+
+std::string Session::write(const engine::Drawing& drawing, const std::string& path) {
+    const bool current = &drawing == &document_.drawing();
+    std::error_code ignored;
+    const bool own = !drawing.fileName.empty() && std::filesystem::equivalent(drawing.fileName, path, ignored);
     SaveReport report;
     const std::string version = property("kovaDwgVersion").toString().toStdString();
-    if (std::string error = saveDrawing(drawing, target, version, report); !error.empty()) return error;
+    {
+        std::optional<doc::EditPause> pause;
+        if (current) pause.emplace(document_);
+        if (std::string error = saveDrawing(drawing, path, version, report); !error.empty()) return error;
+        if (pause) append(pause->line());
+    }
+    // Who writes a part of the drawing to a file that is there was asked before.
+    if (current && report.replaced && !own)
+        append("Replaced: " + path + (report.backup.empty() ? "" : ", kept as " + report.backup));
     for (const std::string& line : report.lines) append(line);
-    noteDwgSave(document_, target, report);
-    drawing.fileName = target;
-    document_.setModified(false);
-    append("Saved: " + target);
+    noteDwgSave(document_, path, report);
     return {};
 }
 
@@ -329,13 +353,7 @@ std::optional<cmd::PictureSize> Session::pictureSize(const std::string& path) {
 }
 
 std::string Session::writeDrawing(const engine::Drawing& drawing, const std::string& path) {
-    SaveReport report;
-    std::string error = saveDrawing(drawing, path, property("kovaDwgVersion").toString().toStdString(), report);
-    if (error.empty()) {
-        for (const std::string& line : report.lines) append(line);
-        noteDwgSave(document_, path, report);
-    }
-    return error;
+    return write(drawing, path);
 }
 
 }  // namespace kova::headless

@@ -102,6 +102,8 @@ private:
     void runAfterLine();
     void pumpEvents();
     void replaceDrawing(std::unique_ptr<engine::Drawing> drawing);
+    /// Writes a drawing and tells what is to be told of it; the open one as it was before what is being edited in it.
+    std::string write(const engine::Drawing& drawing, const std::string& path);
 
     std::vector<std::unique_ptr<engine::Drawing>> retired_;  ///< replaced while the running command waits
     doc::Document document_;

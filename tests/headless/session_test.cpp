@@ -5,11 +5,14 @@
 #include <QMessageBox>
 #include <QTemporaryDir>
 #include <QTimer>
+#include <filesystem>
 #include <fstream>
 
+#include "doc/reference_edit.hpp"
 #include "engine/entities/line.hpp"
 #include "headless/session.hpp"
 #include "headless/templates.hpp"
+#include "io/save.hpp"
 #include "io/native/native_file.hpp"
 
 namespace kova::headless {
@@ -282,6 +285,152 @@ TEST_F(SessionTest, SavingAndOpening) {
     EXPECT_FALSE(session.document().history().canUndo());
     EXPECT_THAT(session.save("/no/such/folder/x.kvcad"), ::testing::StartsWith("Cannot open file for writing: "));
     EXPECT_EQ(session.document().drawing().fileName, file);
+}
+
+TEST_F(SessionTest, WhatIsDiscardedIsTold) {
+    const auto told = [&](const std::string& line) { return session.feed(line); };
+    feedAll({"LINE 0,0 1,1", ""});
+    EXPECT_THAT(told("NEW"), ElementsAre("Command: NEW", "Changes to the drawing were not saved.",
+                                         "New drawing initialized."));
+    EXPECT_THAT(told("NEW"), ElementsAre("Command: NEW", "New drawing initialized."));
+    const std::string file = path("a.kvcad");
+    session.feed("SAVEAS " + file);
+    feedAll({"LINE 0,0 1,1", ""});
+    EXPECT_THAT(told("OPEN " + file),
+                ElementsAre("Command: OPEN " + file, "Changes to " + file + " were not saved.", "Opened: " + file));
+    EXPECT_THAT(told("OPEN " + file), ElementsAre("Command: OPEN " + file, "Opened: " + file));
+    // A drawing that cannot be opened discards nothing.
+    feedAll({"LINE 0,0 1,1", ""});
+    session.feed("OPEN " + path("missing.kvcad"));
+    EXPECT_TRUE(session.document().isModified());
+    EXPECT_THAT(told("CLOSE"), ElementsAre("Command: CLOSE", "Changes to " + file + " were not saved.",
+                                           "New drawing initialized."));
+}
+
+TEST_F(SessionTest, WhatIsReplacedIsTold) {
+    const std::string file = path("a.kvcad"), other = path("b.kvcad");
+    feedAll({"SAVEAS " + file, "SAVEAS " + other});
+    EXPECT_THAT(session.feed("SAVEAS " + file),
+                ElementsAre("Command: SAVEAS " + file, "Replaced: " + file + ", kept as " + path("a.bak"),
+                            "Saved: " + file));
+    // Its own file is what a drawing is saved to.
+    EXPECT_THAT(session.feed("SAVEAS " + file), ElementsAre("Command: SAVEAS " + file, "Saved: " + file));
+    EXPECT_THAT(session.feed("SAVE"), ElementsAre("Command: SAVE", "Saved: " + file));
+    session.feed("ISAVEBAK 0");
+    EXPECT_THAT(session.feed("EXPORT " + other),
+                ElementsAre("Command: EXPORT " + other, "Replaced: " + other, "Saved: " + other));
+}
+
+TEST_F(SessionTest, FormatsThatAreNotWrittenAreTold) {
+    const std::string file = path("a.dwg");
+    const std::string written = " is not written. The versions written are 2010, 2013 and 2018.";
+    for (const char* version : {"2000", "2004", "2007", "R14", "LT2000", "r12"})
+        EXPECT_THAT(session.feed(std::string("SAVEAS ") + version + " " + file),
+                    ElementsAre(std::string("Command: SAVEAS ") + version + " " + file,
+                                "DWG " + engine::upperCase(version) + written,
+                                "Not saved: no version was chosen in place of " + engine::upperCase(version) + "."));
+    EXPECT_FALSE(std::ifstream(file).good());
+    feedAll({"SAVEAS", "2004"});
+    EXPECT_TRUE(session.isWaiting());
+    EXPECT_THAT(feedAll({"2010", file}), ::testing::Contains("Saved: " + file));
+    std::string tag(6, ' ');
+    std::ifstream(file).read(tag.data(), 6);
+    EXPECT_EQ(tag, "AC1024");
+    EXPECT_THAT(feedAll({"SAVEAS 2013 " + path("b.dxf")}),
+                ::testing::Contains("The format is that of the name, .dxf, not .dwg."));
+    // The setting of programs is served with the newest version, and they are told.
+    session.setProperty("kovaDwgVersion", QStringLiteral("R2004"));
+    session.takeOutput();
+    EXPECT_EQ(session.save(path("c.dwg")), "");
+    EXPECT_THAT(session.takeOutput(),
+                ElementsAre("DWG R2004 is not written, this is R2018. The versions written are 2010, 2013 and 2018.",
+                            "Saved: " + path("c.dwg")));
+    const std::string plot = path("x.PDF");
+    EXPECT_THAT(session.feed("SAVEAS " + plot),
+                ElementsAre("Command: SAVEAS " + plot,
+                            plot + " is a KovaCAD drawing: drawings are saved as .dwg, .dxf or .kvcad, PDFEXPORT "
+                                   "writes .pdf.",
+                            "Saved: " + plot));
+    EXPECT_THAT(session.feed("SAVEAS " + path("plan.kvcad")), ::testing::SizeIs(2));
+}
+
+TEST_F(SessionTest, AFailedSaveKeepsTheBackup) {
+    for (const char* extension : {".kvcad", ".dxf", ".dwg"}) {
+        const std::string file = path(std::string("a") + extension);
+        feedAll({"SAVEAS " + file, "LINE 0,0 1,1", "", "SAVE"});
+        const auto bytes = [](const std::string& name) {
+            std::ifstream in(name, std::ios::binary);
+            return std::string(std::istreambuf_iterator<char>(in), {});
+        };
+        const std::string before = bytes(file), backup = bytes(path("a.bak"));
+        ASSERT_NE(before, backup);
+        feedAll({"LINE 0,0 1,1", ""});
+        io::Save::probe().step = [&](io::Save::Step step) {
+            if (step != io::Save::Step::BackupPlaced) return;
+            std::filesystem::rename(file, file + ".moved");
+            std::filesystem::create_directory(file);
+        };
+        EXPECT_NE(session.save(""), "") << extension;
+        io::Save::probe() = {};
+        std::filesystem::remove(file);
+        std::filesystem::rename(file + ".moved", file);
+        EXPECT_EQ(bytes(file), before) << extension;
+        EXPECT_EQ(bytes(path("a.bak")), backup) << extension;
+        EXPECT_TRUE(session.document().isModified());
+    }
+}
+
+TEST_F(SessionTest, WhatIsBeingEditedIsSavedAsItWasBefore) {
+    feedAll({"CIRCLE 0,0 1", "BLOCK Part 0,0 L", "", "INSERT Part 10,10 1 1 0", "CIRCLE 50,50 2"});
+    const std::string reference =
+        "Reference \"Part\" is being edited: it is saved as it was before. REFCLOSE saves the changes in it.";
+    const std::string block =
+        "Block \"Part\" is open in the block editor: it is saved as it was before. BCLOSE saves the changes in it.";
+    const auto check = [&](const std::string& file, const std::string& line) {
+        SCOPED_TRACE(file);
+        Session other;
+        ASSERT_EQ(other.open(file), "");
+        const engine::Drawing& drawing = other.document().drawing();
+        ASSERT_EQ(drawing.modelSpace().size(), 2u);
+        for (const engine::Entity& entity : drawing.modelSpace()) EXPECT_TRUE(entity.visible);
+        EXPECT_EQ(drawing.modelSpace().first()->type(), engine::EntityType::BlockReference);
+        ASSERT_NE(drawing.findBlock(engine::Name("Part")), nullptr);
+        EXPECT_EQ(drawing.findBlock(engine::Name("Part"))->entities.size(), 1u);
+        EXPECT_FALSE(line.empty());
+    };
+    const auto saveEverywhere = [&](const std::string& line) {
+        for (const char* name : {"a.kvcad", "a.dxf", "a.dwg"}) {
+            EXPECT_THAT(feedAll({"SAVEAS " + path(name)}), ::testing::Contains(line));
+            check(path(name), line);
+            EXPECT_THAT(feedAll({std::string("EXPORT ") + path(std::string("e-") + name)}),
+                        ::testing::Contains(line));
+            check(path(std::string("e-") + name), line);
+        }
+        EXPECT_THAT(feedAll({"WBLOCK", path("w.kvcad"), "*"}), ::testing::Contains(line));
+        check(path("w.kvcad"), line);
+        std::ignore = std::remove(path("w.kvcad").c_str());
+        EXPECT_TRUE(session.document().isModified());
+    };
+
+    ASSERT_EQ(entities(), 2u);
+    feedAll({"REFEDIT 11,10", "", "", "LINE 0,0 5,5", ""});
+    ASSERT_NE(session.document().referenceEdit(), nullptr);
+    ASSERT_EQ(entities(), 4u);
+    saveEverywhere(reference);
+    // The edit goes on where it was.
+    EXPECT_EQ(entities(), 4u);
+    feedAll({"REFCLOSE", ""});
+    EXPECT_EQ(entities(), 2u);
+    EXPECT_EQ(session.document().drawing().findBlock(engine::Name("Part"))->entities.size(), 2u);
+    feedAll({"U", "REFCLOSE D"});
+
+    feedAll({"BEDIT Part", "LINE 0,0 5,5", ""});
+    ASSERT_NE(session.document().blockEdit(), nullptr);
+    saveEverywhere(block);
+    feedAll({"BCLOSE", ""});
+    EXPECT_EQ(session.document().drawing().findBlock(engine::Name("Part"))->entities.size(), 2u);
+    EXPECT_THAT(feedAll({"SAVEAS " + path("done.kvcad")}), ::testing::SizeIs(2));
+    EXPECT_FALSE(session.document().isModified());
 }
 
 }  // namespace

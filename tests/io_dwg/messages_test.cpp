@@ -1,7 +1,11 @@
 // What DWG files that cannot be read or written are told about, and what is left behind.
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <QTemporaryDir>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -13,6 +17,7 @@
 #include "io/dwg/dwg_load.hpp"
 #include "io/dwg/dwg_save.hpp"
 #include "io/dxf/dxf_load.hpp"
+#include "io/progress.hpp"
 
 namespace kova::test {
 
@@ -161,12 +166,28 @@ TEST_F(DwgMessages, IntermediateFile) {
     }
     ASSERT_EQ(intermediates().size(), 1u);
     EXPECT_EQ(intermediates()[0].extension(), ".dxf");
+    // Nobody else may read it.
+    EXPECT_EQ(fs::status(intermediates()[0]).permissions(), fs::perms::owner_read | fs::perms::owner_write);
     engine::Drawing kept;
     EXPECT_EQ(io::dxf::loadDxf(intermediates()[0].string(), kept), "");
     EXPECT_EQ(kept.modelSpace().size(), 1u);
     // A save that fails leaves none, either.
     fs::remove(intermediates()[0]);
     EXPECT_NE(io::dwg::saveDwg(drawing, path("no/such/folder.dwg"), ""), "");
+    EXPECT_TRUE(intermediates().empty());
+    // Nor does a process that dies in between.
+    struct Killer final : io::Progress {
+        void tell(std::size_t, std::size_t) override { ::kill(::getpid(), SIGKILL); }
+    } killer;
+    for (std::size_t i = 0; i < io::kProgressStep; ++i) oneLine(drawing);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        io::dwg::saveDwg(drawing, path("c.dwg"), "", nullptr, &killer);
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status));
     EXPECT_TRUE(intermediates().empty());
 }
 

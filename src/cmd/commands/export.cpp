@@ -9,15 +9,6 @@ namespace kova::cmd::commands {
 
 namespace {
 
-/// The command that writes files of an extension; null: there is none.
-const char* exporterOf(const std::string& extension) {
-    if (extension == ".pdf") return "PDFEXPORT";
-    if (extension == ".svg") return "SVGEXPORT";
-    for (const char* picture : {".png", ".jpg", ".jpeg", ".bmp"})
-        if (extension == picture) return "EXPORTIMAGE";
-    return nullptr;
-}
-
 /// EXPORT: writes a copy of the drawing in the format of the file's extension.
 class ExportTool final : public DialogueTool {
 protected:

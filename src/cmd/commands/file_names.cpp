@@ -30,6 +30,14 @@ std::string findDrawingFile(const engine::Drawing& drawing, const std::string& n
     return {};
 }
 
+const char* exporterOf(std::string_view extension) {
+    if (extension == ".pdf") return "PDFEXPORT";
+    if (extension == ".svg") return "SVGEXPORT";
+    for (const char* picture : {".png", ".jpg", ".jpeg", ".bmp"})
+        if (extension == picture) return "EXPORTIMAGE";
+    return nullptr;
+}
+
 std::string typedPath(const std::string& line) {
     std::string_view path = trimmed(line);
     if (path.size() >= 2 && path.front() == '"' && path.back() == '"') path = path.substr(1, path.size() - 2);

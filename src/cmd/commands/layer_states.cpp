@@ -1,7 +1,6 @@
 #include "cmd/commands/layer_states.hpp"
 
 #include <filesystem>
-#include <fstream>
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/format.hpp"
@@ -11,6 +10,7 @@
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
+#include "io/save.hpp"
 
 namespace kova::cmd::commands {
 
@@ -139,11 +139,9 @@ Task<std::string> askPath(Ask& ask, std::string prompt) {
 Task<void> exportState(Ask& ask, LayerState state) {
     const std::string path = co_await askPath(ask, "Enter file name for export:");
     if (path.empty()) co_return;
-    std::ofstream file(path, std::ios::binary | std::ios::trunc);
-    file << layerStateText(state);
-    file.close();
-    ask.message(file ? "Layer state " + cmd::quoted(state.name) + " exported to " + cmd::quoted(path) + "."
-                     : "Cannot write " + cmd::quoted(path) + ".");
+    const std::string error = io::saveFile(path, layerStateText(state));
+    ask.message(error.empty() ? "Layer state " + cmd::quoted(state.name) + " exported to " + cmd::quoted(path) + "."
+                              : error);
 }
 
 Task<void> importState(Ask& ask, doc::Document& document, std::function<void()> changing) {

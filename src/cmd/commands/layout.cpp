@@ -8,6 +8,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
+#include "doc/edit_pause.hpp"
 
 namespace kova::cmd::commands {
 
@@ -207,6 +208,8 @@ private:
             layout = drawing().findLayout(name);
             if (!replace || layout == nullptr) co_return;
         }
+        const doc::EditPause pause(document());
+        message(pause.line());
         const std::unique_ptr<doc::Document> part = extractLayout(drawing(), *layout);
         const std::string error = services->writeDrawing(part->drawing(), path.string());
         message(error.empty() ? "Saved: " + path.string() : error);

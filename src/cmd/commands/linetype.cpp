@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <fstream>
 
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
@@ -10,6 +9,7 @@
 #include "doc/table_edits.hpp"
 #include "engine/libraries.hpp"
 #include "engine/symbols.hpp"
+#include "io/save.hpp"
 
 namespace kova::cmd::commands {
 
@@ -107,10 +107,8 @@ private:
                 message("Invalid linetype definition.");
                 continue;
             }
-            std::ofstream out(path, std::ios::binary | std::ios::trunc);
-            out << without(before, name) << definition;
-            out.close();
-            message(out ? "New linetype definition saved to " + path : "Cannot write " + path);
+            const std::string error = io::saveFile(path, without(before, name) + definition);
+            message(error.empty() ? "New linetype definition saved to " + path : error);
             co_return;
         }
     }

@@ -10,7 +10,7 @@
 #include "engine/entities/region.hpp"
 #include "engine/mass_properties.hpp"
 #include "engine/units.hpp"
-#include "io/atomic_file.hpp"
+#include "io/save.hpp"
 
 namespace kova::cmd::commands {
 

@@ -32,13 +32,7 @@ public:
 class CloseCommand final : public OneShotCommand {
 public:
     CloseCommand() : OneShotCommand("CLOSE", "Close", "File") {}
-    void execute(CommandContext& context) override {
-        if (context.document.isModified()) {
-            const std::string& name = context.drawing().fileName;
-            context.message("Changes to " + (name.empty() ? std::string("the drawing") : name) + " were not saved.");
-        }
-        startNew(context, {});
-    }
+    void execute(CommandContext& context) override { startNew(context, {}); }
 };
 
 }  // namespace

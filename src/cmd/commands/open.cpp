@@ -21,7 +21,7 @@ protected:
             const Answer answer = co_await ask.text("Enter name of drawing to open <.>:");
             path = typedPath(answer.text);
             if (path.empty() || path == ".") co_return;
-            // Changes are given up without a question. Scripts that expect one answer it first.
+            // Changes are given up without a question, with a line that says so. Scripts that expect one answer it first.
             const std::string word = engine::upperCase(path);
             const bool answersQuestion = !confirmed && document().isModified() && (word == "Y" || word == "YES");
             if (!answersQuestion || std::filesystem::exists(path)) break;

@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <filesystem>
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/registry.hpp"
+#include "io/dwg/dwg_save.hpp"
 
 namespace kova::cmd::commands {
 
@@ -31,14 +33,22 @@ protected:
             message(refusal);
             co_return;
         }
-        std::string extension;
         for (;;) {
             std::string prompt = "Save drawing as";
             if (!drawing().fileName.empty()) prompt += " <" + drawing().fileName + ">";
             const Answer answer = co_await ask.text(prompt + ":");
-            if (chooseFormat(engine::upperCase(trimmed(answer.text)), extension)) continue;
+            if (chooseFormat(engine::upperCase(trimmed(answer.text)))) continue;
             std::filesystem::path path(typedPath(answer.text));
-            if (!path.empty() && !path.has_extension()) path += extension;
+            // Who asked for an older version is not served with a newer one.
+            if (!refused_.empty()) {
+                if (!path.empty()) message("Not saved: no version was chosen in place of " + refused_ + ".");
+                co_return;
+            }
+            const std::string own = engine::foldCase(path.extension().string());
+            if (!path.empty() && own.empty())
+                path += extension_;
+            else if (!path.empty() && !extension_.empty() && own != extension_)
+                message("The format is that of the name, " + own + ", not " + extension_ + ".");
             message(saveTo(*host(), path.string()));
             co_return;
         }
@@ -46,20 +56,31 @@ protected:
 
 private:
     /// True for an answer that names a format instead of a file.
-    bool chooseFormat(const std::string& word, std::string& extension) const {
-        static constexpr std::string_view versions[] = {"R14", "2000", "2004", "2007", "2010", "2013", "2018"};
+    bool chooseFormat(const std::string& word) {
+        static constexpr std::string_view written[] = {"2010", "2013", "2018"};
+        static constexpr std::string_view older[] = {"R9",  "R10",  "R11",  "R12",  "R13", "R14",
+                                                     "97",  "2000", "2004", "2007", "LT2", "LT95"};
         std::string_view version = word;
-        if (version.starts_with("LT")) version.remove_prefix(2);
-        if (version == "97") version = "R14";
-        if (std::find(std::begin(versions), std::end(versions), version) != std::end(versions)) {
-            extension = ".dwg";
+        if (version.starts_with("LT") && version.size() > 4) version.remove_prefix(2);
+        if (std::ranges::find(written, version) != std::end(written)) {
+            extension_ = ".dwg";
+            refused_.clear();
             if (AppServices* services = host()->services()) services->chooseDwgVersion(std::string(version));
             return true;
         }
-        if (word == "DXF") extension = ".dxf";
-        if (word == "TEMPLATE") extension = ".dwt";
-        return word == "DXF" || word == "TEMPLATE";
+        if (std::ranges::find(older, version) != std::end(older)) {
+            refused_ = word;
+            message("DWG " + word + " is not written. The versions written are " + io::dwg::kWrittenVersions + ".");
+            return true;
+        }
+        if (word != "DXF" && word != "TEMPLATE") return false;
+        extension_ = word == "DXF" ? ".dxf" : ".dwt";
+        refused_.clear();
+        return true;
     }
+
+    std::string extension_;  ///< of the format named; empty: none
+    std::string refused_;    ///< a version that was asked for and is not written
 };
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
+#include "doc/edit_pause.hpp"
 
 namespace kova::cmd::commands {
 
@@ -29,7 +30,9 @@ protected:
                 "Enter name of existing block or [= (block=output file)/* (whole drawing)] <define new drawing>:");
             if (answer.isEnter()) co_return co_await writeObjects(ask, path);
             const std::string name = typedName(answer.text);
+            const doc::EditPause pause(document());
             if (name == "*") {
+                message(pause.line());
                 std::vector<const engine::Entity*> entities;
                 for (const engine::Entity& entity : drawing().modelSpace()) entities.push_back(&entity);
                 write(path, entities, {}, drawing().basePoint);
@@ -41,6 +44,7 @@ protected:
                 message("Block " + cmd::quoted(wanted.view()) + " not found.");
                 continue;
             }
+            message(pause.line());
             std::vector<const engine::Entity*> entities;
             for (const engine::Entity& entity : block->entities) entities.push_back(&entity);
             write(path, entities, -block->base, {});

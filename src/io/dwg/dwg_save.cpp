@@ -1,57 +1,25 @@
 #include "io/dwg/dwg_save.hpp"
 
-#include <unistd.h>
-
-#include <atomic>
-#include <chrono>
 #include <cstdlib>
-#include <filesystem>
 #include <new>
 
-#include "io/atomic_file.hpp"
 #include "io/dxf/dxf_save.hpp"
-#include "io/file_content.hpp"
+#include "io/save.hpp"
+#include "io/scratch_file.hpp"
 #include "kdraw/database.hpp"
 #include "kdraw/dxf/dxf_file_input.hpp"
 #include "kdraw/encoder.hpp"
 
 namespace kova::io::dwg {
 
-namespace fs = std::filesystem;
-
 namespace {
 
-/// A name that no other export, of this process or another one, uses at the same time.
-fs::path intermediateName() {
-    static std::atomic<unsigned> serial{0};
-    std::error_code error;
-    fs::path folder = fs::temp_directory_path(error);
-    if (error) folder = "/tmp";
-    const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    return folder / ("kovacad_dwg_" + std::to_string(::getpid()) + "_" + std::to_string(now) + "_" +
-                     std::to_string(++serial) + ".dxf");
-}
-
-/// Deletes the intermediate file at the end, unless it is to be kept.
-struct Intermediate {
-    fs::path path = intermediateName();
-    ~Intermediate() {
-        if (std::getenv("KOVA_DWG_EXPORT_KEEP_DXF") != nullptr) return;
-        std::error_code error;
-        fs::remove(path, error);
-    }
-};
+constexpr const char* kUnread = "DWG export: reading the intermediate DXF failed: ";
 
 /// Reads the intermediate file and encodes it; an error text with what failed in front.
-std::string convert(const fs::path& dxf, kdraw::Version version, std::string& out, std::size_t& dropped) {
-    constexpr const char* kUnread = "DWG export: reading the intermediate DXF failed: ";
+std::string convert(std::string_view dxf, kdraw::Version version, std::string& out, std::size_t& dropped) {
     kdraw::Database database;
-    {
-        FileContent file;
-        if (const std::string error = file.open(dxf.string()); !error.empty()) return kUnread + error;
-        if (const std::string error = kdraw::databaseFromDxf(file.view(), database); !error.empty())
-            return kUnread + error;
-    }
+    if (const std::string error = kdraw::databaseFromDxf(dxf, database); !error.empty()) return kUnread + error;
     for (const auto& skipped : database.skipped)
         if (skipped.entity) ++dropped;
     database.version = version;
@@ -67,31 +35,51 @@ kdraw::Version versionOfSetting(std::string_view setting) {
     return kdraw::Version::R2018;
 }
 
-std::string saveDwg(const engine::Drawing& drawing, const std::string& path, std::string_view setting,
-                    DwgSaveReport* report, Progress* progress) {
+bool isWrittenVersion(std::string_view setting) {
+    if (setting.empty()) return true;
+    for (const char* year : {"2010", "2013", "2018"})
+        if (setting.find(year) != std::string_view::npos) return true;
+    return false;
+}
+
+std::string saveDwg(const engine::Drawing& drawing, Save& save, std::string_view setting, DwgSaveReport* report,
+                    Progress* progress) {
     DwgSaveReport own;
     DwgSaveReport& result = report != nullptr ? *report : own;
     result = {};
     const kdraw::Version version = versionOfSetting(setting);
-    const Intermediate intermediate;
-    dxf::DxfSaveReport notes;
-    if (const std::string error = dxf::saveDxfForDwg(drawing, intermediate.path.string(), &notes, progress);
-        !error.empty())
-        return "DWG export: writing the intermediate DXF failed: " + error;
-    result.total = notes.total;
-    result.dropped = notes.dropped;
-    result.replacedNumbers = notes.replacedNumbers;
     std::string bytes;
-    try {
-        if (const std::string error = convert(intermediate.path, version, bytes, result.dropped); !error.empty())
-            return error;
-    } catch (const std::bad_alloc&) {
-        return "DWG export failed: not enough memory";
+    {
+        // It lives no longer than it takes to read it: what it needs of the disk is free again for the file itself.
+        ScratchFile intermediate;
+        dxf::DxfSaveReport notes;
+        const bool keep = std::getenv("KOVA_DWG_EXPORT_KEEP_DXF") != nullptr;
+        constexpr const char* kUnwritten = "DWG export: writing the intermediate DXF failed: ";
+        if (!intermediate.create("kovacad_dwg_", ".dxf", keep))
+            return std::string(kUnwritten) + "Failed to open file for writing: " + intermediate.path();
+        if (!dxf::writeDxfForDwg(drawing, intermediate, &notes, progress))
+            return std::string(kUnwritten) + "Write error on file: " + intermediate.path();
+        result.total = notes.total;
+        result.dropped = notes.dropped;
+        result.replacedNumbers = notes.replacedNumbers;
+        if (!intermediate.map()) return kUnread + ("Cannot open file: " + intermediate.path());
+        try {
+            if (std::string error = convert(intermediate.view(), version, bytes, result.dropped); !error.empty())
+                return error;
+        } catch (const std::bad_alloc&) {
+            return "DWG export failed: not enough memory";
+        }
     }
-    AtomicFile file;
-    if (!file.open(path).empty()) return "DWG export failed: cannot open file for writing: " + path;
-    if (!file.write(bytes) || !file.commit().empty()) return "DWG export failed: write failed: " + path;
+    if (!save.open().empty()) return "DWG export failed: cannot open file for writing: " + save.path();
+    if (!save.bytes().write(bytes.data(), bytes.size()) || !save.commit().empty())
+        return "DWG export failed: write failed: " + save.path();
     return {};
+}
+
+std::string saveDwg(const engine::Drawing& drawing, const std::string& path, std::string_view setting,
+                    DwgSaveReport* report, Progress* progress) {
+    Save save(path);
+    return saveDwg(drawing, save, setting, report, progress);
 }
 
 }  // namespace kova::io::dwg

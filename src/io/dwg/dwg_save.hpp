@@ -11,7 +11,8 @@ class Drawing;
 
 namespace kova::io {
 class Progress;
-}
+class Save;
+}  // namespace kova::io
 
 namespace kova::io::dwg {
 
@@ -24,10 +25,16 @@ struct DwgSaveReport {
 
 /// The version that a setting's text asks for: "2010" anywhere in it, else "2013", else R2018.
 kdraw::Version versionOfSetting(std::string_view setting);
+/// False when the setting's text asks for a version that is not written. None at all asks for the newest.
+bool isWrittenVersion(std::string_view setting);
+/// The versions that are written, as a message names them.
+inline constexpr const char* kWrittenVersions = "2010, 2013 and 2018";
 
-/// Saves a drawing as DWG by way of an intermediate DXF file in the temporary folder, which stays there when the
-/// environment variable KOVA_DWG_EXPORT_KEEP_DXF is set. Error text, empty on success; after a failure an older file of
-/// that name stands as it was.
+/// Saves a drawing as DWG, in a save that is not open yet, by way of an intermediate DXF file in the temporary folder,
+/// which only its owner may read. It loses its name at once, unless the environment variable KOVA_DWG_EXPORT_KEEP_DXF is
+/// set. Error text, empty on success; after a failure an older file of that name stands as it was.
+std::string saveDwg(const engine::Drawing& drawing, Save& save, std::string_view setting,
+                    DwgSaveReport* report = nullptr, Progress* progress = nullptr);
 std::string saveDwg(const engine::Drawing& drawing, const std::string& path, std::string_view setting,
                     DwgSaveReport* report = nullptr, Progress* progress = nullptr);
 

@@ -8,8 +8,10 @@ class Drawing;
 }
 
 namespace kova::io {
+class ByteSink;
 class Progress;
-}
+class Save;
+}  // namespace kova::io
 
 namespace kova::io::dxf {
 
@@ -21,14 +23,18 @@ struct DxfSaveReport {
     std::size_t replacedNumbers = 0;  ///< infinite numbers and such that are none, written as 0
 };
 
-/// Saves a drawing as an AC1027 text DXF file. Error text ("Failed to open file for writing: ", "Write error on file: "
-/// and the path), empty on success; after a failure an older file of that name stands as it was.
+/// Saves a drawing as an AC1027 text DXF file, in a save that is not open yet. Error text ("Failed to open file for
+/// writing: ", "Write error on file: " and the path), empty on success; after a failure an older file of that name
+/// stands as it was.
+std::string saveDxf(const engine::Drawing& drawing, Save& save, DxfSaveReport* report = nullptr,
+                    Progress* progress = nullptr);
 std::string saveDxf(const engine::Drawing& drawing, const std::string& path, DxfSaveReport* report = nullptr,
                     Progress* progress = nullptr);
 
-/// The same as the intermediate file of a DWG export: what DXF can say and DWG cannot stands in the program's own data.
-std::string saveDxfForDwg(const engine::Drawing& drawing, const std::string& path, DxfSaveReport* report = nullptr,
-                          Progress* progress = nullptr);
+/// Writes the intermediate form of a DWG export: what DXF can say and DWG cannot stands in the program's own data.
+/// False when the sink did not take it all.
+bool writeDxfForDwg(const engine::Drawing& drawing, ByteSink& sink, DxfSaveReport* report = nullptr,
+                    Progress* progress = nullptr);
 
 /// The same to memory.
 std::string dxfText(const engine::Drawing& drawing, DxfSaveReport* report = nullptr);

@@ -1,6 +1,6 @@
 #include "io/dxf/writer.hpp"
 
-#include "io/atomic_file.hpp"
+#include "io/save.hpp"
 
 namespace kova::io::dxf {
 
@@ -327,33 +327,37 @@ void Writer::normal(const Entity& e) {
 
 namespace {
 
-std::string save(const Drawing& drawing, const std::string& path, DxfSaveReport* report, bool forDwg,
-                 Progress* progress) {
+/// False when the sink or the memory did not take it.
+bool writeTo(ByteSink& sink, const Drawing& drawing, DxfSaveReport* report, bool forDwg, Progress* progress) {
     DxfSaveReport own;
     DxfSaveReport& result = report != nullptr ? *report : own;
     result = {};
     try {
         Writer writer(drawing, result, forDwg, progress);
         writer.run();
-        AtomicFile file;
-        if (!file.open(path).empty()) return "Failed to open file for writing: " + path;
         for (const std::string_view piece : writer.pieces())
-            if (!file.write(piece)) return "Write error on file: " + path;
-        if (!file.commit().empty()) return "Write error on file: " + path;
+            if (!sink.write(piece.data(), piece.size())) return false;
     } catch (const std::bad_alloc&) {
-        return "Write error on file: " + path;
+        return false;
     }
-    return {};
+    return true;
 }
 
 }  // namespace
 
-std::string saveDxf(const Drawing& drawing, const std::string& path, DxfSaveReport* report, Progress* progress) {
-    return save(drawing, path, report, false, progress);
+std::string saveDxf(const Drawing& drawing, Save& save, DxfSaveReport* report, Progress* progress) {
+    if (!save.open().empty()) return "Failed to open file for writing: " + save.path();
+    const bool written = writeTo(save.bytes(), drawing, report, false, progress);
+    return written && save.commit().empty() ? std::string() : "Write error on file: " + save.path();
 }
 
-std::string saveDxfForDwg(const Drawing& drawing, const std::string& path, DxfSaveReport* report, Progress* progress) {
-    return save(drawing, path, report, true, progress);
+std::string saveDxf(const Drawing& drawing, const std::string& path, DxfSaveReport* report, Progress* progress) {
+    Save save(path);
+    return saveDxf(drawing, save, report, progress);
+}
+
+bool writeDxfForDwg(const Drawing& drawing, ByteSink& sink, DxfSaveReport* report, Progress* progress) {
+    return writeTo(sink, drawing, report, true, progress);
 }
 
 std::string dxfText(const Drawing& drawing, DxfSaveReport* report) {

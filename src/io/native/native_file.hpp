@@ -10,7 +10,8 @@ class Drawing;
 
 namespace kova::io {
 class Progress;
-}
+class Save;
+}  // namespace kova::io
 
 namespace kova::io::native {
 
@@ -19,8 +20,10 @@ struct SaveNotes {
     std::size_t replacedNumbers = 0;  ///< infinite numbers and such that are none, written as 0
 };
 
-/// Saves a drawing as a native drawing file. Error text, empty on success; after a failure an older file of that name
-/// stands as it was.
+/// Saves a drawing as a native drawing file, in a save that is not open yet. Error text, empty on success; after a
+/// failure an older file of that name stands as it was.
+std::string saveNative(const engine::Drawing& drawing, Save& save, SaveNotes* notes = nullptr,
+                       Progress* progress = nullptr);
 std::string saveNative(const engine::Drawing& drawing, const std::string& path, SaveNotes* notes = nullptr,
                        Progress* progress = nullptr);
 

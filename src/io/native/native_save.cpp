@@ -1,11 +1,11 @@
 #include <exception>
 
 #include "engine/external_reference.hpp"
-#include "io/atomic_file.hpp"
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
 #include "io/native/record_writer.hpp"
 #include "io/progress.hpp"
+#include "io/save.hpp"
 
 namespace kova::io::native {
 
@@ -178,18 +178,22 @@ void writeDrawing(JsonWriter& out, const Drawing& drawing, Progress* progress) {
     out.endObject();
 }
 
-std::string saveNative(const Drawing& drawing, const std::string& path, SaveNotes* notes, Progress* progress) {
+std::string saveNative(const Drawing& drawing, Save& save, SaveNotes* notes, Progress* progress) {
     try {
-        AtomicFile file;
-        if (std::string error = file.open(path); !error.empty()) return error;
-        JsonWriter out(kFileIndent, &file);
+        if (std::string error = save.open(); !error.empty()) return error;
+        JsonWriter out(kFileIndent, &save.bytes());
         writeDrawing(out, drawing, progress);
         out.flush();
         if (notes != nullptr) notes->replacedNumbers = out.replacedNumbers();
-        return file.commit();
+        return save.commit();
     } catch (const std::exception& problem) {
-        return "Cannot write file: " + path + ": " + problem.what();
+        return "Cannot write file: " + save.path() + ": " + problem.what();
     }
+}
+
+std::string saveNative(const Drawing& drawing, const std::string& path, SaveNotes* notes, Progress* progress) {
+    Save save(path);
+    return saveNative(drawing, save, notes, progress);
 }
 
 std::string nativeText(const Drawing& drawing) {

@@ -5,6 +5,7 @@
 #include "engine/entities/all.hpp"
 #include "engine/symbols.hpp"
 #include "script/python/entity_object.hpp"
+#include "script/python/references.hpp"
 
 namespace kova::script::python {
 
@@ -85,6 +86,11 @@ void addToSpace(Binding& binding, PyObject* object, engine::EntityList& space) {
     if (entity.type() == engine::EntityType::BlockReference) checkReference(binding, entity, space);
     requireLayer(binding, (o->given & kGivenLayer) != 0 ? entity.layer : binding.drawing().currentLayer);
     requireLinetype(binding, entity.linetype);
+    // What a copy names was checked when it was set.
+    if (o->given != kGivenAll && mayName(entity.type())) {
+        const std::unique_ptr<engine::Entity> fresh = engine::makeEntity(entity.type());
+        NamedRecords::of(entity).require(binding, NamedRecords::of(*fresh));
+    }
     applyCurrent(binding, entity, o->given);
     if (entity.xdata() != nullptr) registerApplications(binding.drawing(), *entity.xdata());
     binding.prepareChange();

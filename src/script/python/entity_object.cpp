@@ -6,6 +6,7 @@
 
 #include "engine/drawing.hpp"
 #include "script/python/binding.hpp"
+#include "script/python/references.hpp"
 
 namespace kova::script::python {
 
@@ -164,12 +165,27 @@ PyObject* getField(PyObject* descriptor, PyObject* object, PyObject*) {
     });
 }
 
+/// Fails when the value would name records that the drawing does not have. A new entity is looked at as a whole when it
+/// is added.
+void requireNamed(PyObject* object, FieldObject* f, PyObject* value) {
+    Binding* binding = Binding::current();
+    if (binding == nullptr || (self(object)->owned != nullptr && self(object)->given != kGivenAll)) return;
+    const engine::Entity& entity = entityOf(object);
+    if (!mayName(entity.type(), *f->info)) return;
+    const std::unique_ptr<engine::Entity> trial = entity.clone();
+    const NamedRecords before = NamedRecords::of(*trial);
+    FieldSetter setter(f->info->key, *f->name, value);
+    setter.apply(*trial);
+    NamedRecords::of(*trial).require(*binding, before);
+}
+
 int setField(PyObject* descriptor, PyObject* object, PyObject* value) {
     return guarded(
         [&] {
             FieldObject* f = field(descriptor);
             if (value == nullptr) fail(PyExc_AttributeError, "'" + *f->name + "' cannot be deleted");
             requireKind(entityOf(object), f);
+            requireNamed(object, f, value);
             changeEntity(object, [&](engine::Entity& entity) {
                 FieldSetter setter(f->info->key, *f->name, value);
                 setter.apply(entity);

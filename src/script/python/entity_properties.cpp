@@ -102,6 +102,10 @@ PyObject* objectScales(const engine::Entity& e) { return pythonValue(FieldKind::
 void setObjectScales(engine::Entity& e, PyObject* value) {
     std::vector<engine::Name> names;
     assignValue(FieldKind::Names, &names, value, "object_scales");
+    if (const Binding* binding = Binding::current())
+        for (const engine::Name name : names)
+            if (!binding->drawing().annotationScales.contains(name))
+                fail(PyExc_ValueError, "there is no annotation scale named '" + name.str() + "'");
     e.setObjectScales(std::move(names));
 }
 PyObject* bounds(const engine::Entity& e) { return pyBounds(e.bounds()); }

@@ -6,6 +6,7 @@
 #include "script/python/binding.hpp"
 #include "script/python/fields.hpp"
 #include "script/python/module_parts.hpp"
+#include "script/python/references.hpp"
 
 namespace py = pybind11;
 
@@ -62,9 +63,11 @@ void setIn(Binding& binding, engine::Name name, py::handle fields) {
         changed = *known;
     else
         changed.name = name;
+    const NamedRecords before = NamedRecords::of(changed);
     FieldSetter setter(fields.ptr());
     setter.apply(changed);
     if (!(changed.name == name)) fail(PyExc_ValueError, "a record keeps its name: use rename");
+    NamedRecords::of(changed).require(binding, before);
     binding.prepareChange();
     binding.document().editTable<Traits>([&](engine::Table<Record>& table) { table.add(std::move(changed)); });
 }
