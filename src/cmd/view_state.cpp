@@ -262,8 +262,7 @@ Bounds2 limitsOfSpace(const Drawing& drawing) {
     const engine::Layout* layout = drawing.activeLayout();
     if (drawing.tileMode || drawing.activeViewport() != nullptr || layout == nullptr)
         return {drawing.limits.lower, drawing.limits.upper};
-    const engine::PageSetup& page = layout->pageSetup;
-    return {{}, {page.paperWidth, page.paperHeight}};
+    return layout->pageSetup.sheet();
 }
 
 }  // namespace kova::cmd

@@ -13,21 +13,6 @@ using engine::Name;
 
 namespace {
 
-/// A colour with its method in the top byte.
-Color rawColor(std::int64_t value) {
-    const auto raw = static_cast<std::uint32_t>(value);
-    switch (raw >> 24) {
-        case 0xC1:
-            return Color::byBlock();
-        case 0xC2:
-            return colorOfRgb(raw);
-        case 0xC3:
-            return Color::fromBareIndex(static_cast<int>(raw & 0x1FF)).value_or(Color());
-        default:
-            return Color::byLayer();
-    }
-}
-
 bool isMLineStyle(const Record& record) { return record.type == "MLINESTYLE"; }
 
 }  // namespace
@@ -65,7 +50,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
                     s.leaderLineType = small(tag);
                     break;
                 case 91:
-                    s.leaderColor = rawColor(tag.integer());
+                    s.leaderColor = colorOfRaw(tag.integer());
                     break;
                 case 340:
                     s.leaderLinetype = recordName(tag.handle());
@@ -110,7 +95,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
                     s.textAlignment = small(tag);
                     break;
                 case 93:
-                    s.textColor = rawColor(tag.integer());
+                    s.textColor = colorOfRaw(tag.integer());
                     break;
                 case 45:
                     s.textHeight = real(tag);
@@ -128,7 +113,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
                     s.block = recordName(tag.handle());
                     break;
                 case 94:
-                    s.blockColor = rawColor(tag.integer());
+                    s.blockColor = colorOfRaw(tag.integer());
                     break;
                 case 47:
                     s.blockScale = real(tag);
@@ -282,8 +267,11 @@ void Reader::settleStyles() {
             leader.arrowSize /= scale;
             leader.landingGap /= scale;
             leader.landingDistance /= scale;
+            for (engine::MLeaderHead& head : leader.heads)
+                if (head.look) head.look->arrowSize /= scale;
         }
     }
+    settleLeaderAttributes();
     for (const Link& link : tableStyles_) {
         auto& table = static_cast<engine::TableEntity&>(*link.entity);
         if (own_ && !(table.styleName == engine::commonNames().standard)) continue;
