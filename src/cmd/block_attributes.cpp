@@ -1,69 +1,19 @@
 #include "cmd/block_attributes.hpp"
 
+#include "cmd/drawing_aids.hpp"
+#include "cmd/format.hpp"
 #include "engine/entities/mtext_layout.hpp"
 #include "engine/entities/object_plane.hpp"
-#include "engine/entities/text_line.hpp"
 
 namespace kova::cmd {
 
 using engine::AttributeDefinitionEntity;
 using engine::BlockAttribute;
 
-std::vector<const AttributeDefinitionEntity*> attributeDefinitions(const engine::EntityList& contents) {
-    std::vector<const AttributeDefinitionEntity*> found;
-    for (const engine::Entity& entity : contents) {
-        if (entity.type() != engine::EntityType::AttributeDefinition) continue;
-        const auto& definition = static_cast<const AttributeDefinitionEntity&>(entity);
-        if (!definition.constant) found.push_back(&definition);
-    }
-    return found;
-}
-
 math::Matrix4 attributePlacement(const engine::BlockReferenceEntity& reference, const engine::Block& block) {
     const auto plane = engine::objectPlane(reference).inverse();
     const math::Matrix4 placed = reference.blockMatrix(block);
     return plane ? *plane * placed : placed;
-}
-
-BlockAttribute makeAttribute(const AttributeDefinitionEntity& definition, const math::Matrix4& placement,
-                             std::string value, const engine::Drawing& drawing) {
-    AttributeDefinitionEntity placed(definition);
-    placed.transform(placement);
-    BlockAttribute attribute;
-    attribute.tag = definition.tag;
-    attribute.value = std::move(value);
-    attribute.position = placed.insertion;
-    attribute.textHeight = placed.textHeight;
-    attribute.rotation = placed.rotation;
-    attribute.textStyle = placed.textStyle;
-    attribute.invisible = placed.invisible;
-    attribute.layer = placed.layer;
-    attribute.color = placed.color;
-    attribute.hAlign = placed.hAlign;
-    attribute.vAlign = placed.vAlign;
-    attribute.generation = placed.generation;
-    attribute.widthFactor = placed.widthFactor;
-    attribute.oblique = placed.oblique;
-    attribute.locked = placed.locked;
-    attribute.multiline = placed.multiline;
-    attribute.width = placed.width;
-    if (!placed.hasSecondPoint()) return attribute;
-    engine::TextLine line = placed.line();
-    line.content = attribute.value;
-    const engine::TextLinePlacement at = engine::placeTextLine(line, &drawing);
-    attribute.hAlign = engine::kHAlignLeft;
-    attribute.vAlign = engine::kVAlignBaseline;
-    attribute.rotation = (placed.fitEnd - placed.insertion).angle();
-    if (attribute.multiline) {
-        attribute.width = (placed.fitEnd - placed.insertion).length();
-        return attribute;
-    }
-    const double height = at.yAxis.length();
-    if (!at.valid || !(height > 0.0)) return attribute;
-    attribute.position = at.origin;
-    attribute.textHeight = height;
-    attribute.widthFactor = at.xAxis.length() / height;
-    return attribute;
 }
 
 Task<std::optional<std::string>> askAttributeValue(Ask& ask, std::string prompt, bool multiline) {
@@ -76,6 +26,40 @@ Task<std::optional<std::string>> askAttributeValue(Ask& ask, std::string prompt,
         value += "\\P" + next.text;
     }
     co_return value;
+}
+
+namespace {
+
+/// What a definition asks, with the value so far as default.
+std::string attributeQuestion(const AttributeDefinitionEntity& definition, const std::string& value) {
+    const std::string& prompt = definition.prompt.empty() ? definition.tag : definition.prompt;
+    return value.empty() ? prompt + ":" : withDefault(prompt, value);
+}
+
+}  // namespace
+
+Task<std::vector<std::string>> askAttributeValues(
+    Ask& ask, const engine::Drawing& drawing,
+    std::function<std::vector<const AttributeDefinitionEntity*>()> definitions) {
+    std::vector<std::string> values;
+    for (const auto* definition : definitions()) values.push_back(definition->defaultValue);
+    if (engine::sysVarInt(drawing, "ATTREQ", 1) == 0) co_return values;
+    for (const bool verifying : {false, true}) {
+        bool announced = false;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            const auto known = definitions();
+            if (i >= known.size()) co_return values;
+            const AttributeDefinitionEntity& definition = *known[i];
+            if (definition.preset || (verifying && !definition.verify)) continue;
+            if (!announced) ask.message(verifying ? "Verify attribute values" : "Enter attribute values");
+            announced = true;
+            std::string prompt = attributeQuestion(definition, values[i]);
+            const std::optional<std::string> value =
+                co_await askAttributeValue(ask, std::move(prompt), definition.multiline);
+            if (value) values[i] = *value;
+        }
+    }
+    co_return values;
 }
 
 std::string convertedValue(const std::string& value, bool fromMultiline, bool toMultiline) {

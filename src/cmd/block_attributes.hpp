@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -11,20 +12,20 @@
 
 namespace kova::cmd {
 
-/// The definitions in a block whose values its references hold: all but the constant ones, in drawing order.
-std::vector<const engine::AttributeDefinitionEntity*> attributeDefinitions(const engine::EntityList& contents);
+using engine::attributeDefinitions;
+using engine::makeAttribute;
 
 /// Carries block coordinates into the object plane of a reference, where its attributes lie.
 math::Matrix4 attributePlacement(const engine::BlockReferenceEntity& reference, const engine::Block& block);
 
-/// An attribute as its definition wants it, with a value. Text between two points becomes left-aligned text that
-/// fills the same space.
-engine::BlockAttribute makeAttribute(const engine::AttributeDefinitionEntity& definition,
-                                     const math::Matrix4& placement, std::string value, const engine::Drawing& drawing);
-
 /// Asks for the value of an attribute; Enter: nothing. One of several lines asks for lines until an empty one, and they
 /// become content of multiline text.
 Task<std::optional<std::string>> askAttributeValue(Ask& ask, std::string prompt, bool multiline);
+/// Asks for the values of a block's attributes as INSERT does, as far as ATTREQ wants it; what is not asked for has its
+/// default. `definitions` is called anew for each, as a transparent command may change the block meanwhile.
+Task<std::vector<std::string>> askAttributeValues(
+    Ask& ask, const engine::Drawing& drawing,
+    std::function<std::vector<const engine::AttributeDefinitionEntity*>()> definitions);
 /// A value of one kind of attribute as the other kind holds it.
 std::string convertedValue(const std::string& value, bool fromMultiline, bool toMultiline);
 

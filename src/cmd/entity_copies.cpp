@@ -23,11 +23,16 @@ std::vector<std::uint64_t> addCopies(doc::Document& document, const std::vector<
     if (!std::all_of(matrix.m.begin(), matrix.m.end(), [](double v) { return std::isfinite(v); })) return added;
     const std::vector<engine::Entity*> sources = entitiesInOrder(document, ids);
     added.reserve(sources.size());
-    for (const engine::Entity* source : sources)
+    for (const engine::Entity* source : sources) {
+        if (!engine::canTransform(*source, matrix)) {
+            document.noteUntransformed();
+            continue;
+        }
         if (std::unique_ptr<engine::Entity> copy = engine::transformedEntity(*source, matrix)) {
             copy->setHandle(0);  // a new one is given when it is added
             added.push_back(document.addEntity(std::move(copy)).id());
         }
+    }
     return added;
 }
 

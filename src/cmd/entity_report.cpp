@@ -298,6 +298,7 @@ void Report::geometry(const Entity& entity) {
             text("multileader style:", quoted(e.styleName));
             if (!e.textContent.empty()) text("text:", e.textContent);
             if (!e.blockName.empty()) text("block:", quoted(e.blockName));
+            for (const engine::MLeaderAttribute& a : e.attributes) text("attribute " + a.tag + ":", a.value);
             return point("content", e.contentPos);
         }
         case EntityType::Tolerance: {

@@ -222,6 +222,9 @@ EntityParts mleaderParts(const engine::MLeaderEntity& mleader) {
     if (mleader.style().blockColor.method != engine::ColorMethod::ByBlock) inner.color = mleader.style().blockColor;
     const Matrix4 place = mleader.blockMatrix();
     engine::emitBlock(*block, place, content, inner);
+    const std::vector<engine::BlockAttribute> attributes = mleader.placedAttributes();
+    for (const engine::BlockAttribute& attribute : attributes)
+        engine::emitAttribute(attribute, mleader.drawing(), content, inner);
     const std::size_t drawn = content.take().size();
     all.resize(all.size() - std::min(drawn, all.size()));
     auto reference = like(mleader, std::make_unique<engine::BlockReferenceEntity>());
@@ -231,6 +234,7 @@ EntityParts mleaderParts(const engine::MLeaderEntity& mleader) {
     reference->rotation = math::normalizeAngle(along.angle());
     reference->scaleX = reference->scaleY = along.length();
     reference->color = inner.color;
+    reference->attributes = attributes;
     all.push_back(std::move(reference));
     return all;
 }

@@ -18,8 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double kInch = 25.4;
-
 std::string plain(double value) { return strings::general(value, 6); }
 std::string fixed2(double value) { return strings::fixed(value, 2); }
 
@@ -88,19 +86,20 @@ Task<> askPaper(Ask& ask, PageSetup& setup) {
     }
 }
 
-Task<> askScale(Ask& ask, const PlotPage& page, PageSetup& setup, double unit) {
+Task<> askScale(Ask& ask, const PlotPage& page, PageSetup& setup) {
     const bool sheet = setup.plotArea == static_cast<std::int32_t>(PlotArea::Layout) && !page.layout.empty();
     for (;;) {
         std::string question = "Enter plot scale (Plotted ";
-        question += unit == 1.0 ? "Millimeters" : "Inches";
+        question += setup.paperUnits == 0 ? "Inches" : "Millimeters";
         question += sheet ? "=Drawing Units)" : "=Drawing Units) or [Fit]";
         const Answer answer = co_await ask.text(withDefault(question, plotScaleText(setup)));
-        if (answer.isEnter() || parsePlotScale(answer.text, unit, setup)) co_return;
+        if (answer.isEnter() || parsePlotScale(answer.text, setup)) co_return;
         ask.message("Invalid scale.");
     }
 }
 
-Task<> askOffset(Ask& ask, PageSetup& setup, double unit) {
+Task<> askOffset(Ask& ask, PageSetup& setup) {
+    const double unit = setup.paperUnit();
     std::string fallback = fixed2(setup.offsetX / unit) + "," + fixed2(setup.offsetY / unit);
     if (setup.centerOnPage) fallback = "Center";
     for (;;) {
@@ -164,7 +163,7 @@ std::string plotScaleText(const PageSetup& setup) {
     return plain(setup.scalePaper) + "=" + plain(setup.scaleDrawing);
 }
 
-bool parsePlotScale(std::string_view text, double unit, PageSetup& setup) {
+bool parsePlotScale(std::string_view text, PageSetup& setup) {
     text = trimmed(text);
     if (text.starts_with('_')) text.remove_prefix(1);
     if (engine::equalNoCase(text, "Fit") || engine::equalNoCase(text, "F")) {
@@ -176,11 +175,11 @@ bool parsePlotScale(std::string_view text, double unit, PageSetup& setup) {
     const auto drawing =
         sign == std::string_view::npos ? std::optional<double>(1.0) : parseNumber(trimmed(text.substr(sign + 1)));
     if (!paper || !drawing || !(*paper > 0.0) || !(*drawing > 0.0)) return false;
-    const double scale = *paper * unit / *drawing;
+    const double scale = *paper / *drawing;
     if (!std::isfinite(scale) || !(scale > 0.0)) return false;
-    setup.scalePaper = *paper * unit;
+    setup.scalePaper = *paper;
     setup.scaleDrawing = *drawing;
-    setup.scaleType = scale == 1.0 ? 16 : 17;
+    setup.scaleType = scale == 1.0 ? 16 : engine::kCustomPlotScale;
     return true;
 }
 
@@ -230,11 +229,10 @@ Task<> askPageSetup(Ask& ask, engine::Drawing& drawing, PlotPage& page, bool ask
     PageSetup& setup = page.setup;
     co_await askPaper(ask, setup);
 
-    std::string unitName = drawing.isMetric() ? "Millimeters" : "Inches";
+    std::string unitName = setup.paperUnits == 0 ? "Inches" : "Millimeters";
     const Answer units =
         co_await ask.keyword(withDefault("Enter paper units [Inches/Millimeters]", unitName), "Inches Millimeters");
-    const bool inches = units.isEnter() ? !drawing.isMetric() : units.is("INCHES");
-    const double unit = inches ? kInch : 1.0;
+    if (!units.isEnter()) setup.paperUnits = units.is("INCHES") ? 0 : 1;
 
     std::string orientation = isLandscape(setup) ? "Landscape" : "Portrait";
     const Answer turned = co_await ask.keyword(
@@ -246,8 +244,8 @@ Task<> askPageSetup(Ask& ask, engine::Drawing& drawing, PlotPage& page, bool ask
         if (!page.layout.empty()) choices = "Display/Extents/Layout/View/Window";
         co_await askPlotArea(ask, drawing, page, choices);
     }
-    co_await askScale(ask, page, setup, unit);
-    co_await askOffset(ask, setup, unit);
+    co_await askScale(ask, page, setup);
+    co_await askOffset(ask, setup);
     co_await askStyles(ask, setup);
     if (!page.layout.empty()) {
         page.scaleLineweights = co_await askYesNo(ask, "Scale lineweights with plot scale? [Yes/No] <No>:", false);

@@ -26,8 +26,8 @@ std::string plotFile(const std::string& answer, const std::string& fallback, eng
 
 /// The plot scale as prompts show it: "Fit", "1=50".
 std::string plotScaleText(const engine::PageSetup& setup);
-/// Takes a scale as "Fit", "1=50", "1:50" or "0.02"; `unit`: millimetres for a paper unit. False: no scale.
-bool parsePlotScale(std::string_view text, double unit, engine::PageSetup& setup);
+/// Takes a scale as "Fit", "1=50", "1:50" or "0.02", in the setup's paper units. False: no scale.
+bool parsePlotScale(std::string_view text, engine::PageSetup& setup);
 
 /// Writes the pages and reports in one line a file: "Plotted: ...". Formats other than PDF write a file a page.
 void writePlot(ToolHost& host, const std::vector<engine::PlotPage>& pages, engine::PlotFormat format,

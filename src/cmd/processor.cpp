@@ -1,5 +1,6 @@
 #include "cmd/processor.hpp"
 
+#include "cmd/format.hpp"
 #include "engine/associativity.hpp"
 
 namespace kova::cmd {
@@ -99,6 +100,7 @@ void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::
     if (document_.blockEdit() && leavesBlockEditor(command.name()))
         return message(command.name() + " is not allowed in the block editor.");
     document_.associativity().takeLostHatches();  // by whatever came before
+    document_.takeUntransformed();
     if (!command.isInteractive()) {
         std::erase(arguments, kEnterWord);
         CommandContext context{document_, *this, std::move(arguments), transparent, commandLine, nullptr};
@@ -108,7 +110,7 @@ void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::
             message(std::string("Command failed: ") + error.what());
             return;
         }
-        tellLostHatches();
+        tellWhatRemains();
         if (context.previous) selection_.setPrevious(std::move(*context.previous));
         if (!context.handOver || transparent) return;
         arguments = std::move(context.arguments);
@@ -220,15 +222,17 @@ void CommandProcessor::settle() {
     activeName_.clear();
     override_.clear();
     ended_ = false;
-    tellLostHatches();
+    tellWhatRemains();
     if (!document_.selection().empty()) {
         if (document_.selection().ids() != selection_.previous()) selection_.setPrevious(document_.selection().ids());
         if (!keep) document_.selection().clear();
     }
 }
 
-void CommandProcessor::tellLostHatches() {
+void CommandProcessor::tellWhatRemains() {
     if (document_.associativity().takeLostHatches() > 0) message("Hatch boundary associativity removed.");
+    if (const std::size_t count = document_.takeUntransformed(); count > 0)
+        message(counted(count, "solid") + " left unchanged: the modeller data cannot be transformed.");
 }
 
 bool CommandProcessor::cancel() {

@@ -68,7 +68,7 @@ private:
     void guarded(const std::function<void()>& work);
     void endSelecting();
     void settle();
-    void tellLostHatches();
+    void tellWhatRemains();
 
     doc::Document& document_;
     CommandRegistry& registry_;

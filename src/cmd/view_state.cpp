@@ -259,9 +259,9 @@ std::string showPrevious(doc::Document& document) {
 }
 
 Bounds2 limitsOfSpace(const Drawing& drawing) {
-    if (drawing.currentSpaceIsModel()) return {drawing.limits.lower, drawing.limits.upper};
-    const engine::PageSetup& page = drawing.activeLayout()->pageSetup;
-    return {{}, {page.paperWidth, page.paperHeight}};
+    const engine::Layout* layout = drawing.activeLayout();
+    if (drawing.currentSpaceIsModel() || layout == nullptr) return {drawing.limits.lower, drawing.limits.upper};
+    return layout->pageSetup.sheet();
 }
 
 }  // namespace kova::cmd

@@ -99,9 +99,10 @@ void leaveViewport(doc::Document& document) {
 
 Bounds2 printableArea(const engine::Layout& layout) {
     const engine::PageSetup& page = layout.pageSetup;
-    const Bounds2 area{{page.marginLeft, page.marginBottom},
-                       {page.paperWidth - page.marginRight, page.paperHeight - page.marginTop}};
-    return area.is_empty() ? Bounds2{{}, {page.paperWidth, page.paperHeight}} : area;
+    const double unit = page.paperUnit();
+    const Bounds2 area{math::Vector2{page.marginLeft, page.marginBottom} / unit,
+                       math::Vector2{page.paperWidth - page.marginRight, page.paperHeight - page.marginTop} / unit};
+    return area.is_empty() ? page.sheet() : area;
 }
 
 std::unique_ptr<ViewportEntity> makeViewport(doc::Document& document, const Bounds2& frame, const Bounds2& model) {

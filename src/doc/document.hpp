@@ -95,8 +95,13 @@ public:
     /// Puts another object in the entity's place, under its id and handle. Gives the object now in the drawing.
     engine::Entity& replaceEntity(engine::Entity& entity, std::unique_ptr<engine::Entity> with);
     /// Transforms entities (circles under unequal scales become ellipses ...). Ids that are gone are passed over, and
-    /// repeated ones count once. A matrix that is not finite changes nothing.
+    /// repeated ones count once. A matrix that is not finite changes nothing. What cannot be transformed stays and is
+    /// counted: see takeUntransformed.
     void transformEntities(const std::vector<std::uint64_t>& ids, const math::Matrix4& matrix);
+    /// Counts an entity that was to be transformed and could not be.
+    void noteUntransformed() { ++untransformed_; }
+    /// How many there were since the last call, for the line that tells the user.
+    std::size_t takeUntransformed() { return std::exchange(untransformed_, 0U); }
     /// Rearranges a space's drawing order; false when `order` does not hold each entity exactly once.
     bool setDrawOrder(engine::EntityList& space, const std::vector<engine::Entity*>& order);
     /// May be selected: shown, of the current space, on a layer that is neither frozen nor locked, and no bystander of a
@@ -198,6 +203,7 @@ private:
     std::int32_t changes_ = 0;
     bool closing_ = false;
     bool restoring_ = false;
+    std::uint32_t untransformed_ = 0;
     CurrentSpace space_;               ///< as last announced
     SpacePlace lastPlace_;             ///< of the list last edited
     std::uint64_t styleRevision_ = 0;  ///< that the indexes were built for

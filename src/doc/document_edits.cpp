@@ -196,6 +196,10 @@ void Document::transformEntities(const std::vector<std::uint64_t>& ids, const ma
     for (const std::uint64_t id : wanted) {
         engine::Entity* entity = drawing_->findById(id);
         if (entity == nullptr) continue;
+        if (!engine::canTransform(*entity, matrix)) {
+            noteUntransformed();
+            continue;
+        }
         if (!inPlace) {
             std::unique_ptr<engine::Entity> image = engine::transformedEntity(*entity, matrix);
             if (image && image->type() != entity->type()) {

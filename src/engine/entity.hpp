@@ -141,6 +141,9 @@ std::unique_ptr<Entity> makeEntity(EntityType type);
 /// The entity under a transform, as a copy (new id): of the kind that can hold the result, so that a circle or an
 /// arc under unequal scales becomes an ellipse and a polyline with arcs becomes what keeps its shape best.
 std::unique_ptr<Entity> transformedEntity(const Entity& entity, const math::Matrix4& m);
+/// False for what a transform would leave where it is: a solid-modeller body whose data are not understood, or that
+/// the modeller could not hold under `m`.
+bool canTransform(const Entity& entity, const math::Matrix4& m);
 
 }  // namespace kova::engine
 

@@ -95,6 +95,7 @@ PageSetup modelPageSetup(const Drawing& drawing) {
         const PageSetup& first = drawing.layouts().front()->pageSetup;
         setup.paperWidth = first.paperWidth;
         setup.paperHeight = first.paperHeight;
+        setup.paperUnits = first.paperUnits;
         setup.landscape = first.landscape;
         setup.paperSizeName = first.paperSizeName;
         setup.plotStyleTable = first.plotStyleTable;
@@ -125,7 +126,7 @@ Bounds2 plottedBox(const Drawing& drawing, const PlotPage& page) {
         return layout == nullptr ? windowInView(drawing.currentView, page.window) : page.window;
     if (layout != nullptr) {
         if (area == PlotArea::Extents) return drawing.extents(layout->entities);
-        return {{0.0, 0.0}, {page.setup.paperWidth, page.setup.paperHeight}};
+        return page.setup.sheet();
     }
     if (area == PlotArea::Display) return viewBox(drawing.currentView);
     if (area == PlotArea::Limits)

@@ -10,6 +10,9 @@ namespace kova::engine {
 /// Values of PageSetup::plotArea.
 enum class PlotArea : std::int32_t { Display = 0, Extents = 1, Limits = 2, View = 3, Window = 4, Layout = 5 };
 
+/// PageSetup::scaleType of a scale that is in no list of standard ones; 1 to 32 are.
+inline constexpr std::int32_t kCustomPlotScale = 33;
+
 /// One page of a plot: which space, and how it stands on the paper.
 struct PlotPage {
     Name layout;           ///< empty: model space

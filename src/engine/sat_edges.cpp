@@ -132,7 +132,7 @@ private:
             for (const ModelerToken& t : data_.tokensOf(record)) {
                 const ModelerRecord* target = data_.target(t);
                 if (target == nullptr || target->kind != ModelerRecordKind::Transform) continue;
-                if (const auto m = modelerMatrix(ownNumbers(data_.tokensOf(*target)))) return *m;
+                if (const auto m = modelerMatrix(ownNumbers(data_, *target))) return *m;
             }
             break;
         }
@@ -143,7 +143,7 @@ private:
         for (const ModelerToken& t : data_.tokensOf(vertex)) {
             const ModelerRecord* point = data_.target(t);
             if (point == nullptr || point->kind != ModelerRecordKind::Point) continue;
-            const std::vector<double> v = ownNumbers(data_.tokensOf(*point));
+            const std::vector<double> v = ownNumbers(data_, *point);
             if (v.size() < 3) return std::nullopt;
             const Vector3 p = triple(v, 0);
             return p.is_finite() ? std::optional(p) : std::nullopt;
@@ -177,7 +177,7 @@ private:
         ModelerEdge e;
         e.start = ends[0];
         e.end = ends[1];
-        if (curve->kind == ModelerRecordKind::Ellipse) setArc(e, ownNumbers(data_.tokensOf(*curve)));
+        if (curve->kind == ModelerRecordKind::Ellipse) setArc(e, ownNumbers(data_, *curve));
         if (curve->kind == ModelerRecordKind::Spline) setCurve(e, data_.tokensOf(*curve));
         return e;
     }

@@ -12,6 +12,8 @@ namespace {
 using Kind = ModelerToken::Kind;
 
 constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::size_t kTransformNumbers = 13;  // nine of the matrix, three of the shift, the scale
+constexpr int kHistoryRelease = 500;           // records of release 4 have no history number
 
 ModelerRecordKind recordKind(std::string_view name) {
     if (name == "body") return ModelerRecordKind::Body;
@@ -349,12 +351,23 @@ std::optional<ModelerData> readModelerData(std::string_view data) {
     return isModelerBinary(data) ? BinaryReader(data).read() : TextReader(data).read();
 }
 
-std::vector<double> ownNumbers(std::span<const ModelerToken> tokens) {
+std::size_t ownBegin(const ModelerData& data, const ModelerRecord& record) {
+    const std::span<const ModelerToken> tokens = data.tokensOf(record);
+    std::size_t begin = 0;
+    for (std::size_t i = 0; i < tokens.size(); ++i)
+        if (tokens[i].kind == Kind::Pointer) begin = i + 1;
+    // A transform's history number is the last of its head. Its own numbers are thirteen: one more in front of them
+    // shows that it is there.
+    if (record.kind != ModelerRecordKind::Transform || data.numericFlags()) return begin;
+    std::size_t numbers = 0;
+    while (begin + numbers < tokens.size() && tokens[begin + numbers].kind == Kind::Number) ++numbers;
+    return numbers > kTransformNumbers && data.release >= kHistoryRelease ? begin + 1 : begin;
+}
+
+std::vector<double> ownNumbers(const ModelerData& data, const ModelerRecord& record) {
     std::vector<double> numbers;
-    for (const ModelerToken& t : tokens) {
-        if (t.kind == Kind::Pointer) numbers.clear();
+    for (const ModelerToken& t : data.tokensOf(record).subspan(ownBegin(data, record)))
         if (t.kind == Kind::Number) numbers.push_back(t.number);
-    }
     return numbers;
 }
 

@@ -57,7 +57,11 @@ struct ModelerData {
 bool isModelerBinary(std::string_view data);
 /// Nothing when the data have no records. Tokens point into `data`.
 std::optional<ModelerData> readModelerData(std::string_view data);
-/// The numbers behind a record's last pointer: what is its own, without the head that grew over the releases.
-std::vector<double> ownNumbers(std::span<const ModelerToken> tokens);
+/// Where a record's own data begin among its tokens: behind the head that grew over the releases. Release 4 has a
+/// pointer, release 7 and later the number of a history entry behind it and, in most records but not in transforms,
+/// a second pointer.
+std::size_t ownBegin(const ModelerData& data, const ModelerRecord& record);
+/// The numbers of a record that are its own.
+std::vector<double> ownNumbers(const ModelerData& data, const ModelerRecord& record);
 
 }  // namespace kova::engine

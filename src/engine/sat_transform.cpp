@@ -87,16 +87,11 @@ std::string newRecord(const ModelerData& data, const ModelerTransform& t) {
     std::string out;
     if (!data.binary) {
         if (data.numbered) out += "-" + std::to_string(data.records.size()) + " ";
-        out += longHead ? "transform $-1 -1 $-1 " : "transform $-1 ";
+        out += longHead ? "transform $-1 -1 " : "transform $-1 ";
         return out + textOf(t, data.numericFlags()) + " #\n";
     }
-    const auto pointer = [&] { out += '\x0c' + integerBytes(data, -1); };
-    out += "\x0d\x09transform";
-    pointer();
-    if (longHead) {
-        out += '\x04' + integerBytes(data, -1);
-        pointer();
-    }
+    out += "\x0d\x09transform\x0c" + integerBytes(data, -1);
+    if (longHead) out += '\x04' + integerBytes(data, -1);
     for (std::size_t i = 0; i < 12; ++i) {
         if (i % 3 == 0) out += '\x14';
         appendRaw(out, t.numbers[i]);
@@ -111,9 +106,7 @@ std::string newRecord(const ModelerData& data, const ModelerTransform& t) {
 bool rewrite(const ModelerData& data, const ModelerRecord& record, const ModelerTransform& t,
              std::vector<Edit>& edits) {
     const auto tokens = data.tokensOf(record);
-    std::size_t first = tokens.size();
-    for (std::size_t i = 0; i < tokens.size(); ++i)
-        if (tokens[i].kind == Kind::Pointer) first = i + 1;
+    const std::size_t first = ownBegin(data, record);
     if (first + 13 > tokens.size()) return false;
     if (!data.binary) {
         const ModelerToken& last = tokens.back();
@@ -156,7 +149,7 @@ bool transformModelerData(std::string& data, const Matrix4& m) {
         if (const ModelerRecord* old = parsed->target(*place)) {
             if (old->kind != ModelerRecordKind::Transform) return false;
             if (std::find(rewritten.begin(), rewritten.end(), old) != rewritten.end()) continue;
-            const auto before = modelerMatrix(ownNumbers(parsed->tokensOf(*old)));
+            const auto before = modelerMatrix(ownNumbers(*parsed, *old));
             const auto after = before ? modelerTransform(m * *before) : std::nullopt;
             if (!after || !rewrite(*parsed, *old, *after, edits)) return false;
             rewritten.push_back(old);

@@ -58,6 +58,7 @@ void setPaper(PageSetup& page, bool metric) {
     page.paperSizeName = metric ? "ISO A3" : "Letter";
     page.paperWidth = metric ? 420.0 : 279.4;
     page.paperHeight = metric ? 297.0 : 215.9;
+    page.paperUnits = metric ? 1 : 0;
     page.landscape = true;
     const double margin = metric ? 7.5 : 6.35;
     page.marginLeft = page.marginRight = page.marginTop = page.marginBottom = margin;

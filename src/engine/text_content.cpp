@@ -214,6 +214,8 @@ void eachText(Entity& entity, const std::function<void(std::string& content, boo
         case EntityType::MLeader:
             if (static_cast<MLeaderEntity&>(entity).contentType == MLeaderContent::MText)
                 use(static_cast<MLeaderEntity&>(entity).textContent, true);
+            for (MLeaderAttribute& attribute : static_cast<MLeaderEntity&>(entity).attributes)
+                use(attribute.value, false);
             return;
         case EntityType::Table:
             for (TableCell& cell : static_cast<TableEntity&>(entity).cells)

@@ -44,7 +44,7 @@ Bounds2 printable(const engine::PageSetup& setup, double width, double height) {
 double fixedScale(const engine::PageSetup& setup) {
     if (setup.scaleType == 0) return 0.0;
     const double scale = setup.scaleDrawing > 0.0 ? setup.scalePaper / setup.scaleDrawing : 1.0;
-    return std::isfinite(scale) && scale > 0.0 ? scale : 1.0;
+    return (std::isfinite(scale) && scale > 0.0 ? scale : 1.0) * setup.paperUnit();
 }
 
 QString title(const engine::Drawing& drawing) {

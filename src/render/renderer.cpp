@@ -173,8 +173,8 @@ namespace {
 void renderLayout(QPainter& painter, const engine::Drawing& drawing, const RenderRequest& request) {
     const engine::PageSetup& page = request.layout->pageSetup;
     const auto size = [](double v) { return std::isfinite(v) ? std::max(v, 1.0) : 1.0; };
-    const double paperWidth = size(page.paperWidth);
-    const double paperHeight = size(page.paperHeight);
+    const double paperWidth = size(page.paperWidth) / page.paperUnit();
+    const double paperHeight = size(page.paperHeight) / page.paperUnit();
     const double scale = std::min(request.height / paperHeight, request.width / paperWidth);
     const View view = View::centred(request.width, request.height, scale, {paperWidth / 2.0, paperHeight / 2.0});
     paintLayout(painter, drawing, *request.layout, view, request);

@@ -79,10 +79,34 @@ TEST(PlotCommand, ModelWindowInInchesWithTheFileNamedAtOnce) {
     EXPECT_TRUE(is(c.setup(), PlotArea::Window));
     EXPECT_EQ(c.plotted[0].window.min, math::Vector2(10, 10));
     EXPECT_EQ(c.plotted[0].window.max, math::Vector2(60, 40));
-    EXPECT_DOUBLE_EQ(c.setup().scalePaper / c.setup().scaleDrawing, 25.4 / 4.0);
+    EXPECT_EQ(c.setup().paperUnits, 0);
+    EXPECT_DOUBLE_EQ(c.setup().scalePaper / c.setup().scaleDrawing, 1.0 / 4.0);
     EXPECT_TRUE(c.setup().centerOnPage);
     EXPECT_TRUE(c.setup().plotWithLineweights);
     EXPECT_EQ(c.paths.back(), "/tmp/m.svg.pdf");
+}
+
+/// The sheet's own units are the default, count in scale and offset, and are saved with the sheet.
+TEST(PlotCommand, SheetsInInches) {
+    PlotConsole c;
+    engine::PageSetup& sheet = c.drawing().findLayout("Layout1")->pageSetup;
+    sheet.paperUnits = 0;
+    sheet.paperWidth = 279.4;
+    sheet.paperHeight = 215.9;
+    c.run({"PLOT", "Y", "Layout1", "", ""});
+    EXPECT_EQ(c.prompt(), "Enter paper units [Inches/Millimeters] <Inches>:");
+    c.run({"", "", "", ""});
+    EXPECT_EQ(c.prompt(), "Enter plot scale (Plotted Inches=Drawing Units) <1=1>:");
+    c.run({"", "0.5,1", "", "", "", "", "", "", "N", "Y"});
+    ASSERT_TRUE(c.idle()) << c.prompt();
+    EXPECT_EQ(c.setup().paperUnits, 0);
+    EXPECT_DOUBLE_EQ(c.setup().offsetX, 12.7);
+    EXPECT_EQ(c.setup().scaleType, 16);
+    c.run({"PLOT", "Y", "Layout1", "", "", "M", "", "", "", "1=2", "", "", "", "", "", "", "", "N", "Y", "N"});
+    ASSERT_TRUE(c.idle()) << c.prompt();
+    EXPECT_EQ(sheet.paperUnits, 1);
+    EXPECT_EQ(sheet.sheet().width(), 279.4);
+    EXPECT_EQ(c.plotted.size(), 1U);
 }
 
 TEST(PlotCommand, BriefFormRefusalsAndSavedSetup) {
@@ -136,15 +160,14 @@ TEST(PlotCommand, ExportsOfSpacesAndLayouts) {
 
 TEST(PlotCommand, ScalesAsTheyAreTyped) {
     engine::PageSetup setup;
-    const auto scale = [&](const char* text, double unit = 1.0) {
-        return parsePlotScale(text, unit, setup) ? (setup.scaleType == 0 ? 0.0 : setup.scalePaper / setup.scaleDrawing)
+    const auto scale = [&](const char* text) {
+        return parsePlotScale(text, setup) ? (setup.scaleType == 0 ? 0.0 : setup.scalePaper / setup.scaleDrawing)
                                                  : -1.0;
     };
     EXPECT_EQ(scale("1=50"), 0.02);
     EXPECT_EQ(scale(" 2 : 1 "), 2.0);
     EXPECT_EQ(scale("0.25"), 0.25);
     EXPECT_EQ(scale("_F"), 0.0);
-    EXPECT_EQ(scale("1=1", 25.4), 25.4);
     for (const char* bad : {"", "x", "1=0", "-1=5", "1=", "=", "1e308=1e-308", "nan"})
         EXPECT_EQ(scale(bad), -1.0) << bad;
 }

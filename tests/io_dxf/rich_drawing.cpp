@@ -110,6 +110,13 @@ void fillTables(Drawing& d) {
     setup.paperHeight = 594;
     setup.scaleType = 0;
     d.namedPageSetups.add(setup);
+    setup.name = "Inches";
+    setup.paperUnits = 0;
+    setup.marginTop = 12.5;
+    setup.marginLeft = 3.25;
+    setup.scaleType = 33;  // a scale that is in no list
+    setup.scaleDrawing = 30;
+    d.namedPageSetups.add(setup);
     d.appIds = {"ACAD", "MY_APP"};
     LayerState state;
     state.name = "Night";
@@ -391,6 +398,24 @@ void fillDimensions(EntityList& list) {
     block.contentType = MLeaderContent::Block;
     block.blockName = "Tag";
     block.contentPos = {8, 5};
+    auto& balloon = add<MLeaderEntity>(list);
+    balloon.heads.resize(2);
+    balloon.heads[0].vertices = {{0, 0}, {3, 5}};
+    balloon.heads[1].vertices = {{0, 9}, {3, 5}};
+    MLeaderLineLook line;
+    line.members = MLeaderLineLook::kColor | MLeaderLineLook::kArrowSize | MLeaderLineLook::kArrow;
+    line.color = Color::index(3);
+    line.arrowSize = 1.25;
+    line.arrowBlock = "_DOT";
+    balloon.heads[1].look = line;
+    balloon.contentType = MLeaderContent::Block;
+    balloon.blockName = "Tag";
+    balloon.contentPos = {8, 5};
+    balloon.attributes = {{"NUMBER", "27", 1.0}};
+    balloon.setOverride(MLeaderOverrides::kLeaderType, &MLeaderStyle::leaderLineType, 2);
+    balloon.setOverride(MLeaderOverrides::kLeaderColor, &MLeaderStyle::leaderColor, Color::rgb(1, 2, 3));
+    balloon.setOverride(MLeaderOverrides::kBlockScale, &MLeaderStyle::blockScale, 2.5);
+    balloon.setOverride(MLeaderOverrides::kTextStyle, &MLeaderStyle::textStyle, Name("Roman"));
     auto& mline = add<MLineEntity>(list);
     mline.vertices = {{0, 0}, {10, 0}, {10, 10}};
     mline.scale = 2.0;

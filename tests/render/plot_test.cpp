@@ -141,6 +141,35 @@ TEST(Plot, SvgIsInMillimetresWithText) {
                     .contains(QColor(qGray(255, 0, 0), qGray(255, 0, 0), qGray(255, 0, 0)).name().toUtf8()));
 }
 
+/// A unit of a sheet in inches is an inch: on the plot, in pictures, and in what a viewport's picture is laid on.
+TEST(Plot, SheetsInInches) {
+    Drawing drawing;
+    Layout& layout = *drawing.layouts().front();
+    layout.pageSetup.paperUnits = 0;
+    layout.pageSetup.paperWidth = 279.4;
+    layout.pageSetup.paperHeight = 215.9;
+    EXPECT_EQ(layout.pageSetup.sheet().max, Vector2(11.0, 8.5));
+    layout.entities.append(std::make_unique<LineEntity>(Vector2{1, 1}, Vector2{10, 1}));
+    std::vector<PlotPage> pages{plotPage(drawing, layout.name)};
+    const QByteArray svg = plot(drawing, pages, PlotFormat::Svg);
+    EXPECT_TRUE(svg.contains("width=\"279.4mm\""));
+    EXPECT_TRUE(svg.contains("d=\"M25.4 190.5L254 190.5\"")) << svg.left(3000).constData();
+    RenderRequest request;
+    request.width = 1100;
+    request.height = 850;
+    request.layout = &layout;
+    QImage image(1100, 850, QImage::Format_RGB32);
+    QPainter painter(&image);
+    render(painter, drawing, request);
+    painter.end();
+    EXPECT_EQ(image.pixelColor(500, 750).lightness() < 128, image.pixelColor(500, 700).lightness() > 128);
+    // Model space takes the first sheet's paper, and a scale in its units.
+    pages = {plotPage(drawing, {})};
+    EXPECT_EQ(pages.front().setup.paperUnits, 0);
+    pages.front().setup.scaleType = 16;
+    EXPECT_DOUBLE_EQ(placePage(drawing, pages.front(), 96.0).scale, 25.4);
+}
+
 TEST(Plot, LineweightsAndTransparencyFollowTheSetup) {
     Drawing drawing;
     auto& line = drawing.modelSpace().append(std::make_unique<LineEntity>(Vector2{0, 0}, Vector2{100, 50}));

@@ -212,13 +212,11 @@ private:
         for (const std::uint64_t id : dimensionsOf(document(), selected.ids))
             document().modifyEntity(*drawing().findById(id), [&](engine::Entity& e) {
                 auto& d = static_cast<DimensionEntity&>(e);
-                const bool atOrigin = d.hasUserText() && d.userText == math::Vector2{};
                 d.dimStyleName = drawing().dimStyleOrStandard(drawing().currentDimStyle).name;
                 d.styleOverrides = drawing().dimStyleOverrides;
                 d.nameOverrides = drawing().dimStyleNameOverrides;
                 d.styleOverrides.erase("DIMUPT");
                 d.textHeight = d.arrowSize = d.extGap = d.extExtension = 0.0;
-                if (atOrigin) d.setUserText({});
             });
         repaint();
     }
@@ -269,11 +267,9 @@ protected:
 
 private:
     static void dropOverrides(DimensionEntity& d) {
-        const bool atOrigin = d.hasUserText() && d.userText == math::Vector2{};
         d.styleOverrides.clear();
         d.nameOverrides.clear();
         d.textHeight = d.arrowSize = d.extGap = d.extExtension = 0.0;
-        if (atOrigin) d.setUserText({});
     }
 
     /// A value as the variable itself would take it: set in the drawing, read, and put back.

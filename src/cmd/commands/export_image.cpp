@@ -85,8 +85,7 @@ private:
     /// A paper of that many dots, filled by the area.
     void layOut(engine::PlotPage& page, int width, int height) const {
         engine::PageSetup& setup = page.setup;
-        const double sheetWidth = setup.paperWidth;
-        const double sheetHeight = setup.paperHeight;
+        const math::Bounds2 sheet = setup.sheet();
         setup.dpi = kDpi;
         setup.paperWidth = width * kInch / kDpi;
         setup.paperHeight = height * kInch / kDpi;
@@ -101,7 +100,7 @@ private:
         if (page.layout.empty() || setup.plotArea != static_cast<std::int32_t>(engine::PlotArea::Layout)) return;
         // A sheet is shown whole, from its lower left corner on.
         setup.plotArea = static_cast<std::int32_t>(engine::PlotArea::Window);
-        page.window = {{0.0, 0.0}, {sheetWidth, sheetHeight}};
+        page.window = sheet;
     }
 };
 

@@ -278,31 +278,8 @@ private:
 
     // Attributes -------------------------------------------------------------------------------------------------
 
-    /// What a definition asks, with the value so far as default.
-    static std::string question(const engine::AttributeDefinitionEntity& definition, const std::string& value) {
-        const std::string& prompt = definition.prompt.empty() ? definition.tag : definition.prompt;
-        return value.empty() ? prompt + ":" : withDefault(prompt, value);
-    }
-
     Dialogue askValues(Ask& ask) {
-        for (const auto* definition : definitions()) values_.push_back(definition->defaultValue);
-        if (engine::sysVarInt(drawing(), "ATTREQ", 1) == 0) co_return;
-        for (const bool verifying : {false, true}) {
-            bool announced = false;
-            for (std::size_t i = 0; i < values_.size(); ++i) {
-                // Looked up anew each time: a transparent command may have changed the block.
-                const auto known = definitions();
-                if (i >= known.size()) co_return;
-                const engine::AttributeDefinitionEntity& definition = *known[i];
-                if (definition.preset || (verifying && !definition.verify)) continue;
-                if (!announced) message(verifying ? "Verify attribute values" : "Enter attribute values");
-                announced = true;
-                std::string prompt = question(definition, values_[i]);
-                const std::optional<std::string> value =
-                    co_await askAttributeValue(ask, std::move(prompt), definition.multiline);
-                if (value) values_[i] = *value;
-            }
-        }
+        values_ = co_await askAttributeValues(ask, drawing(), [this] { return definitions(); });
     }
 
     // The change -------------------------------------------------------------------------------------------------

@@ -56,8 +56,10 @@ private:
         message(std::string("  \"Model\"") + (drawing().tileMode ? "  (current)" : ""));
         for (const Layout* layout : inTabOrder()) {
             const engine::PageSetup& page = layout->pageSetup;
-            message("  " + cmd::quoted(layout->name.view()) + "  " + lengthDefault(drawing(), page.paperWidth) + " x " +
-                    lengthDefault(drawing(), page.paperHeight) + " mm  " + counted(layout->entities.size(), "object") +
+            const math::Bounds2 sheet = page.sheet();
+            message("  " + cmd::quoted(layout->name.view()) + "  " + lengthDefault(drawing(), sheet.width()) + " x " +
+                    lengthDefault(drawing(), sheet.height()) + (page.paperUnits == 0 ? " inches  " : " mm  ") +
+                    counted(layout->entities.size(), "object") +
                     (!drawing().tileMode && layout->name == current() ? "  (current)" : ""));
         }
     }

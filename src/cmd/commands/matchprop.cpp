@@ -146,9 +146,12 @@ void match(Entity& source, Entity& target, unsigned what) {
                     static_cast<engine::TableEntity&>(source).styleName;
             break;
         case engine::EntityType::MLeader:
-            if ((what & kMultileader) != 0)
-                static_cast<engine::MLeaderEntity&>(target).styleName =
-                    static_cast<engine::MLeaderEntity&>(source).styleName;
+            if ((what & kMultileader) != 0) {
+                auto& to = static_cast<engine::MLeaderEntity&>(target);
+                const auto& from = static_cast<const engine::MLeaderEntity&>(source);
+                to.styleName = from.styleName;
+                to.overrides = from.overrides;
+            }
             break;
         default:
             break;

@@ -1,11 +1,11 @@
 #include "engine/entities/mleader.hpp"
 
 #include "cmd/annotation_prompts.hpp"
+#include "cmd/block_attributes.hpp"
 #include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
-#include "doc/table_edits.hpp"
 #include "math/curves.hpp"
 
 namespace kova::cmd::commands {
@@ -153,14 +153,31 @@ private:
     Task<bool> askContent(Ask& ask) {
         if (model_.contentType == MLeaderContent::None) co_return true;
         if (model_.contentType == MLeaderContent::Block) {
-            if (drawing().findBlock(model_.blockName) != nullptr) co_return true;
-            const bool chosen = co_await askBlock(ask);
-            co_return chosen;
+            if (drawing().findBlock(model_.blockName) == nullptr) {
+                const bool chosen = co_await askBlock(ask);
+                if (!chosen) co_return false;
+            }
+            co_await askValues(ask);
+            co_return true;
         }
         model_.textContent = co_await askParagraphs(ask, "MText:", "MText:");
         if (model_.textContent.empty()) model_.textContent = style().defaultText;
         if (model_.textContent.empty()) model_.contentType = MLeaderContent::None;
         co_return true;
+    }
+
+    /// The values of the block's attributes.
+    Dialogue askValues(Ask& ask) {
+        const auto definitions = [this] {
+            const engine::Block* block = drawing().findBlock(model_.blockName);
+            return block != nullptr ? attributeDefinitions(block->entities)
+                                    : std::vector<const engine::AttributeDefinitionEntity*>();
+        };
+        const std::vector<std::string> values = co_await askAttributeValues(ask, drawing(), definitions);
+        const auto known = definitions();
+        model_.attributes.clear();
+        for (std::size_t i = 0; i < known.size() && i < values.size(); ++i)
+            model_.attributes.push_back({known[i]->tag, values[i], 1.0});
     }
 
     Task<bool> askBlock(Ask& ask) {
@@ -221,17 +238,13 @@ private:
         }
     }
 
-    /// The kind of line is the style's: it changes there, and with it all leaders of the style.
     Dialogue askLeaderType(Ask& ask) {
         const Answer kind =
             co_await ask.keyword("Select a leader type [Straight/sPline/None] <Straight>:", "Straight sPline None");
         const std::int32_t type = kind.is("SPLINE") ? 2 : kind.is("NONE") ? 0 : 1;
-        if (type == style().leaderLineType) co_return;
-        const doc::GroupScope group(document(), "MLEADER");
-        document().editTable<doc::MLeaderStyleTraits>([&](engine::Table<MLeaderStyle>& styles) {
-            if (MLeaderStyle* current = styles.find(drawing().currentMLeaderStyle)) current->leaderLineType = type;
-        });
-        message("The leader type of style " + quoted(drawing().currentMLeaderStyle) + " has changed.");
+        model_.overrides.reset();
+        if (type != style().leaderLineType)
+            model_.setOverride(engine::MLeaderOverrides::kLeaderType, &MLeaderStyle::leaderLineType, type);
     }
 
     MLeaderEntity model_;

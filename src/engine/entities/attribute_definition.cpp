@@ -1,6 +1,8 @@
 #include "engine/entities/attribute_definition.hpp"
 
+#include "engine/entities/block_reference.hpp"
 #include "engine/entities/object_plane.hpp"
+#include "engine/entity_list.hpp"
 
 namespace kova::engine {
 
@@ -93,6 +95,57 @@ void AttributeDefinitionEntity::emit(OutlineSink& sink, const OutlineStyle& styl
 
 std::size_t AttributeDefinitionEntity::sizeInBytes() const {
     return sizeof *this + tag.capacity() + prompt.capacity() + defaultValue.capacity() + extrasSize();
+}
+
+std::vector<const AttributeDefinitionEntity*> attributeDefinitions(const EntityList& contents) {
+    std::vector<const AttributeDefinitionEntity*> found;
+    for (const Entity& entity : contents) {
+        if (entity.type() != EntityType::AttributeDefinition) continue;
+        const auto& definition = static_cast<const AttributeDefinitionEntity&>(entity);
+        if (!definition.constant) found.push_back(&definition);
+    }
+    return found;
+}
+
+BlockAttribute makeAttribute(const AttributeDefinitionEntity& definition, const math::Matrix4& placement,
+                             std::string value, const Drawing& drawing) {
+    AttributeDefinitionEntity placed(definition);
+    placed.transform(placement);
+    BlockAttribute attribute;
+    attribute.tag = definition.tag;
+    attribute.value = std::move(value);
+    attribute.position = placed.insertion;
+    attribute.textHeight = placed.textHeight;
+    attribute.rotation = placed.rotation;
+    attribute.textStyle = placed.textStyle;
+    attribute.invisible = placed.invisible;
+    attribute.layer = placed.layer;
+    attribute.color = placed.color;
+    attribute.hAlign = placed.hAlign;
+    attribute.vAlign = placed.vAlign;
+    attribute.generation = placed.generation;
+    attribute.widthFactor = placed.widthFactor;
+    attribute.oblique = placed.oblique;
+    attribute.locked = placed.locked;
+    attribute.multiline = placed.multiline;
+    attribute.width = placed.width;
+    if (!placed.hasSecondPoint()) return attribute;
+    TextLine line = placed.line();
+    line.content = attribute.value;
+    const TextLinePlacement at = placeTextLine(line, &drawing);
+    attribute.hAlign = kHAlignLeft;
+    attribute.vAlign = kVAlignBaseline;
+    attribute.rotation = (placed.fitEnd - placed.insertion).angle();
+    if (attribute.multiline) {
+        attribute.width = (placed.fitEnd - placed.insertion).length();
+        return attribute;
+    }
+    const double height = at.yAxis.length();
+    if (!at.valid || !(height > 0.0)) return attribute;
+    attribute.position = at.origin;
+    attribute.textHeight = height;
+    attribute.widthFactor = at.xAxis.length() / height;
+    return attribute;
 }
 
 }  // namespace kova::engine

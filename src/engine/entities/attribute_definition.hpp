@@ -8,6 +8,8 @@
 
 namespace kova::engine {
 
+struct BlockAttribute;
+
 /// The definition of an attribute in a block: shows its tag where the attribute's value will stand.
 class AttributeDefinitionEntity final : public Entity {
     KOVA_ENTITY(AttributeDefinitionEntity, AttributeDefinition)
@@ -38,5 +40,13 @@ class AttributeDefinitionEntity final : public Entity {
     /// The line that shows the tag (a constant attribute shows its value).
     TextLine line() const;
 };
+
+/// The definitions in a block whose values its references hold: all but the constant ones, in drawing order.
+std::vector<const AttributeDefinitionEntity*> attributeDefinitions(const EntityList& contents);
+
+/// An attribute as its definition wants it, with a value; `placement` carries block coordinates to where it stands. Text
+/// between two points becomes left-aligned text that fills the same space.
+BlockAttribute makeAttribute(const AttributeDefinitionEntity& definition, const math::Matrix4& placement,
+                             std::string value, const Drawing& drawing);
 
 }  // namespace kova::engine

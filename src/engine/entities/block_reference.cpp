@@ -132,13 +132,22 @@ BlockAttribute* BlockReferenceEntity::findAttribute(std::string_view tag) {
     return nullptr;
 }
 
-bool BlockReferenceEntity::showsAttribute(const BlockAttribute& attribute) const {
+bool isAttributeShown(const BlockAttribute& attribute, const Drawing* drawing) {
     std::int32_t mode = 1;  // ATTMODE: 0 none is shown, 1 as they say themselves, 2 all are shown
-    if (const Drawing* d = drawing()) {
-        const auto it = d->integerVariables.find(std::string_view("ATTMODE"));
-        if (it != d->integerVariables.end()) mode = it->second;
+    if (drawing != nullptr) {
+        const auto it = drawing->integerVariables.find(std::string_view("ATTMODE"));
+        if (it != drawing->integerVariables.end()) mode = it->second;
     }
     return mode == 2 || (mode != 0 && !attribute.invisible);
+}
+
+void emitAttribute(const BlockAttribute& attribute, const Drawing* drawing, OutlineSink& sink,
+                   const OutlineStyle& style) {
+    if (attribute.value.empty() || !isAttributeShown(attribute, drawing)) return;
+    OutlineStyle own = style;
+    if (attribute.layer != commonNames().layerZero) own.layer = attribute.layer;
+    if (attribute.color.method != ColorMethod::ByBlock) own.color = attribute.color;
+    if (sink.wantsLayer(own.layer)) emitTextLine(attribute.line(), drawing, sink, own);
 }
 
 // Extents ---------------------------------------------------------------------------------------------------
@@ -324,13 +333,7 @@ void BlockReferenceEntity::forEachCopy(const Block& definition, const Place& pla
 
 void BlockReferenceEntity::emitAttributes(OutlineSink& sink, const OutlineStyle& style) const {
     const auto emitAll = [&](OutlineSink& plane) {
-        for (const BlockAttribute& a : attributes) {
-            if (!showsAttribute(a) || a.value.empty()) continue;
-            OutlineStyle own = style;
-            if (a.layer != commonNames().layerZero) own.layer = a.layer;
-            if (a.color.method != ColorMethod::ByBlock) own.color = a.color;
-            if (plane.wantsLayer(own.layer)) emitTextLine(a.line(), drawing(), plane, own);
-        }
+        for (const BlockAttribute& a : attributes) emitAttribute(a, drawing(), plane, style);
     };
     if (attributes.empty()) return;
     emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) {

@@ -40,6 +40,12 @@ struct BlockAttribute {
     void describe(FieldVisitor& v);
 };
 
+/// True when ATTMODE and the attribute itself let it be seen.
+bool isAttributeShown(const BlockAttribute& attribute, const Drawing* drawing);
+/// Emits the value of an attribute in the object plane that the sink stands for; `style` is that of what holds it.
+void emitAttribute(const BlockAttribute& attribute, const Drawing* drawing, OutlineSink& sink,
+                   const OutlineStyle& style);
+
 /// A block definition placed in the drawing, singly or as a grid of copies.
 class BlockReferenceEntity final : public Entity {
     KOVA_ENTITY(BlockReferenceEntity, BlockReference)
@@ -93,7 +99,7 @@ private:
     template <class Place>
     void forEachCopy(const Block& definition, const Place& place) const;
     void emitAttributes(OutlineSink& sink, const OutlineStyle& style) const;
-    bool showsAttribute(const BlockAttribute& attribute) const;
+    bool showsAttribute(const BlockAttribute& attribute) const { return isAttributeShown(attribute, drawing()); }
 };
 
 // Limits of what one reference may draw, so that hostile or damaged drawings stay usable.

@@ -18,8 +18,6 @@ using math::Vector2;
 
 namespace {
 
-constexpr std::string_view kUserPositioned = "DIMUPT";
-
 /// True in a layout: what stands in model space or a block is measured in model units.
 bool inPaperSpace(const DimensionEntity& d) {
     const Drawing* drawing = d.drawing();
@@ -87,21 +85,18 @@ bool DimensionEntity::isAngular() const {
 }
 
 bool DimensionEntity::hasUserText() const {
-    if (userText != Vector2{}) return userText.is_finite();
-    const auto it = styleOverrides.find(std::string(kUserPositioned));
-    return it != styleOverrides.end() && it->second != 0.0;
+    return userText != Vector2{} ? userText.is_finite() : textAtOrigin;
 }
 
 void DimensionEntity::setUserText(const Vector2& p) {
     if (!p.is_finite()) return;
     userText = p;
-    styleOverrides.erase(std::string(kUserPositioned));
-    if (p == Vector2{}) styleOverrides[std::string(kUserPositioned)] = 1.0;
+    textAtOrigin = p == Vector2{};
 }
 
 void DimensionEntity::clearUserText() {
     userText = {};
-    styleOverrides.erase(std::string(kUserPositioned));
+    textAtOrigin = false;
 }
 
 DimStyle DimensionEntity::style() const {
@@ -389,6 +384,7 @@ void DimensionEntity::describe(FieldVisitor& v) {
     v.text("textOverride", textOverride);
     v.angle("textRotation", textRotation);
     v.point("userText", userText);
+    v.boolean("textAtOrigin", textAtOrigin, false);
     v.angle("linearRotation", linearRotation);
     v.angle("obliqueAngle", obliqueAngle);
     v.length("arrowSize", arrowSize);

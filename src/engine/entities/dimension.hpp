@@ -75,6 +75,7 @@ class DimensionEntity final : public Entity {
     std::map<std::string, double> styleOverrides;
     std::map<std::string, std::string> nameOverrides;  ///< arrow blocks, linetypes, text style, DIMPOST, DIMAPOST
     bool jogged = false;
+    bool textAtOrigin = false;  ///< the user has put the text at exactly (0, 0)
     math::Vector2 jogCenter;
     math::Vector2 jogPoint;
     bool partialArc = false;    ///< ArcLength: of a part of the arc only
@@ -91,8 +92,7 @@ class DimensionEntity final : public Entity {
     /// A radius whose centre lies off: jogged.
     bool isJoggedRadius() const { return jogged && kind() == DimensionType::Radius; }
 
-    /// True when the user has put the text: userText is not (0, 0), or the override DIMUPT is 1 (a text put exactly
-    /// at the origin).
+    /// True when the user has put the text: userText is not (0, 0), or textAtOrigin is set.
     bool hasUserText() const;
     void setUserText(const math::Vector2& p);
     void clearUserText();

@@ -147,6 +147,10 @@ std::unique_ptr<Entity> makeEntity(EntityType type) {
                      Polyline3DEntity, MeshEntity, Solid3DEntity, Solid2DEntity, PolyfaceEntity, ShapeEntity>(type);
 }
 
+bool canTransform(const Entity& entity, const Matrix4& m) {
+    return entity.type() != EntityType::Solid3D || static_cast<const Solid3DEntity&>(entity).canTransform(m);
+}
+
 std::unique_ptr<Entity> transformedEntity(const Entity& entity, const Matrix4& m) {
     if (entity.type() == EntityType::Circle && !keepsCircles(entity, m)) {
         const auto& circle = static_cast<const CircleEntity&>(entity);

@@ -4,6 +4,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/entities/arrowheads.hpp"
+#include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/leader_line.hpp"
 #include "engine/entities/object_plane.hpp"
@@ -63,9 +64,86 @@ Bounds2 pointBox(const Vector2& p) { return {p, p}; }
 
 }  // namespace
 
-void MLeaderHead::describe(FieldVisitor& v) { v.points("vertices", vertices); }
+void MLeaderLineLook::describe(FieldVisitor& v) {
+    v.integer("members", members);
+    v.integer("lineType", lineType);
+    v.color("color", color);
+    v.name("linetype", linetype);
+    v.integer("lineweight", lineweight);
+    v.length("arrowSize", arrowSize);
+    v.name("arrowBlock", arrowBlock);
+}
 
-const MLeaderStyle& MLeaderEntity::style() const {
+void MLeaderHead::describe(FieldVisitor& v) {
+    v.points("vertices", vertices);
+    v.object("look", look);
+}
+
+void MLeaderAttribute::describe(FieldVisitor& v) {
+    v.text("tag", tag);
+    v.text("value", value);
+    v.number("width", width, 1.0);
+}
+
+namespace {
+
+/// Calls visit(bit, member pointer, key) for each member of a style that a multileader may override.
+template <class Visit>
+void eachOverride(const Visit& visit) {
+    using O = MLeaderOverrides;
+    using S = MLeaderStyle;
+    visit(O::kLeaderType, &S::leaderLineType, "leaderLineType");
+    visit(O::kLeaderColor, &S::leaderColor, "leaderColor");
+    visit(O::kLeaderLinetype, &S::leaderLinetype, "linetype");
+    visit(O::kLeaderLineweight, &S::leaderLineweight, "leaderLineweight");
+    visit(O::kArrow, &S::arrowBlock, "arrowBlock");
+    visit(O::kTextStyle, &S::textStyle, "textStyle");
+    visit(O::kLeftAttachment, &S::textLeftAttachment, "textLeftAttachment");
+    visit(O::kTextAngle, &S::textAngleType, "textAngleType");
+    visit(O::kTextAlignment, &S::textAlignment, "textAlignment");
+    visit(O::kTextColor, &S::textColor, "textColor");
+    visit(O::kTextFrame, &S::textFrame, "textFrame");
+    visit(O::kBlockColor, &S::blockColor, "blockColor");
+    visit(O::kBlockScale, &S::blockScale, "blockScale");
+    visit(O::kBlockRotation, &S::blockRotation, "blockRotation");
+    visit(O::kBlockConnection, &S::blockConnection, "blockConnection");
+    visit(O::kScale, &S::scaleFactor, "scaleFactor");
+    visit(O::kRightAttachment, &S::textRightAttachment, "textRightAttachment");
+    visit(O::kAttachmentDirection, &S::textAttachmentDirection, "textAttachmentDirection");
+    visit(O::kTopAttachment, &S::topTextAttachment, "topTextAttachment");
+    visit(O::kBottomAttachment, &S::bottomTextAttachment, "bottomTextAttachment");
+}
+
+struct MemberVisitor {
+    FieldVisitor& v;
+    std::string_view key;
+    void operator()(std::int32_t& m) const { v.integer(key, m); }
+    void operator()(bool& m) const { v.boolean(key, m); }
+    void operator()(double& m) const { v.number(key, m); }
+    void operator()(Name& m) const { v.name(key, m); }
+    void operator()(Color& m) const { v.color(key, m); }
+};
+
+}  // namespace
+
+void MLeaderOverrides::apply(MLeaderStyle& style) const {
+    eachOverride([&](Member bit, auto member, std::string_view) {
+        if ((members & bit) != 0) style.*member = values.*member;
+    });
+}
+
+void MLeaderOverrides::describe(FieldVisitor& v) {
+    v.integer("members", members);
+    eachOverride([&](Member, auto member, std::string_view key) { MemberVisitor{v, key}(values.*member); });
+}
+
+MLeaderStyle MLeaderEntity::style() const {
+    MLeaderStyle inForce = namedStyle();
+    if (overrides) overrides->apply(inForce);
+    return inForce;
+}
+
+const MLeaderStyle& MLeaderEntity::namedStyle() const {
     static const MLeaderStyle plain;
     const Drawing* owner = drawing();
     if (owner == nullptr) return plain;
@@ -75,24 +153,27 @@ const MLeaderStyle& MLeaderEntity::style() const {
 }
 
 double MLeaderEntity::scale() const {
-    const double factor = annotative() ? annotationScale() : style().scaleFactor;
+    const bool own = overrides && (overrides->members & MLeaderOverrides::kScale) != 0;
+    const double factor = annotative() ? annotationScale()
+                          : own        ? overrides->values.scaleFactor
+                                       : namedStyle().scaleFactor;
     return given(factor) ? factor : 1.0;
 }
 
 double MLeaderEntity::effectiveArrowSize() const {
-    const double size = arrowSize > 0.0 ? arrowSize : style().arrowSize;
+    const double size = arrowSize > 0.0 ? arrowSize : namedStyle().arrowSize;
     return given(size) ? size * scale() : 0.0;
 }
 double MLeaderEntity::effectiveTextHeight() const {
-    const double size = textHeight > 0.0 ? textHeight : style().textHeight;
+    const double size = textHeight > 0.0 ? textHeight : namedStyle().textHeight;
     return (given(size) ? size : 4.0) * scale();
 }
 double MLeaderEntity::effectiveLandingGap() const {
-    const double size = landingGap > 0.0 ? landingGap : style().landingGap;
+    const double size = landingGap > 0.0 ? landingGap : namedStyle().landingGap;
     return given(size) ? size * scale() : 0.0;
 }
 double MLeaderEntity::effectiveLandingDistance() const {
-    const double size = landingDistance > 0.0 ? landingDistance : style().landingDistance;
+    const double size = landingDistance > 0.0 ? landingDistance : namedStyle().landingDistance;
     return given(size) ? size * scale() : 0.0;
 }
 
@@ -141,8 +222,23 @@ Matrix4 MLeaderEntity::blockMatrix() const {
 
 const Block* MLeaderEntity::contentBlock() const {
     const Drawing* owner = drawing();
-    const Name name = blockName.empty() ? style().block : blockName;
+    const Name name = blockName.empty() ? namedStyle().block : blockName;
     return owner != nullptr && !name.empty() ? owner->findBlock(name) : nullptr;
+}
+
+std::vector<BlockAttribute> MLeaderEntity::placedAttributes() const {
+    std::vector<BlockAttribute> placed;
+    const Block* block = contentType == MLeaderContent::Block ? contentBlock() : nullptr;
+    if (block == nullptr) return placed;
+    const Matrix4 matrix = blockMatrix();
+    for (const AttributeDefinitionEntity* definition : attributeDefinitions(block->entities)) {
+        const auto held = std::find_if(attributes.begin(), attributes.end(), [&](const MLeaderAttribute& a) {
+            return equalNoCase(a.tag, definition->tag);
+        });
+        placed.push_back(makeAttribute(*definition, matrix,
+                                       held != attributes.end() ? held->value : definition->defaultValue, *drawing()));
+    }
+    return placed;
 }
 
 Bounds2 MLeaderEntity::contentBox() const {
@@ -194,8 +290,11 @@ void MLeaderEntity::transform(const Matrix4& m) {
         for (Vector2& p : head.vertices) p = m.transform_point(p);
     contentPos = m.transform_point(contentPos);
     const double factor = std::sqrt(std::abs(m.plane_determinant()));
-    if (factor > 0.0 && std::isfinite(factor))
+    if (factor > 0.0 && std::isfinite(factor)) {
         for (double* size : {&landingGap, &landingDistance, &arrowSize, &textHeight}) *size *= factor;
+        for (MLeaderHead& head : heads)
+            if (head.look) head.look->arrowSize *= factor;
+    }
     elevation = m.transform_point(math::Vector3(Vector2{}, elevation)).z;
     transformExtrusion(*this, m);
 }
@@ -242,6 +341,7 @@ void MLeaderEntity::describe(FieldVisitor& v) {
     v.integer("contentType", contentType);
     v.text("textContent", textContent);
     v.name("blockName", blockName);
+    v.objects("attributes", attributes, true);
     v.point("contentPos", contentPos);
     v.length("landingGap", landingGap);
     v.length("landingDistance", landingDistance);
@@ -250,6 +350,7 @@ void MLeaderEntity::describe(FieldVisitor& v) {
     v.length("arrowSize", arrowSize);
     v.length("textHeight", textHeight);
     v.name("styleName", styleName);
+    v.object("overrides", overrides);
 }
 
 void MLeaderEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
@@ -275,43 +376,53 @@ void MLeaderEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
             OutlineStyle inner = style;
             inner.color = color(s.blockColor);
             emitBlock(*block, blockMatrix(), sink, inner);
+            for (const BlockAttribute& attribute : placedAttributes()) emitAttribute(attribute, drawing(), sink, inner);
         }
     }
 }
 
 void MLeaderEntity::emitHeads(OutlineSink& sink, const OutlineStyle& style, const Bounds2& box) const {
-    const MLeaderStyle& s = this->style();
-    if (s.leaderLineType == 0) return;
-    OutlineStyle lines = style;
-    if (s.leaderColor.method != ColorMethod::ByBlock) lines.color = s.leaderColor;
-    if (!s.leaderLinetype.empty() && s.leaderLinetype != commonNames().byBlock) lines.linetype = s.leaderLinetype;
-    if (s.leaderLineweight != -2) lines.lineweight = s.leaderLineweight;
-    const double size = effectiveArrowSize();
+    using Look = MLeaderLineLook;
+    const MLeaderStyle common = this->style();
     const bool dogleg = hasLanding && hasDogleg && contentType != MLeaderContent::None;
-    const bool sideways = s.textAttachmentDirection != 1;
+    const bool sideways = common.textAttachmentDirection != 1;
 
     std::vector<Vector2> points;
     for (const MLeaderHead& head : heads) {
         if (head.vertices.empty()) continue;
+        const Look own = head.look.value_or(Look());
+        const std::int32_t type = own.has(Look::kType) ? own.lineType : common.leaderLineType;
+        if (type == 0) continue;
+        const Color color = own.has(Look::kColor) ? own.color : common.leaderColor;
+        const Name linetype = own.has(Look::kLinetype) ? own.linetype : common.leaderLinetype;
+        const std::int32_t weight = own.has(Look::kLineweight) ? own.lineweight : common.leaderLineweight;
+        const Name arrowBlock = own.has(Look::kArrow) ? own.arrowBlock : common.arrowBlock;
+        const double size = own.has(Look::kArrowSize) ? own.arrowSize * scale() : effectiveArrowSize();
+        OutlineStyle lines = style;
+        if (color.method != ColorMethod::ByBlock) lines.color = color;
+        if (!linetype.empty() && linetype != commonNames().byBlock) lines.linetype = linetype;
+        if (weight != -2) lines.lineweight = weight;
+
         const Vector2 end = connection(head.vertices.back(), box);
         points = head.vertices;
         if (points.size() == 1)
             points.push_back(end - Vector2{sideways ? side() * effectiveLandingDistance() : 0.0, 0.0});
-        const LeaderArrow arrow = leaderArrow(points, size, s.arrowBlock);
-        Path path = leaderLine(points, s.leaderLineType == 2, arrow.lineGap);
+        const LeaderArrow arrow = leaderArrow(points, size, arrowBlock);
+        Path path = leaderLine(points, type == 2, arrow.lineGap);
         if (path.empty()) continue;
         const bool fromLeft = end.x <= box.center().x;
         if (dogleg) path.lineTo(end);
-        if (hasText() && sideways && underlines(fromLeft ? s.textLeftAttachment : s.textRightAttachment))
+        if (hasText() && sideways && underlines(fromLeft ? common.textLeftAttachment : common.textRightAttachment))
             path.lineTo({fromLeft ? box.max.x : box.min.x, end.y});
         sink.stroke(path, lines);
-        if (arrow.visible) emitArrow(sink, lines, drawing(), s.arrowBlock, arrow.tip, arrow.direction, size);
+        if (arrow.visible) emitArrow(sink, lines, drawing(), arrowBlock, arrow.tip, arrow.direction, size);
     }
 }
 
 std::size_t MLeaderEntity::sizeInBytes() const {
     std::size_t size = sizeof *this + extrasSize() + textContent.capacity();
     for (const MLeaderHead& head : heads) size += sizeof head + head.vertices.capacity() * sizeof(Vector2);
+    for (const MLeaderAttribute& a : attributes) size += sizeof a + a.tag.capacity() + a.value.capacity();
     return size;
 }
 

@@ -34,6 +34,11 @@ const ModelerEdges& Solid3DEntity::edges() const {
 
 math::Bounds2 Solid3DEntity::bounds() const { return pathBounds(edges().plan()); }
 
+bool Solid3DEntity::canTransform(const math::Matrix4& m) const {
+    const auto follows = [&](std::string data) { return data.empty() || transformModelerData(data, m); };
+    return hasBody() && follows(sat) && follows(sab);
+}
+
 void Solid3DEntity::transform(const math::Matrix4& m) {
     if (!sat.empty()) transformModelerData(sat, m);
     if (!sab.empty()) transformModelerData(sab, m);

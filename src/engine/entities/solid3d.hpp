@@ -23,6 +23,8 @@ class Solid3DEntity final : public Entity {
     std::string sab;                  ///< modeller binary, as bytes
 
     bool hasBody() const { return !sat.empty() || !sab.empty(); }
+    /// True when a transform by `m` really places the body anew.
+    bool canTransform(const math::Matrix4& m) const;
     /// The edges in space; kept until the data change.
     const ModelerEdges& edges() const;
 

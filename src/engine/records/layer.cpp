@@ -2,6 +2,21 @@
 
 namespace kova::engine {
 
+bool Layer::isInternal() const {
+    std::string_view text = name.view();
+    // A layer of an external reference stands behind its file's name.
+    if (const std::size_t bar = text.rfind('|'); bar != std::string_view::npos) text.remove_prefix(bar + 1);
+    constexpr std::string_view kMark = "ADSK_";
+    const bool starred = text.starts_with('*');
+    if (starred) text.remove_prefix(1);
+    if (text.size() < kMark.size() || !equalNoCase(text.substr(0, kMark.size()), kMark)) return false;
+    if (starred) return true;
+    // Files before R2007 have the names without the star, which names of their kind may not begin with.
+    for (const std::string_view known : {"ADSK_CONSTRAINTS", "ADSK_ASSOC_ENTITY_BACKUPS", "ADSK_SYSTEM_LIGHTS"})
+        if (equalNoCase(text, known)) return true;
+    return false;
+}
+
 void Layer::describe(FieldVisitor& v) {
     v.name("name", name);
     v.color("color", color);

@@ -23,8 +23,11 @@ struct Layer {
     Name linetype = commonNames().continuous;
     Name plotStyleName = commonNames().normal;
 
-    /// Shown and plotted at all: on and thawed.
-    bool isVisible() const { return on && !frozen; }
+    /// Of the layers on which other programs keep what nobody is to see: the dimensions and backups of parametric
+    /// constraints ("*ADSK_CONSTRAINTS"), system lights.
+    bool isInternal() const;
+    /// Shown and plotted at all: on and thawed, and not internal.
+    bool isVisible() const { return on && !frozen && !isInternal(); }
     void describe(FieldVisitor& v);
 };
 

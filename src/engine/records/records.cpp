@@ -53,6 +53,7 @@ void PageSetup::describe(FieldVisitor& v) {
     v.name("name", name, "");
     v.number("paperWidth", paperWidth);
     v.number("paperHeight", paperHeight);
+    v.integer("paperUnits", paperUnits, 1);
     v.boolean("landscape", landscape);
     v.number("marginLeft", marginLeft);
     v.number("marginRight", marginRight);

@@ -7,6 +7,7 @@
 
 #include "engine/describe.hpp"
 #include "engine/entity_list.hpp"
+#include "math/bounds2.hpp"
 
 namespace kova::engine {
 
@@ -63,6 +64,9 @@ struct PageSetup {
     double paperWidth = 420.0;
     double paperHeight = 297.0;
     bool landscape = true;
+    /// What one unit of the sheet is, and what scalePaper counts: 0 inches, 1 millimetres, 2 pixels. All other sizes
+    /// here are millimetres whatever the unit.
+    std::int32_t paperUnits = 1;
     double marginLeft = 7.5;
     double marginRight = 7.5;
     double marginTop = 7.5;
@@ -80,6 +84,11 @@ struct PageSetup {
     bool plotWithLineweights = true;
     bool plotTransparency = false;
     std::int32_t dpi = 300;
+
+    /// Millimetres of a paper unit; a pixel, which has no size of its own, counts as one.
+    double paperUnit() const { return paperUnits == 0 ? 25.4 : 1.0; }
+    /// The sheet in units of the layout, its lower left corner at the origin.
+    math::Bounds2 sheet() const { return {{0.0, 0.0}, math::Vector2{paperWidth, paperHeight} / paperUnit()}; }
 
     void describe(FieldVisitor& v);
 };

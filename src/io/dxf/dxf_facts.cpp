@@ -178,4 +178,18 @@ std::size_t degreesText(double radians, char* out) {
     return static_cast<std::size_t>(end - out);
 }
 
+engine::Color colorOfRaw(std::int64_t value) {
+    const auto raw = static_cast<std::uint32_t>(value);
+    switch (raw >> 24) {
+        case 0xC1:
+            return engine::Color::byBlock();
+        case 0xC2:
+            return colorOfRgb(raw);
+        case 0xC3:
+            return engine::Color::fromBareIndex(static_cast<int>(raw & 0x1FF)).value_or(engine::Color());
+        default:
+            return engine::Color::byLayer();
+    }
+}
+
 }  // namespace kova::io::dxf

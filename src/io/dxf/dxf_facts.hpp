@@ -128,6 +128,15 @@ bool radiansFromDegrees(std::string_view text, double& radians);
 /// The same from a value that was parsed already; exact for texts of up to 17 digits.
 double radiansFromDegrees(double degrees);
 
+/// A colour with its method in the top byte, as multileaders and their styles hold it.
+engine::Color colorOfRaw(std::int64_t value);
+
+/// DIMJOGANG among the groups of a DIMSTYLE.
+inline constexpr int kJogAngleCode = 50;
+/// True for a value of DIMJOGANG in degrees. DIMSTYLE records have degrees, the header and overrides radians, and not all
+/// programs keep to that; what the variable can be (5 to 90 degrees) tells them apart.
+inline bool isJogInDegrees(double value) { return std::abs(value) > 2.0; }
+
 // Transparency: group 440 and the layer's 1071 ------------------------------------------------------------------
 
 inline constexpr std::int32_t kTransparencyExplicit = 0x02000000;

@@ -184,6 +184,9 @@ private:
     void takeDimensionOverrides(std::vector<engine::XDataItem>& items, engine::Entity& entity);
     // reader_mleader.cpp
     std::unique_ptr<engine::Entity> buildMLeader(const EntityTags& tags);
+    void takeLineLook(const Tag& tag, engine::MLeaderLineLook& look);
+    void takeOwnLook(const Tag& tag, engine::MLeaderStyle& own);
+    void settleLeaderAttributes();
     // reader_table_entity.cpp
     std::unique_ptr<engine::Entity> buildTable(const EntityTags& tags);
     // reader_solids.cpp
@@ -365,6 +368,8 @@ private:
     std::vector<Link> extensions_;                                      ///< extension dictionaries
     std::vector<Link> images_;                                          ///< IMAGEDEF
     std::vector<Link> leaderStyles_;                                    ///< MLEADERSTYLE
+    /// Multileaders and the ATTDEFs that their values belong to.
+    std::vector<std::pair<std::uint64_t, std::vector<std::uint64_t>>> leaderAttributes_;
     std::vector<Link> tableStyles_;                                     ///< TABLESTYLE
     std::vector<Link> mlineStyles_;                                     ///< MLINESTYLE
     std::unordered_map<std::uint64_t, std::string> ownMLines_;          ///< own data, to be applied over their styles
@@ -377,6 +382,8 @@ private:
     // Left by a builder for the entity that is being read
     std::uint64_t pendingImage_ = 0;
     std::uint64_t pendingLeaderStyle_ = 0;
+    std::vector<std::uint64_t> pendingAttributes_;  ///< of the multileader being read
+    math::Vector2 pendingTextPlace_;                ///< of the dimension being read
     std::uint64_t pendingTableStyle_ = 0;
     std::uint64_t pendingMLineStyle_ = 0;
     std::vector<std::uint64_t> pendingColumns_;

@@ -56,6 +56,7 @@ void Reader::place(std::unique_ptr<Entity> entity, const EntityTags& tags, Entit
     if (tags.dictionary != 0) extensions_.push_back({placed.id(), tags.dictionary});
     if (pendingImage_ != 0) images_.push_back({placed.id(), pendingImage_});
     if (pendingLeaderStyle_ != 0) leaderStyles_.push_back({placed.id(), pendingLeaderStyle_});
+    if (!pendingAttributes_.empty()) leaderAttributes_.emplace_back(placed.id(), std::move(pendingAttributes_));
     if (pendingTableStyle_ != 0) tableStyles_.push_back({placed.id(), pendingTableStyle_});
     if (pendingMLineStyle_ != 0) mlineStyles_.push_back({placed.id(), pendingMLineStyle_});
     if (!pendingColumns_.empty()) columns_.push_back({placed.id(), std::move(pendingColumns_)});
@@ -87,6 +88,7 @@ void Reader::readEntity(EntityList* list) {
     unusable_ = false;
     pendingImage_ = pendingLeaderStyle_ = pendingTableStyle_ = pendingMLineStyle_ = 0;
     pendingColumns_.clear();
+    pendingAttributes_.clear();
     std::unique_ptr<Entity> entity = (this->*builder)(tags);
     if (entity) {
         readCommon(tags, *entity);

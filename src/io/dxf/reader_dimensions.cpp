@@ -5,6 +5,7 @@
 #include "engine/entities/dimension.hpp"
 #include "engine/entities/leader.hpp"
 #include "engine/entities/tolerance.hpp"
+#include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/reader.hpp"
 #include "math/matrix4.hpp"
@@ -131,6 +132,7 @@ std::unique_ptr<Entity> Reader::buildDimension(const EntityTags& tags) {
             break;
     }
     if ((flags & 128) != 0) out->setUserText(p11.xy());
+    pendingTextPlace_ = p11.xy();
     if (!out->blockName.empty()) pictures_.push_back(out->blockName);
     if (out->dimStyleName.empty()) out->dimStyleName = engine::commonNames().standard;
     setPlane(*out, normal, 0.0, p10.z);
@@ -162,7 +164,7 @@ void Reader::takeDimensionOverrides(std::vector<XDataItem>& items, Entity& entit
         const bool named = std::holds_alternative<engine::Name engine::DimStyle::*>(variable->member);
         const bool textual = std::holds_alternative<std::string engine::DimStyle::*>(variable->member);
         if (const auto* d = std::get_if<double>(&item.value))
-            numbers[key] = *d;
+            numbers[key] = code == kJogAngleCode && isJogInDegrees(*d) ? radiansFromDegrees(*d) : *d;
         else if (const auto* n = std::get_if<std::int64_t>(&item.value))
             numbers[key] = static_cast<double>(*n);
         else if (const auto* s = std::get_if<std::string>(&item.value)) {
@@ -179,6 +181,11 @@ void Reader::takeDimensionOverrides(std::vector<XDataItem>& items, Entity& entit
         auto& dimension = static_cast<DimensionEntity&>(entity);
         dimension.styleOverrides.merge(numbers);
         dimension.nameOverrides.merge(names);
+        // Some programs say only by this variable that the text stands where they have put it.
+        const auto placed = dimension.styleOverrides.find("DIMUPT");
+        const bool byVariable = placed != dimension.styleOverrides.end() && placed->second != 0.0;
+        if (byVariable && !dimension.hasUserText() && pendingTextPlace_ != Vector2{})
+            dimension.setUserText(pendingTextPlace_);
         return;
     }
     const auto number = [&](const char* key) {

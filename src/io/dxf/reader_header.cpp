@@ -167,7 +167,8 @@ void Reader::applyHeader() {
             case engine::SysVarType::Real: {
                 double number = tag.real();
                 if (number != number) continue;
-                if (def->degrees || tag.code == 50) {
+                const bool radians = def->name == "DIMJOGANG" && !isJogInDegrees(number);
+                if ((def->degrees || tag.code == 50) && !radians) {
                     const std::string_view digits = tag.trimmed();
                     double radians = 0.0;
                     number = digits.size() > 17 && radiansFromDegrees(digits, radians) ? radians

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/plot_page.hpp"
 #include "engine/sysvar.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/own_data.hpp"
@@ -144,7 +145,6 @@ void Reader::readGroups(std::uint64_t handle) {
 void Reader::readPlotSettings(const Record& record, engine::PageSetup& setup) {
     std::int64_t rotation = 0;
     std::int64_t flags = 16 | 128;
-    std::int64_t units = 1;
     unusable_ = false;
     bool inside = false;
     for (const Tag& tag : record.tags) {
@@ -201,7 +201,7 @@ void Reader::readPlotSettings(const Record& record, engine::PageSetup& setup) {
                 flags = tag.integer();
                 break;
             case 72:
-                units = tag.integer();
+                setup.paperUnits = small(tag);
                 break;
             case 73:
                 rotation = tag.integer();
@@ -219,15 +219,27 @@ void Reader::readPlotSettings(const Record& record, engine::PageSetup& setup) {
                 break;
         }
     }
-    (void)units;
-    // The size is that of the sheet before it is turned.
-    if ((rotation & 1) != 0) std::swap(setup.paperWidth, setup.paperHeight);
+    // Size and margins are those of the sheet before it is turned.
+    for (std::int64_t turns = rotation & 3; turns > 0; --turns) {
+        std::swap(setup.paperWidth, setup.paperHeight);
+        const double left = setup.marginLeft;
+        setup.marginLeft = setup.marginTop;
+        setup.marginTop = setup.marginRight;
+        setup.marginRight = setup.marginBottom;
+        setup.marginBottom = left;
+    }
     setup.landscape = own_ ? (rotation & 1) != 0 : setup.paperWidth > setup.paperHeight;
     setup.centerOnPage = (flags & 4) != 0;
     setup.plotWithLineweights = (flags & 128) != 0;
+    // No standard scale: the numbers count. This program's earlier files say "fit" without the bit.
+    const bool custom = (flags & 16) == 0 && (setup.scaleType != 0 || !own_);
+    if (custom && setup.scalePaper != setup.scaleDrawing) setup.scaleType = engine::kCustomPlotScale;
+    if (custom && setup.scaleType == 0) setup.scaleType = 16;
     if (!own_ && (!(setup.paperWidth > 0.0) || !(setup.paperHeight > 0.0))) {
-        setup.paperWidth = 420.0;
-        setup.paperHeight = 297.0;
+        // A sheet that was never set up: as large as its usual limits, 12 x 9 inches or A3.
+        const bool inches = setup.paperUnits == 0;
+        setup.paperWidth = inches ? 304.8 : 420.0;
+        setup.paperHeight = inches ? 228.6 : 297.0;
         setup.landscape = true;
     }
 }

@@ -11,25 +11,6 @@ namespace kova::io::dxf {
 using engine::Color;
 using engine::Name;
 
-namespace {
-
-/// A colour with its method in the top byte.
-Color rawColor(std::int64_t value) {
-    const auto raw = static_cast<std::uint32_t>(value);
-    switch (raw >> 24) {
-        case 0xC1:
-            return Color::byBlock();
-        case 0xC2:
-            return colorOfRgb(raw);
-        case 0xC3:
-            return Color::fromBareIndex(static_cast<int>(raw & 0x1FF)).value_or(Color());
-        default:
-            return Color::byLayer();
-    }
-}
-
-}  // namespace
-
 void Reader::readMLeaderStyles(std::uint64_t handle) {
     Record record;
     engine::Table<engine::MLeaderStyle> styles;
@@ -63,7 +44,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
                     s.leaderLineType = small(tag);
                     break;
                 case 91:
-                    s.leaderColor = rawColor(tag.integer());
+                    s.leaderColor = colorOfRaw(tag.integer());
                     break;
                 case 340:
                     s.leaderLinetype = recordName(tag.handle());
@@ -108,7 +89,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
                     s.textAlignment = small(tag);
                     break;
                 case 93:
-                    s.textColor = rawColor(tag.integer());
+                    s.textColor = colorOfRaw(tag.integer());
                     break;
                 case 45:
                     s.textHeight = real(tag);
@@ -126,7 +107,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
                     s.block = recordName(tag.handle());
                     break;
                 case 94:
-                    s.blockColor = rawColor(tag.integer());
+                    s.blockColor = colorOfRaw(tag.integer());
                     break;
                 case 47:
                     s.blockScale = real(tag);
@@ -282,8 +263,11 @@ void Reader::settleStyles() {
             leader.arrowSize /= scale;
             leader.landingGap /= scale;
             leader.landingDistance /= scale;
+            for (engine::MLeaderHead& head : leader.heads)
+                if (head.look) head.look->arrowSize /= scale;
         }
     }
+    settleLeaderAttributes();
     for (const Link& link : tableStyles_) {
         auto* const found = linked<engine::TableEntity>(link.entity);
         if (found == nullptr) continue;

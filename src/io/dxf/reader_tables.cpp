@@ -489,7 +489,8 @@ void Reader::readDimStyle(const Record& record) {
         } else if (std::holds_alternative<std::string engine::DimStyle::*>(found->member)) {
             style.*std::get<std::string engine::DimStyle::*>(found->member) = text(tag);
         } else {
-            const double number = tag.real();
+            double number = tag.real();
+            if (code == kJogAngleCode && isJogInDegrees(number)) number = angle(tag);
             if (number == number) engine::setDimValue(style, *found, engine::DimValue(number));
         }
     }

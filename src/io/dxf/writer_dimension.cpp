@@ -99,7 +99,7 @@ bool Writer::write(const DimensionEntity& e, const Target& t) {
     const bool round = kind == DimensionType::Diameter || kind == DimensionType::Radius;
     const bool tilted = !(e.normal() == Vector3{0, 0, 1});
     if (round && (tilted || !(middle == e.dimLine))) keys.push_back("dimLine");
-    if (tilted && e.hasUserText()) keys.push_back("userText");
+    if (tilted && e.hasUserText()) keys.insert(keys.end(), {"userText", "textAtOrigin"});
 
     std::uint64_t blockRecord = 0;
     const std::string block = picture(e, "*D", blockRecord);

@@ -42,8 +42,11 @@ void Writer::dimStyleRecord(const DimStyle& style, const OwnData& own) {
     for (const DimVariable* variable : variablesByCode()) {
         const int code = variable->dxfCode;
         if (const auto* real = std::get_if<double DimStyle::*>(&variable->member)) {
-            // DIMJOGANG is in radians here.
-            out.real(code, style.**real);
+            // Of all the variables only DIMJOGANG is an angle. Header and overrides have it in radians.
+            if (code == kJogAngleCode)
+                out.angle(code, style.**real);
+            else
+                out.real(code, style.**real);
         } else if (const auto* name = std::get_if<Name DimStyle::*>(&variable->member)) {
             const Name value = style.**name;
             if (isArrow(variable->name)) {

@@ -1,9 +1,22 @@
 // Layouts and page setups.
+#include "engine/plot_page.hpp"
 #include "io/dxf/writer.hpp"
 
 namespace kova::io::dxf {
 
 using engine::PageSetup;
+
+namespace {
+
+constexpr int kOneToOne = 16;  // in the list of standard scales
+constexpr int kOneToTwo = 17;
+
+bool isCustomScale(const PageSetup& setup) {
+    return setup.scaleType == engine::kCustomPlotScale ||
+           (setup.scaleType == kOneToTwo && setup.scalePaper * 2.0 != setup.scaleDrawing);
+}
+
+}  // namespace
 
 void Writer::plotSettings(const PageSetup& setup, std::string_view name, bool model) {
     GroupWriter& out = *out_;
@@ -12,12 +25,12 @@ void Writer::plotSettings(const PageSetup& setup, std::string_view name, bool mo
     out.text(2, setup.plotDevice);
     out.text(4, setup.paperSizeName);
     out.word(6, "");
-    out.real(40, setup.marginLeft);
-    out.real(41, setup.marginBottom);
-    out.real(42, setup.marginRight);
-    out.real(43, setup.marginTop);
-    // The size is that of the unrotated sheet: a landscape sheet is a portrait one turned by a quarter.
+    // Margins and size are those of the unrotated sheet: a landscape sheet is a portrait one turned by a quarter.
     const bool turned = setup.landscape;
+    out.real(40, turned ? setup.marginBottom : setup.marginLeft);
+    out.real(41, turned ? setup.marginRight : setup.marginBottom);
+    out.real(42, turned ? setup.marginTop : setup.marginRight);
+    out.real(43, turned ? setup.marginLeft : setup.marginTop);
     out.real(44, turned ? setup.paperHeight : setup.paperWidth);
     out.real(45, turned ? setup.paperWidth : setup.paperHeight);
     out.real(46, setup.offsetX);
@@ -26,13 +39,15 @@ void Writer::plotSettings(const PageSetup& setup, std::string_view name, bool mo
     out.real(142, setup.scalePaper);
     out.real(143, setup.scaleDrawing);
     int flags = 32 | (setup.centerOnPage ? 4 : 0) | (setup.plotWithLineweights ? 128 : 0) | (model ? 1024 : 0);
-    if (setup.scaleType != 0) flags |= 16;
+    // Without the bit for a standard scale the two numbers count, whatever the scale's place in the list is.
+    const bool custom = isCustomScale(setup);
+    if (!custom) flags |= 16;
     out.integer(70, flags);
-    out.integer(72, 1);
+    out.integer(72, setup.paperUnits & 0x7FFF);
     out.integer(73, turned ? 1 : 0);
     out.integer(74, setup.plotArea & 0x7FFF);
     out.text(7, setup.plotStyleTable);
-    out.integer(75, setup.scaleType & 0x7FFF);
+    out.integer(75, custom ? kOneToOne : setup.scaleType & 0x7FFF);
     out.integer(76, 0);
     out.integer(77, 2);
     out.integer(78, setup.dpi & 0x7FFF);
@@ -51,6 +66,7 @@ FieldKeys setupKeys(const PageSetup& setup) {
     if (setup.plotArea < 0 || setup.plotArea > 0x7FFF) keys.push_back("plotArea");
     if (setup.scaleType < 0 || setup.scaleType > 0x7FFF) keys.push_back("scaleType");
     if (setup.dpi < 0 || setup.dpi > 0x7FFF) keys.push_back("dpi");
+    if (setup.paperUnits < 0 || setup.paperUnits > 0x7FFF) keys.push_back("paperUnits");
     return keys;
 }
 
@@ -88,11 +104,9 @@ void Writer::layoutObjects() {
         lastTab = std::max(lastTab, tab);
         out.integer(71, tab);
         const bool model = i == 0;
-        const math::Vector2 lower =
-            model ? drawing_.limits.lower : math::Vector2{-setup.marginLeft, -setup.marginBottom};
-        const math::Vector2 upper =
-            model ? drawing_.limits.upper
-                  : math::Vector2{setup.paperWidth - setup.marginLeft, setup.paperHeight - setup.marginBottom};
+        const math::Vector2 margin = math::Vector2{setup.marginLeft, setup.marginBottom} / setup.paperUnit();
+        const math::Vector2 lower = model ? drawing_.limits.lower : -margin;
+        const math::Vector2 upper = model ? drawing_.limits.upper : setup.sheet().max - margin;
         out.point(10, lower);
         out.point(11, upper);
         out.point(12, math::Vector3{});

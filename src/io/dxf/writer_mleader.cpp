@@ -7,6 +7,9 @@ using namespace engine;
 using math::Vector2;
 using math::Vector3;
 
+/// The width of a value that the multileader does not hold itself: other programs want one for each definition.
+constexpr double kNotHeld = 0.0;
+
 bool Writer::write(const MLeaderEntity& e, const Target& t) {
     const auto finite = [](const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); };
     if (!finite(e.contentPos)) return false;
@@ -21,11 +24,20 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     if (e.contentType != MLeaderContent::MText && !e.textContent.empty()) keys.push_back("textContent");
     if (e.contentType != MLeaderContent::Block && !e.blockName.empty()) keys.push_back("blockName");
     if (e.contentType == MLeaderContent::Block) keys.push_back("blockName");
+    const Block* content = e.contentType == MLeaderContent::Block ? e.contentBlock() : nullptr;
+    const auto definitions =
+        content != nullptr ? attributeDefinitions(content->entities) : std::vector<const AttributeDefinitionEntity*>();
+    const bool allDefined = std::all_of(e.attributes.begin(), e.attributes.end(), [&](const MLeaderAttribute& a) {
+        return a.width != kNotHeld && std::any_of(definitions.begin(), definitions.end(), [&](const auto* definition) {
+                   return equalNoCase(definition->tag, a.tag);
+               });
+    });
+    if (!allDefined) keys.push_back("attributes");
     if (!isPlain(e.styleName) || mleaderStyles_.find(e.styleName.key()) == mleaderStyles_.end())
         keys.push_back("styleName");
 
-    const MLeaderStyle& style = e.style();
-    const Block* block = e.contentType == MLeaderContent::Block ? e.contentBlock() : nullptr;
+    const MLeaderStyle style = e.style();
+    const Block* block = content;
     const bool isText = e.contentType == MLeaderContent::MText;
     const double scale = e.scale();
     const double gap = e.effectiveLandingGap();
@@ -110,6 +122,7 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
         // The landing point itself stands above.
         for (std::size_t i = 0; i + 1 < h.vertices.size(); ++i) out.point(10, h.vertices[i], e.elevation);
         out.integer(91, 0);
+        if (h.look) lineLook(*h.look, scale);
         out.word(305, "}");
         out.integer(271, style.textAttachmentDirection);
         out.word(303, "}");
@@ -126,6 +139,8 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     if (e.landingDistance != 0.0) overrides |= 128;
     if (e.arrowSize != 0.0) overrides |= 512;
     if (e.textHeight != 0.0) overrides |= 65536;
+    if (!e.blockName.empty()) overrides |= 1 << 19;
+    if (e.overrides) overrides |= static_cast<std::int32_t>(e.overrides->members & MLeaderOverrides::kAll);
     out.integer(90, overrides);
     out.integer(170, style.leaderLineType);
     rawColor(91, style.leaderColor);
@@ -150,6 +165,7 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     out.real(43, style.blockRotation);
     out.integer(176, style.blockConnection);
     out.flag(293, e.annotative());
+    attributeValues(e, block);
     out.flag(294, false);
     out.integer(178, 0);
     out.integer(179, 1);
@@ -159,6 +175,33 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     out.integer(273, style.topTextAttachment);
     tail(e, own);
     return true;
+}
+
+void Writer::lineLook(const MLeaderLineLook& look, double scale) {
+    GroupWriter& out = *out_;
+    out.integer(170, look.lineType);
+    rawColor(92, look.color);
+    out.handle(340, linetypeHandle(look.linetype.empty() ? commonNames().byBlock : look.linetype));
+    out.integer(171, nearestLineweight(look.lineweight));
+    out.real(40, look.arrowSize * scale);
+    if (const std::uint64_t arrow = arrowHandle(look.arrowBlock); arrow != 0) out.handle(341, arrow);
+    out.integer(93, static_cast<std::int32_t>(look.members));
+}
+
+void Writer::attributeValues(const MLeaderEntity& e, const Block* block) {
+    if (block == nullptr) return;
+    GroupWriter& out = *out_;
+    int index = 0;
+    for (const AttributeDefinitionEntity* definition : attributeDefinitions(block->entities)) {
+        const auto held = std::find_if(e.attributes.begin(), e.attributes.end(), [&](const MLeaderAttribute& a) {
+            return equalNoCase(a.tag, definition->tag);
+        });
+        const bool given = held != e.attributes.end();
+        out.handle(330, definition->handle());
+        out.integer(177, index++);
+        out.real(44, given ? held->width : kNotHeld);
+        out.text(302, given ? held->value : definition->defaultValue);
+    }
 }
 
 std::uint64_t Writer::firstMLeaderStyle() {

@@ -14,6 +14,14 @@ public:
     void real(const char* name, int code, double& v) {
         if (here(name)) f_.bd(header_ ? 40 : code, v);
     }
+    /// Radians; degrees in the groups of a style, not in those of the header.
+    void angle(const char* name, int code, double& v) {
+        if (!here(name)) return;
+        if (header_)
+            f_.bd(40, v);
+        else
+            f_.angle(code, v);
+    }
     void number(const char* name, int code, std::int16_t& v) {
         if (here(name)) f_.bs(header_ ? 70 : code, v);
     }
@@ -84,7 +92,7 @@ void DimVariables::describe(Fields& f, bool header) {
     v.real("$DIMTM", 48, tm);
     if (from2007) {
         v.real("$DIMFXL", 49, fxl);
-        v.real("$DIMJOGANG", 50, jogang);
+        v.angle("$DIMJOGANG", 50, jogang);
         v.number("$DIMTFILL", 69, tfill);
         DxfInput* in = header ? nullptr : f.input();
         if (in == nullptr) {
