@@ -7,11 +7,19 @@
 namespace kova::cmd {
 
 engine::Name nextGroupName(const engine::Drawing& drawing) {
-    // At most one more than there are groups.
-    for (std::size_t i = 1;; ++i) {
-        const engine::Name name("*A" + std::to_string(i));
-        if (!drawing.groups.contains(name)) return name;
+    // A free number behind a taken one, found by halving: groups are made by the thousand.
+    const auto name = [](std::size_t number) { return engine::Name("*A" + std::to_string(number)); };
+    std::size_t taken = 0;
+    std::size_t free = 1;
+    while (drawing.groups.contains(name(free))) {
+        taken = free;
+        free *= 2;
     }
+    while (free - taken > 1) {
+        const std::size_t middle = taken + (free - taken) / 2;
+        (drawing.groups.contains(name(middle)) ? taken : free) = middle;
+    }
+    return name(free);
 }
 
 std::vector<std::uint64_t> handlesOf(const engine::Drawing& drawing, const std::vector<std::uint64_t>& ids) {
