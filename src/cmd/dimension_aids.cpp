@@ -3,7 +3,6 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/outline_parts.hpp"
 #include "cmd/picking.hpp"
-#include "cmd/read_only_pick.hpp"
 #include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/entities/dimension_geometry.hpp"
@@ -89,11 +88,6 @@ private:
     std::size_t element_ = 0;
 };
 
-bool isShown(const engine::Drawing& drawing, const engine::Entity& entity) {
-    const engine::Layer* layer = drawing.layers.find(entity.layer);
-    return entity.visible && (layer == nullptr || layer->isVisible());
-}
-
 }  // namespace
 
 std::optional<PickedPiece> pickedPiece(const engine::Entity& entity, const Vector2& p) {
@@ -119,43 +113,14 @@ std::vector<DimensionLink> PickedPiece::arcLinks() const {
     return {DimensionLink{0, LinkKind::Arc, handle, segment, 0.0, viewport, viewScale}};
 }
 
-Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string prompt,
-                            std::function<bool(const engine::Entity&)> filter) {
-    if (document.drawing().currentSpaceIsModel()) {
-        const ReadOnlyFilter reads{std::move(filter)};
-        Answer picked = co_await ask.object(std::move(prompt), {}, reads);
-        co_return picked;
-    }
-    for (;;) {
-        Answer answer = co_await ask.text(prompt);
-        if (answer.isEnter()) co_return answer;
-        const engine::Entity* entity = nullptr;
-        const std::string word = engine::upperCase(trimmed(answer.text));
-        if (word == "L" || word == "LAST") {
-            entity = document.drawing().findById(lastEntity(document));
-            if (entity != nullptr) answer.point = entity->nearestPoint(entity->bounds().center());
-        } else if (const auto named = parseNamedPick(document, answer.text)) {
-            entity = named->entity;
-            answer.point = named->point;
-        } else if (const auto p =
-                       parsePointInput(answer.text, ask.lastPoint(), {}, PointContext::of(document.drawing()))) {
-            answer.point = *p;
-            entity = pickEntity(document, *p, filter);
-            if (entity == nullptr) entity = pickLocked(document, *p, filter);
-            if (entity == nullptr) entity = pickThroughViewport(document, *p, filter);
-            if (entity == nullptr) entity = pickEntity(document, *p);
-        } else {
-            ask.message("Invalid input.");
-            continue;
-        }
-        if (entity == nullptr || !filter(*entity)) {
-            ask.message(entity == nullptr ? "No object found." : "Object cannot be used here.");
-            continue;
-        }
-        answer.kind = Answer::Kind::Object;
-        answer.id = entity->id();
-        co_return answer;
-    }
+Task<Answer> askDimensioned(Ask& ask, std::string prompt, std::function<bool(const engine::Entity&)> filter) {
+    PickRequest request;
+    request.prompt = std::move(prompt);
+    request.usable = std::move(filter);
+    request.locked = Locked::Taken;
+    request.reach = Reach::ThroughViewports;
+    Answer picked = co_await ask.pick(std::move(request));
+    co_return picked;
 }
 
 std::optional<PickedPiece> pieceAt(doc::Document& document, const Answer& picked) {

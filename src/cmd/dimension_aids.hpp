@@ -34,10 +34,9 @@ bool hasPiece(const engine::Entity& entity);
 bool hasRoundPiece(const engine::Entity& entity);
 bool isDimension(const engine::Entity& entity);
 
-/// One entity for a dimension, by a point near it or L for the last one. In a layout also an entity of the model,
-/// picked through a viewport.
-Task<Answer> askDimensioned(Ask& ask, doc::Document& document, std::string prompt,
-                            std::function<bool(const engine::Entity&)> filter);
+/// One entity for a dimension, which is only looked at. In a layout also an entity of the model, picked through a
+/// viewport.
+Task<Answer> askDimensioned(Ask& ask, std::string prompt, std::function<bool(const engine::Entity&)> filter);
 /// The piece of what askDimensioned gave, as it shows in the current space.
 std::optional<PickedPiece> pieceAt(doc::Document& document, const Answer& picked);
 

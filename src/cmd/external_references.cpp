@@ -142,7 +142,7 @@ std::string_view referenceStatusName(engine::XrefStatus status) {
     return "Unloaded";
 }
 
-std::string reloadReference(doc::Document& document, AppServices& services, Name name) {
+std::string reloadReference(doc::Document& document, AppServices& services, Name name, int* units) {
     Block* reference = document.drawing().findBlock(name);
     if (reference == nullptr || reference->xrefType == engine::XrefType::None) return "Xref not found: " + name.str();
     Drawing source;
@@ -152,6 +152,7 @@ std::string reloadReference(doc::Document& document, AppServices& services, Name
         document.editBlock(*reference, [](Block& b) { b.xrefStatus = engine::XrefStatus::NotFound; });
         return error;
     }
+    if (units != nullptr) *units = engine::sysVarInt(source, "INSUNITS");
     engine::ReferenceContents contents = engine::takeReferenceContents(source, reference->name);
     const bool keepLayers = engine::sysVarInt(document.drawing(), "VISRETAIN", 1) != 0;
     putRecords<doc::LineTypeTraits>(document, contents.linetypes, false);

@@ -16,8 +16,8 @@ std::vector<engine::Name> referencesMatching(const engine::Drawing& drawing, std
 /// "Loaded", "Unloaded", "Not found", "Unresolved".
 std::string_view referenceStatusName(engine::XrefStatus status);
 
-/// Reads the file of a reference (again) and shows it.
-std::string reloadReference(doc::Document& document, AppServices& services, engine::Name name);
+/// Reads the file of a reference (again) and shows it. Gives the unit of the file (INSUNITS) where it is asked for.
+std::string reloadReference(doc::Document& document, AppServices& services, engine::Name name, int* units = nullptr);
 /// Takes a reference's contents out of sight; where it is placed, and its layers, stay.
 void unloadReference(doc::Document& document, engine::Name name);
 /// Deletes a reference with all its placements and what came with it.

@@ -3,9 +3,8 @@
 #include <unordered_set>
 
 #include "cmd/format.hpp"
-#include "cmd/picking.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/wildcards.hpp"
-#include "doc/spatial_index.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/viewport.hpp"
@@ -36,12 +35,6 @@ std::vector<EntityList*> allLists(engine::Drawing& drawing) {
     for (const auto& layout : drawing.layouts()) lists.push_back(&layout->entities);
     for (const auto& block : drawing.blocks()) lists.push_back(&block->entities);
     return lists;
-}
-
-bool isShown(const engine::Drawing& drawing, const Entity& entity) {
-    if (!entity.visible) return false;
-    const Layer* layer = drawing.layers.find(entity.layer);
-    return layer == nullptr || layer->isVisible();
 }
 
 bool namesLayer(const engine::XDataItem& item, const NameSet& names) {
@@ -137,47 +130,29 @@ void editLayers(doc::Document& document, const LayerNames& names, const std::fun
 
 Task<LayerAnswer> askLayerOf(Ask& ask, doc::Document& document, std::string prompt, std::string keywords, bool names) {
     for (;;) {
-        const Answer answer = co_await ask.text(prompt, keywords);
+        PickRequest request;
+        request.prompt = prompt;
+        request.options = keywords;
+        request.locked = Locked::Taken;
+        if (names)
+            request.isName = [&document](std::string_view line) {
+                return document.drawing().layers.contains(Name(typedName(line)));
+            };
+        const Answer answer = co_await ask.pick(std::move(request));
         LayerAnswer out;
         out.kind = answer.kind;
         out.word = answer.word;
-        if (!answer.isText()) co_return out;
-        const engine::Drawing& drawing = document.drawing();
-        const Entity* entity = nullptr;
-        const std::string_view line = trimmed(answer.text);
-        const bool last = engine::equalNoCase(line, "L") || engine::equalNoCase(line, "Last");
-        bool picking = true;
-        if (last) {
-            const EntityList& space = drawing.currentSpace();
-            for (const Entity* e = space.last(); e != nullptr && entity == nullptr; e = space.before(*e))
-                if (isShown(drawing, *e)) entity = e;
-            if (entity != nullptr) out.point = entity->nearestPoint(entity->bounds().center());
-        } else if (const auto named = parseNamedPick(document, answer.text)) {
-            entity = named->entity;
-            out.point = named->point;
-        } else if (const auto p = parsePointInput(answer.text, ask.lastPoint(), {}, PointContext::of(drawing))) {
-            out.point = *p;
-            entity = document.spatialIndex().nearest(*p, pickTolerance(document),
-                                                     [&](const Entity& e) { return isShown(drawing, e); });
-        } else {
-            picking = false;
-        }
-        if (entity != nullptr) {
-            out.kind = Answer::Kind::Object;
+        if (const Entity* entity = answer.isObject() ? document.drawing().findById(answer.id) : nullptr) {
             out.layers.assign(1, entity->layer);
-            out.id = entity->id();
-            co_return out;
+            out.id = answer.id;
+            out.point = answer.point;
         }
-        if (picking) {
-            ask.message("No object found.");
-        } else if (names) {
-            auto matched = matchLayers(drawing, answer.text, [&](const std::string& text) { ask.message(text); });
-            if (!matched || matched->empty()) continue;
-            out.layers = std::move(*matched);
-            co_return out;
-        } else {
-            ask.message(keywords.empty() ? "Invalid input." : "Invalid point or option keyword.");
-        }
+        if (!answer.isText()) co_return out;
+        auto matched =
+            matchLayers(document.drawing(), answer.text, [&](const std::string& text) { ask.message(text); });
+        if (!matched || matched->empty()) continue;
+        out.layers = std::move(*matched);
+        co_return out;
     }
 }
 

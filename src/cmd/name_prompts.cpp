@@ -14,6 +14,12 @@ std::string typedName(std::string_view line) {
     return std::string(name);
 }
 
+Task<std::string> askNamesToList(Ask& ask, std::string prompt) {
+    const Answer answer = co_await ask.text(std::move(prompt));
+    std::string filter = answer.isEnter() ? "*" : typedName(answer.text);
+    co_return filter;
+}
+
 std::vector<Name> matchingNames(const engine::Drawing& drawing, std::vector<Name> names, std::string_view filter) {
     std::erase_if(names, [&](const Name& name) { return !matchesWildcards(name.view(), filter); });
     if (names.size() <= static_cast<std::size_t>(std::max(0, engine::sysVarInt(drawing, "MAXSORT", 1000))))

@@ -4,13 +4,17 @@
 #include <string_view>
 #include <vector>
 
-#include "cmd/tool.hpp"
+#include "cmd/dialogue.hpp"
 #include "doc/document.hpp"
 
 namespace kova::cmd {
 
 /// A typed name: blanks and double quotes round it taken off.
 std::string typedName(std::string_view line);
+
+/// What "?" asks where the names of a drawing's records can be listed: which of them, by wild cards. `prompt` ends with
+/// "to list <*>:".
+Task<std::string> askNamesToList(Ask& ask, std::string prompt);
 
 /// Prints the drawing's blocks whose names match, and how many there are of each kind.
 void listBlocks(const engine::Drawing& drawing, const std::string& filter, ToolHost& host);

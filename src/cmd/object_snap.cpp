@@ -52,11 +52,6 @@ const Word* findWord(std::string_view typed) {
     return nullptr;
 }
 
-bool isShown(const engine::Drawing& drawing, const engine::Entity& entity) {
-    const engine::Layer* layer = drawing.layers.find(entity.layer);
-    return entity.visible && (layer == nullptr || layer->isVisible());
-}
-
 }  // namespace
 
 std::optional<SnapWords> parseSnapWords(std::string_view text) {

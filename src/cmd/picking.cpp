@@ -1,8 +1,8 @@
 #include "cmd/picking.hpp"
 
 #include "cmd/point_input.hpp"
-#include "cmd/read_only_pick.hpp"
 #include "cmd/shape_test.hpp"
+#include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
 #include "strings/numbers.hpp"
 
@@ -24,6 +24,19 @@ std::vector<std::uint64_t> selectRegion(doc::Document& document, const Selection
     return ids;
 }
 
+/// True for what a pick in the current space may give.
+bool mayPick(const doc::Document& document, const engine::Entity& entity, Locked locked) {
+    if (locked == Locked::Refused) return document.isSelectable(entity);
+    const engine::Drawing& drawing = document.drawing();
+    return entity.owner() == &drawing.currentSpace() && isShown(drawing, entity);
+}
+
+/// A place on an entity, near its middle.
+Vector2 pointOn(const engine::Entity& entity) {
+    const Bounds2 box = entity.bounds();
+    return entity.nearestPoint(box.is_empty() ? Vector2{} : box.center());
+}
+
 double diagonal(const Bounds2& box) { return box.is_empty() ? 0.0 : std::hypot(box.width(), box.height()); }
 
 }  // namespace
@@ -35,6 +48,11 @@ double pickTolerance(doc::Document& document) {
     return kPickShare;
 }
 
+bool isShown(const engine::Drawing& drawing, const engine::Entity& entity) {
+    const engine::Layer* layer = drawing.layers.find(entity.layer);
+    return entity.visible && (layer == nullptr || layer->isVisible());
+}
+
 engine::Entity* pickEntity(doc::Document& document, const Vector2& p,
                            const std::function<bool(const engine::Entity&)>& filter) {
     return document.spatialIndex().nearest(p, pickTolerance(document), [&](const engine::Entity& e) {
@@ -42,14 +60,55 @@ engine::Entity* pickEntity(doc::Document& document, const Vector2& p,
     });
 }
 
-engine::Entity* pickLocked(doc::Document& document, const Vector2& p,
-                           const std::function<bool(const engine::Entity&)>& filter) {
+engine::Entity* pickLocked(doc::Document& document, const Vector2& p) {
     const engine::Drawing& drawing = document.drawing();
     return document.spatialIndex().nearest(p, pickTolerance(document), [&](const engine::Entity& e) {
         if (!e.visible || e.owner() != &drawing.currentSpace()) return false;
         const engine::Layer* layer = drawing.layers.find(e.layer);
-        return layer != nullptr && layer->locked && layer->isVisible() && (!filter || filter(e));
+        return layer != nullptr && layer->locked && layer->isVisible();
     });
+}
+
+Picked pickAt(doc::Document& document, const Vector2& p, const PickRules& rules) {
+    const auto nearest = [&](const std::function<bool(const engine::Entity&)>& usable) {
+        return document.spatialIndex().nearest(p, pickTolerance(document), [&](const engine::Entity& e) {
+            return mayPick(document, e, rules.locked) && (!usable || usable(e));
+        });
+    };
+    Picked picked;
+    picked.point = p;
+    picked.entity = nearest(rules.usable);
+    if (picked.entity == nullptr && rules.reach == Reach::ThroughViewports)
+        picked.entity = pickThroughViewport(document, p, rules.usable);
+    if (picked.entity != nullptr) return picked;
+    if (rules.usable && nearest({}) != nullptr)
+        picked.refusal = kUnusable;
+    else if (pickLocked(document, p) != nullptr)
+        picked.refusal = "Object is on a locked layer.";
+    else
+        picked.refusal = "No object found.";
+    return picked;
+}
+
+std::optional<Picked> pickByWord(doc::Document& document, std::string_view line, const PickRules& rules) {
+    Picked picked;
+    const std::string_view word = trimmed(line);
+    if (engine::equalNoCase(word, "L") || engine::equalNoCase(word, "LAST")) {
+        picked.entity = document.drawing().findById(lastEntity(document, rules.locked));
+        if (picked.entity != nullptr) picked.point = pointOn(*picked.entity);
+    } else if (const auto named = parseNamedPick(document, line, rules)) {
+        picked.entity = named->entity;
+        picked.point = named->point;
+    } else {
+        return std::nullopt;
+    }
+    if (picked.entity == nullptr) {
+        picked.refusal = "No object found.";
+    } else if (rules.usable && !rules.usable(*picked.entity)) {
+        picked.entity = nullptr;
+        picked.refusal = kUnusable;
+    }
+    return picked;
 }
 
 std::vector<std::uint64_t> selectAll(doc::Document& document) {
@@ -75,16 +134,14 @@ std::vector<std::uint64_t> selectFence(doc::Document& document, std::span<const 
     return selectRegion(document, SelectionRegion::fence(points), true);
 }
 
-std::uint64_t lastEntity(doc::Document& document) {
+std::uint64_t lastEntity(doc::Document& document, Locked locked) {
     const engine::EntityList& space = document.drawing().currentSpace();
-    for (std::uint32_t slot = space.slotCount(); slot-- > 0;) {
-        const engine::Entity* e = space.atSlot(slot);
-        if (e != nullptr && document.isSelectable(*e)) return e->id();
-    }
+    for (const engine::Entity* e = space.newest(); e != nullptr; e = space.madeBefore(*e))
+        if (mayPick(document, *e, locked)) return e->id();
     return 0;
 }
 
-std::optional<NamedPick> parseNamedPick(doc::Document& document, std::string_view line) {
+std::optional<NamedPick> parseNamedPick(doc::Document& document, std::string_view line, const PickRules& rules) {
     constexpr std::string_view kStart = "(handent \"";
     if (line.size() <= kStart.size() || !engine::equalNoCase(line.substr(0, kStart.size()), kStart)) return {};
     line.remove_prefix(kStart.size());
@@ -100,10 +157,16 @@ std::optional<NamedPick> parseNamedPick(doc::Document& document, std::string_vie
         if (!point) return {};
     }
     engine::Entity* entity = document.drawing().findByHandle(handle);
-    if (entity != nullptr && document.isSelectable(*entity)) {
+    if (entity == nullptr) return pick;
+    if (mayPick(document, *entity, rules.locked)) {
         pick.entity = entity;
-        const math::Bounds2 box = entity->bounds();
-        pick.point = point ? *point : entity->nearestPoint(box.is_empty() ? Vector2{} : box.center());
+        pick.point = point ? *point : pointOn(*entity);
+    } else if (rules.reach == Reach::ThroughViewports) {
+        if (!point) point = shownOnSheet(document, *entity);
+        if (point && showsAt(document, *entity, *point)) {
+            pick.entity = entity;
+            pick.point = *point;
+        }
     }
     return pick;
 }

@@ -5,6 +5,7 @@
 #include "cmd/command.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd {
@@ -211,7 +212,7 @@ Task<> askPlotArea(Ask& ask, engine::Drawing& drawing, PlotPage& page, std::stri
         for (;;) {
             const Answer name = co_await ask.text("Enter view name:");
             if (name.isEnter()) co_return;
-            const engine::NamedView* view = drawing.namedViews.find(engine::Name(trimmed(name.text)));
+            const engine::NamedView* view = drawing.namedViews.find(engine::Name(typedName(name.text)));
             if (view == nullptr) {
                 ask.message("Cannot find the specified view.");
                 continue;

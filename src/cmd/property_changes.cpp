@@ -2,6 +2,7 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "engine/libraries.hpp"
 #include "strings/numbers.hpp"
@@ -42,9 +43,9 @@ Task<std::optional<engine::Name>> askLayer(Ask& ask, doc::Document& document, st
     for (;;) {
         const Answer answer = co_await ask.text(prompt);
         if (answer.isEnter()) co_return std::nullopt;
-        const engine::Layer* layer = document.drawing().layers.find(engine::Name(trimmed(answer.text)));
+        const engine::Layer* layer = document.drawing().layers.find(engine::Name(typedName(answer.text)));
         if (layer != nullptr) co_return layer->name;
-        ask.message("Unknown layer \"" + std::string(trimmed(answer.text)) + "\".");
+        ask.message("Unknown layer \"" + typedName(answer.text) + "\".");
     }
 }
 
@@ -52,7 +53,7 @@ Task<std::optional<engine::Name>> askLinetype(Ask& ask, doc::Document& document,
     for (;;) {
         const Answer answer = co_await ask.text(prompt);
         if (answer.isEnter()) co_return std::nullopt;
-        const engine::Name name(trimmed(answer.text));
+        const engine::Name name(typedName(answer.text));
         const engine::CommonNames& names = engine::commonNames();
         if (name == names.byLayer) co_return names.byLayer;
         if (name == names.byBlock) co_return names.byBlock;

@@ -2,9 +2,9 @@
 
 #include <unordered_set>
 
+#include "cmd/name_prompts.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/point_entry.hpp"
-#include "cmd/read_only_pick.hpp"
 #include "engine/name.hpp"
 
 namespace kova::cmd {
@@ -96,7 +96,7 @@ bool SelectionDialogue::take(const std::string& line) {
             return true;
         case State::GroupName:
             if (!line.empty()) {
-                const engine::Group* group = document_.drawing().groups.find(line);
+                const engine::Group* group = document_.drawing().groups.find(engine::Name(typedName(line)));
                 if (group == nullptr) {
                     host_.message("Invalid group name.");
                     return true;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 
 #include "doc/document.hpp"
 #include "engine/entities/viewport.hpp"
@@ -19,5 +20,10 @@ engine::Entity* pickThroughViewport(doc::Document& document, const math::Vector2
 
 /// True when an entity of the model shows in a viewport: neither hidden nor on a layer that is off or frozen there.
 bool showsIn(const engine::Drawing& drawing, const engine::ViewportEntity& viewport, const engine::Entity& entity);
+
+/// A point of the sheet where an entity of the model shows through a window of the current layout; nothing: nowhere.
+std::optional<math::Vector2> shownOnSheet(doc::Document& document, const engine::Entity& entity);
+/// True when the window at a point of the sheet shows an entity of the model, be it elsewhere within the window.
+bool showsAt(doc::Document& document, const engine::Entity& entity, const math::Vector2& p);
 
 }  // namespace kova::cmd

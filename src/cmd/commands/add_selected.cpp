@@ -147,59 +147,64 @@ struct CurrentValues {
 
 /// ADDSELECTED: runs the command that draws the kind of a picked object, with the object's properties in force while
 /// that command works. Afterwards the current ones stand as before.
-class AddSelectedTool final : public Tool, private ToolHost {
+class AddSelectedTool final : public DialogueTool, private ToolHost {
 public:
-    void begin() override { setPrompt(kQuestion); }
     void textInput(const std::string& line) override {
-        if (inner_) return within([&] { inner_->textInput(line); });
-        pick(line);
+        if (!inner_) return DialogueTool::textInput(line);
+        within([&] { inner_->textInput(line); });
     }
     void mouseMove(const math::Vector2& point) override {
-        if (inner_) inner_->mouseMove(point);
+        inner_ ? inner_->mouseMove(point) : DialogueTool::mouseMove(point);
     }
     void mousePress(const math::Vector2& point, int button) override {
-        if (inner_) within([&] { inner_->mousePress(point, button); });
+        if (!inner_) return DialogueTool::mousePress(point, button);
+        within([&] { inner_->mousePress(point, button); });
     }
     void cancel() override {
-        if (!inner_) return finish();
-        within([&] { inner_->cancel(); });
-        if (isActive()) finish();
+        if (inner_) within([&] { inner_->cancel(); });
+        if (isActive()) DialogueTool::cancel();
     }
-    bool isSelectingObjects() const override { return inner_ && inner_->isSelectingObjects(); }
-    void selectionChanged() override {
-        if (inner_) inner_->selectionChanged();
+    bool isSelectingObjects() const override {
+        return inner_ ? inner_->isSelectingObjects() : DialogueTool::isSelectingObjects();
+    }
+    void selectionChanged() override { inner_ ? inner_->selectionChanged() : DialogueTool::selectionChanged(); }
+    bool takesRestOfLine() const override {
+        return inner_ ? inner_->takesRestOfLine() : DialogueTool::takesRestOfLine();
     }
     void crossingSelected(std::span<const math::Vector2> polygon) override {
         if (inner_) inner_->crossingSelected(polygon);
     }
 
-private:
-    static constexpr const char* kQuestion = "Select object:";
+protected:
+    Dialogue dialogue(Ask& ask) override {
+        const auto isDrawn = [this](const Entity& entity) { return drawingCommand(entity) != nullptr; };
+        const Answer picked = co_await ask.source("Select object:", {}, isDrawn);
+        const Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
+        if (entity == nullptr) co_return;
+        if (!startCommand(*entity)) co_return;
+        // From here on the lines are the command's.
+        co_await std::suspend_always{};
+    }
 
-    void pick(const std::string& line) {
-        if (line.empty()) return finish();
-        const Entity* entity = nullptr;
-        const std::string upper = engine::upperCase(line);
-        if (upper == "L" || upper == "LAST")
-            entity = drawing().findById(lastEntity(document()));
-        else if (const auto named = parseNamedPick(document(), line))
-            entity = named->entity;
-        else if (const auto p = parsePointInput(line, {}, {}, PointContext::of(drawing())))
-            entity = pickEntity(document(), *p);
-        else
-            return message("Invalid input.");
-        if (entity == nullptr) return message("No object found.");
-        const std::string_view name = commandFor(*entity);
-        Command* command = name.empty() || host()->registry() == nullptr ? nullptr : host()->registry()->find(name);
-        if (command == nullptr || !command->isInteractive())
-            return message("Object cannot be used here.");
-        inner_ = command->createTool();
-        if (!inner_) return finish();
+private:
+    /// The command that draws the object's kind; null: none does.
+    Command* drawingCommand(const Entity& entity) const {
+        const std::string_view name = commandFor(entity);
+        Command* command =
+            name.empty() || host()->registry() == nullptr ? nullptr : host()->registry()->find(name);
+        return command != nullptr && command->isInteractive() ? command : nullptr;
+    }
+
+    bool startCommand(const Entity& entity) {
+        std::unique_ptr<Tool> tool = drawingCommand(entity)->createTool();
+        if (!tool) return false;
+        inner_ = std::move(tool);
         values_ = CurrentValues::of(drawing());
-        values_.takeFrom(*entity);
+        values_.takeFrom(entity);
         inner_->attach(&document(), viewport(), this);
         inner_->activate();
         within([&] { inner_->begin(); });
+        return true;
     }
 
     /// Lets the command work under the object's values.

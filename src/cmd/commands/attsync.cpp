@@ -20,7 +20,7 @@ protected:
         for (;;) {
             const Answer option = co_await ask.keyword("Enter an option [?/Name/Select] <Select>:", "? Name Select");
             if (option.is("?")) {
-                list();
+                co_await list(ask);
                 continue;
             }
             if (option.is("NAME")) {
@@ -53,9 +53,10 @@ private:
         return names;
     }
 
-    void list() const {
-        const std::vector<Name> names = matchingNames(drawing(), candidates(), "*");
-        if (names.empty()) return message("No blocks with attributes.");
+    Dialogue list(Ask& ask) {
+        const std::string filter = co_await askNamesToList(ask, "Enter block(s) to list <*>:");
+        const std::vector<Name> names = matchingNames(drawing(), candidates(), filter);
+        if (names.empty()) co_return message("No blocks with attributes.");
         for (const Name name : names) message("  " + quoted(name));
     }
 
@@ -64,7 +65,7 @@ private:
             const Answer answer = co_await ask.text("Enter names of blocks to sync or [?]:", "?");
             if (answer.isEnter()) co_return false;
             if (answer.is("?")) {
-                list();
+                co_await list(ask);
                 continue;
             }
             const std::vector<Name> names = matchingNames(drawing(), candidates(), answer.text);
@@ -86,24 +87,8 @@ private:
     }
 };
 
-/// ATTDISP: which attributes are shown.
-class AttdispTool final : public DialogueTool {
-protected:
-    Dialogue dialogue(Ask& ask) override {
-        static constexpr const char* names[] = {"OFF", "Normal", "ON"};
-        const std::int32_t now = std::clamp(engine::sysVarInt(drawing(), "ATTMODE", 1), 0, 2);
-        std::string prompt = std::string("Enter attribute visibility setting [Normal/ON/OFF] <") + names[now] + ">:";
-        const Answer answer = co_await ask.keyword(std::move(prompt), "Normal ON OFF");
-        if (answer.isEnter()) co_return;
-        const std::int32_t mode = answer.is("ON") ? 2 : answer.is("OFF") ? 0 : 1;
-        const doc::GroupScope group(document(), "ATTDISP");
-        message(document().setVariable("ATTMODE", mode));
-    }
-};
-
 }  // namespace
 
 KOVA_TOOL_COMMAND(Attsync, "ATTSYNC", "Synchronize Attributes", "Insert")
-KOVA_TOOL_COMMAND(Attdisp, "ATTDISP", "Attribute Display", "View")
 
 }  // namespace kova::cmd::commands

@@ -5,6 +5,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/text_or_point.hpp"
 #include "engine/dynamic_block.hpp"
 #include "math/angles.hpp"
 
@@ -71,7 +72,15 @@ private:
                 list();
                 continue;
             }
-            const std::optional<std::size_t> found = findParameter(typedName(answer.text));
+            std::optional<std::size_t> found = findParameter(typedName(answer.text));
+            bool told = false;
+            if (!found && !parseNumber(answer.text)) {
+                const PointOfText at = co_await pointOfText(ask, document(), answer.text, ask.lastPoint());
+                if (drawing().editedBlock() == nullptr) co_return false;
+                if (at.point) found = nearestParameter(*at.point);
+                told = at.told;
+            }
+            if (told) continue;
             if (!found) {
                 message("Parameter " + quoted(typedName(answer.text)) + " not found.");
             } else if (!takesActions(kindOf(block().dynParams[*found]))) {
@@ -83,16 +92,21 @@ private:
         }
     }
 
+    /// The parameter of a name.
     std::optional<std::size_t> findParameter(const std::string& text) const {
         const auto& all = block().dynParams;
         for (std::size_t i = 0; i < all.size(); ++i)
             if (engine::equalNoCase(all[i].name, text)) return i;
-        const auto point = parsePointInput(text, {}, {}, PointContext::of(drawing()));
-        if (!point || text.find(',') == std::string::npos) return std::nullopt;
+        return std::nullopt;
+    }
+
+    /// The one nearest to a point, of those that can have such an action.
+    std::optional<std::size_t> nearestParameter(const math::Vector2& point) const {
+        const auto& all = block().dynParams;
         std::optional<std::size_t> best;
         double least = std::numeric_limits<double>::infinity();
         for (std::size_t i = 0; i < all.size(); ++i) {
-            const double d = std::min(all[i].base.distance_to(*point), all[i].endPoint.distance_to(*point));
+            const double d = std::min(all[i].base.distance_to(point), all[i].endPoint.distance_to(point));
             if (!(d < least) || !takesActions(kindOf(all[i]))) continue;
             least = d;
             best = i;

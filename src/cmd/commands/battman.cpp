@@ -85,11 +85,12 @@ private:
             const Answer answer = co_await ask.text("Enter block name or [?]:", "?");
             if (answer.isEnter()) co_return;
             if (answer.is("?")) {
+                const std::string filter = co_await askNamesToList(ask, "Enter block(s) to list <*>:");
                 std::vector<Name> names;
                 for (const auto& block : drawing().blocks())
                     if (!definitions(block->name).empty()) names.push_back(block->name);
                 if (names.empty()) message("No blocks with attributes.");
-                for (const Name name : matchingNames(drawing(), names, "*")) message("  " + quoted(name));
+                for (const Name name : matchingNames(drawing(), names, filter)) message("  " + quoted(name));
                 continue;
             }
             const engine::Block* known = drawing().findBlock(Name(typedName(answer.text)));

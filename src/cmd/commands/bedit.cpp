@@ -23,8 +23,7 @@ protected:
             prompt = preset.empty() ? prompt + ":" : withDefault(prompt, preset);
             const Answer answer = co_await ask.text(std::move(prompt), "?");
             if (answer.is("?")) {
-                const Answer filter = co_await ask.text("Enter block(s) to list <*>:");
-                const std::string pattern(filter.isEnter() ? "*" : filter.text);
+                const std::string pattern = co_await askNamesToList(ask, "Enter block(s) to list <*>:");
                 listBlocks(drawing(), pattern, *host());
                 continue;
             }

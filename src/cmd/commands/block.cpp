@@ -39,8 +39,7 @@ private:
             const Answer answer = co_await ask.text("Enter block name or [?]:", "?");
             if (answer.isEnter()) co_return Name();
             if (answer.is("?")) {
-                const Answer filter = co_await ask.text("Enter block(s) to list <*>:");
-                const std::string pattern(filter.isEnter() ? "*" : filter.text);
+                const std::string pattern = co_await askNamesToList(ask, "Enter block(s) to list <*>:");
                 listBlocks(drawing(), pattern, *host());
                 continue;
             }

@@ -13,12 +13,11 @@ using math::Vector2;
 class BreakTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        Ask::Request request;
-        request.kind = Ask::Kind::Object;
+        PickRequest request;
         request.prompt = "Select object:";
-        request.filter = [](const engine::Entity& e) { return EditCurve::of(e).has_value(); };
+        request.usable = [](const engine::Entity& e) { return EditCurve::of(e).has_value(); };
         request.refusal = "Cannot break that object.";
-        const Answer picked = co_await ask.request(std::move(request));
+        const Answer picked = co_await ask.pick(std::move(request));
         if (!picked.isObject()) co_return;
         Vector2 first = picked.point;
         ask.setLastPoint(first);

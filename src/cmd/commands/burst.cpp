@@ -160,13 +160,17 @@ protected:
         std::string tag;
         std::vector<std::uint64_t> ids;
         for (;;) {
-            const Answer answer = co_await ask.text("Select attribute or type attribute name:");
+            PickRequest request;
+            request.prompt = "Select attribute or type attribute name:";
+            request.usable = [block](const engine::Entity& entity) {
+                return isReference(entity) && static_cast<const BlockReferenceEntity&>(entity).blockName == block;
+            };
+            request.isName = [this, block](std::string_view line) { return !holders(block, typedName(line)).empty(); };
+            const Answer answer = co_await ask.pick(std::move(request));
             if (answer.isEnter()) co_return;
             tag = typedName(answer.text);
-            // Tags hold no commas.
-            if (tag.find(',') != std::string::npos)
-                if (const auto at = parsePointInput(tag, ask.lastPoint(), {}, PointContext::of(drawing())))
-                    tag = tagAt(block, *at);
+            if (const engine::Entity* entity = answer.isObject() ? drawing().findById(answer.id) : nullptr)
+                tag = tagAt(static_cast<const BlockReferenceEntity&>(*entity), answer.point);
             ids = holders(block, tag);
             if (!ids.empty()) break;
             message("Attribute " + quoted(tag) + " not found.");
@@ -193,22 +197,18 @@ protected:
     }
 
 private:
-    /// The tag of the shown attribute of the block's references that is nearest to a point; empty: there is none.
-    std::string tagAt(Name block, const math::Vector2& p) const {
+    /// The tag of the reference's shown attribute that is nearest to a point; empty: there is none.
+    std::string tagAt(const BlockReferenceEntity& reference, const math::Vector2& p) const {
         std::string tag;
         double least = std::numeric_limits<double>::infinity();
-        for (const engine::Entity& entity : drawing().currentSpace()) {
-            if (!isReference(entity)) continue;
-            const auto& reference = static_cast<const BlockReferenceEntity&>(entity);
-            const auto inPlane = engine::objectFromPlan(reference, p);
-            if (reference.blockName != block || !inPlane) continue;
-            for (const BlockAttribute& attribute : reference.attributes) {
-                const double distance =
-                    inPlane->distance_to(engine::nearestOnTextLine(attribute.line(), &drawing(), *inPlane));
-                if (attribute.invisible || !(distance < least)) continue;
-                least = distance;
-                tag = attribute.tag;
-            }
+        const auto inPlane = engine::objectFromPlan(reference, p);
+        if (!inPlane) return tag;
+        for (const BlockAttribute& attribute : reference.attributes) {
+            const double distance =
+                inPlane->distance_to(engine::nearestOnTextLine(attribute.line(), &drawing(), *inPlane));
+            if (attribute.invisible || !(distance < least)) continue;
+            least = distance;
+            tag = attribute.tag;
         }
         return tag;
     }

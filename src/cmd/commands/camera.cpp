@@ -40,8 +40,8 @@ protected:
                                      "? Name LOcation Height Target LEns Clipping View eXit");
             if (option.isEnter() || option.is("EXIT")) break;
             if (option.is("?")) {
-                const Answer filter = co_await ask.text("Enter camera name(s) to list <*>:");
-                listViews(drawing(), filter.isText() ? filter.text : "*", ask);
+                const std::string filter = co_await askNamesToList(ask, "Enter camera name(s) to list <*>:");
+                listViews(drawing(), filter, ask);
             } else if (option.is("NAME")) {
                 std::string prompt = withDefault("Enter name for new camera", name_);
                 const std::optional<Name> name = co_await askNewView(ask, document(), std::move(prompt), name_);

@@ -1,6 +1,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_changes.hpp"
 #include "cmd/registry.hpp"
 #include "engine/change_point.hpp"
@@ -94,7 +95,7 @@ private:
             std::string prompt = withDefault("Enter new text style", style.str());
             const Answer answer = co_await ask.text(std::move(prompt));
             if (answer.isEnter()) break;
-            const engine::TextStyle* known = drawing().textStyles.find(engine::Name(trimmed(answer.text)));
+            const engine::TextStyle* known = drawing().textStyles.find(engine::Name(typedName(answer.text)));
             if (known != nullptr) {
                 out.style = known->name;
                 fixed = known->height;

@@ -69,12 +69,11 @@ void CornerTool::tell(CornerFault fault, const char* tooLarge) {
 }
 
 Task<bool> CornerTool::askPolyline(Ask& ask, StepGroup& group, const char* verb, engine::CornerMeasure measure) {
-    Ask::Request request;
-    request.kind = Ask::Kind::Object;
+    PickRequest request;
     request.prompt = "Select 2D polyline:";
-    request.filter = [](const engine::Entity& e) { return e.type() == engine::EntityType::Polyline; };
+    request.usable = [](const engine::Entity& e) { return e.type() == engine::EntityType::Polyline; };
     request.refusal = "Object selected is not a 2D polyline.";
-    const Answer picked = co_await ask.request(std::move(request));
+    const Answer picked = co_await ask.pick(std::move(request));
     engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
     if (entity == nullptr) co_return false;
     engine::PolylineCorners result = engine::cutPolylineCorners(static_cast<engine::PolylineEntity&>(*entity), measure);

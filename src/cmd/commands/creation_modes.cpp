@@ -1,6 +1,7 @@
 #include "cmd/commands/variable_prompt.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"
@@ -79,7 +80,7 @@ private:
             std::string prompt = withDefault("Enter new linetype name", drawing().currentLinetype.view());
             const Answer answer = co_await ask.text(std::move(prompt));
             if (answer.isEnter()) co_return;
-            const engine::Name name(trimmed(answer.text));
+            const engine::Name name(typedName(answer.text));
             const engine::CommonNames& names = engine::commonNames();
             const bool known =
                 name == names.byLayer || name == names.byBlock || useLinetype(document(), name) != nullptr;

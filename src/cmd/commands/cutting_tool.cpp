@@ -49,15 +49,14 @@ Dialogue CuttingTool::dialogue(Ask& ask) {
     co_await askEdges(ask);
     StepGroup group(document(), trims_ ? "TRIM" : "EXTEND");
     for (;;) {
-        Ask::Request request;
-        request.kind = Ask::Kind::Object;
+        PickRequest request;
         request.prompt =
             trims_ ? "Select object to trim or shift-select to extend or "
                      "[Fence/Crossing/mOde/Project/Edge/eRase/Undo]:"
                    : "Select object to extend or shift-select to trim or [Fence/Crossing/mOde/Project/Edge/Undo]:";
-        request.keywords = parseKeywords(trims_ ? "Fence Crossing mOde Project Edge eRase Undo"
-                                                : "Fence Crossing mOde Project Edge Undo");
-        const Answer answer = co_await ask.request(std::move(request));
+        request.options = trims_ ? "Fence Crossing mOde Project Edge eRase Undo"
+                                                : "Fence Crossing mOde Project Edge Undo";
+        const Answer answer = co_await ask.pick(std::move(request));
         if (answer.isEnter()) co_return;
         if (answer.isObject()) {
             engine::Entity* entity = drawing().findById(answer.id);

@@ -74,15 +74,14 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         StepGroup steps(document(), "DDEDIT");
         for (;;) {
-            Ask::Request request;
-            request.kind = Ask::Kind::Object;
+            PickRequest request;
             request.prompt = "Select an annotation object or [Undo/Mode]:";
-            request.keywords = parseKeywords("Undo Mode");
-            request.filter = [](const Entity& e) {
+            request.options = "Undo Mode";
+            request.usable = [](const Entity& e) {
                 // Looking changes nothing.
                 return !editableTexts(const_cast<Entity&>(e), {}).empty();
             };
-            const Answer picked = co_await ask.request(std::move(request));
+            const Answer picked = co_await ask.pick(std::move(request));
             if (picked.isEnter()) co_return;
             if (picked.is("UNDO")) {
                 if (!steps.drop()) message("Nothing to undo.");

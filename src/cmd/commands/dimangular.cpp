@@ -55,7 +55,7 @@ private:
 
     Task<bool> askSides(Ask& ask) {
         const Answer first =
-            co_await askDimensioned(ask, document(), "Select arc, circle, line, or <specify vertex>:", hasPiece);
+            co_await askDimensioned(ask, "Select arc, circle, line, or <specify vertex>:", hasPiece);
         if (first.isEnter()) {
             const bool given = co_await askVertex(ask);
             co_return given;
@@ -100,7 +100,7 @@ private:
         dim_.def1 = one.a;
         dim_.def2 = one.b;
         for (;;) {
-            const Answer second = co_await askDimensioned(ask, document(), "Select second line:", hasPiece);
+            const Answer second = co_await askDimensioned(ask, "Select second line:", hasPiece);
             if (!second.isObject()) co_return false;
             const auto other = pieceAt(document(), second);
             if (!other || other->round) {
@@ -159,7 +159,7 @@ private:
     Task<bool> askArc(Ask& ask) {
         for (;;) {
             const Answer picked =
-                co_await askDimensioned(ask, document(), "Select arc or polyline arc segment:", hasRoundPiece);
+                co_await askDimensioned(ask, "Select arc or polyline arc segment:", hasRoundPiece);
             if (!picked.isObject()) co_return false;
             const auto piece = pieceAt(document(), picked);
             if (piece && piece->round && !piece->full) {

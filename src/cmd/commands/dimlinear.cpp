@@ -53,7 +53,7 @@ protected:
 
 private:
     Task<bool> askObject(Ask& ask) {
-        const Answer picked = co_await askDimensioned(ask, document(), "Select object to dimension:", hasPiece);
+        const Answer picked = co_await askDimensioned(ask, "Select object to dimension:", hasPiece);
         const auto piece = pieceAt(document(), picked);
         if (!piece) co_return false;
         dim_.def1 = piece->a;

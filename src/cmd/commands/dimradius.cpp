@@ -16,7 +16,7 @@ class RoundTool : public DimensionTool {
 protected:
     Task<std::optional<PickedPiece>> askRound(Ask& ask) {
         for (;;) {
-            const Answer picked = co_await askDimensioned(ask, document(), "Select arc or circle:", hasRoundPiece);
+            const Answer picked = co_await askDimensioned(ask, "Select arc or circle:", hasRoundPiece);
             if (!picked.isObject()) co_return std::nullopt;
             auto piece = pieceAt(document(), picked);
             if (piece && piece->round) co_return piece;

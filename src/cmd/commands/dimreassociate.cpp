@@ -71,7 +71,7 @@ private:
             if (answer.isPoint()) {
                 tie(id, question.point, answer.point);
             } else if (answer.is("SELECT")) {
-                const Answer picked = co_await askDimensioned(ask, document(), "Select object:", hasPiece);
+                const Answer picked = co_await askDimensioned(ask, "Select object:", hasPiece);
                 const auto piece = pieceAt(document(), picked);
                 if (!piece) co_return;
                 const doc::GroupScope group(document(), "DIMREASSOCIATE");
@@ -113,9 +113,8 @@ private:
 
     Dialogue tieArc(Ask& ask, std::uint64_t id) {
         const bool length = find(id)->kind() == DimensionType::ArcLength;
-        const Answer picked = co_await askDimensioned(
-            ask, document(),
-            length ? "Select arc or polyline arc segment <next>:" : "Select arc or circle <next>:", hasRoundPiece);
+        const char* prompt = length ? "Select arc or polyline arc segment <next>:" : "Select arc or circle <next>:";
+        const Answer picked = co_await askDimensioned(ask, prompt, hasRoundPiece);
         DimensionEntity* dimension = find(id);
         if (!picked.isObject() || dimension == nullptr) co_return;
         const auto piece = pieceAt(document(), picked);
@@ -127,7 +126,7 @@ private:
     Dialogue tieLines(Ask& ask, std::uint64_t id) {
         for (const int point : {1, 3}) {
             const char* prompt = point == 1 ? "Select first line <next>:" : "Select second line <next>:";
-            const Answer picked = co_await askDimensioned(ask, document(), prompt, hasPiece);
+            const Answer picked = co_await askDimensioned(ask, prompt, hasPiece);
             if (!picked.isObject()) continue;
             const auto piece = pieceAt(document(), picked);
             if (!piece || piece->round) co_return message("Object cannot be used here.");

@@ -1,6 +1,7 @@
 #include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
@@ -90,8 +91,8 @@ private:
     }
 
     Dialogue list(Ask& ask) {
-        const Answer answer = co_await ask.text("Enter dimension style(s) to list <*>:");
-        showNames(answer.isEnter() ? "*" : answer.text);
+        const std::string filter = co_await askNamesToList(ask, "Enter dimension style(s) to list <*>:");
+        showNames(filter);
     }
 
     Dialogue annotative(Ask& ask) {

@@ -1,6 +1,7 @@
 #include "cmd/curve_ruler.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/point.hpp"
@@ -21,12 +22,11 @@ class MarkingTool : public DialogueTool {
 protected:
     /// Asks for the curve; false when there is none.
     Task<bool> askCurve(Ask& ask, const char* prompt) {
-        Ask::Request request;
-        request.kind = Ask::Kind::Object;
+        PickRequest request;
         request.prompt = prompt;
-        request.filter = isCurve;
+        request.usable = isCurve;
         request.refusal = "Cannot mark that object.";
-        const Answer picked = co_await ask.request(std::move(request));
+        const Answer picked = co_await ask.pick(std::move(request));
         const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
         if (entity == nullptr) co_return false;
         pick_ = picked.point;
@@ -39,12 +39,12 @@ protected:
         for (;;) {
             const Answer name = co_await ask.text("Enter name of block to insert:");
             if (!name.isText()) co_return false;
-            const engine::Block* block = drawing().findBlock(engine::Name(trimmed(name.text)));
+            const engine::Block* block = drawing().findBlock(engine::Name(typedName(name.text)));
             if (block != nullptr) {
                 block_ = block->name;
                 break;
             }
-            message("Cannot find block \"" + std::string(trimmed(name.text)) + "\".");
+            message("Cannot find block \"" + typedName(name.text) + "\".");
         }
         align_ = co_await askYesNo(ask, "Align block with object? [Yes/No] <Y>:", true);
         co_return true;

@@ -15,8 +15,8 @@ protected:
         StepGroup group(document(), "EXOFFSET");
         co_await askDistance(ask);
         for (;;) {
-            Ask::Request request = objectRequest("Select object to offset or [Options/Undo]:", "Options Undo");
-            const Answer picked = co_await ask.request(std::move(request));
+            PickRequest request = objectRequest("Select object to offset or [Options/Undo]:", "Options Undo");
+            const Answer picked = co_await ask.pick(std::move(request));
             if (picked.isEnter()) co_return;
             if (picked.is("Options"))
                 co_await askOption(ask);

@@ -3,7 +3,6 @@
 #include "cmd/format.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
-#include "cmd/picking.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 
@@ -27,11 +26,22 @@ protected:
             co_await askLayerOf(ask, document(), "Select an object on the Source layer <*>:", {}, true);
         std::optional<EntityType> type;
         for (;;) {
-            const Answer answer = co_await ask.text("Select an object of the Type you want <*>:");
+            PickRequest request;
+            request.prompt = "Select an object of the Type you want <*>:";
+            request.locked = Locked::Taken;
+            request.isName = [](std::string_view line) {
+                const std::string name = typedName(line);
+                return name == "*" || engine::entityTypeFromAnyName(name).has_value();
+            };
+            const Answer answer = co_await ask.pick(std::move(request));
+            if (answer.isEnter()) break;
+            if (const Entity* entity = answer.isObject() ? drawing().findById(answer.id) : nullptr) {
+                type = entity->type();
+                break;
+            }
             const std::string name = typedName(answer.text);
-            if (answer.isEnter() || name == "*") break;
+            if (name == "*") break;
             type = engine::entityTypeFromAnyName(name);
-            if (!type) type = typeAt(answer.text);
             if (type) break;
             message("No object found.");
         }
@@ -39,18 +49,6 @@ protected:
     }
 
 private:
-    std::optional<EntityType> typeAt(const std::string& line) const {
-        const auto p = parsePointInput(line, {}, {}, PointContext::of(drawing()));
-        const Entity* entity = nullptr;
-        if (engine::equalNoCase(trimmed(line), "L"))
-            entity = drawing().findById(lastEntity(document()));
-        else if (const auto named = parseNamedPick(document(), line))
-            entity = named->entity;
-        else if (p)
-            entity = pickEntity(document(), *p);
-        return entity != nullptr ? std::optional(entity->type()) : std::nullopt;
-    }
-
     void select(const LayerNames& layers, std::optional<EntityType> type) {
         // Any layer: Enter, or all of them by *.
         const bool anyLayer = layers.empty() || layers.size() == drawing().layers.size();

@@ -4,6 +4,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/groups.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"
 #include "doc/table_edits.hpp"
@@ -42,7 +43,7 @@ private:
         const Answer option =
             co_await ask.keyword("Enter a group option [?/Order/Add/Remove/Explode/REName/Selectable/Create] <Create>:",
                                  "? Order Add Remove Explode REName Selectable Create");
-        if (option.is("?")) co_return list();
+        if (option.is("?")) co_return co_await list(ask);
         if (option.isEnter() || option.is("CREATE")) co_return co_await createByName(ask);
         const std::optional<Name> name = co_await askKnownName(ask);
         if (!name) co_return;
@@ -107,10 +108,10 @@ private:
             const Answer answer = co_await ask.text("Enter a group name or [?]:", "?");
             if (answer.isEnter()) co_return std::nullopt;
             if (answer.is("?")) {
-                list();
+                co_await list(ask);
                 continue;
             }
-            const Name name(trimmed(answer.text));
+            const Name name(typedName(answer.text));
             if (!engine::isValidSymbolName(name))
                 message("Invalid group name.");
             else if (drawing().groups.contains(name))
@@ -125,21 +126,29 @@ private:
             const Answer answer = co_await ask.text("Enter a group name or [?]:", "?");
             if (answer.isEnter()) co_return std::nullopt;
             if (answer.is("?")) {
-                list();
+                co_await list(ask);
                 continue;
             }
-            const Group* group = drawing().groups.find(Name(trimmed(answer.text)));
+            const std::string name = typedName(answer.text);
+            const Group* group = drawing().groups.find(Name(name));
             if (group != nullptr) co_return group->name;
-            message("Group \"" + std::string(trimmed(answer.text)) + "\" not found.");
+            message("Group " + quoted(name) + " not found.");
         }
     }
 
-    void list() {
-        if (drawing().groups.empty()) return message("No groups are defined.");
-        for (const Group& group : drawing().groups)
+    Dialogue list(Ask& ask) {
+        const std::string filter = co_await askNamesToList(ask, "Enter group name(s) to list <*>:");
+        if (drawing().groups.empty()) co_return message("No groups are defined.");
+        std::vector<Name> names;
+        for (const Group& group : drawing().groups) names.push_back(group.name);
+        names = matchingNames(drawing(), std::move(names), filter);
+        if (names.empty()) message("No matching names found.");
+        for (const Name name : names) {
+            const Group& group = *drawing().groups.find(name);
             message(group.name.str() + ": " + counted(group.memberHandles.size(), "object") +
                     (group.selectable ? ", selectable" : ", not selectable") +
                     (group.description.empty() ? "" : ", " + group.description));
+        }
     }
 
     void create(Name name, const std::string& description, const std::vector<std::uint64_t>& ids) {

@@ -5,6 +5,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
@@ -165,12 +166,13 @@ private:
             set("HPCOLOR", color ? engine::colorText(*color) : std::string());
         } else if (which == "LAYER") {
             const Answer name = co_await ask.text("Enter hatch layer <current>:");
+            const std::string layer = typedName(name.text);
             if (!name.isText()) {
                 set("HPLAYER", std::string());
-            } else if (drawing().layers.find(engine::Name(trimmed(name.text))) != nullptr) {
-                set("HPLAYER", std::string(trimmed(name.text)));
+            } else if (drawing().layers.find(engine::Name(layer)) != nullptr) {
+                set("HPLAYER", layer);
             } else {
-                message("Layer " + quoted(trimmed(name.text)) + " not found.");
+                message("Layer " + quoted(layer) + " not found.");
             }
         } else {
             const Answer value = co_await ask.integer("Enter hatch transparency (0-90) <current>:", 0, 90);

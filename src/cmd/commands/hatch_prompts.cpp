@@ -4,7 +4,9 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
+#include "cmd/wildcards.hpp"
 #include "engine/libraries.hpp"
 #include "math/angles.hpp"
 
@@ -111,12 +113,22 @@ bool HatchFill::choose(const engine::Drawing& drawing, std::string_view text) {
     return true;
 }
 
-void listHatchPatterns(Ask& ask, const engine::Drawing& drawing) {
-    const auto print = [&](const engine::HatchPattern& p) { ask.message(p.name.str() + " - " + p.description); };
-    ask.message("SOLID - Solid fill");
+Dialogue listHatchPatterns(Ask& ask, const engine::Drawing& drawing) {
+    const std::string filter = co_await askNamesToList(ask, "Enter pattern(s) to list <*>:");
+    std::size_t count = 0;
+    const auto print = [&](const engine::HatchPattern& p) {
+        if (!matchesWildcards(p.name.view(), filter)) return;
+        ++count;
+        ask.message(p.name.str() + " - " + p.description);
+    };
+    if (matchesWildcards("SOLID", filter)) {
+        ++count;
+        ask.message("SOLID - Solid fill");
+    }
     for (const engine::HatchPattern& p : drawing.hatchPatterns) print(p);
     for (const engine::HatchPattern& p : engine::builtinHatchPatterns(drawing.isMetric()))
         if (!drawing.hatchPatterns.contains(p.name) && p.name != "SOLID") print(p);
+    if (count == 0) ask.message("No matching names found.");
 }
 
 Dialogue askHatchScale(Ask& ask, const engine::Drawing& drawing, HatchFill& fill) {
@@ -133,7 +145,7 @@ Dialogue askHatchFill(Ask& ask, const engine::Drawing& drawing, HatchFill& fill)
                                          fill.user ? std::string_view("U") : fill.pattern.view());
         const Answer answer = co_await ask.text(std::move(prompt), "? Solid User Gradient");
         if (answer.is("?")) {
-            listHatchPatterns(ask, drawing);
+            co_await listHatchPatterns(ask, drawing);
             continue;
         }
         if (answer.is("USER") || (answer.isEnter() && fill.user)) co_return co_await askUserPattern(ask, drawing, fill);

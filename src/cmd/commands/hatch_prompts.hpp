@@ -32,7 +32,7 @@ struct HatchFill {
 };
 
 /// Prints the patterns that can be named, those of the drawing first.
-void listHatchPatterns(Ask& ask, const engine::Drawing& drawing);
+Dialogue listHatchPatterns(Ask& ask, const engine::Drawing& drawing);
 /// The questions behind Properties: pattern, solid, user defined or gradient, with their values.
 Dialogue askHatchFill(Ask& ask, const engine::Drawing& drawing, HatchFill& fill);
 /// Scale and angle of a pattern; a solid fill has none.

@@ -3,6 +3,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/region.hpp"
@@ -294,7 +295,7 @@ private:
             std::string prompt = withDefault("Enter hatch layer", hatch()->layer.view());
             const Answer answer = co_await ask.text(std::move(prompt));
             if (answer.isEnter() || hatch() == nullptr) co_return;
-            const engine::Name name(trimmed(answer.text));
+            const engine::Name name(typedName(answer.text));
             if (const engine::Layer* layer = drawing().layers.find(name)) {
                 change([&](HatchEntity& h) { h.layer = layer->name; });
                 co_return;

@@ -5,6 +5,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_file.hpp"
 #include "cmd/wildcards.hpp"
@@ -25,7 +26,7 @@ protected:
             const Answer answer = co_await ask.text(std::move(prompt), "?");
             if (answer.isEnter()) co_return;
             if (answer.is("?")) {
-                listHatchPatterns(ask, drawing());
+                co_await listHatchPatterns(ask, drawing());
                 continue;
             }
             const std::string_view text = trimmed(answer.text);

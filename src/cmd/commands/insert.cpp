@@ -8,6 +8,7 @@
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/placement.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 
@@ -32,13 +33,21 @@ protected:
         if (!chosen) co_return;
         // A block that is defined anew stays so when it is not placed.
         if (redefines_) ask.onCancel([this] { redefine(); });
-        const bool placed = co_await askPlace(ask);
-        if (!placed) {
+        PlacementRequest request;
+        request.exploded = exploded_;
+        if (multiple_) request.wholeOnly = kWholeOnly;
+        request.mayExplode = [this] { return isExplodable(); };
+        request.scalesAlike = [this] {
+            const engine::Block* block = source_ ? nullptr : drawing().findBlock(name_);
+            return block != nullptr && block->scaleUniform;
+        };
+        const std::optional<Placement> placement = co_await askPlacement(ask, document(), std::move(request));
+        if (!placement) {
             if (redefines_) redefine();
             co_return;
         }
-        co_await askScale(ask);
-        if (!rotation_) co_await askRotation(ask, true);
+        place_ = *placement;
+        exploded_ = place_.exploded;
         if (multiple_) co_await askGrid(ask);
         if (!exploded_) co_await askValues(ask);
         commit();
@@ -66,8 +75,7 @@ private:
             const Answer answer = co_await ask.text(std::move(prompt), "?");
             if (answer.isEnter() && last.empty()) co_return false;
             if (answer.is("?")) {
-                const Answer filter = co_await ask.text("Enter block(s) to list <*>:");
-                const std::string pattern(filter.isEnter() ? "*" : filter.text);
+                const std::string pattern = co_await askNamesToList(ask, "Enter block(s) to list <*>:");
                 listBlocks(drawing(), pattern, *host());
                 continue;
             }
@@ -78,7 +86,7 @@ private:
             }
             if (text.starts_with('*') && drawing().findBlock(Name(text)) == nullptr) {
                 if (multiple_) {
-                    message("MINSERT cannot insert a block exploded.");
+                    message(kWholeOnly);
                     continue;
                 }
                 exploded_ = true;
@@ -158,95 +166,7 @@ private:
         return true;
     }
 
-    // Place, scale, rotation -----------------------------------------------------------------------------------
-
-    Task<bool> askPlace(Ask& ask) {
-        for (;;) {
-            const Answer answer =
-                co_await ask.point("Specify insertion point or [Basepoint/Scale/X/Y/Z/Rotate/Explode]:",
-                                   "Basepoint Scale X Y Z Rotate Explode");
-            if (answer.isEnter()) co_return false;
-            if (answer.isPoint()) {
-                point_ = answer.point;
-                co_return true;
-            }
-            if (answer.is("ROTATE")) {
-                co_await askRotation(ask, false);
-            } else if (answer.is("BASEPOINT")) {
-                const Answer base = co_await ask.point("Specify base point:", {}, drawing().ucs.origin);
-                if (base.isPoint()) base_ = drawing().ucs.fromWorld(base.point);
-            } else if (answer.is("EXPLODE")) {
-                if (multiple_) {
-                    message("MINSERT cannot insert a block exploded.");
-                    continue;
-                }
-                exploded_ = co_await askYesNo(ask, "Explode the block? [Yes/No] <Yes>:", true);
-                if (exploded_) isExplodable();
-            } else {
-                std::string prompt = "Specify " + (answer.is("SCALE") ? std::string() : answer.word + " ") +
-                                     (answer.is("SCALE") ? "scale factor for XYZ axes <1>:" : "scale factor <1>:");
-                const std::string axis = answer.word;
-                const Answer scale = co_await ask.distance(std::move(prompt), {}, Vector2{}, kNonZero);
-                const double value = scale.numberOr(1.0);
-                if (axis != "Y" && axis != "Z") scaleX_ = value;
-                if (axis != "X" && axis != "Z") scaleY_ = value;
-                if (axis == "SCALE" || axis == "Z") scaleZ_ = std::abs(value);
-            }
-        }
-    }
-
-    Dialogue askScale(Ask& ask) {
-        const engine::Block* block = source_ ? nullptr : drawing().findBlock(name_);
-        const bool uniform = exploded_ || (block != nullptr && block->scaleUniform);
-        if (scaleX_ || scaleY_) {
-            if (!scaleX_) scaleX_ = uniform ? *scaleY_ : 1.0;
-            if (!scaleY_) scaleY_ = *scaleX_;
-            if (uniform) scaleY_ = *scaleX_;
-            co_return;
-        }
-        if (uniform) {
-            const Answer scale = co_await ask.distance("Specify scale for XYZ axes <1>:", {}, point_, kNonZero);
-            scaleX_ = scaleY_ = scale.numberOr(1.0);
-            co_return;
-        }
-        Answer x = co_await ask.distance(
-            "Enter X scale factor, specify opposite corner, or [Corner/XYZ] <1>:", "Corner XYZ", point_, kNonZero);
-        bool threeAxes = false;
-        if (x.is("XYZ")) {
-            threeAxes = true;
-            x = co_await ask.distance("Specify X scale factor or [Corner] <1>:", "Corner", point_, kNonZero);
-        }
-        if (x.is("CORNER")) {
-            const Answer corner = co_await ask.point("Specify opposite corner:", {}, point_);
-            if (corner.isPoint()) useCorner(corner.point);
-        } else if (x.isNumber() && !isTyped(x)) {
-            useCorner(x.point);
-        } else {
-            scaleX_ = x.numberOr(1.0);
-        }
-        if (!scaleX_) scaleX_ = 1.0;
-        if (!scaleY_) {
-            const Answer y = co_await ask.distance("Enter Y scale factor <use X scale factor>:", {}, point_, kNonZero);
-            scaleY_ = y.numberOr(*scaleX_);
-        }
-        if (!threeAxes) co_return;
-        const Answer z = co_await ask.distance("Specify Z scale factor or <use X scale factor>:", {}, point_, kNonZero);
-        if (z.isNumber()) scaleZ_ = std::abs(z.number);
-    }
-
-    /// The way to a corner gives both scales.
-    void useCorner(const Vector2& corner) {
-        const Vector2 way = drawing().ucs.fromWorld(corner) - drawing().ucs.fromWorld(point_);
-        if (way.x == 0.0 || way.y == 0.0) return message("Scale factors cannot be zero.");
-        scaleX_ = way.x;
-        scaleY_ = way.y;
-    }
-
-    Dialogue askRotation(Ask& ask, bool placed) {
-        const Vector2 center = placed ? point_ : drawing().ucs.origin;
-        const Answer angle = co_await ask.angle("Specify rotation angle <0>:", {}, center);
-        rotation_ = angle.isNumber() ? worldDirection(angle, drawing()) : ucsRotation(drawing());
-    }
+    // The grid ---------------------------------------------------------------------------------------------------
 
     Dialogue askGrid(Ask& ask) {
         const Answer rows = co_await ask.integer("Enter number of rows (---) <1>:", 1, 32767);
@@ -257,12 +177,12 @@ private:
         if (rows_ > 1) {
             const char* prompt = columns_ > 1 ? "Enter distance between rows or specify unit cell (---):"
                                               : "Specify distance between rows (---):";
-            const Answer distance = co_await ask.distance(prompt, {}, point_);
+            const Answer distance = co_await ask.distance(prompt, {}, place_.point);
             if (distance.isNumber() && !isTyped(distance) && columns_ > 1) {
                 const Vector2 first = distance.point;
                 const Answer corner = co_await ask.point("Specify opposite corner:", {}, first);
                 if (corner.isPoint()) {
-                    const Vector2 x = Vector2::from_angle(*rotation_);
+                    const Vector2 x = Vector2::from_angle(place_.rotation);
                     columnSpacing_ = (corner.point - first).dot(x);
                     rowSpacing_ = (corner.point - first).dot(x.perpendicular());
                     cell = true;
@@ -272,7 +192,7 @@ private:
             }
         }
         if (columns_ < 2 || cell) co_return;
-        const Answer distance = co_await ask.distance("Specify distance between columns (|||):", {}, point_);
+        const Answer distance = co_await ask.distance("Specify distance between columns (|||):", {}, place_.point);
         columnSpacing_ = distance.numberOr(0.0);
     }
 
@@ -308,16 +228,9 @@ private:
         if (source_ && !define()) return group.rollback();
         engine::Block* block = drawing().findBlock(name_);
         if (block == nullptr) return;
-        auto reference = std::make_unique<BlockReferenceEntity>(block->name, point_);
+        auto reference = std::make_unique<BlockReferenceEntity>(block->name, place_.point);
         applyCurrentValues(document(), *reference);
-        reference->scaleX = *scaleX_;
-        reference->scaleY = *scaleY_;
-        if (scaleZ_ && *scaleZ_ != std::abs(*scaleX_)) reference->scaleZ = scaleZ_;
-        reference->rotation = rotation_.value_or(0.0);
-        if (base_ != Vector2{}) {
-            const math::Matrix4 m = reference->blockMatrix(*block);
-            reference->insert += reference->insert - m.transform_point(block->base + base_);
-        }
+        place_.applyTo(*reference, *block);
         if (!reference->insert.is_finite() || !std::isfinite(reference->scaleX) || !std::isfinite(reference->scaleY)) {
             group.rollback();
             return message("Invalid value.");
@@ -358,19 +271,14 @@ private:
         repaint();
     }
 
-    static constexpr Range kNonZero{-1e300, 1e300, true};
+    static constexpr const char* kWholeOnly = "MINSERT cannot insert a block exploded.";
 
     bool multiple_;
     bool exploded_ = false;
     bool redefines_ = false;  ///< the name was given with a file, and the block is known
     Name name_;
     std::unique_ptr<engine::Drawing> source_;  ///< the file that the block is to be defined from
-    Vector2 point_;
-    Vector2 base_;  ///< another base point, relative to the block's
-    std::optional<double> scaleX_;
-    std::optional<double> scaleY_;
-    std::optional<double> scaleZ_;
-    std::optional<double> rotation_;  ///< in the world
+    Placement place_;
     int rows_ = 1;
     int columns_ = 1;
     double rowSpacing_ = 0.0;

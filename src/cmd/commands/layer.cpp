@@ -2,6 +2,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
 #include "cmd/layer_changes.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -135,8 +136,8 @@ private:
     }
 
     Dialogue list(Ask& ask) {
-        const Answer answer = co_await ask.text("Enter layer name(s) to list <*>:");
-        const std::optional<Names> found = match(answer.isEnter() ? "*" : answer.text);
+        const std::string filter = co_await askNamesToList(ask, "Enter layer name(s) to list <*>:");
+        const std::optional<Names> found = match(filter);
         if (!found) co_return;
         Names names = *found;
         // Above MAXSORT the table's own order has to do.
@@ -175,7 +176,7 @@ private:
                 if (makeCurrent(Name(name))) co_return;
                 continue;
             }
-            const Answer object = co_await ask.object("Select object whose layer will become current:");
+            const Answer object = co_await ask.source("Select object whose layer will become current:");
             const engine::Entity* entity = object.isObject() ? drawing().findById(object.id) : nullptr;
             if (entity != nullptr) makeCurrent(entity->layer);
             co_return;

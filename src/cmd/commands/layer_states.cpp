@@ -5,6 +5,7 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/format.hpp"
 #include "cmd/layer_state_file.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_file.hpp"
 #include "cmd/wildcards.hpp"
@@ -172,9 +173,11 @@ Task<void> layerStateDialogue(Ask& ask, doc::Document& document, std::function<v
                                                "? Save Restore Edit Name Delete Import EXport");
     if (option.isEnter()) co_return;
     if (option.is("?")) {
+        const std::string filter = co_await askNamesToList(ask, "Enter named layer state(s) to list <*>:");
         if (document.drawing().layerStates.empty()) ask.message("There are no layer states.");
         for (const LayerState& state : document.drawing().layerStates)
-            ask.message(cmd::quoted(state.name) + ", " + counted(state.layers.size(), "layer"));
+            if (matchesWildcards(state.name.view(), filter))
+                ask.message(cmd::quoted(state.name) + ", " + counted(state.layers.size(), "layer"));
         co_return;
     }
     if (option.is("SAVE")) {

@@ -2,6 +2,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_file.hpp"
@@ -44,8 +45,7 @@ private:
     void show(const Linetype& linetype) const { message(linetype.name.str() + "  " + linetype.description); }
 
     Dialogue list(Ask& ask) {
-        const Answer answer = co_await ask.text("Enter linetype(s) to list <*>:");
-        const std::string filter = answer.isEnter() ? "*" : answer.text;
+        const std::string filter = co_await askNamesToList(ask, "Enter linetype(s) to list <*>:");
         std::size_t count = 0;
         for (const Linetype& linetype : drawing().linetypes) {
             if (!matchesWildcards(linetype.name, filter)) continue;
@@ -167,7 +167,7 @@ private:
                 co_await ask.text("Specify linetype name or [?] <" + drawing().currentLinetype.str() + ">:", "?");
             if (answer.isEnter()) co_return;
             if (answer.is("?")) {
-                for (const Linetype& linetype : drawing().linetypes) show(linetype);
+                co_await list(ask);
                 continue;
             }
             const std::vector<std::string> names = splitNames(answer.text);

@@ -1,7 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/read_only_pick.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/all.hpp"
 
@@ -164,8 +163,7 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         // What is selected beforehand is neither source nor destination.
         document().selection().clear();
-        const ReadOnlyFilter anything;
-        const Answer picked = co_await ask.object("Select source object:", {}, anything);
+        const Answer picked = co_await ask.source("Select source object:");
         if (!picked.isObject()) co_return;
         for (;;) {
             const Answer selected = co_await ask.selection("Select destination object(s) or [Settings]:", "Settings");

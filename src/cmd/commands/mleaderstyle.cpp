@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/record_properties.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -41,8 +42,7 @@ private:
     engine::Table<Style>& table() const { return Traits::table(drawing()); }
 
     Dialogue list(Ask& ask) {
-        const Answer answer = co_await ask.text("Enter style(s) to list <*>:");
-        const std::string filter = answer.isEnter() ? "*" : answer.text;
+        const std::string filter = co_await askNamesToList(ask, "Enter style(s) to list <*>:");
         std::size_t count = 0;
         for (const Style& style : table()) {
             if (!matchesWildcards(style.name.view(), filter)) continue;

@@ -14,8 +14,8 @@ protected:
         if (!co_await askDistance(ask)) co_return;
         StepGroup group(document(), "OFFSET");
         for (;;) {
-            Ask::Request request = objectRequest("Select object to offset or [Exit/Undo] <Exit>:", "Exit Undo");
-            const Answer picked = co_await ask.request(std::move(request));
+            PickRequest request = objectRequest("Select object to offset or [Exit/Undo] <Exit>:", "Exit Undo");
+            const Answer picked = co_await ask.pick(std::move(request));
             if (picked.is("Undo")) {
                 if (!group.drop()) message("Nothing to undo.");
                 continue;

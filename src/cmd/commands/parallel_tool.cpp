@@ -27,12 +27,11 @@ void ParallelTool::setDistance(double distance) {
     engine::setSysVar(drawing(), "OFFSETDIST", distance > 0.0 ? distance : -1.0);
 }
 
-Ask::Request ParallelTool::objectRequest(std::string prompt, std::string_view keywords) {
-    Ask::Request request;
-    request.kind = Ask::Kind::Object;
+PickRequest ParallelTool::objectRequest(std::string prompt, std::string_view options) {
+    PickRequest request;
     request.prompt = std::move(prompt);
-    request.keywords = parseKeywords(keywords);
-    request.filter = engine::canOffset;
+    request.options = options;
+    request.usable = engine::canOffset;
     request.refusal = "Cannot offset that object.";
     return request;
 }

@@ -19,7 +19,7 @@ protected:
     /// Remembered in OFFSETDIST.
     void setDistance(double distance);
 
-    static Ask::Request objectRequest(std::string prompt, std::string_view keywords);
+    static PickRequest objectRequest(std::string prompt, std::string_view options);
     /// Adds the parallels towards a point. Gives the id of the first one, from which Multiple goes on; 0: none.
     std::uint64_t offset(StepGroup& group, engine::Entity& source, const math::Vector2& side, bool erase);
 

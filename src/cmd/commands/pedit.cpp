@@ -46,13 +46,12 @@ protected:
             if (ready) co_await options(ask, group);
             co_return;
         }
-        Ask::Request request;
-        request.kind = Ask::Kind::Object;
+        PickRequest request;
         request.prompt = "Select polyline or [Multiple]:";
-        request.keywords = parseKeywords("Multiple");
-        request.filter = editable;
+        request.options = "Multiple";
+        request.usable = editable;
         request.refusal = "Object selected is not a polyline.";
-        const Answer picked = co_await ask.request(std::move(request));
+        const Answer picked = co_await ask.pick(std::move(request));
         if (picked.isEnter()) co_return;
         StepGroup group(document(), "PEDIT");
         if (picked.is("Multiple")) {

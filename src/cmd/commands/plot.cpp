@@ -1,6 +1,7 @@
 #include "cmd/command.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/plot_prompts.hpp"
 #include "cmd/registry.hpp"
 
@@ -44,7 +45,7 @@ private:
         const engine::Name current = currentSpaceName(drawing());
         for (;;) {
             const Answer answer = co_await ask.text(withDefault("Enter a layout name or [?]", spaceName(current)));
-            const engine::Name name(trimmed(answer.text));
+            const engine::Name name(typedName(answer.text));
             if (answer.text == "?") {
                 message("Active Layouts:");
                 message("Layout: Model");
@@ -65,7 +66,7 @@ private:
         for (;;) {
             const Answer answer = co_await ask.text("Enter a page setup name <>:");
             if (answer.isEnter()) co_return;
-            const auto* setup = drawing().namedPageSetups.find(engine::Name(trimmed(answer.text)));
+            const auto* setup = drawing().namedPageSetups.find(engine::Name(typedName(answer.text)));
             if (setup != nullptr) {
                 page_.setup = *setup;
                 co_return;

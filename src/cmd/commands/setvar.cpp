@@ -1,5 +1,6 @@
 #include "cmd/commands/variable_prompt.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
 
@@ -19,8 +20,8 @@ protected:
             if (last_ != nullptr) prompt += " <" + std::string(last_->name) + ">";
             const Answer answer = co_await ask.text(prompt + ":", "?");
             if (answer.is("?")) {
-                const Answer filter = co_await ask.text("Enter variable(s) to list <*>:");
-                list(filter.isEnter() ? "*" : filter.text);
+                const std::string filter = co_await askNamesToList(ask, "Enter variable(s) to list <*>:");
+                list(filter);
                 co_return;
             }
             if (answer.isEnter() && last_ == nullptr) co_return;

@@ -22,12 +22,11 @@ bool editable(const engine::Entity& e) {
 class SplineditTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        Ask::Request request;
-        request.kind = Ask::Kind::Object;
+        PickRequest request;
         request.prompt = "Select spline:";
-        request.filter = editable;
+        request.usable = editable;
         request.refusal = "Object selected is not a spline.";
-        const Answer picked = co_await ask.request(std::move(request));
+        const Answer picked = co_await ask.pick(std::move(request));
         if (picked.isEnter()) co_return;
         id_ = picked.id;
         StepGroup group(document(), "SPLINEDIT");

@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
@@ -85,8 +86,7 @@ private:
     }
 
     Dialogue list(Ask& ask) {
-        const Answer answer = co_await ask.text("Enter text style(s) to list <*>:");
-        const std::string filter = answer.isEnter() ? "*" : answer.text;
+        const std::string filter = co_await askNamesToList(ask, "Enter text style(s) to list <*>:");
         for (const TextStyle& style : drawing().textStyles) {
             if (!matchesWildcards(style.name.view(), filter)) continue;
             std::string font = style.fontFile.str();

@@ -1,5 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -180,7 +181,7 @@ private:
     }
 
     Dialogue byObject(Ask& ask) {
-        const Answer answer = co_await ask.object("Select object to align UCS:", {}, givesFrame);
+        const Answer answer = co_await ask.source("Select object to align UCS:", {}, givesFrame);
         const engine::Entity* entity = answer.isObject() ? drawing().findById(answer.id) : nullptr;
         if (entity != nullptr) use(*frameOf(*entity, answer.point));
     }
@@ -194,11 +195,8 @@ private:
     Dialogue records(Ask& ask, std::string option) {
         if (option == "SAVE") co_return co_await save(ask);
         if (option == "?") {
-            const Answer filter = co_await ask.text("Enter UCS name(s) to list <*>:");
-            if (filter.isEnter())
-                list("*");
-            else
-                list(filter.text);
+            const std::string filter = co_await askNamesToList(ask, "Enter UCS name(s) to list <*>:");
+            list(filter);
             co_return;
         }
         const bool restoring = option == "RESTORE";

@@ -1,5 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
+#include "cmd/name_prompts.hpp"
 #include "cmd/named_views.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -38,8 +39,8 @@ protected:
 
 private:
     Dialogue list(Ask& ask) {
-        const Answer filter = co_await ask.text("Enter view name(s) to list <*>:");
-        listViews(drawing(), filter.isText() ? filter.text : "*", ask);
+        const std::string filter = co_await askNamesToList(ask, "Enter view name(s) to list <*>:");
+        listViews(drawing(), filter, ask);
     }
 
     Dialogue remove(Ask& ask) {

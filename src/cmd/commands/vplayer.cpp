@@ -98,13 +98,18 @@ private:
             const Answer answer = co_await ask.text(std::move(prompt));
             Names layers;
             if (answer.isEnter() && frozen) {
-                const Answer object = co_await ask.object("Select object whose layer is to be frozen:");
+                const Answer object = co_await ask.source("Select object whose layer is to be frozen:");
                 const engine::Entity* entity = object.isObject() ? drawing().findById(object.id) : nullptr;
                 if (entity != nullptr) layers.push_back(entity->layer);
             }
-            if (answer.isText())
+            if (answer.isText()) {
+                const std::vector<std::string> patterns = splitNames(answer.text);
                 for (const engine::Layer& layer : drawing().layers)
-                    if (matchesWildcards(layer.name.view(), answer.text)) layers.push_back(layer.name);
+                    if (std::any_of(patterns.begin(), patterns.end(), [&](const std::string& pattern) {
+                            return matchesWildcards(layer.name.view(), pattern);
+                        }))
+                        layers.push_back(layer.name);
+            }
             if (layers.empty() && answer.isEnter()) co_return;
             if (layers.empty()) {
                 message("No matching names found.");

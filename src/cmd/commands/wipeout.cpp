@@ -58,11 +58,10 @@ private:
     }
 
     Dialogue fromPolyline(Ask& ask) {
-        Ask::Request request;
-        request.kind = Ask::Kind::Object;
+        PickRequest request;
         request.prompt = "Select a closed polyline:";
-        request.filter = isClosedPolyline;
-        const Answer picked = co_await ask.request(std::move(request));
+        request.usable = isClosedPolyline;
+        const Answer picked = co_await ask.pick(std::move(request));
         if (!picked.isObject()) co_return;
         const bool erase = co_await askYesNo(ask, "Erase polyline? [Yes/No] <No>:", false);
         auto* polyline = dynamic_cast<engine::PolylineEntity*>(drawing().findById(picked.id));

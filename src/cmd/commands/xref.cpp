@@ -7,6 +7,7 @@
 #include "cmd/external_references.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/placement.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
 #include "engine/entities/block_reference.hpp"
@@ -24,8 +25,6 @@ using engine::XrefType;
 using math::Vector2;
 
 namespace fs = std::filesystem;
-
-constexpr Range kNonZero{-1e300, 1e300, true};
 
 /// What XREF and XATTACH share: attaching a file and placing it.
 class ReferenceTool : public DialogueTool {
@@ -58,11 +57,16 @@ protected:
             message("Block " + cmd::quoted(known->name.view()) + " already exists.");
             co_return;
         }
-        if (known != nullptr)
+        if (known != nullptr) {
             message("Xref " + cmd::quoted(known->name.view()) +
                     " has already been defined. Using existing definition.");
-        else if (!define(Name(stem), *type, path))
+            engine::Drawing source;
+            AppServices* services = host()->services();
+            if (services != nullptr && services->readReference(known->xrefPath, source).empty())
+                units_ = engine::sysVarInt(source, "INSUNITS");
+        } else if (!define(Name(stem), *type, path)) {
             co_return;
+        }
         co_await place(ask, Name(stem));
     }
 
@@ -86,7 +90,7 @@ private:
         block->xrefType = type;
         block->xrefPath = storedPath(path);
         document().addBlock(std::move(block));
-        const std::string error = reloadReference(document(), *services, name);
+        const std::string error = reloadReference(document(), *services, name, &units_);
         if (!error.empty()) {
             group.rollback();
             message(error);
@@ -97,80 +101,23 @@ private:
     }
 
     Dialogue place(Ask& ask, Name name) {
-        std::optional<double> x;
-        std::optional<double> y;
-        std::optional<double> z;
-        std::optional<double> turn;
-        Vector2 point;
-        for (;;) {
-            const Answer answer =
-                co_await ask.point("Specify insertion point or [Scale/X/Y/Z/Rotate/PScale/PX/PY/PZ/PRotate]:",
-                                   "Scale X Y Z Rotate PScale PX PY PZ PRotate");
-            if (answer.isEnter()) co_return;
-            if (answer.isPoint()) {
-                point = answer.point;
-                break;
-            }
-            // P in front sets the value for the preview: here it counts all the same.
-            const std::string word = answer.word.starts_with('P') ? answer.word.substr(1) : answer.word;
-            if (word == "ROTATE") {
-                const Answer angle = co_await ask.angle("Specify rotation angle:", {}, drawing().ucs.origin);
-                turn = angle.isNumber() ? worldDirection(angle, drawing()) : ucsRotation(drawing());
-                continue;
-            }
-            const std::string axis = word == "SCALE" ? "XYZ" : word;
-            const char* noun = word == "SCALE" ? " axes:" : " axis:";
-            const Answer scale =
-                co_await ask.distance("Specify scale factor for " + axis + noun, {}, Vector2{}, kNonZero);
-            const double value = scale.numberOr(1.0);
-            if (axis != "Y" && axis != "Z") x = value;
-            if (axis != "X" && axis != "Z") y = value;
-            if (axis != "X" && axis != "Y") z = std::abs(value);
-        }
-        if (!x && !y) {
-            const Answer first = co_await ask.distance(
-                "Enter X scale factor, specify opposite corner, or [Corner/XYZ] <1>:", "Corner XYZ", point, kNonZero);
-            bool corner = first.isNumber() && !isTyped(first);
-            Vector2 way = first.point - point;
-            if (first.is("CORNER")) {
-                const Answer opposite = co_await ask.point("Specify opposite corner:", {}, point);
-                corner = opposite.isPoint();
-                way = opposite.point - point;
-            }
-            if (corner) {
-                way = drawing().ucs.fromWorld(point + way) - drawing().ucs.fromWorld(point);
-                if (way.x != 0.0 && way.y != 0.0) {
-                    x = way.x;
-                    y = way.y;
-                } else {
-                    message("Scale factors cannot be zero.");
-                }
-            } else {
-                x = first.numberOr(1.0);
-                const Answer second =
-                    co_await ask.distance("Enter Y scale factor <use X scale factor>:", {}, point, kNonZero);
-                y = second.numberOr(*x);
-                if (first.is("XYZ")) {
-                    const Answer third =
-                        co_await ask.distance("Specify Z scale factor or <use X scale factor>:", {}, point, kNonZero);
-                    if (third.isNumber()) z = std::abs(third.number);
-                }
-            }
-        }
-        if (!turn) {
-            const Answer angle = co_await ask.angle("Specify rotation angle <0>:", {}, point);
-            turn = angle.isNumber() ? worldDirection(angle, drawing()) : ucsRotation(drawing());
-        }
+        PlacementRequest request;
+        request.external = true;
+        const std::optional<Placement> placement = co_await askPlacement(ask, document(), std::move(request));
         const Block* block = drawing().findBlock(name);
-        if (block == nullptr) co_return;
-        auto reference = std::make_unique<BlockReferenceEntity>(block->name, point);
-        reference->scaleX = x.value_or(y.value_or(1.0));
-        reference->scaleY = y.value_or(reference->scaleX);
-        if (z && *z != std::abs(reference->scaleX)) reference->scaleZ = z;
-        reference->rotation = *turn;
+        if (!placement || block == nullptr) co_return;
+        auto reference = std::make_unique<BlockReferenceEntity>(block->name, placement->point);
+        // What it shows is read anew from its file each time: the units are converted where it stands.
+        const double factor = unitFactor(units_, engine::sysVarInt(drawing(), "INSUNITS"));
+        placement->applyTo(*reference, *block, factor);
+        if (!reference->insert.is_finite() || !std::isfinite(reference->scaleX) || !std::isfinite(reference->scaleY))
+            co_return message("Invalid value.");
         addNew(document(), std::move(reference), "XATTACH");
+        if (factor != 1.0) message("Units of the file converted, factor " + lengthDefault(drawing(), factor) + ".");
         repaint();
     }
+
+    int units_ = 0;  ///< INSUNITS of the attached file
 };
 
 class XattachTool final : public ReferenceTool {
@@ -190,8 +137,8 @@ protected:
         } else if (option.is("OVERLAY")) {
             co_await attach(ask, XrefType::Overlay);
         } else if (option.is("?")) {
-            const Answer filter = co_await ask.text("Enter xref(s) to list <*>:");
-            list(filter.isEnter() ? std::string("*") : typedName(filter.text));
+            const std::string filter = co_await askNamesToList(ask, "Enter xref(s) to list <*>:");
+            list(filter);
         } else if (option.is("PATH")) {
             co_await changePaths(ask);
         } else if (option.is("PATHTYPE")) {

@@ -17,14 +17,14 @@ using namespace engine;
 namespace {
 
 Value entLast(Machine& m, Value*, int) {
-    const Entity* e = m.drawing().currentSpace().last();
+    const Entity* e = m.drawing().currentSpace().newest();
     return e != nullptr ? Value::entity(e->handle()) : Value();
 }
 
 Value entNext(Machine& m, Value* v, int n) {
     const Drawing& d = m.drawing();
     if (n == 0 || v[0].isNil()) {
-        const Entity* e = d.currentSpace().first();
+        const Entity* e = d.currentSpace().oldest();
         return e != nullptr ? Value::entity(e->handle()) : Value();
     }
     const SubName name = SubName::of(entityArgument("ENTNEXT", v[0]));
@@ -33,7 +33,7 @@ Value entNext(Machine& m, Value* v, int n) {
     const std::size_t parts = partCount(*e);
     // The parts follow their entity, and the end of its sequence follows them.
     if (parts > 0 && name.part <= parts) return Value::entity(SubName{name.handle, name.part + 1}.encoded());
-    const Entity* next = e->owner()->after(*e);
+    const Entity* next = e->owner()->madeAfter(*e);
     return next != nullptr ? Value::entity(next->handle()) : Value();
 }
 
@@ -94,11 +94,10 @@ Value entUpd(Machine& m, Value* v, int) {
 
 std::span<const BuiltinDef> entityBuiltins() {
     static constexpr BuiltinDef rows[] = {
-        {"ENTLAST", 0, 0, entLast, "", "The last entity of the current space; nil when it is empty.", "(entlast)"},
+        {"ENTLAST", 0, 0, entLast, "", "The newest entity of the current space; nil when it is empty.", "(entlast)"},
         {"ENTNEXT", 0, 1, entNext, "[entity]",
-         "The first entity, or the one after another: attributes of an insert and vertices of a polyline follow it, "
-         "then "
-         "its SEQEND.",
+         "The oldest entity, or the one made after another: attributes of an insert and vertices of a polyline follow "
+         "it, then its SEQEND.",
          "(entnext (entlast)) -> nil"},
         {"ENTGET", 1, 2, entGet, "entity [applications]",
          "The entity as a list of DXF groups; with the extended data of the applications named (wildcards allowed) "

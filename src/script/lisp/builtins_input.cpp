@@ -323,7 +323,7 @@ public:
     EntityQuestion(InitgetState state, Picking picking) : state_(std::move(state)), picking_(picking) {}
     bool accept(Machine& m, const std::string& line, Value& result) override {
         const std::string text(cmd::trimmed(line));
-        if (text.empty()) {
+        if (text.empty() && !entry_.waiting()) {
             m.document().setVariable("ERRNO", 52);
             return true;
         }
@@ -331,34 +331,39 @@ public:
             result = Value::string(keyword);
             return true;
         }
-        engine::Drawing& d = m.drawing();
-        engine::Entity* entity = nullptr;
-        Vector2 at;
-        const std::string upper = engine::upperCase(text);
-        if (upper == "L" || upper == "LAST") {
-            entity = d.findById(cmd::lastEntity(m.document()));
-            if (entity != nullptr) at = entity->nearestPoint(entity->bounds().center());
-        } else if (const auto named = cmd::parseNamedPick(m.document(), text)) {
-            entity = named->entity;
-            at = named->point;
-        } else if (const auto p = cmd::parsePointInput(text, d.lastPoint, {}, cmd::PointContext::of(d))) {
-            at = *p;
-            entity = cmd::pickEntity(m.document(), at);
-        } else {
-            m.host().print("Invalid point.");
-            return false;
+        const cmd::PickRules rules{{}, cmd::Locked::Taken, cmd::Reach::Space};
+        std::optional<cmd::Picked> picked;
+        if (!entry_.waiting()) picked = cmd::pickByWord(m.document(), text, rules);
+        if (!picked) {
+            const auto p = point(m, text);
+            if (!p) return false;
+            picked = cmd::pickAt(m.document(), *p, rules);
         }
-        if (entity == nullptr) {
+        if (picked->entity == nullptr) {
             m.document().setVariable("ERRNO", 7);
             return true;
         }
-        result = pickedValue(m, *entity, at, picking_);
+        result = pickedValue(m, *picked->entity, picked->point, picking_);
         return true;
+    }
+    std::string prompt(const Machine& m) const override {
+        return entry_.waiting() ? entry_.prompt() : Question::prompt(m);
     }
 
 private:
+    /// The point of a line; nothing, after a line that says why not, or when it only is a part of one.
+    std::optional<Vector2> point(Machine& m, const std::string& text) {
+        const Vector2 base = m.drawing().lastPoint;
+        const auto result = entry_.feed(m.document(), text, base, {}, base);
+        if (result == cmd::PointEntry::Result::Point) return entry_.point();
+        if (result == cmd::PointEntry::Result::NotMine) m.host().print("Invalid point.");
+        if (!entry_.refusal().empty()) m.host().print(entry_.refusal());
+        return std::nullopt;
+    }
+
     InitgetState state_;
     Picking picking_;
+    cmd::PointEntry entry_;
 };
 
 template <Picking How>
@@ -368,7 +373,7 @@ Value entSel(Machine& m, Value* v, int n) {
     if (How == Picking::NestedSquare && n > 0 && v[n - 1].isCons()) {
         m.initget() = {};
         const Vector2 at = worldPoint(m.drawing(), pointArgument(function, v[n - 1]));
-        const engine::Entity* entity = cmd::pickEntity(m.document(), at);
+        const engine::Entity* entity = cmd::pickAt(m.document(), at, {{}, cmd::Locked::Taken, cmd::Reach::Space}).entity;
         return entity != nullptr ? pickedValue(m, *entity, at, How) : Value();
     }
     if (n > 0 && v[0].isTrue()) stringArgument(function, v[0]);
