@@ -210,7 +210,7 @@ bool Ask::accept(const std::string& line) {
             return acceptMeasure(line);
         case Kind::Point: {
             const auto p = acceptPoint(line, request_.base.value_or(lastPoint()), noPoint);
-            if (!p) return false;
+            if (!p || !tool_.allowsPoint(*p)) return false;
             answer_.kind = Answer::Kind::Point;
             answer_.point = *p;
             if (request_.remember) lastPoint_ = *p;
@@ -274,6 +274,7 @@ void DialogueTool::mousePress(const Vector2& point, int button) {
     if (button == kRightButton) return textInput({});
     if (running_ || !isActive() || !ask_.waiting_ || ask_.request_.kind != Ask::Kind::Point) return;
     ask_.dropPointWords();
+    if (!allowsPoint(point)) return;
     ask_.answer_ = {};
     ask_.answer_.kind = Answer::Kind::Point;
     ask_.answer_.point = point;

@@ -113,9 +113,9 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
     LinetypeElement element;
     if (what.size() >= 2 && what.front() == '"' && what.back() == '"') {
         what = what.substr(1, what.size() - 2);
-        element.flags = 2;
+        element.flags = LinetypeElement::kText;
     } else {
-        element.flags = 4;
+        element.flags = LinetypeElement::kShape;
         if (const std::optional<double> shape = number(what); shape && *shape >= 0 && *shape <= 65535)
             element.shape = static_cast<std::int32_t>(*shape);
     }
@@ -154,12 +154,15 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
                 break;
             case 'A':
             case 'a':
-                element.flags |= 1;
+                element.flags |= LinetypeElement::kAbsolute;
+                element.rotation = *value * toRadians;
+                break;
+            case 'U':
+            case 'u':
+                element.flags |= LinetypeElement::kUpright;
                 [[fallthrough]];
             case 'R':
             case 'r':
-            case 'U':
-            case 'u':
                 element.rotation = *value * toRadians;
                 break;
             default:

@@ -10,7 +10,9 @@
 #include <QWidget>
 #include <chrono>
 
+#include "cmd/isolation.hpp"
 #include "cmd/macros.hpp"
+#include "cmd/text_fields.hpp"
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"
@@ -225,6 +227,7 @@ std::string Session::open(const std::string& path) {
     OpenReport report;
     if (std::string error = openDrawing(path, *drawing, report); !error.empty()) return error;
     drawing->fileName = path;
+    cmd::updateFieldsOnOpening(*drawing);
     for (const std::string& line : report.lines) append(line);
     replaceDrawing(std::move(drawing));
     return {};
@@ -254,9 +257,16 @@ std::string Session::save(const std::string& path) {
     engine::Drawing& drawing = document_.drawing();
     const std::string target = path.empty() ? drawing.fileName : path;
     if (target.empty()) return "The drawing has no file name yet: give one.";
+    cmd::updateFieldsAt(cmd::FieldMoment::Save, document_);
     SaveReport report;
     const std::string version = property("kovaDwgVersion").toString().toStdString();
-    if (std::string error = saveDrawing(drawing, target, version, report); !error.empty()) return error;
+    {
+        const cmd::ShownForSaving shown(document_);
+        if (std::string error = saveDrawing(drawing, target, version, report); !error.empty()) return error;
+        if (shown.count() > 0)
+            report.lines.push_back(std::to_string(shown.count()) +
+                                   " hidden object(s) were saved as shown (OBJECTISOLATIONMODE 0).");
+    }
     for (const std::string& line : report.lines) append(line);
     noteDwgSave(document_, target, report);
     drawing.fileName = target;

@@ -137,7 +137,7 @@ void PainterSink::image(const engine::ImageEntity& image, const engine::OutlineS
     painter_.drawImage(0, 0, picture);
     painter_.restore();
     penWidth_ = -1.0;
-    if (image.showFrame) stroke(frame, style, solid);
+    if (image.showFrame) this->frame(frame, engine::FrameKind::Image, style);
 }
 
 }  // namespace kova::render

@@ -3,11 +3,13 @@
 #include <QColor>
 #include <QImage>
 #include <QPainter>
+#include <array>
 #include <map>
 #include <string>
 #include <unordered_map>
 
 #include "engine/drawing.hpp"
+#include "engine/hatch_lines.hpp"
 #include "engine/outline.hpp"
 #include "render/device_text.hpp"
 #include "render/flatten.hpp"
@@ -51,6 +53,10 @@ public:
         double pointSize = 0.0;      ///< PDSIZE
         engine::Rgb background{255, 255, 255};
         bool textAsFrames = false;  ///< QTEXTMODE
+        bool textFill = true;       ///< TEXTFILL
+        /// Which lines that settings may hide are drawn, by engine::FrameKind.
+        std::array<bool, 4> frames{true, true, false, false};
+        engine::HatchLineLimits hatchLimits;
         std::string folder;         ///< of the drawing's file: where relative image paths start
         PlotLook look;
         TextOutput* textOutput = nullptr;  ///< not owned; null: letters are drawn as shapes
@@ -75,6 +81,7 @@ public:
     void pattern(engine::PathView rings, std::span<const engine::HatchFamily> families,
                  const engine::OutlineStyle& style) override;
     void line(const math::Vector2& a, const math::Vector2& b, const engine::OutlineStyle& style) override;
+    void frame(engine::PathView path, engine::FrameKind kind, const engine::OutlineStyle& style) override;
     /// A new entity begins: what one entity may cost is counted from here.
     void beginEntity() {
         marks_ = 0;
@@ -95,7 +102,9 @@ private:
         double opacity = 1.0;
     };
     const Look& look(const engine::OutlineStyle& style);
-    void usePen(const Look& look);
+    /// `dashes`: pieces of a dashed line, which keep their length; other thin lines cover the pixels of their ends.
+    void usePen(const Look& look, bool dashes = false);
+    bool shows(engine::FrameKind kind) const { return settings_.frames[static_cast<std::size_t>(kind)]; }
     void useOpacity(double opacity);
     /// Counts pixels of line; false when the entity has drawn more than any picture can show.
     bool takeInk(double length);
@@ -106,7 +115,9 @@ private:
     void drawElement(const engine::Linetype& linetype, std::size_t entry, const math::Vector2& at, double angle,
                      const Look& look);
     const engine::Path& elementShape(const engine::LinetypeElement& element);
-    void fillRings(engine::PathView rings, const QBrush& brush, bool evenOdd);
+    /// `trace`: what is thinner than a pixel is drawn as a line, so that it does not get lost.
+    void fillRings(engine::PathView rings, const QBrush& brush, bool evenOdd, bool trace = true);
+    void drawTextBox(const engine::TextRun& run);
     void drawGlyph(const engine::Path& shape, bool filled, const Look& look);
     /// Leaves the run to the device that keeps text; false when its font cannot be kept.
     bool writeText(const engine::TextRun& run, const Look& look);
@@ -127,6 +138,7 @@ private:
     bool hasLook_ = false;
     QColor penColor_;
     double penWidth_ = -1.0;
+    bool penForDashes_ = false;
     double opacity_ = 1.0;
     std::vector<QPointF> buffer_;
     std::vector<double> dashes_;

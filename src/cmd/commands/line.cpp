@@ -26,7 +26,7 @@ public:
         if (!points_.empty()) last = points_.back();
         const bool waited = entry_.waiting();
         const auto result = entry_.feed(document(), line, last.value_or(math::Vector2{}), last, cursor());
-        if (result == PointEntry::Result::Point) addPoint(entry_.point());
+        if (result == PointEntry::Result::Point && allowsPoint(entry_.point())) addPoint(entry_.point());
         if (result == PointEntry::Result::Refused) message(entry_.refusal());
         if (waited || entry_.waiting()) showPrompt();
     }
@@ -35,6 +35,7 @@ public:
         if (button == kRightButton) return finish();
         if (button != kLeftButton) return;
         dropPointWords();
+        if (!allowsPoint(point)) return;
         if (points_.size() >= 3 && point.distance_to(points_.front()) <= pickTolerance()) return close();
         addPoint(point);
     }

@@ -49,6 +49,7 @@ Task<void> editVariable(Ask& ask, doc::Document& document, const engine::SysVarD
         ask.message(error);
     }
     if (def.command == engine::SysVarCommand::Toggle) ask.message(variableLine(document.drawing(), def));
+    ask.message(engine::sysVarNote(document.drawing(), def));
 }
 
 }  // namespace kova::cmd::commands

@@ -357,9 +357,9 @@ void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) co
     }
     BlockNesting nesting(BlockNesting::Purpose::Emit);
     const bool clipped = isClipped();
+    Path boundary;
     if (clipped) {
         const Matrix4 first = blockMatrix(*definition);
-        Path boundary;
         std::vector<Vector2> polygon = clipPolygon();
         for (Vector2& p : polygon) p = first.transform_point(p);
         boundary.polygon(polygon);
@@ -377,7 +377,9 @@ void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) co
         });
     }
     emitAttributes(sink, style);
-    if (clipped) sink.popClip();
+    if (!clipped) return;
+    sink.popClip();
+    sink.frame(boundary, FrameKind::Clip, style);
 }
 
 }  // namespace kova::engine

@@ -300,6 +300,13 @@ void PolylineEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
             }
             plane.stroke(part, style, options);
         };
+        if (spline && fit.size() > 1) {
+            Path control;
+            control.moveTo(fit.front());
+            for (std::size_t i = 1; i < fit.size(); ++i) control.lineTo(fit[i]);
+            if (closed) control.close();
+            plane.frame(control, FrameKind::Control, style);
+        }
         const std::size_t segments = segmentCount();
         if (segments <= kMostInOnePath) {
             stroke(path(), 0, segments);

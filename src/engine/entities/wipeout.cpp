@@ -45,9 +45,7 @@ void WipeoutEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     cover.background = true;
     sink.fill(outline, style, cover);
     if (!showFrame) return;
-    StrokeOptions frame;
-    frame.continuous = true;
-    sink.stroke(outline, style, frame);
+    sink.frame(outline, FrameKind::Wipeout, style);
 }
 
 std::size_t WipeoutEntity::sizeInBytes() const {

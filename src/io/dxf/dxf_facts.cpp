@@ -20,10 +20,12 @@ constexpr ClassRow kClasses[] = {
     {"IMAGE", "AcDbRasterImage", kObjects, 2175, true},
     {"IMAGEDEF", "AcDbRasterImageDef", kObjects, 0, false},
     {"IMAGEDEF_REACTOR", "AcDbRasterImageDefReactor", kObjects, 1, false},
+    {"RASTERVARIABLES", "AcDbRasterVariables", kObjects, 0, false},
     {"ACDBDICTIONARYWDFLT", "AcDbDictionaryWithDefault", kObjects, 0, false},
     {"ACDBPLACEHOLDER", "AcDbPlaceHolder", kObjects, 0, false},
     {"SPATIAL_FILTER", "AcDbSpatialFilter", kObjects, 0, false},
     {"WIPEOUT", "AcDbWipeout", "WipeOut", 2175, true},
+    {"WIPEOUTVARIABLES", "AcDbWipeoutVariables", "WipeOut", 0, false},
     {"PLOTSETTINGS", "AcDbPlotSettings", kObjects, 0, false},
     {"SCALE", "AcDbScale", kObjects, 1153, false},
 };
@@ -71,6 +73,11 @@ constexpr std::string_view kApplications[] = {
 constexpr long double kPi = 3.14159265358979323846264338327950288L;
 
 }  // namespace
+
+std::span<const std::string_view> dictionaryVariables() {
+    static constexpr std::string_view names[] = {"FRAME", "WIPEOUTFRAME", "PDFFRAME", "XCLIPFRAME", "FIELDEVAL"};
+    return names;
+}
 
 std::span<const ClassRow> classTable() { return kClasses; }
 std::span<const std::string_view> headerVariables() { return kHeader; }

@@ -83,6 +83,7 @@ void Reader::finish() {
     drawing_.nextHandle = std::max({drawing_.nextHandle, seed_ < kMaxHandle ? seed_ : 0, highestHandle_ + 1});
     applyHeader();
     readDrawingRecord(dictionaryEntry(rootDictionary_, "KOVA_DRAWING"));
+    readObjectVariables();
     dropAdditions();
     ensureRecords();
     if (ownNextHandle_ != 0) drawing_.nextHandle = ownNextHandle_;

@@ -21,7 +21,8 @@ constexpr std::size_t kMaxOpaqueValues = 4'000'000;
 constexpr std::string_view kKnownKeys[] = {"ACAD_GROUP",         "ACAD_LAYOUT",     "ACAD_MLINESTYLE",
                                            "ACAD_MLEADERSTYLE",  "ACAD_TABLESTYLE", "ACAD_PLOTSETTINGS",
                                            "ACAD_PLOTSTYLENAME", "ACAD_SCALELIST",  "AcDbVariableDictionary",
-                                           "ACAD_IMAGE_DICT",    "DWGPROPS",        "KOVA_DRAWING"};
+                                           "ACAD_IMAGE_DICT",    "DWGPROPS",        "KOVA_DRAWING",
+                                           "ACAD_IMAGE_VARS",    "ACAD_WIPEOUT_VARS"};
 
 }  // namespace
 
@@ -375,6 +376,26 @@ void Reader::readVariables(std::uint64_t handle) {
                 engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(text(*value)));
         }
     }
+}
+
+/// Variables that stand in objects of their own or in the dictionary of variables: where other programs change them.
+void Reader::readObjectVariables() {
+    Record record;
+    const auto load = [&](std::string_view variable, const Tag* tag) {
+        if (tag != nullptr)
+            engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*tag))));
+    };
+    const auto object = [&](std::string_view key, std::string_view type, std::string_view variable) {
+        if (objectAt(dictionaryEntry(rootDictionary_, key), record) && record.type == type)
+            load(variable, record.find(70));
+    };
+    object("ACAD_IMAGE_VARS", "RASTERVARIABLES", "IMAGEFRAME");
+    object("ACAD_WIPEOUT_VARS", "WIPEOUTVARIABLES", "WIPEOUTFRAME");
+    for (const DictionaryItem& item : dictionary(dictionaryEntry(rootDictionary_, "AcDbVariableDictionary")))
+        for (const std::string_view variable : dictionaryVariables())
+            if (engine::equalNoCase(trimmed(item.key), variable) && objectAt(item.handle, record) &&
+                record.type == "DICTIONARYVAR")
+                load(variable, record.find(1));
 }
 
 void Reader::readProperties(std::uint64_t handle) {

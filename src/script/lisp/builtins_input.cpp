@@ -174,6 +174,8 @@ private:
                 if (isPlainNumber && !base_) return refuse(m, refusal());
                 const auto p = point(m, text);
                 if (!p) return false;
+                if ((state_.bits & InitgetState::kNoLimits) == 0 && cmd::isOutsideLimits(d, *p))
+                    return refuse(m, cmd::kOutsideLimits);
                 d.lastPoint = *p;
                 const bool plain = !within && cmd::parsePointInput(text, {}, {}).has_value();
                 const double height = plain ? typedHeight(d, text) : engine::sysVarReal(d, "ELEVATION");
