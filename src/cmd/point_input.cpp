@@ -1,5 +1,7 @@
 #include "cmd/point_input.hpp"
 
+#include <charconv>
+
 #include "math/angles.hpp"
 
 namespace kova::cmd {
@@ -110,13 +112,6 @@ std::optional<Vector2> parsePointInput(std::string_view text, const Vector2& bas
     }
     if (!result->is_finite()) return std::nullopt;
     return result;
-}
-
-bool isOutsideLimits(const engine::Drawing& drawing, const Vector2& p) {
-    const engine::Limits& limits = drawing.limits;
-    if (!limits.check || drawing.editedBlock() != nullptr) return false;
-    if (!drawing.tileMode && drawing.activeViewport() == nullptr) return false;
-    return !math::Bounds2{limits.lower, limits.upper}.contains_point(p);
 }
 
 }  // namespace kova::cmd

@@ -34,11 +34,6 @@ std::optional<math::Vector2> parsePointInput(std::string_view text, const math::
 /// An angle typed at a prompt in degrees, under ANGDIR and ANGBASE, as radians counter-clockwise from +x.
 std::optional<double> parseAngleInput(std::string_view text, const PointContext& context);
 
-/// True for a point that LIMCHECK refuses: it is on, and the point lies outside the limits of model space.
-bool isOutsideLimits(const engine::Drawing& drawing, const math::Vector2& p);
-/// What is said then.
-inline constexpr const char* kOutsideLimits = "**Outside limits";
-
 std::string_view trimmed(std::string_view text);
 
 }  // namespace kova::cmd

@@ -93,11 +93,6 @@ bool leavesBlockEditor(std::string_view name) {
     return std::find(std::begin(kNames), std::end(kNames), name) != std::end(kNames);
 }
 
-/// The commands whose points make or place objects.
-bool makesObjects(std::string_view category) {
-    return category == "Draw" || category == "Modify" || category == "Annotate" || category == "Insert";
-}
-
 }  // namespace
 
 void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::string> arguments, bool transparent) {
@@ -121,7 +116,6 @@ void CommandProcessor::run(Command& command, bool commandLine, std::vector<std::
     } else {
         std::unique_ptr<Tool> tool = command.createTool();
         if (!tool) return;
-        tool->setKeepsToLimits(makesObjects(command.category()));
         activate(std::move(tool), command.name(), commandLine, !arguments.empty());
     }
     // The words behind the name answer the first prompts; what is left when the command has ended is a line of

@@ -1,7 +1,5 @@
 #include "cmd/tool.hpp"
 
-#include "cmd/point_input.hpp"
-
 namespace kova::cmd {
 
 void Tool::attach(doc::Document* document, Viewport* viewport, ToolHost* host) {
@@ -40,12 +38,6 @@ void Tool::finish() {
     if (!active_) return;
     active_ = false;
     if (host_ != nullptr) host_->finished();
-}
-
-bool Tool::allowsPoint(const math::Vector2& p) const {
-    if (!keepsToLimits_ || !isOutsideLimits(drawing(), p)) return true;
-    message(kOutsideLimits);
-    return false;
 }
 
 }  // namespace kova::cmd

@@ -80,8 +80,6 @@ public:
     void activate() { active_ = true; }
     /// "-NAME" was typed: the command's variant that prompts instead of opening a dialog.
     void setCommandLineVariant(bool on) { commandLine_ = on; }
-    /// Points outside the limits are refused while LIMCHECK is on: commands that draw and change.
-    void setKeepsToLimits(bool on) { keepsToLimits_ = on; }
     /// Words stood behind the command's name on its line; they follow as input right after begin.
     void setInlineInput(bool on) { inlineInput_ = on; }
 
@@ -93,8 +91,6 @@ protected:
     ToolHost* host() const { return host_; }
     const math::Vector2& cursor() const { return cursor_; }
     bool isCommandLineVariant() const { return commandLine_; }
-    /// Says so, and gives false, for a point that the limits refuse.
-    bool allowsPoint(const math::Vector2& p) const;
     bool hasInlineInput() const { return inlineInput_; }
     void setPrompt(std::string text);
     void message(const std::string& text) const;
@@ -111,7 +107,6 @@ private:
     bool active_ = false;
     bool commandLine_ = false;
     bool inlineInput_ = false;
-    bool keepsToLimits_ = false;
     math::Vector2 cursor_;
 };
 

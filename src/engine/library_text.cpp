@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "engine/libraries.hpp"
+#include "engine/records/linetype_flags.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {
@@ -113,9 +114,9 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
     LinetypeElement element;
     if (what.size() >= 2 && what.front() == '"' && what.back() == '"') {
         what = what.substr(1, what.size() - 2);
-        element.flags = LinetypeElement::kText;
+        element.flags = kElementText;
     } else {
-        element.flags = LinetypeElement::kShape;
+        element.flags = kElementShape;
         if (const std::optional<double> shape = number(what); shape && *shape >= 0 && *shape <= 65535)
             element.shape = static_cast<std::int32_t>(*shape);
     }
@@ -154,12 +155,12 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
                 break;
             case 'A':
             case 'a':
-                element.flags |= LinetypeElement::kAbsolute;
+                element.flags |= kElementAbsolute;
                 element.rotation = *value * toRadians;
                 break;
             case 'U':
             case 'u':
-                element.flags |= LinetypeElement::kUpright;
+                element.flags |= kElementUpright;
                 [[fallthrough]];
             case 'R':
             case 'r':

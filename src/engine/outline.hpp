@@ -52,14 +52,6 @@ struct FillOptions {
     bool background = false;  ///< covers what lies below with the paper's colour (wipeout, text mask)
 };
 
-/// Lines that stand round or beside an object and are no part of its shape: settings decide whether they are seen.
-enum class FrameKind : std::uint8_t {
-    Image,    ///< IMAGEFRAME
-    Wipeout,  ///< WIPEOUTFRAME
-    Clip,     ///< XCLIPFRAME: the boundary of a clipped reference
-    Control   ///< SPLFRAME: control polygons of splines, hidden edges of faces
-};
-
 /// One line of text in one font. A glyph point (gx, gy), in capital-letter heights from the start of the
 /// baseline, lies at origin + gx * xAxis + gy * yAxis; width factor, slant, rotation and mirroring are in the axes.
 struct TextRun {
@@ -98,8 +90,6 @@ public:
     virtual void pattern(PathView rings, std::span<const HatchFamily> families, const OutlineStyle& style);
     /// A straight line; overridden where plain lines must be fast.
     virtual void line(const math::Vector2& a, const math::Vector2& b, const OutlineStyle& style);
-    /// Lines that a setting may hide. Default: strokes the frames of images and wipeouts, passes the others over.
-    virtual void frame(PathView path, FrameKind kind, const OutlineStyle& style);
     /// A viewport of a layout: its frame is stroked by the entity; its view of model space is the consumer's.
     virtual void viewport(const ViewportEntity& viewport, const OutlineStyle& style);
 
@@ -130,7 +120,6 @@ public:
                    const OutlineStyle& style) override;
     void pattern(PathView rings, std::span<const HatchFamily> families, const OutlineStyle& style) override;
     void line(const math::Vector2& a, const math::Vector2& b, const OutlineStyle& style) override;
-    void frame(PathView path, FrameKind kind, const OutlineStyle& style) override;
     void viewport(const ViewportEntity& viewport, const OutlineStyle& style) override;
     bool wants(const math::Bounds2& extents) const override;
     bool wantsLayer(Name layer) const override;

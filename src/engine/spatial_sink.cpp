@@ -177,9 +177,6 @@ void SpatialSink::pattern(PathView rings, std::span<const HatchFamily> families,
 void SpatialSink::line(const Vector2& a, const Vector2& b, const OutlineStyle& style) {
     if (plane_ != nullptr) plane_->line(a, b, style);
 }
-void SpatialSink::frame(PathView path, FrameKind kind, const OutlineStyle& style) {
-    if (plane_ != nullptr) plane_->frame(path, kind, style);
-}
 void SpatialSink::viewport(const ViewportEntity&, const OutlineStyle&) {}
 /// Where things are seen is not known from their extents in plan.
 bool SpatialSink::wants(const math::Bounds2&) const { return true; }

@@ -31,7 +31,6 @@ public:
                    const OutlineStyle& style) override;
     void pattern(PathView rings, std::span<const HatchFamily> families, const OutlineStyle& style) override;
     void line(const math::Vector2& a, const math::Vector2& b, const OutlineStyle& style) override;
-    void frame(PathView path, FrameKind kind, const OutlineStyle& style) override;
     void viewport(const ViewportEntity& viewport, const OutlineStyle& style) override;
     bool wants(const math::Bounds2& extents) const override;
     bool wantsLayer(Name layer) const override;

@@ -65,8 +65,6 @@ struct SysVarDef {
     /// The command's question without the default and the colon; empty: "Enter new value for NAME". One with
     /// "[ON/OFF]" in it shows the default as ON or OFF.
     std::string_view prompt{};
-    /// What is to be told once a value was set, from what the drawing holds now; null or an empty text: nothing.
-    std::string (*note)(const Drawing&) = nullptr;
 
     bool ranged() const { return minimum < maximum; }
     /// One value for the whole program, whatever drawing is open.
@@ -100,9 +98,6 @@ std::string sysVarPrompt(const Drawing& drawing, const SysVarDef& def);
 /// The answer to a value that the variable refuses: "Invalid number. Enter 0-100:" for ranges, else "Invalid value."
 /// or "Cannot set NAME to that value.".
 std::string sysVarRefusal(const SysVarDef& def);
-/// A line for the user who set the variable: that it has no effect here, or what keeps it from having one. Empty when
-/// there is nothing to say.
-std::string sysVarNote(const Drawing& drawing, const SysVarDef& def);
 /// Reads a typed value: a whole number, a real, an angle in degrees, a text ("." is the empty one), "x,y[,z]". On/off
 /// variables take ON and OFF, colours their names. Error text, empty on success; range and rules are left to setSysVar.
 std::string parseSysVar(const SysVarDef& def, std::string_view text, SysVarValue& value);

@@ -11,11 +11,6 @@ namespace {
 SysVarValue regenMode(const Drawing& d) { return sysVarInt(d, "REGENMODE", 1); }
 std::string setRegenMode(Drawing& d, const SysVarValue& value) { return setSysVar(d, "REGENMODE", value); }
 SysVarValue quickText(const Drawing& d) { return sysVarInt(d, "QTEXTMODE", 0); }
-/// FRAME stands above the variables of the single kinds.
-std::string frameNote(const Drawing& d) {
-    const std::int32_t all = sysVarInt(d, "FRAME", 3);
-    return all == 3 ? std::string() : "FRAME = " + std::to_string(all) + " overrides it. Set FRAME to 3 to let it count.";
-}
 std::string setQuickText(Drawing& d, const SysVarValue& value) { return setSysVar(d, "QTEXTMODE", value); }
 
 }  // namespace
@@ -57,10 +52,9 @@ std::vector<SysVarDef> displayVariables() {
         integer("FRAME", 3, 0, 3, kDrawing,
                 "Frames of images, clips and wipeouts: 0 hidden, 1 shown and plotted, 2 shown, 3 as each kind's own")
             .looks(),
-        integer("IMAGEFRAME", 1, 0, 2, kDrawing, "Frames of images: 0 hidden, 1 shown and plotted, 2 shown").looks().note(frameNote),
+        integer("IMAGEFRAME", 1, 0, 2, kDrawing, "Frames of images: 0 hidden, 1 shown and plotted, 2 shown").looks(),
         integer("WIPEOUTFRAME", 1, 0, 2, kDrawing, "Frames of wipeouts: 0 hidden, 1 shown and plotted, 2 shown")
-            .looks()
-            .note(frameNote),
+            .looks(),
         integer("PDFFRAME", 1, 0, 2, kDrawing, "Frames of PDF underlays: 0 hidden, 1 shown and plotted, 2 shown"),
         integer("DWFFRAME", 2, 0, 2, kHeader, "Frames of DWF underlays: 0 hidden, 1 shown and plotted, 2 shown")
             .code(280),
@@ -68,8 +62,7 @@ std::vector<SysVarDef> displayVariables() {
             .code(280),
         integer("XCLIPFRAME", 2, 0, 2, kHeader, "Frames of clipped references: 0 hidden, 1 shown and plotted, 2 shown")
             .code(280)
-            .looks()
-            .note(frameNote),
+            .looks(),
         integer("LAYLOCKFADECTL", 50, -90, 90, kProfile, "Fading of locked layers in percent; negative: off"),
         integer("XDWGFADECTL", 70, -90, 90, kProfile, "Fading of external references in percent; negative: off"),
         toggle("TRANSPARENCYDISPLAY", 1, kProfile, "Transparency shown"),

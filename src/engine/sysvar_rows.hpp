@@ -56,10 +56,6 @@ struct Row {
         def.accepts = f;
         return *this;
     }
-    Row& note(std::string (*f)(const Drawing&)) {
-        def.note = f;
-        return *this;
-    }
     operator SysVarDef() const { return def; }  // NOLINT: rows are collected as definitions
 };
 
@@ -132,9 +128,5 @@ std::vector<SysVarDef> displayVariables();    ///< display, regeneration, select
 std::vector<SysVarDef> fileVariables();       ///< files, references, attributes, layouts, the drawing's names
 std::vector<SysVarDef> sessionVariables();    ///< what the program and the running command tell of themselves
 std::vector<SysVarDef> headerVariables();     ///< values that are only kept because drawing files carry them
-
-
-/// Why a variable of this name is only kept and does nothing; empty: it does its job.
-std::string_view idleReason(std::string_view name);
 
 }  // namespace kova::engine::rows

@@ -65,12 +65,6 @@ std::string sysVarPrompt(const Drawing& drawing, const SysVarDef& def) {
     return text + " <" + value + ">:";
 }
 
-std::string sysVarNote(const Drawing& drawing, const SysVarDef& def) {
-    if (const std::string_view reason = rows::idleReason(def.name); !reason.empty())
-        return std::string(def.name) + " is kept, but has no effect here: " + std::string(reason) + ".";
-    return def.note != nullptr ? def.note(drawing) : std::string();
-}
-
 std::string sysVarRefusal(const SysVarDef& def) {
     if (!def.ranged()) return "Invalid value.";
     const auto bound = [&](double v) { return def.degrees ? roundedText(math::toDegrees(v)) : math::shortest(v); };

@@ -6,6 +6,7 @@
 #include "engine/entities/viewport.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/hatch_lines.hpp"
+#include "engine/records/linetype_flags.hpp"
 #include "engine/shapes.hpp"
 #include "math/angles.hpp"
 #include "render/dashes.hpp"
@@ -243,16 +244,15 @@ void PainterSink::drawDashed(std::span<const Vector2> points, const Look& look, 
 
 void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entry, const Vector2& at, double angle,
                               const Look& look) {
-    using engine::LinetypeElement;
-    const LinetypeElement& element = linetype.elements[entry];
-    const bool isShape = (element.flags & LinetypeElement::kShape) != 0;
+    const engine::LinetypeElement& element = linetype.elements[entry];
+    const bool isShape = (element.flags & engine::kElementShape) != 0;
     const engine::TextStyle& style = drawing_.textStyleOrStandard(element.style);
     // The scale of a text multiplies the height that its style fixes.
     const double unit = !isShape && style.height > 0.0 ? style.height : 1.0;
     // Pixels, y down: shapes and texts are laid out in pixel coordinates. A positive rotation turns counter-clockwise.
     const double size = element.scale * unit * look.dashScale;
     const double turn =
-        (element.flags & LinetypeElement::kAbsolute) != 0 ? -element.rotation : angle - element.rotation;
+        (element.flags & engine::kElementAbsolute) != 0 ? -element.rotation : angle - element.rotation;
     const auto up = [](const Vector2& x) { return Vector2{x.y, -x.x}; };
     Vector2 xAxis = Vector2::from_angle(turn) * size;
     Vector2 yAxis = up(xAxis);
@@ -292,7 +292,7 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
     run.xAxis = xAxis * widthFactor;
     const double slant = std::tan(std::clamp(style.obliqueAngle, -1.4, 1.4));
     run.yAxis = yAxis + (std::isfinite(slant) ? run.xAxis * slant : Vector2{});
-    if ((element.flags & LinetypeElement::kUpright) != 0 && readsUpsideDown(xAxis)) {
+    if ((element.flags & engine::kElementUpright) != 0 && readsUpsideDown(xAxis)) {
         // Turned about its middle, so that it keeps its place in the gap.
         origin += run.xAxis * engine::textAdvance(run) + run.yAxis;
         run.xAxis = -run.xAxis;
@@ -398,13 +398,6 @@ void PainterSink::drawWide(Figure& figure, const Look& look, const engine::Strok
     hair.width = 1.0;
     usePen(hair);
     drawChain(figure.points, figure.closed);
-}
-
-void PainterSink::frame(PathView path, engine::FrameKind kind, const OutlineStyle& style) {
-    if (!shows(kind)) return;
-    engine::StrokeOptions solid;
-    solid.continuous = kind != engine::FrameKind::Control;
-    stroke(path, style, solid);
 }
 
 void PainterSink::stroke(PathView path, const OutlineStyle& style, const engine::StrokeOptions& options) {

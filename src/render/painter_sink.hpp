@@ -3,7 +3,6 @@
 #include <QColor>
 #include <QImage>
 #include <QPainter>
-#include <array>
 #include <map>
 #include <string>
 #include <unordered_map>
@@ -54,8 +53,6 @@ public:
         engine::Rgb background{255, 255, 255};
         bool textAsFrames = false;  ///< QTEXTMODE
         bool textFill = true;       ///< TEXTFILL
-        /// Which lines that settings may hide are drawn, by engine::FrameKind.
-        std::array<bool, 4> frames{true, true, false, false};
         engine::HatchLineLimits hatchLimits;
         std::string folder;         ///< of the drawing's file: where relative image paths start
         PlotLook look;
@@ -81,7 +78,6 @@ public:
     void pattern(engine::PathView rings, std::span<const engine::HatchFamily> families,
                  const engine::OutlineStyle& style) override;
     void line(const math::Vector2& a, const math::Vector2& b, const engine::OutlineStyle& style) override;
-    void frame(engine::PathView path, engine::FrameKind kind, const engine::OutlineStyle& style) override;
     /// A new entity begins: what one entity may cost is counted from here.
     void beginEntity() {
         marks_ = 0;
@@ -104,7 +100,6 @@ private:
     const Look& look(const engine::OutlineStyle& style);
     /// `dashes`: pieces of a dashed line, which keep their length; other thin lines cover the pixels of their ends.
     void usePen(const Look& look, bool dashes = false);
-    bool shows(engine::FrameKind kind) const { return settings_.frames[static_cast<std::size_t>(kind)]; }
     void useOpacity(double opacity);
     /// Counts pixels of line; false when the entity has drawn more than any picture can show.
     bool takeInk(double length);

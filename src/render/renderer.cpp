@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "engine/entities/viewport.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "engine/spatial_sink.hpp"
 #include "engine/sysvar.hpp"
 #include "engine/view_frame.hpp"
@@ -23,7 +24,7 @@ constexpr double kMargin = 0.025;       // of the extents, on every side
 constexpr double kSmallestSize = 1e-6;  // a padded size below this becomes 1
 
 /// Whether lines of a kind are drawn: FRAME, unless it leaves that to the kind's own variable.
-std::array<bool, 4> framesShown(const engine::Drawing& drawing, bool plotted) {
+engine::FrameLines::Shown framesShown(const engine::Drawing& drawing, bool plotted) {
     const std::int32_t all = engine::sysVarInt(drawing, "FRAME", 3);
     const auto shown = [&](std::string_view variable) {
         const std::int32_t mode = all != 3 ? all : engine::sysVarInt(drawing, variable, 1);
@@ -52,7 +53,6 @@ PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderR
     settings.pointSize = engine::sysVarReal(drawing, "PDSIZE", 0.0);
     settings.textAsFrames = engine::sysVarInt(drawing, "QTEXTMODE", 0) != 0;
     settings.textFill = engine::sysVarInt(drawing, "TEXTFILL", 1) != 0;
-    settings.frames = framesShown(drawing, request.look.plotted);
     const double most = engine::sysVarReal(drawing, "HPMAXLINES", 1e6);
     settings.hatchLimits.lines = static_cast<std::size_t>(std::clamp(most, 100.0, 1e7));
     settings.background = request.background;
@@ -169,6 +169,7 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
 
 void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& view, const RenderRequest& request,
                 bool everything) {
+    const engine::FrameLines frames(framesShown(drawing, request.look.plotted));
     const LayerLook layers(drawing);
     const Matrix4 from = engine::worldToView(drawing.currentView);
     PainterSink::Settings settings = sinkSettings(drawing, request);
@@ -181,6 +182,7 @@ void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& v
 
 void paintLayout(QPainter& painter, const engine::Drawing& drawing, const engine::Layout& layout, const View& view,
                  const RenderRequest& request) {
+    const engine::FrameLines frames(framesShown(drawing, request.look.plotted));
     const LayerLook layers(drawing);
     const PainterSink::Settings settings = sinkSettings(drawing, request);
     std::optional<PainterSink> sink;

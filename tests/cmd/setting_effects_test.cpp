@@ -5,6 +5,7 @@
 #include "engine/entities/table_entity.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/outline.hpp"
+#include "engine/sysvar_notes.hpp"
 #include "harness.hpp"
 
 namespace kova::cmd {

@@ -1,4 +1,5 @@
 #include "engine/libraries.hpp"
+#include "engine/records/linetype_flags.hpp"
 
 #include <gtest/gtest.h>
 
@@ -176,7 +177,7 @@ TEST(LinetypeText, ShapesAndTextsStandAtTheirDash) {
         &skipped);
     EXPECT_EQ(skipped, 0);
     ASSERT_EQ(linetypes.size(), 3u);
-    EXPECT_EQ(linetypes[1].elements[1].flags, LinetypeElement::kText | LinetypeElement::kUpright);
+    EXPECT_EQ(linetypes[1].elements[1].flags, kElementText | kElementUpright);
     EXPECT_DOUBLE_EQ(linetypes[1].elements[1].rotation, math::kPi / 2);
     const Linetype& gas = linetypes[0];
     EXPECT_EQ(gas.pattern, (std::vector<double>{12.7, -5.08, -6.35}));

@@ -5,6 +5,7 @@
 
 #include "engine/entities/all.hpp"
 #include "engine/libraries.hpp"
+#include "engine/sysvar_notes.hpp"
 #include "math/angles.hpp"
 #include "picture.hpp"
 #include "render/plot.hpp"

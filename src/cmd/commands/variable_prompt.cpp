@@ -1,5 +1,7 @@
 #include "cmd/commands/variable_prompt.hpp"
 
+#include "engine/sysvar_notes.hpp"
+
 namespace kova::cmd::commands {
 
 namespace {

@@ -6,6 +6,7 @@
 #include "engine/entities/block_nesting.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "engine/spatial_sink.hpp"
 #include "math/curves.hpp"
 
@@ -379,7 +380,10 @@ void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) co
     emitAttributes(sink, style);
     if (!clipped) return;
     sink.popClip();
-    sink.frame(boundary, FrameKind::Clip, style);
+    if (!FrameLines::emitted(FrameKind::Clip)) return;
+    StrokeOptions frame;
+    frame.continuous = true;
+    sink.stroke(boundary, style, frame);
 }
 
 }  // namespace kova::engine

@@ -2,6 +2,7 @@
 
 #include "engine/entities/pick_distance.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {
 
@@ -83,7 +84,7 @@ void MeshEntity::describe(FieldVisitor& v) {
 void MeshEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     const Path grid = edges();
     if (!grid.empty()) sink.stroke(grid, style);
-    if (frameRows < 2 || frameCols < 2) return;
+    if (frameRows < 2 || frameCols < 2 || !FrameLines::emitted(FrameKind::Control)) return;
     const auto rowTotal = static_cast<std::size_t>(frameRows);
     const auto columnTotal = static_cast<std::size_t>(frameCols);
     if (frame.size() != rowTotal * columnTotal) return;
@@ -94,7 +95,7 @@ void MeshEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
             if (c > 0) control.moveTo(frame[r * columnTotal + c - 1].xy()).lineTo(p);
             if (r > 0) control.moveTo(frame[(r - 1) * columnTotal + c].xy()).lineTo(p);
         }
-    sink.frame(control, FrameKind::Control, style);
+    sink.stroke(control, style);
 }
 
 std::size_t MeshEntity::sizeInBytes() const {

@@ -17,8 +17,10 @@ PathElement element(PathElement::Kind kind, const math::Vector2& p) {
 }  // namespace
 
 void OutlineSink::image(const ImageEntity& image, const OutlineStyle& style) {
-    const std::vector<math::Vector2> corners = image.frame();
-    frame(Path().polygon(corners), FrameKind::Image, style);
+    StrokeOptions options;
+    options.continuous = true;
+    const std::vector<math::Vector2> frame = image.frame();
+    stroke(Path().polygon(frame), style, options);
 }
 
 void OutlineSink::point(const math::Vector2& p, const OutlineStyle& style) { line(p, p, style); }
@@ -32,13 +34,6 @@ void OutlineSink::pattern(PathView /*rings*/, std::span<const HatchFamily> /*fam
 void OutlineSink::line(const math::Vector2& a, const math::Vector2& b, const OutlineStyle& style) {
     const PathElement path[2] = {element(PathElement::Kind::Move, a), element(PathElement::Kind::Line, b)};
     stroke(path, style, StrokeOptions{});
-}
-
-void OutlineSink::frame(PathView path, FrameKind kind, const OutlineStyle& style) {
-    if (kind != FrameKind::Image && kind != FrameKind::Wipeout) return;
-    StrokeOptions options;
-    options.continuous = true;
-    stroke(path, style, options);
 }
 
 void OutlineSink::viewport(const ViewportEntity& /*viewport*/, const OutlineStyle& /*style*/) {}

@@ -94,11 +94,6 @@ void TransformSink::line(const Vector2& a, const Vector2& b, const OutlineStyle&
     target_.line(matrix_.transform_point(a), matrix_.transform_point(b), style);
 }
 
-void TransformSink::frame(PathView path, FrameKind kind, const OutlineStyle& style) {
-    transformPath(path, matrix_, scratch_);
-    target_.frame(scratch_, kind, style);
-}
-
 void TransformSink::viewport(const ViewportEntity& viewport, const OutlineStyle& style) {
     ViewportEntity moved = viewport;
     moved.transform(matrix_);

@@ -28,15 +28,9 @@ struct TextStyle {
     void describe(FieldVisitor& v);
 };
 
-/// A shape or text standing in a linetype's pattern, at the end of the entry that carries it. The offsets count from
-/// there, along the line and to its left.
+/// A shape or text standing in a linetype's pattern.
 struct LinetypeElement {
-    static constexpr std::int32_t kAbsolute = 1;  ///< the rotation counts from the x axis, not from the line
-    static constexpr std::int32_t kText = 2;
-    static constexpr std::int32_t kShape = 4;
-    static constexpr std::int32_t kUpright = 8;  ///< a text that is never read upside down
-
-    std::int32_t flags = 0;  ///< sum of these; 0: a plain dash
+    std::int32_t flags = 0;  ///< 1 absolute rotation, 2 text, 4 shape; 0: a plain dash
     std::int32_t shape = 0;
     Name style;
     double scale = 1.0;

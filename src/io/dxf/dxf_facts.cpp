@@ -74,11 +74,6 @@ constexpr long double kPi = 3.14159265358979323846264338327950288L;
 
 }  // namespace
 
-std::span<const std::string_view> dictionaryVariables() {
-    static constexpr std::string_view names[] = {"FRAME", "WIPEOUTFRAME", "PDFFRAME", "XCLIPFRAME", "FIELDEVAL"};
-    return names;
-}
-
 std::span<const ClassRow> classTable() { return kClasses; }
 std::span<const std::string_view> headerVariables() { return kHeader; }
 std::span<const std::string_view> registeredApplications() { return kApplications; }

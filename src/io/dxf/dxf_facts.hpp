@@ -82,8 +82,6 @@ struct ClassRow {
     bool isEntity;
 };
 std::span<const ClassRow> classTable();
-/// System variables that other programs keep in the dictionary of variables; written when they are not as usual.
-std::span<const std::string_view> dictionaryVariables();
 
 /// The header variables that are written, in order, without "$". Codes stand in the system-variable table.
 std::span<const std::string_view> headerVariables();

@@ -198,7 +198,6 @@ private:
     void readPageSetups(std::uint64_t dictionary);
     void readScales(std::uint64_t dictionary);
     void readVariables(std::uint64_t dictionary);
-    void readObjectVariables();
     void readProperties(std::uint64_t xrecord);
     void readDrawingRecord(std::uint64_t xrecord);
     void readLayerStates();

@@ -4,6 +4,7 @@
 
 #include "engine/sysvar.hpp"
 #include "io/dxf/dxf_facts.hpp"
+#include "io/dxf/object_variables.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/reader.hpp"
 #include "io/native/native_sections.hpp"
@@ -375,27 +376,18 @@ void Reader::readVariables(std::uint64_t handle) {
             if (drawing_.annotationScales.contains(name(*value)))
                 engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(text(*value)));
         }
+        for (const std::string_view variable : kDictionaryVariables)
+            if (engine::equalNoCase(key, variable))
+                engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*value))));
     }
-}
-
-/// Variables that stand in objects of their own or in the dictionary of variables: where other programs change them.
-void Reader::readObjectVariables() {
-    Record record;
-    const auto load = [&](std::string_view variable, const Tag* tag) {
-        if (tag != nullptr)
-            engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*tag))));
-    };
-    const auto object = [&](std::string_view key, std::string_view type, std::string_view variable) {
-        if (objectAt(dictionaryEntry(rootDictionary_, key), record) && record.type == type)
-            load(variable, record.find(70));
+    // Two stand in objects of their own.
+    const auto object = [&](std::string_view entry, std::string_view type, std::string_view variable) {
+        if (!objectAt(dictionaryEntry(rootDictionary_, entry), record) || record.type != type) return;
+        if (const Tag* frame = record.find(70))
+            engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*frame))));
     };
     object("ACAD_IMAGE_VARS", "RASTERVARIABLES", "IMAGEFRAME");
     object("ACAD_WIPEOUT_VARS", "WIPEOUTVARIABLES", "WIPEOUTFRAME");
-    for (const DictionaryItem& item : dictionary(dictionaryEntry(rootDictionary_, "AcDbVariableDictionary")))
-        for (const std::string_view variable : dictionaryVariables())
-            if (engine::equalNoCase(trimmed(item.key), variable) && objectAt(item.handle, record) &&
-                record.type == "DICTIONARYVAR")
-                load(variable, record.find(1));
 }
 
 void Reader::readProperties(std::uint64_t handle) {

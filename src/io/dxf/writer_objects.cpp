@@ -1,4 +1,5 @@
 // OBJECTS: the root dictionary and the small objects under it.
+#include "io/dxf/object_variables.hpp"
 #include "io/dxf/writer.hpp"
 
 namespace kova::io::dxf {
@@ -236,7 +237,7 @@ void Writer::variables() {
         {"CMLEADERSTYLE", std::string(symbol(drawing_.currentMLeaderStyle))},
         {"CTABLESTYLE", std::string(symbol(drawing_.currentTableStyle))},
     };
-    for (const std::string_view name : dictionaryVariables()) {
+    for (const std::string_view name : kDictionaryVariables) {
         const engine::SysVarDef* def = engine::findSysVar(name);
         const engine::SysVarValue value = engine::getSysVar(drawing_, *def);
         if (value != def->fallback) values.emplace_back(name, engine::sysVarText(value));

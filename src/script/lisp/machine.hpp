@@ -63,7 +63,6 @@ struct InitgetState {
     static constexpr std::int64_t kNoEnter = 1;
     static constexpr std::int64_t kNoZero = 2;
     static constexpr std::int64_t kNoNegative = 4;
-    static constexpr std::int64_t kNoLimits = 8;
     static constexpr std::int64_t kAnyInput = 128;
 };
 

@@ -2,9 +2,9 @@
 // kind: whoever sets one is told so.
 #include <unordered_map>
 
-#include "engine/sysvar_rows.hpp"
+#include "engine/sysvar_notes.hpp"
 
-namespace kova::engine::rows {
+namespace kova::engine {
 
 namespace {
 
@@ -45,8 +45,7 @@ constexpr IdleGroup kGroups[] = {
     {"polylines are always light ones (LWPOLYLINE), those of files too", "PLINETYPE"},
 };
 
-}  // namespace
-
+/// Why a variable of this name is only kept and does nothing; empty: it does its job.
 std::string_view idleReason(std::string_view name) {
     static const std::unordered_map<std::string_view, std::string_view> reasons = [] {
         std::unordered_map<std::string_view, std::string_view> map;
@@ -62,4 +61,16 @@ std::string_view idleReason(std::string_view name) {
     return found != reasons.end() ? found->second : std::string_view{};
 }
 
-}  // namespace kova::engine::rows
+}  // namespace
+
+std::string sysVarNote(const Drawing& drawing, const SysVarDef& def) {
+    const std::string name(def.name);
+    if (const std::string_view reason = idleReason(def.name); !reason.empty())
+        return name + " is kept, but has no effect here: " + std::string(reason) + ".";
+    // FRAME stands above the variables of the single kinds.
+    if (name != "IMAGEFRAME" && name != "WIPEOUTFRAME" && name != "XCLIPFRAME") return {};
+    const std::int32_t all = sysVarInt(drawing, "FRAME", 3);
+    return all == 3 ? std::string() : "FRAME = " + std::to_string(all) + " overrides it. Set FRAME to 3 to let it count.";
+}
+
+}  // namespace kova::engine
