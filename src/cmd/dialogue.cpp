@@ -1,5 +1,7 @@
 #include "cmd/dialogue.hpp"
 
+#include "cmd/limits_check.hpp"
+
 #include "cmd/picking.hpp"
 #include "cmd/point_entry.hpp"
 #include "cmd/read_only_pick.hpp"
@@ -211,6 +213,10 @@ bool Ask::accept(const std::string& line) {
         case Kind::Point: {
             const auto p = acceptPoint(line, request_.base.value_or(lastPoint()), noPoint);
             if (!p) return false;
+            if (const char* refusal = limitsRefusal(tool_.host(), tool_.drawing(), *p); *refusal != '\0') {
+                tool_.message(refusal);
+                return false;
+            }
             answer_.kind = Answer::Kind::Point;
             answer_.point = *p;
             if (request_.remember) lastPoint_ = *p;
@@ -274,6 +280,7 @@ void DialogueTool::mousePress(const Vector2& point, int button) {
     if (button == kRightButton) return textInput({});
     if (running_ || !isActive() || !ask_.waiting_ || ask_.request_.kind != Ask::Kind::Point) return;
     ask_.dropPointWords();
+    if (const char* refusal = limitsRefusal(host(), drawing(), point); *refusal != '\0') return message(refusal);
     ask_.answer_ = {};
     ask_.answer_.kind = Answer::Kind::Point;
     ask_.answer_.point = point;

@@ -1,5 +1,7 @@
 #include "cmd/picking.hpp"
 
+#include <charconv>
+
 #include "cmd/point_input.hpp"
 #include "cmd/shape_test.hpp"
 #include "cmd/through_viewport.hpp"

@@ -1,5 +1,7 @@
 #include "cmd/point_input.hpp"
 
+#include <charconv>
+
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 

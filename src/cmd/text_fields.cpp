@@ -205,4 +205,45 @@ FieldUpdate updateFields(doc::Document& document, Entity& entity) {
     return FieldUpdate::Changed;
 }
 
+std::vector<Entity*> possibleFields(engine::Drawing& drawing) {
+    std::vector<Entity*> entities;
+    const auto collect = [&](engine::EntityList& list) {
+        for (Entity& entity : list)
+            if (entity.xdata() != nullptr) entities.push_back(&entity);
+    };
+    collect(drawing.modelSpace());
+    for (const auto& layout : drawing.layouts()) collect(layout->entities);
+    for (const auto& block : drawing.blocks())
+        if (block->xrefPath.empty()) collect(block->entities);
+    return entities;
+}
+
+namespace {
+
+/// The texts whose fields are not what they show.
+std::vector<Entity*> staleFields(engine::Drawing& drawing, FieldMoment moment) {
+    std::vector<Entity*> stale;
+    if ((engine::sysVarInt(drawing, "FIELDEVAL", 31) & static_cast<int>(moment)) == 0) return stale;
+    for (Entity* entity : possibleFields(drawing)) {
+        const std::optional<std::string> codes = textFields(*entity);
+        if (!codes || codes->find("%<Date") != std::string::npos) continue;
+        if (resolveFields(drawing, *codes) != *contentOf(*entity)) stale.push_back(entity);
+    }
+    return stale;
+}
+
+}  // namespace
+
+void updateFieldsAt(FieldMoment moment, doc::Document& document) {
+    const std::vector<Entity*> stale = staleFields(document.drawing(), moment);
+    if (stale.empty()) return;
+    const doc::GroupScope group(document, "UPDATEFIELD");
+    for (Entity* entity : stale) updateFields(document, *entity);
+}
+
+void updateFieldsOnOpening(engine::Drawing& drawing) {
+    for (Entity* entity : staleFields(drawing, FieldMoment::Open))
+        if (const std::optional<std::string> codes = textFields(*entity)) setTextFields(drawing, *entity, *codes);
+}
+
 }  // namespace kova::cmd

@@ -37,4 +37,16 @@ bool setTextFields(const engine::Drawing& drawing, engine::Entity& entity, std::
 enum class FieldUpdate { None, Same, Changed };
 FieldUpdate updateFields(doc::Document& document, engine::Entity& entity);
 
+/// The entities of a drawing that may keep fields: of its spaces and of its own blocks, those on locked layers too, as
+/// their value is the drawing's and not the user's.
+std::vector<engine::Entity*> possibleFields(engine::Drawing& drawing);
+
+/// When fields come up to date by themselves: bits of FIELDEVAL.
+enum class FieldMoment { Open = 1, Save = 2, Plot = 4, Transmit = 8, Regenerate = 16 };
+/// Brings the fields up to date if FIELDEVAL wants it now, as a step of its own when one changes. Dates wait for
+/// UPDATEFIELD.
+void updateFieldsAt(FieldMoment moment, doc::Document& document);
+/// The same for a drawing that was just read, before it is anybody's document.
+void updateFieldsOnOpening(engine::Drawing& drawing);
+
 }  // namespace kova::cmd

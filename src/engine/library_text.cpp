@@ -3,6 +3,7 @@
 #include <unordered_set>
 
 #include "engine/libraries.hpp"
+#include "engine/records/linetype_flags.hpp"
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 
@@ -109,9 +110,9 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
     LinetypeElement element;
     if (what.size() >= 2 && what.front() == '"' && what.back() == '"') {
         what = what.substr(1, what.size() - 2);
-        element.flags = 2;
+        element.flags = kElementText;
     } else {
-        element.flags = 4;
+        element.flags = kElementShape;
         if (const std::optional<double> shape = number(what); shape && *shape >= 0 && *shape <= 65535)
             element.shape = static_cast<std::int32_t>(*shape);
     }
@@ -150,12 +151,15 @@ std::optional<LinetypeElement> readElement(std::string_view field) {
                 break;
             case 'A':
             case 'a':
-                element.flags |= 1;
+                element.flags |= kElementAbsolute;
+                element.rotation = *value * toRadians;
+                break;
+            case 'U':
+            case 'u':
+                element.flags |= kElementUpright;
                 [[fallthrough]];
             case 'R':
             case 'r':
-            case 'U':
-            case 'u':
                 element.rotation = *value * toRadians;
                 break;
             default:

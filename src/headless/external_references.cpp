@@ -87,6 +87,19 @@ void ReferenceLoader::load(Drawing& drawing, const std::string& file, bool neste
 void ReferenceLoader::loadAll(Drawing& host, const std::string& hostFile) {
     chain_ = {canonical(hostFile)};
     load(host, hostFile, false);
+    tellAsWanted(host);
+}
+
+/// XREFNOTIFY: 2 tells every reference that is missing or cannot be read, 1 that there are some, 0 nothing.
+void ReferenceLoader::tellAsWanted(const Drawing& host) {
+    const std::int32_t wanted = engine::sysVarInt(host, "XREFNOTIFY", 2);
+    if (wanted >= 2) return;
+    lines_.clear();
+    const auto missing = std::count_if(host.blocks().begin(), host.blocks().end(), [](const auto& block) {
+        return block->xrefStatus == XrefStatus::NotFound || block->xrefStatus == XrefStatus::Unresolved;
+    });
+    if (wanted == 1 && missing > 0)
+        tell(std::to_string(missing) + " external reference(s) could not be loaded. -XREF ? lists them.");
 }
 
 std::string ReferenceLoader::loadOne(const std::string& path, const std::string& hostFile, Drawing& drawing) {

@@ -30,6 +30,7 @@ private:
     void load(engine::Drawing& drawing, const std::string& file, bool nested);
     std::string readFile(const std::string& file, bool nestedInDwg, engine::Drawing& drawing);
     void tell(std::string line);
+    void tellAsWanted(const engine::Drawing& host);
 
     DrawingReader reader_;
     std::vector<std::string> lines_;

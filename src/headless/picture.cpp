@@ -1,5 +1,6 @@
 #include <QImage>
 
+#include "cmd/text_fields.hpp"
 #include "doc/spatial_index.hpp"
 #include "headless/session.hpp"
 #include "io/save.hpp"
@@ -24,6 +25,7 @@ QImage Session::renderImage(int width, int height) {
 }
 
 std::string Session::plot(std::span<const engine::PlotPage> pages, engine::PlotFormat format, const std::string& path) {
+    cmd::updateFieldsAt(cmd::FieldMoment::Plot, document_);
     const QByteArray bytes = render::plot(document_.drawing(), pages, format, indexed(document_));
     if (bytes.isEmpty()) return "The plot is empty or too large: " + path;
     return io::saveFile(path, std::string_view(bytes.constData(), static_cast<std::size_t>(bytes.size())));

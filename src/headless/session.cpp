@@ -12,7 +12,9 @@
 #include <clocale>
 #include <filesystem>
 
+#include "cmd/isolation.hpp"
 #include "cmd/macros.hpp"
+#include "cmd/text_fields.hpp"
 #include "cmd/undo_marks.hpp"
 #include "doc/edit_pause.hpp"
 #include "engine/sysvar.hpp"
@@ -264,6 +266,7 @@ std::string Session::open(const std::string& path) {
     OpenReport report;
     if (std::string error = openDrawing(path, *drawing, report); !error.empty()) return error;
     drawing->fileName = path;
+    cmd::updateFieldsOnOpening(*drawing);
     for (const std::string& line : report.lines) append(line);
     replaceDrawing(std::move(drawing));
     return {};
@@ -293,6 +296,7 @@ std::string Session::save(const std::string& path) {
     engine::Drawing& drawing = document_.drawing();
     const std::string target = path.empty() ? drawing.fileName : path;
     if (target.empty()) return "The drawing has no file name yet: give one.";
+    cmd::updateFieldsAt(cmd::FieldMoment::Save, document_);
     if (std::string error = write(drawing, target); !error.empty()) return error;
     drawing.fileName = target;
     // What is being edited is not in the file yet.
@@ -309,9 +313,16 @@ std::string Session::write(const engine::Drawing& drawing, const std::string& pa
     const std::string version = property("kovaDwgVersion").toString().toStdString();
     {
         std::optional<doc::EditPause> pause;
-        if (current) pause.emplace(document_);
+        std::optional<cmd::ShownForSaving> shown;
+        if (current) {
+            pause.emplace(document_);
+            shown.emplace(document_);
+        }
         if (std::string error = saveDrawing(drawing, path, version, report); !error.empty()) return error;
         if (pause) append(pause->line());
+        if (shown && shown->count() > 0)
+            report.lines.push_back(std::to_string(shown->count()) +
+                                   " hidden object(s) were saved as shown (OBJECTISOLATIONMODE 0).");
     }
     // Who writes a part of the drawing to a file that is there was asked before.
     if (current && report.replaced && !own)

@@ -103,9 +103,9 @@ bool layDashes(std::span<const Vector2> points, std::span<const double> pattern,
                 if (begin <= done || end < from || begin > to) continue;
                 done = begin;
                 if (++count > kMaxDashes) return true;
-                if (mark) {
+                if (mark && k < rounds) {
                     double angle = 0.0;
-                    const Vector2 at = chain.position(begin, angle);
+                    const Vector2 at = chain.position(end, angle);
                     mark(j, at, angle);
                 }
                 if (pattern[j] < 0.0) continue;

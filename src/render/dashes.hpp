@@ -17,7 +17,8 @@ struct Dash {
 
 /// Lays a dash pattern along a chain of points (pixels). The pattern is centred, so that both ends of the line are
 /// drawn, as drafting asks; a line too short for it is continuous, and so is a pattern finer than a pixel can show.
-/// `marks` (optional) gets the position and direction where each pattern entry begins (complex linetypes).
+/// `mark` (optional) gets the position and direction where each pattern entry ends: there stands the shape or text of
+/// a complex linetype, measured from that point on. The line's own end has none.
 /// `dot`: pixels that can be told apart. Returns false when the line is to be drawn continuous.
 bool layDashes(std::span<const math::Vector2> points, std::span<const double> pattern, const math::Bounds2& visible,
                double dot, const std::function<void(std::span<const math::Vector2>)>& dash,

@@ -24,8 +24,7 @@ void GlyphRunOutput::write(QPainter& painter, const DeviceText& text) {
 
 void PainterSink::drawGlyph(const engine::Path& shape, bool filled, const Look& look) {
     if (filled) {
-        fillRings(shape, look.color, false);
-        usePen(look);
+        fillRings(shape, look.color, false, false);
         return;
     }
     flattener_.flatten(shape);

@@ -3,6 +3,7 @@
 
 #include "engine/entities/image.hpp"
 #include "engine/fonts/fonts.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "render/painter_sink.hpp"
 
 #include <QImageReader>
@@ -137,7 +138,7 @@ void PainterSink::image(const engine::ImageEntity& image, const engine::OutlineS
     painter_.drawImage(0, 0, picture);
     painter_.restore();
     penWidth_ = -1.0;
-    if (image.showFrame) stroke(frame, style, solid);
+    if (image.showFrame && engine::FrameLines::emitted(engine::FrameKind::Image)) stroke(frame, style, solid);
 }
 
 }  // namespace kova::render

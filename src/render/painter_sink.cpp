@@ -6,6 +6,7 @@
 #include "engine/entities/viewport.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/hatch_lines.hpp"
+#include "engine/records/linetype_flags.hpp"
 #include "engine/shapes.hpp"
 #include "math/angles.hpp"
 #include "render/dashes.hpp"
@@ -42,6 +43,13 @@ constexpr engine::HatchLineLimits kVectorHatchLimits{100'000, 150'000};
 
 QPointF toQt(const Vector2& p) { return {p.x, p.y}; }
 QColor toQt(engine::Rgb c) { return QColor(c.red, c.green, c.blue); }
+
+/// Text along this direction (pixels, y down) is read with the head turned over; straight down counts, straight up
+/// does not.
+bool readsUpsideDown(const Vector2& along) {
+    const double slack = 1e-6 * along.length();
+    return along.x < -slack || (along.x <= slack && along.y > 0.0);
+}
 
 bool sameStyle(const OutlineStyle& a, const OutlineStyle& b) {
     return a.color == b.color && a.layer.key() == b.layer.key() && a.linetype.key() == b.linetype.key() &&
@@ -135,14 +143,16 @@ void PainterSink::useOpacity(double opacity) {
     painter_.setOpacity(opacity);
 }
 
-void PainterSink::usePen(const Look& look) {
+void PainterSink::usePen(const Look& look, bool dashes) {
     useOpacity(look.opacity);
-    if (look.width == penWidth_ && look.color == penColor_) return;
+    const bool thin = look.width < 2.0;
+    dashes = dashes && thin;
+    if (look.width == penWidth_ && look.color == penColor_ && dashes == penForDashes_) return;
     penWidth_ = look.width;
     penColor_ = look.color;
-    const bool thin = look.width < 2.0;
-    painter_.setPen(QPen(look.color, look.width, Qt::SolidLine, thin ? Qt::SquareCap : Qt::RoundCap,
-                         thin ? Qt::BevelJoin : Qt::RoundJoin));
+    penForDashes_ = dashes;
+    const Qt::PenCapStyle cap = dashes ? Qt::FlatCap : thin ? Qt::SquareCap : Qt::RoundCap;
+    painter_.setPen(QPen(look.color, look.width, Qt::SolidLine, cap, thin ? Qt::BevelJoin : Qt::RoundJoin));
 }
 
 void PainterSink::line(const Vector2& a, const Vector2& b, const OutlineStyle& style) {
@@ -223,21 +233,31 @@ void PainterSink::drawDashed(std::span<const Vector2> points, const Look& look, 
         };
     const bool laid = layDashes(
         points, dashes_, view_.pixels, settings_.dot,
-        [this](std::span<const Vector2> piece) { drawChain(piece, false); }, mark);
+        [&](std::span<const Vector2> piece) {
+            usePen(look, !(piece.front() == piece.back()));
+            drawChain(piece, false);
+        },
+        mark);
+    usePen(look);
     if (!laid) drawChain(points, false);
 }
 
 void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entry, const Vector2& at, double angle,
                               const Look& look) {
     const engine::LinetypeElement& element = linetype.elements[entry];
+    const bool isShape = (element.flags & engine::kElementShape) != 0;
+    const engine::TextStyle& style = drawing_.textStyleOrStandard(element.style);
+    // The scale of a text multiplies the height that its style fixes.
+    const double unit = !isShape && style.height > 0.0 ? style.height : 1.0;
     // Pixels, y down: shapes and texts are laid out in pixel coordinates. A positive rotation turns counter-clockwise.
-    const double size = element.scale * look.dashScale;
-    const double turn = (element.flags & 1) != 0 ? -element.rotation : angle - element.rotation;
-    const Vector2 xAxis = Vector2::from_angle(turn) * size;
-    const Vector2 yAxis{xAxis.y, -xAxis.x};
+    const double size = element.scale * unit * look.dashScale;
+    const double turn =
+        (element.flags & engine::kElementAbsolute) != 0 ? -element.rotation : angle - element.rotation;
+    const auto up = [](const Vector2& x) { return Vector2{x.y, -x.x}; };
+    Vector2 xAxis = Vector2::from_angle(turn) * size;
+    Vector2 yAxis = up(xAxis);
     const Vector2 along = Vector2::from_angle(angle);
-    const Vector2 origin =
-        at + (along * element.offsetX + Vector2{along.y, -along.x} * element.offsetY) * look.dashScale;
+    Vector2 origin = at + (along * element.offsetX + up(along) * element.offsetY) * look.dashScale;
     if (!origin.is_finite() || !xAxis.is_finite() || std::abs(size) > 1e6) return;
     View flat;
     flat.d = 1.0;
@@ -251,7 +271,7 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
         }
     };
     if (marks_ > kMaxMarkPoints) return;
-    if ((element.flags & 4) != 0) {
+    if (isShape) {
         math::Matrix4 place;
         place(0, 0) = xAxis.x;
         place(0, 1) = yAxis.x;
@@ -266,12 +286,35 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
     if (element.text.empty()) return;
     engine::TextRun run;
     run.text = std::string_view(element.text).substr(0, kMaxMarkText);
-    const engine::TextStyle& style = drawing_.textStyleOrStandard(element.style);
     run.font = style.fontFile;
-    run.xAxis = xAxis;
-    run.yAxis = yAxis;
+    run.bigFont = style.bigFontFile;
+    const double widthFactor = style.widthFactor != 0.0 && std::isfinite(style.widthFactor) ? style.widthFactor : 1.0;
+    run.xAxis = xAxis * widthFactor;
+    const double slant = std::tan(std::clamp(style.obliqueAngle, -1.4, 1.4));
+    run.yAxis = yAxis + (std::isfinite(slant) ? run.xAxis * slant : Vector2{});
+    if ((element.flags & engine::kElementUpright) != 0 && readsUpsideDown(xAxis)) {
+        // Turned about its middle, so that it keeps its place in the gap.
+        origin += run.xAxis * engine::textAdvance(run) + run.yAxis;
+        run.xAxis = -run.xAxis;
+        run.yAxis = -run.yAxis;
+    }
     run.origin = origin;
-    engine::emitTextRun(run, draw, draw);
+    const auto fill = [&](PathView path) {
+        if (!settings_.textFill) return draw(path);
+        flattener.flatten(path);
+        QPainterPath area;
+        area.setFillRule(Qt::WindingFill);
+        for (std::size_t i = 0; i < flattener.count(); ++i) {
+            marks_ += flattener[i].points.size();
+            QPolygonF ring;
+            for (const Vector2& p : flattener[i].points)
+                if (guard_.contains_point(p)) ring << toQt(p);
+            area.addPolygon(ring);
+            area.closeSubpath();
+        }
+        painter_.fillPath(area, look.color);
+    };
+    engine::emitTextRun(run, draw, fill);
 }
 
 const engine::Path& PainterSink::elementShape(const engine::LinetypeElement& element) {
@@ -378,7 +421,7 @@ void PainterSink::stroke(PathView path, const OutlineStyle& style, const engine:
     }
 }
 
-void PainterSink::fillRings(PathView rings, const QBrush& brush, bool evenOdd) {
+void PainterSink::fillRings(PathView rings, const QBrush& brush, bool evenOdd, bool trace) {
     flattener_.flatten(rings);
     QPainterPath area;
     area.setFillRule(evenOdd ? Qt::OddEvenFill : Qt::WindingFill);
@@ -405,7 +448,7 @@ void PainterSink::fillRings(PathView rings, const QBrush& brush, bool evenOdd) {
     else if (!area.isEmpty())
         painter_.fillPath(area, brush);
     // An area thinner than a pixel leaves hardly a trace: its outline keeps it visible.
-    if (!all.is_empty() && (all.width() < 1.0 || all.height() < 1.0) && brush.style() == Qt::SolidPattern) {
+    if (trace && !all.is_empty() && (all.width() < 1.0 || all.height() < 1.0) && brush.style() == Qt::SolidPattern) {
         painter_.setPen(QPen(brush.color(), 1.0));
         penWidth_ = -1.0;
         painter_.drawLine(toQt(all.min), toQt(all.max));
@@ -433,9 +476,10 @@ void PainterSink::fill(PathView rings, const OutlineStyle& style, const engine::
 void PainterSink::pattern(PathView rings, std::span<const engine::HatchFamily> families, const OutlineStyle& style) {
     const Look look = this->look(style);
     if (!settings_.fill) return;
-    const engine::HatchLines lines =
-        engine::hatchLines(rings, families, std::max(Flattener::kTolerance / view_.scale, 1e-12), &visible_,
-                           settings_.textOutput != nullptr ? kVectorHatchLimits : kHatchLimits);
+    engine::HatchLineLimits limits = settings_.textOutput != nullptr ? kVectorHatchLimits : kHatchLimits;
+    limits.lines = std::min(limits.lines, settings_.hatchLimits.lines);
+    const engine::HatchLines lines = engine::hatchLines(
+        rings, families, std::max(Flattener::kTolerance / view_.scale, 1e-12), &visible_, limits);
     if (lines.overflow) {
         // Too dense to be told apart: at this scale the lines would cover the area.
         useOpacity(look.opacity);
@@ -460,26 +504,41 @@ void PainterSink::text(const engine::TextRun& run, const OutlineStyle& style) {
     if (!up.is_finite() || !along.is_finite() || !run.origin.is_finite()) return;
     const double height = up.length();
     Look letters = look;
-    // Strokes thicker than a sixth of the height would close the letters up.
-    letters.width = std::max(1.0, std::min(look.width, height / 6.0));
+    // Strokes thicker than a sixth of the height would close the letters up, those of a whole pixel in small ones too.
+    constexpr double kThinnest = 0.3;
+    letters.width = std::min(look.width, std::max(height / 6.0, kThinnest));
     usePen(letters);
-    if (settings_.textAsFrames || height < kSmallestText) {
+    if (settings_.textAsFrames) return drawTextBox(run);
+    if (height < kSmallestText) {
         Vector2 a = view_.map(run.origin);
         Vector2 b = a + along * engine::textAdvance(run);
         if (b.is_finite() && clipSegment(a, b, guard_)) painter_.drawLine(toQt(a), toQt(b));
         return;
     }
-    if (settings_.textOutput != nullptr && writeText(run, letters)) return;
-    engine::emitTextRun(
-        run,
-        [&](PathView path) {
-            flattener_.flatten(path);
-            for (std::size_t i = 0; i < flattener_.count(); ++i) drawChain(flattener_[i].points, flattener_[i].closed);
-        },
-        [&](PathView path) {
-            fillRings(path, letters.color, false);
-            usePen(letters);
-        });
+    if (settings_.textOutput != nullptr && settings_.textFill && writeText(run, letters)) return;
+    const auto draw = [&](PathView path) {
+        flattener_.flatten(path);
+        for (std::size_t i = 0; i < flattener_.count(); ++i) drawChain(flattener_[i].points, flattener_[i].closed);
+    };
+    engine::emitTextRun(run, draw, [&](PathView path) {
+        if (!settings_.textFill) return draw(path);
+        fillRings(path, letters.color, false, false);
+    });
+}
+
+/// The box of a run in place of its letters.
+void PainterSink::drawTextBox(const engine::TextRun& run) {
+    engine::TextRun upright = run;
+    upright.origin = {};
+    upright.xAxis = {1, 0};
+    upright.yAxis = {0, 1};
+    const Bounds2 box = engine::textRunBounds(upright);
+    if (box.is_empty()) return;
+    const auto corner = [&](double x, double y) { return view_.map(run.origin + run.xAxis * x + run.yAxis * y); };
+    const Vector2 ring[] = {corner(box.min.x, box.min.y), corner(box.max.x, box.min.y), corner(box.max.x, box.max.y),
+                            corner(box.min.x, box.max.y), corner(box.min.x, box.min.y)};
+    if (std::all_of(std::begin(ring), std::end(ring), [](const Vector2& p) { return p.is_finite(); }))
+        drawChain(ring, true);
 }
 
 void PainterSink::point(const Vector2& p, const OutlineStyle& style) {

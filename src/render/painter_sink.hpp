@@ -8,6 +8,7 @@
 #include <unordered_map>
 
 #include "engine/drawing.hpp"
+#include "engine/hatch_lines.hpp"
 #include "engine/outline.hpp"
 #include "render/device_text.hpp"
 #include "render/flatten.hpp"
@@ -51,6 +52,8 @@ public:
         double pointSize = 0.0;      ///< PDSIZE
         engine::Rgb background{255, 255, 255};
         bool textAsFrames = false;  ///< QTEXTMODE
+        bool textFill = true;       ///< TEXTFILL
+        engine::HatchLineLimits hatchLimits;
         std::string folder;         ///< of the drawing's file: where relative image paths start
         PlotLook look;
         TextOutput* textOutput = nullptr;  ///< not owned; null: letters are drawn as shapes
@@ -95,7 +98,8 @@ private:
         double opacity = 1.0;
     };
     const Look& look(const engine::OutlineStyle& style);
-    void usePen(const Look& look);
+    /// `dashes`: pieces of a dashed line, which keep their length; other thin lines cover the pixels of their ends.
+    void usePen(const Look& look, bool dashes = false);
     void useOpacity(double opacity);
     /// Counts pixels of line; false when the entity has drawn more than any picture can show.
     bool takeInk(double length);
@@ -106,7 +110,9 @@ private:
     void drawElement(const engine::Linetype& linetype, std::size_t entry, const math::Vector2& at, double angle,
                      const Look& look);
     const engine::Path& elementShape(const engine::LinetypeElement& element);
-    void fillRings(engine::PathView rings, const QBrush& brush, bool evenOdd);
+    /// `trace`: what is thinner than a pixel is drawn as a line, so that it does not get lost.
+    void fillRings(engine::PathView rings, const QBrush& brush, bool evenOdd, bool trace = true);
+    void drawTextBox(const engine::TextRun& run);
     void drawGlyph(const engine::Path& shape, bool filled, const Look& look);
     /// Leaves the run to the device that keeps text; false when its font cannot be kept.
     bool writeText(const engine::TextRun& run, const Look& look);
@@ -127,6 +133,7 @@ private:
     bool hasLook_ = false;
     QColor penColor_;
     double penWidth_ = -1.0;
+    bool penForDashes_ = false;
     double opacity_ = 1.0;
     std::vector<QPointF> buffer_;
     std::vector<double> dashes_;

@@ -5,6 +5,7 @@
 #include <filesystem>
 
 #include "engine/entities/viewport.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "engine/spatial_sink.hpp"
 #include "engine/sysvar.hpp"
 #include "engine/view_frame.hpp"
@@ -22,6 +23,26 @@ namespace {
 constexpr double kMargin = 0.025;       // of the extents, on every side
 constexpr double kSmallestSize = 1e-6;  // a padded size below this becomes 1
 
+/// Whether lines of a kind are drawn: FRAME, unless it leaves that to the kind's own variable.
+engine::FrameLines::Shown framesShown(const engine::Drawing& drawing, bool plotted) {
+    const std::int32_t all = engine::sysVarInt(drawing, "FRAME", 3);
+    const auto shown = [&](std::string_view variable) {
+        const std::int32_t mode = all != 3 ? all : engine::sysVarInt(drawing, variable, 1);
+        return mode == 1 || (mode == 2 && !plotted);
+    };
+    return {shown("IMAGEFRAME"), shown("WIPEOUTFRAME"), shown("XCLIPFRAME"),
+            engine::sysVarInt(drawing, "SPLFRAME", 0) != 0};
+}
+
+/// What MSLTSCALE makes of the dashes of the model tab: drawing units for a paper unit of the current scale.
+double annotationFactor(const engine::Drawing& drawing) {
+    if (engine::sysVarInt(drawing, "MSLTSCALE", 1) == 0) return 1.0;
+    const auto* scale = drawing.annotationScales.find(engine::Name(engine::sysVarString(drawing, "CANNOSCALE", "1:1")));
+    if (scale == nullptr) return 1.0;
+    const double factor = scale->drawingUnits / scale->paperUnits;
+    return std::isfinite(factor) && factor > 0.0 ? factor : 1.0;
+}
+
 PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderRequest& request) {
     PainterSink::Settings settings;
     settings.dotsPerMillimetre = request.dotsPerMillimetre();
@@ -31,8 +52,13 @@ PainterSink::Settings sinkSettings(const engine::Drawing& drawing, const RenderR
     settings.pointMode = engine::sysVarInt(drawing, "PDMODE", 0);
     settings.pointSize = engine::sysVarReal(drawing, "PDSIZE", 0.0);
     settings.textAsFrames = engine::sysVarInt(drawing, "QTEXTMODE", 0) != 0;
+    settings.textFill = engine::sysVarInt(drawing, "TEXTFILL", 1) != 0;
+    const double most = engine::sysVarReal(drawing, "HPMAXLINES", 1e6);
+    settings.hatchLimits.lines = static_cast<std::size_t>(std::clamp(most, 100.0, 1e7));
     settings.background = request.background;
     settings.look = request.look;
+    if (!request.look.plotted && engine::sysVarInt(drawing, "TRANSPARENCYDISPLAY", 1) == 0)
+        settings.look.transparency = false;
     settings.textOutput = request.textOutput;
     settings.dot = request.dot;
     if (!drawing.fileName.empty()) settings.folder = std::filesystem::path(drawing.fileName).parent_path().string();
@@ -143,16 +169,20 @@ void paintViewport(QPainter& painter, const engine::Drawing& drawing, const engi
 
 void paintModel(QPainter& painter, const engine::Drawing& drawing, const View& view, const RenderRequest& request,
                 bool everything) {
+    const engine::FrameLines frames(framesShown(drawing, request.look.plotted));
     const LayerLook layers(drawing);
     const Matrix4 from = engine::worldToView(drawing.currentView);
+    PainterSink::Settings settings = sinkSettings(drawing, request);
+    settings.linetypeScale *= annotationFactor(drawing);
     if (!engine::isPlanView(drawing.currentView.viewDirection))
-        return paintSeen(painter, drawing, drawing.modelSpace(), from, view, layers, sinkSettings(drawing, request));
-    paintSpace(painter, drawing, drawing.modelSpace(), from == Matrix4() ? view : view.under(from), layers,
-               sinkSettings(drawing, request), request, everything);
+        return paintSeen(painter, drawing, drawing.modelSpace(), from, view, layers, settings);
+    paintSpace(painter, drawing, drawing.modelSpace(), from == Matrix4() ? view : view.under(from), layers, settings,
+               request, everything);
 }
 
 void paintLayout(QPainter& painter, const engine::Drawing& drawing, const engine::Layout& layout, const View& view,
                  const RenderRequest& request) {
+    const engine::FrameLines frames(framesShown(drawing, request.look.plotted));
     const LayerLook layers(drawing);
     const PainterSink::Settings settings = sinkSettings(drawing, request);
     std::optional<PainterSink> sink;

@@ -20,6 +20,7 @@ struct PlotLook {
     bool lineweights = true;  ///< false: all lines as thin as can be
     double lineweightFactor = 1.0;
     bool transparency = true;  ///< false: everything is opaque
+    bool plotted = false;      ///< a plot: frames that are only shown stay away
 };
 
 class TextOutput;

@@ -1,4 +1,5 @@
 #include "engine/libraries.hpp"
+#include "engine/records/linetype_flags.hpp"
 
 #include <gtest/gtest.h>
 
@@ -171,10 +172,13 @@ TEST(LinetypeText, ShapesAndTextsStandAtTheirDash) {
     int skipped = -1;
     const std::vector<Linetype> linetypes = parseLinetypeLibrary(
         "*GAS,Gas ----GAS----\nA,12.7,-5.08,[\"GAS, 1\",STANDARD,S=2.54,R=90,X=-2.54,Y=-1.27],-6.35\n"
+        "*UP\nA,1,-1,[\"U\",STANDARD,S=1,U=90,X=0,Y=0],-1\n"
         "*TRACK\na, 3.81 ,[TRACK1,ltypeshp.shx,s=6.35,A=0.5r], 3.81\n",
         &skipped);
     EXPECT_EQ(skipped, 0);
-    ASSERT_EQ(linetypes.size(), 2u);
+    ASSERT_EQ(linetypes.size(), 3u);
+    EXPECT_EQ(linetypes[1].elements[1].flags, kElementText | kElementUpright);
+    EXPECT_DOUBLE_EQ(linetypes[1].elements[1].rotation, math::kPi / 2);
     const Linetype& gas = linetypes[0];
     EXPECT_EQ(gas.pattern, (std::vector<double>{12.7, -5.08, -6.35}));
     ASSERT_EQ(gas.elements.size(), 3u);
@@ -183,10 +187,10 @@ TEST(LinetypeText, ShapesAndTextsStandAtTheirDash) {
     EXPECT_EQ(gas.elements[1].text, "GAS, 1");
     EXPECT_DOUBLE_EQ(gas.elements[1].rotation, math::kPi / 2);
     EXPECT_DOUBLE_EQ(gas.elements[1].offsetX, -2.54);
-    EXPECT_EQ(linetypes[1].elements[0].flags, 5);
-    EXPECT_EQ(linetypes[1].elements[0].style.str(), "ltypeshp.shx");
-    EXPECT_DOUBLE_EQ(linetypes[1].elements[0].rotation, 0.5);
-    EXPECT_FALSE(linetypes[1].standard);
+    EXPECT_EQ(linetypes[2].elements[0].flags, 5);
+    EXPECT_EQ(linetypes[2].elements[0].style.str(), "ltypeshp.shx");
+    EXPECT_DOUBLE_EQ(linetypes[2].elements[0].rotation, 0.5);
+    EXPECT_FALSE(linetypes[2].standard);
 }
 
 TEST(LinetypeText, PassesOverWhatIsNone) {

@@ -5,6 +5,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
+#include "cmd/text_fields.hpp"
 #include "cmd/transmittal.hpp"
 
 namespace kova::cmd::commands {
@@ -67,6 +68,7 @@ private:
             message(taken ? "The folder is not empty: " + folder : std::string("Files cannot be saved here."));
             co_return;
         }
+        updateFieldsAt(FieldMoment::Transmit, document());
         fs::create_directories(folder, error);
         if (error) {
             message("Cannot make the folder " + folder);

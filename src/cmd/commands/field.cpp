@@ -94,10 +94,7 @@ public:
         std::vector<Entity*> entities;
         doc::SelectionSet& selection = context.document.selection();
         if (selection.empty()) {
-            collect(drawing.modelSpace(), entities);
-            for (const auto& layout : drawing.layouts()) collect(layout->entities, entities);
-            for (const auto& block : drawing.blocks())
-                if (block->xrefPath.empty()) collect(block->entities, entities);
+            entities = possibleFields(drawing);
         } else {
             for (const std::uint64_t id : selection.ids())
                 if (Entity* entity = drawing.findById(id)) entities.push_back(entity);
@@ -117,13 +114,6 @@ public:
         if (context.transparent || selection.empty()) return;
         context.previous = selection.ids();
         selection.clear();
-    }
-
-private:
-    /// Texts on locked layers too: their value is the drawing's, not the user's.
-    static void collect(engine::EntityList& list, std::vector<Entity*>& entities) {
-        for (Entity& entity : list)
-            if (entity.xdata() != nullptr) entities.push_back(&entity);
     }
 };
 

@@ -1,6 +1,7 @@
 #include <unordered_set>
 
 #include "cmd/format.hpp"
+#include "cmd/isolation.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"
 
@@ -14,6 +15,7 @@ using engine::Entity;
 
 void setVisible(doc::Document& document, const std::vector<Entity*>& entities, bool visible) {
     for (Entity* entity : entities) document.modifyEntity(*entity, [visible](Entity& e) { e.visible = visible; });
+    if (!visible) noteIsolated(document, entities);
 }
 
 class HideObjectsCommand final : public SelectionCommand {

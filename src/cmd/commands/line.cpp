@@ -1,6 +1,7 @@
 #include "engine/entities/line.hpp"
 
 #include "cmd/drawing_aids.hpp"
+#include "cmd/limits_check.hpp"
 #include "cmd/point_entry.hpp"
 #include "cmd/registry.hpp"
 
@@ -26,7 +27,7 @@ public:
         if (!points_.empty()) last = points_.back();
         const bool waited = entry_.waiting();
         const auto result = entry_.feed(document(), line, last.value_or(math::Vector2{}), last, cursor());
-        if (result == PointEntry::Result::Point) addPoint(entry_.point());
+        if (result == PointEntry::Result::Point) takePoint(entry_.point());
         if (result == PointEntry::Result::Refused) message(entry_.refusal());
         if (waited || entry_.waiting()) showPrompt();
     }
@@ -36,10 +37,15 @@ public:
         if (button != kLeftButton) return;
         dropPointWords();
         if (points_.size() >= 3 && point.distance_to(points_.front()) <= pickTolerance()) return close();
-        addPoint(point);
+        takePoint(point);
     }
 
 private:
+    void takePoint(const math::Vector2& p) {
+        if (const char* refusal = limitsRefusal(host(), drawing(), p); *refusal != '\0') return message(refusal);
+        addPoint(p);
+    }
+
     void showPrompt() {
         if (entry_.waiting())
             setPrompt(entry_.prompt());

@@ -1,4 +1,5 @@
 #include "cmd/registry.hpp"
+#include "cmd/text_fields.hpp"
 
 // Commands about what is shown. Without a window they only bring derived data up to date, so that scripts run.
 
@@ -9,6 +10,7 @@ namespace {
 void regenerate(doc::Document& document) {
     // Measured extents are taken anew.
     ++document.drawing().styleRevision;
+    updateFieldsAt(FieldMoment::Regenerate, document);
 }
 
 class RegenCommand final : public OneShotCommand {

@@ -1,5 +1,7 @@
 #include "cmd/commands/variable_prompt.hpp"
 
+#include "engine/sysvar_notes.hpp"
+
 namespace kova::cmd::commands {
 
 namespace {
@@ -49,6 +51,7 @@ Task<void> editVariable(Ask& ask, doc::Document& document, const engine::SysVarD
         ask.message(error);
     }
     if (def.command == engine::SysVarCommand::Toggle) ask.message(variableLine(document.drawing(), def));
+    ask.message(engine::sysVarNote(document.drawing(), def));
 }
 
 }  // namespace kova::cmd::commands

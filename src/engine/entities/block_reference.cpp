@@ -6,6 +6,7 @@
 #include "engine/entities/block_nesting.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "engine/spatial_sink.hpp"
 #include "math/curves.hpp"
 
@@ -360,9 +361,9 @@ void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) co
     }
     BlockNesting nesting(BlockNesting::Purpose::Emit);
     const bool clipped = isClipped();
+    Path boundary;
     if (clipped) {
         const Matrix4 first = blockMatrix(*definition);
-        Path boundary;
         std::vector<Vector2> polygon = clipPolygon();
         for (Vector2& p : polygon) p = first.transform_point(p);
         boundary.polygon(polygon);
@@ -380,7 +381,12 @@ void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) co
         });
     }
     emitAttributes(sink, style);
-    if (clipped) sink.popClip();
+    if (!clipped) return;
+    sink.popClip();
+    if (!FrameLines::emitted(FrameKind::Clip)) return;
+    StrokeOptions frame;
+    frame.continuous = true;
+    sink.stroke(boundary, style, frame);
 }
 
 }  // namespace kova::engine

@@ -1,6 +1,7 @@
 #include "engine/entities/face3d.hpp"
 
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {
 
@@ -64,6 +65,13 @@ void Face3DEntity::describe(FieldVisitor& v) {
 void Face3DEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     const Path shown = edges();
     if (!shown.empty()) sink.stroke(shown, style);
+    if (!FrameLines::emitted(FrameKind::Control)) return;
+    Path hidden;
+    for (std::size_t i = 0; i < 4; ++i) {
+        if (isEdgeVisible(i) || (i == 2 && isTriangle())) continue;
+        hidden.moveTo(corners[i].xy()).lineTo(corners[(i + 1) % 4].xy());
+    }
+    if (!hidden.empty()) sink.stroke(hidden, style);
 }
 
 std::size_t Face3DEntity::sizeInBytes() const { return sizeof *this + extrasSize(); }

@@ -2,6 +2,7 @@
 
 #include "engine/entities/pick_distance.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {
 
@@ -83,6 +84,18 @@ void MeshEntity::describe(FieldVisitor& v) {
 void MeshEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     const Path grid = edges();
     if (!grid.empty()) sink.stroke(grid, style);
+    if (frameRows < 2 || frameCols < 2 || !FrameLines::emitted(FrameKind::Control)) return;
+    const auto rowTotal = static_cast<std::size_t>(frameRows);
+    const auto columnTotal = static_cast<std::size_t>(frameCols);
+    if (frame.size() != rowTotal * columnTotal) return;
+    Path control;
+    for (std::size_t r = 0; r < rowTotal; ++r)
+        for (std::size_t c = 0; c < columnTotal; ++c) {
+            const Vector2 p = frame[r * columnTotal + c].xy();
+            if (c > 0) control.moveTo(frame[r * columnTotal + c - 1].xy()).lineTo(p);
+            if (r > 0) control.moveTo(frame[(r - 1) * columnTotal + c].xy()).lineTo(p);
+        }
+    sink.stroke(control, style);
 }
 
 std::size_t MeshEntity::sizeInBytes() const {

@@ -4,6 +4,7 @@
 
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "math/curves.hpp"
 #include "math/polygon.hpp"
 
@@ -300,6 +301,13 @@ void PolylineEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
             }
             plane.stroke(part, style, options);
         };
+        if (spline && fit.size() > 1 && FrameLines::emitted(FrameKind::Control)) {
+            Path control;
+            control.moveTo(fit.front());
+            for (std::size_t i = 1; i < fit.size(); ++i) control.lineTo(fit[i]);
+            if (closed) control.close();
+            plane.stroke(control, style);
+        }
         const std::size_t segments = segmentCount();
         if (segments <= kMostInOnePath) {
             stroke(path(), 0, segments);

@@ -2,6 +2,7 @@
 
 #include "engine/entities/pick_distance.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {
 
@@ -62,6 +63,12 @@ void Polyline3DEntity::describe(FieldVisitor& v) {
 
 void Polyline3DEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     if (!vertices.empty()) sink.stroke(path(), style);
+    if (frame.size() < 2 || !FrameLines::emitted(FrameKind::Control)) return;
+    Path control;
+    control.moveTo(frame.front().xy());
+    for (std::size_t i = 1; i < frame.size(); ++i) control.lineTo(frame[i].xy());
+    if (closed) control.close();
+    sink.stroke(control, style);
 }
 
 std::size_t Polyline3DEntity::sizeInBytes() const {

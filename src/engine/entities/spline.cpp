@@ -4,6 +4,7 @@
 
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "math/nurbs.hpp"
 #include "math/spline_part.hpp"
 
@@ -305,6 +306,14 @@ void SplineEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     StrokeOptions options;
     options.patternThroughVertices = true;
     sink.stroke(path(), style, options);
+    // A helix is no spline to its user, and a curve through points alone has its polygon worked out with it.
+    if (helix || !FrameLines::emitted(FrameKind::Control)) return;
+    const std::vector<Vector2> polygon = controlPoints.empty() ? curve().points : controlPoints;
+    if (polygon.size() < 2) return;
+    Path control;
+    control.moveTo(polygon.front());
+    for (std::size_t i = 1; i < polygon.size(); ++i) control.lineTo(polygon[i]);
+    sink.stroke(control, style);
 }
 
 std::size_t SplineEntity::sizeInBytes() const {

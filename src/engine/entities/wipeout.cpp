@@ -2,6 +2,7 @@
 
 #include "engine/entities/pick_distance.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {
 
@@ -44,7 +45,7 @@ void WipeoutEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     FillOptions cover;
     cover.background = true;
     sink.fill(outline, style, cover);
-    if (!showFrame) return;
+    if (!showFrame || !FrameLines::emitted(FrameKind::Wipeout)) return;
     StrokeOptions frame;
     frame.continuous = true;
     sink.stroke(outline, style, frame);

@@ -5,6 +5,7 @@
 #include "engine/entity.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/outline.hpp"
+#include "engine/outline/frame_lines.hpp"
 #include "engine/spatial_sink.hpp"
 
 namespace kova::engine {
@@ -281,6 +282,7 @@ Bounds2 strokeBounds(PathView path, std::span<const Vector2> widths) {
 }
 
 Bounds2 viewedExtents(const EntityList& space, const math::Matrix4& view) {
+    const FrameLines usual;
     BoundsSink measured;
     SpatialSink sink(measured, view);
     for (const Entity& e : space) {
@@ -292,12 +294,14 @@ Bounds2 viewedExtents(const EntityList& space, const math::Matrix4& view) {
 }
 
 Bounds2 outlineBounds(const Entity& entity) {
+    const FrameLines usual;
     BoundsSink sink;
     entity.emit(sink, outlineStyle(entity));
     return sink.box;
 }
 
 Vector2 nearestOnOutline(const Entity& entity, const Vector2& p) {
+    const FrameLines usual;
     NearestSink sink(p);
     entity.emit(sink, outlineStyle(entity));
     return sink.found() ? sink.point() : p;

@@ -20,10 +20,12 @@ constexpr ClassRow kClasses[] = {
     {"IMAGE", "AcDbRasterImage", kObjects, 2175, true},
     {"IMAGEDEF", "AcDbRasterImageDef", kObjects, 0, false},
     {"IMAGEDEF_REACTOR", "AcDbRasterImageDefReactor", kObjects, 1, false},
+    {"RASTERVARIABLES", "AcDbRasterVariables", kObjects, 0, false},
     {"ACDBDICTIONARYWDFLT", "AcDbDictionaryWithDefault", kObjects, 0, false},
     {"ACDBPLACEHOLDER", "AcDbPlaceHolder", kObjects, 0, false},
     {"SPATIAL_FILTER", "AcDbSpatialFilter", kObjects, 0, false},
     {"WIPEOUT", "AcDbWipeout", "WipeOut", 2175, true},
+    {"WIPEOUTVARIABLES", "AcDbWipeoutVariables", "WipeOut", 0, false},
     {"PLOTSETTINGS", "AcDbPlotSettings", kObjects, 0, false},
     {"SCALE", "AcDbScale", kObjects, 1153, false},
 };

@@ -88,6 +88,8 @@ void Reader::finish() {
     drawing_.nextHandle = std::max({drawing_.nextHandle, seed_ < kMaxHandle ? seed_ : 0, highestHandle_ + 1});
     applyHeader();
     readDrawingRecord(dictionaryEntry(rootDictionary_, "KOVA_DRAWING"));
+    // Again, since other programs change what stands there and not what stands in the record.
+    readVariables(dictionaryEntry(rootDictionary_, "AcDbVariableDictionary"));
     dropAdditions();
     ensureRecords();
     if (ownNextHandle_ != 0) drawing_.nextHandle = ownNextHandle_;

@@ -5,6 +5,7 @@
 #include "engine/plot_page.hpp"
 #include "engine/sysvar.hpp"
 #include "io/dxf/dxf_facts.hpp"
+#include "io/dxf/object_variables.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/reader.hpp"
 #include "io/native/native_sections.hpp"
@@ -23,7 +24,8 @@ constexpr std::size_t kMaxOpaqueEntries = 100'000;
 constexpr std::string_view kKnownKeys[] = {"ACAD_GROUP",         "ACAD_LAYOUT",     "ACAD_MLINESTYLE",
                                            "ACAD_MLEADERSTYLE",  "ACAD_TABLESTYLE", "ACAD_PLOTSETTINGS",
                                            "ACAD_PLOTSTYLENAME", "ACAD_SCALELIST",  "AcDbVariableDictionary",
-                                           "ACAD_IMAGE_DICT",    "DWGPROPS",        "KOVA_DRAWING"};
+                                           "ACAD_IMAGE_DICT",    "DWGPROPS",        "KOVA_DRAWING",
+                                           "ACAD_IMAGE_VARS",    "ACAD_WIPEOUT_VARS"};
 
 }  // namespace
 
@@ -355,7 +357,18 @@ void Reader::readVariables(std::uint64_t handle) {
         } else {
             noteSetting(engine::upperCase(key), *value);
         }
+        for (const std::string_view variable : kDictionaryVariables)
+            if (engine::equalNoCase(key, variable))
+                engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*value))));
     }
+    // Two stand in objects of their own.
+    const auto object = [&](std::string_view entry, std::string_view type, std::string_view variable) {
+        if (!objectAt(dictionaryEntry(rootDictionary_, entry), record) || record.type != type) return;
+        if (const Tag* frame = record.find(70))
+            engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*frame))));
+    };
+    object("ACAD_IMAGE_VARS", "RASTERVARIABLES", "IMAGEFRAME");
+    object("ACAD_WIPEOUT_VARS", "WIPEOUTVARIABLES", "WIPEOUTFRAME");
 }
 
 void Reader::readProperties(std::uint64_t handle) {

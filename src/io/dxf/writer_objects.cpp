@@ -1,4 +1,5 @@
 // OBJECTS: the root dictionary and the small objects under it.
+#include "io/dxf/object_variables.hpp"
 #include "io/dxf/writer.hpp"
 
 namespace kova::io::dxf {
@@ -47,6 +48,13 @@ void Writer::objectsSection() {
                     {"ACAD_SCALELIST", fixed_.scales},
                     {"AcDbVariableDictionary", fixed_.variables},
                     {std::string(kDrawingKey), fixed_.drawing}};
+    const std::int32_t imageFrame = engine::sysVarInt(drawing_, "IMAGEFRAME");
+    const std::int32_t wipeoutFrame = engine::sysVarInt(drawing_, "WIPEOUTFRAME");
+    // What other programs assume needs no object.
+    if (imageFrame != 1) root.emplace_back("ACAD_IMAGE_VARS", newHandle());
+    const std::uint64_t imageVariables = root.back().second;
+    if (wipeoutFrame != 1) root.emplace_back("ACAD_WIPEOUT_VARS", newHandle());
+    const std::uint64_t wipeoutVariables = root.back().second;
     NamedObjects named;
     namedObjects(root, named);
     dictionary(fixed_.root, 0, root, false);
@@ -71,6 +79,21 @@ void Writer::objectsSection() {
     images();
     scales();
     variables();
+    if (imageFrame != 1) {
+        objectHead("RASTERVARIABLES", imageVariables, fixed_.root);
+        out.subclass("AcDbRasterVariables");
+        out.integer(90, 0);
+        out.integer(70, imageFrame);
+        out.integer(71, 1);
+        out.integer(72, 0);
+        ++classCounts_["RASTERVARIABLES"];
+    }
+    if (wipeoutFrame != 1) {
+        objectHead("WIPEOUTVARIABLES", wipeoutVariables, fixed_.root);
+        out.subclass("AcDbWipeoutVariables");
+        out.integer(70, wipeoutFrame);
+        ++classCounts_["WIPEOUTVARIABLES"];
+    }
     drawingProperties();
     layerStates();
     for (const auto& [entry, handle] : named) dictionaryEntry(*entry, handle, fixed_.root, 0);
@@ -209,15 +232,20 @@ void Writer::scales() {
 
 void Writer::variables() {
     GroupWriter& out = *out_;
-    const std::pair<std::string_view, std::string> values[] = {
+    std::vector<std::pair<std::string_view, std::string>> values = {
         {"CANNOSCALE", engine::sysVarString(drawing_, "CANNOSCALE", "1:1")},
         {"CMLEADERSTYLE", std::string(symbol(drawing_.currentMLeaderStyle))},
         {"CTABLESTYLE", std::string(symbol(drawing_.currentTableStyle))},
     };
+    for (const std::string_view name : kDictionaryVariables) {
+        const engine::SysVarDef* def = engine::findSysVar(name);
+        const engine::SysVarValue value = engine::getSysVar(drawing_, *def);
+        if (value != def->fallback) values.emplace_back(name, engine::sysVarText(value));
+    }
     Entries entries;
     for (const auto& [name, value] : values) entries.emplace_back(name, newHandle());
     dictionary(fixed_.variables, fixed_.root, entries, true);
-    for (std::size_t i = 0; i < std::size(values); ++i) {
+    for (std::size_t i = 0; i < values.size(); ++i) {
         objectHead("DICTIONARYVAR", entries[i].second, fixed_.variables);
         out.subclass("DictionaryVariables");
         out.integer(280, 0);

@@ -182,7 +182,9 @@ bool Writer::write(const WipeoutEntity& e, const Target& t) {
     const double size = std::max(box.max.x - box.min.x, box.max.y - box.min.y);
     if (!(size > 0.0)) return false;
     // The corners stand as fractions of a square round them.
-    const OwnData own = gather(e, kNoCommon, {"vertices"});
+    FieldKeys keys{"vertices"};
+    if (!e.showFrame) keys.push_back("showFrame");
+    const OwnData own = gather(e, kNoCommon, keys);
     ++classCounts_["WIPEOUT"];
     head("WIPEOUT", e, t, own);
     GroupWriter& out = *out_;
@@ -193,7 +195,7 @@ bool Writer::write(const WipeoutEntity& e, const Target& t) {
     out.point(12, Vector3{0, size, 0});
     out.point(13, Vector2{1, 1});
     out.word(340, "0");
-    out.integer(70, e.showFrame ? 7 : 6);
+    out.integer(70, 7);  // bit 1 would hide the wipeout itself: frames are a matter of the whole drawing
     out.integer(280, 1);
     out.integer(281, 50);
     out.integer(282, 50);

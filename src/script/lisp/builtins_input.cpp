@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "cmd/picking.hpp"
+#include "cmd/limits_check.hpp"
 #include "cmd/point_entry.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/object_plane.hpp"
@@ -174,6 +175,10 @@ private:
                 if (isPlainNumber && !base_) return refuse(m, refusal());
                 const auto p = point(m, text);
                 if (!p) return false;
+                constexpr std::int64_t kNoLimits = 8;
+                if (const char* outside = cmd::limitsRefusal(d, *p);
+                    *outside != '\0' && (state_.bits & kNoLimits) == 0)
+                    return refuse(m, outside);
                 d.lastPoint = *p;
                 const bool plain = !within && cmd::parsePointInput(text, {}, {}).has_value();
                 const double height = plain ? typedHeight(d, text) : engine::sysVarReal(d, "ELEVATION");
