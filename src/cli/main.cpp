@@ -26,7 +26,8 @@ int main(int argc, char** argv) {
         QGuiApplication::setQuitOnLastWindowClosed(false);
 
         std::vector<std::string> arguments;
-        for (int i = 1; i < argc; ++i) arguments.push_back(QString::fromLocal8Bit(argv[i]).toStdString());
+        // As they stand: paths are bytes, and one that is no UTF-8 would become another file's.
+        for (int i = 1; i < argc; ++i) arguments.emplace_back(argv[i]);
         return dispatch(arguments);
     } catch (const std::exception& error) {
         printError(error.what());

@@ -10,6 +10,7 @@
 #include "engine/sysvar.hpp"
 #include "io/native/json_writer.hpp"
 #include "io/native/record_writer.hpp"
+#include "io/save.hpp"
 
 namespace kova::cli {
 
@@ -304,7 +305,7 @@ ordered_json McpTools::renderImage(const json& arguments) {
          ordered_json::array({{{"type", "image"}, {"data", png.toBase64().toStdString()}, {"mimeType", "image/png"}}})},
         {"isError", false}};
     if (arguments.contains("save_to")) {
-        const bool saved = image.save(QString::fromStdString(path), "PNG");
+        const bool saved = io::saveFile(path, {png.constData(), static_cast<std::size_t>(png.size())}).empty();
         reply["content"].push_back(textItem((saved ? "Saved " : "Could not write ") + path));
     }
     return reply;

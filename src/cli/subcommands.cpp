@@ -3,17 +3,21 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <QFile>
+#include <QBuffer>
 #include <QImage>
 #include <QSettings>
+#include <filesystem>
+#include <fstream>
 
 #include "cli/mcp_server.hpp"
 #include "cli/options.hpp"
 #include "cli/output.hpp"
 #include "cli/usage.hpp"
 #include "cmd/script_lines.hpp"
+#include "cmd/text_file.hpp"
 #include "engine/sysvar.hpp"
 #include "headless/session.hpp"
+#include "io/save.hpp"
 #include "script/python/interpreter.hpp"
 #include "script/python/runner.hpp"
 
@@ -49,7 +53,19 @@ void applySettings() {
 }
 
 bool writePng(const QImage& image, const std::string& path) {
-    return !image.isNull() && image.save(QString::fromStdString(path), "PNG");
+    QBuffer png;
+    if (image.isNull() || !png.open(QIODevice::WriteOnly) || !image.save(&png, "PNG")) return false;
+    const QByteArray& bytes = png.data();
+    return io::saveFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())}).empty();
+}
+
+/// All bytes of a file, or of a pipe; nothing when it cannot be read.
+std::optional<std::string> readBytes(const std::string& path) {
+    std::error_code error;
+    std::ifstream file(path, std::ios::binary);
+    if (!file || std::filesystem::is_directory(path, error)) return std::nullopt;
+    std::string bytes{std::istreambuf_iterator<char>(file), {}};
+    return file.bad() ? std::nullopt : std::optional(std::move(bytes));
 }
 
 /// Finds out whether Python can run, or says why not; the program goes on without it. It starts when it is first used.
@@ -85,17 +101,11 @@ int runCommand(const std::vector<std::string>& arguments) {
         printError("run: unexpected argument '" + unexpected + "'\n\n" + usageText());
         return kExitUsage;
     }
-    std::vector<std::string> lines;
-    if (options->script) {
-        QFile file(QString::fromStdString(*options->script));
-        if (!file.open(QIODevice::ReadOnly)) {
-            printError("Cannot read " + *options->script);
-            return kExitFailed;
-        }
-        const QByteArray text = file.readAll();
-        lines = cmd::scriptLines({text.constData(), static_cast<std::size_t>(text.size())});
+    std::optional<std::string> script;
+    if (options->script && !(script = readBytes(*options->script))) {
+        printError("Cannot read " + *options->script);
+        return kExitFailed;
     }
-    lines.insert(lines.end(), options->lines.begin(), options->lines.end());
 
     script::python::Interpreter python;
     const bool withPython = checkPython(python);
@@ -112,6 +122,10 @@ int runCommand(const std::vector<std::string>& arguments) {
         return kExitFailed;
     }
     printLines(session.takeOutput());
+    // An old script is in the code page of the drawing that it works on.
+    std::vector<std::string> lines;
+    if (script) lines = cmd::scriptLines(cmd::decodedText(*script, cmd::codePageOf(session.document().drawing())));
+    lines.insert(lines.end(), options->lines.begin(), options->lines.end());
     for (const std::string& line : lines) printLines(session.feed(line));
     if (session.isWaiting()) {
         printOut("(still waiting: " + session.currentPrompt() + " - cancelled)");

@@ -10,6 +10,7 @@
 #include "engine/drawing.hpp"
 #include "engine/sysvar_host.hpp"
 #include "engine/sysvar_rows.hpp"
+#include "strings/code_page.hpp"
 
 namespace kova::engine {
 
@@ -66,6 +67,14 @@ std::string platformText() {
     utsname system{};
     if (uname(&system) != 0) return "Linux";
     return std::string(system.sysname) + " " + system.release + " (" + system.machine + ")";
+}
+
+bool isCodePage(const SysVarValue& value) { return strings::CodePage::named(std::get<std::string>(value)).has_value(); }
+
+/// Kept under the name that drawings use, however it was typed.
+std::string setCodePage(Drawing& drawing, const SysVarValue& value) {
+    drawing.stringVariables["DWGCODEPAGE"] = strings::CodePage::named(std::get<std::string>(value))->name();
+    return {};
 }
 
 /// Milliseconds of the machine's running clock, within an integer's range.
@@ -143,7 +152,10 @@ std::vector<SysVarDef> sessionVariables() {
             .readOnly(),
         string("PLATFORM", platformText(), saved::Nowhere, "Operating system").readOnly(),
         string("SYSCODEPAGE", "UTF-8", saved::Nowhere, "Code page of the system").readOnly(),
-        string("DWGCODEPAGE", "UTF-8", saved::Nowhere, "Code page of the drawing").readOnly(),
+        string("DWGCODEPAGE", "ANSI_1252", kDrawing, "Code page of text files that are not UTF-8")
+            .code(3)
+            .accepts(isCodePage)
+            .set(setCodePage),
         string("TEMPPREFIX", temporaryFolder(), saved::Nowhere, "Folder of temporary files").readOnly(),
         string("MENUNAME", ".", saved::Nowhere, "Menu file").readOnly(),
         point("SCREENSIZE", {1024, 768, 0}, saved::Nowhere, "Size of the view in pixels").readOnly(),

@@ -21,6 +21,7 @@
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"
+#include "render/picture_file.hpp"
 
 namespace kova::headless {
 
@@ -348,7 +349,8 @@ std::string Session::readReference(const std::string& path, engine::Drawing& dra
 }
 
 std::optional<cmd::PictureSize> Session::pictureSize(const std::string& path) {
-    QImageReader reader(QString::fromStdString(path));
+    render::PictureFile file(path);
+    QImageReader& reader = file.reader();
     const QSize size = reader.size();
     if (!size.isValid() || size.isEmpty()) return std::nullopt;
     cmd::PictureSize result;

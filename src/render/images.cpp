@@ -5,6 +5,7 @@
 #include "engine/fonts/fonts.hpp"
 #include "engine/outline/frame_lines.hpp"
 #include "render/painter_sink.hpp"
+#include "render/picture_file.hpp"
 
 #include <QImageReader>
 #include <QPainterPath>
@@ -56,7 +57,8 @@ const QImage& PainterSink::picture(const engine::ImageEntity& image) {
     if (!fresh) return it->second;
     const std::string file = findPicture(image.filePath, settings_.folder);
     if (file.empty()) return it->second;
-    QImageReader reader(QString::fromStdString(file));
+    PictureFile pictureFile(file);
+    QImageReader& reader = pictureFile.reader();
     const QSize size = reader.size();
     if (size.isValid() && qint64(size.width()) * size.height() > kMaxPixels) return it->second;
     QImage picture = reader.read();

@@ -14,7 +14,7 @@ def simple_upper(c):
 
 def simple_lower(c):
     mapped = c.lower()
-    return mapped if len(mapped) == 1 else mapped[0]  # only U+0130, whose dot is a letter of its own in the full mapping
+    return mapped if len(mapped) == 1 else c  # U+0130 alone keeps its dot
 
 
 def simple_fold(c):

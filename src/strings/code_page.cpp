@@ -129,20 +129,28 @@ std::string CodePage::toUtf8(std::string_view bytes) const {
     iconv(converter, nullptr, nullptr, nullptr, nullptr);
     char* in = const_cast<char*>(bytes.data());
     std::size_t left = bytes.size();
-    char buffer[4096];
-    while (left > 0) {
-        char* to = buffer;
-        std::size_t room = sizeof buffer;
-        const std::size_t result = iconv(converter, &in, &left, &to, &room);
-        const bool stuck = result == static_cast<std::size_t>(-1) && errno != E2BIG;
-        out.append(buffer, static_cast<std::size_t>(to - buffer));
-        if (!stuck || left == 0) continue;
+    /// Converts what it can; false when it stands before bytes that are no character.
+    const auto convert = [&](char** from, std::size_t* size) {
+        for (;;) {
+            char buffer[4096];
+            char* to = buffer;
+            std::size_t room = sizeof buffer;
+            const std::size_t result = iconv(converter, from, size, &to, &room);
+            out.append(buffer, static_cast<std::size_t>(to - buffer));
+            if (result != static_cast<std::size_t>(-1)) return true;
+            if (errno != E2BIG) return false;
+        }
+    };
+    for (;;) {
+        const bool done = convert(&in, &left);
+        // A page whose letters take accents behind them holds a letter back.
+        convert(nullptr, nullptr);
+        if (done || left == 0) break;
         // The bytes that a page of single bytes leaves free are the control characters of the same numbers.
         const auto byte = static_cast<unsigned char>(*in);
         appendUtf8(out, !isMultibyte() && byte >= 0x80 && byte < 0xA0 ? byte : kReplacement);
         ++in;
         --left;
-        iconv(converter, nullptr, nullptr, nullptr, nullptr);
     }
     // The Korean page shows the backslash as a currency sign; in paths and codes of drawings it is the backslash.
     if (std::string_view(kPages[number_].converter) == "JOHAB")

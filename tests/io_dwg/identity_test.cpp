@@ -89,7 +89,24 @@ TEST(DwgIdentity, NamesThatDifferInTheCaseOfALetter) {
     reference->blockName = engine::Name("TÜR");
     reference->layer = engine::Name("стены");
     drawing.modelSpace().append(std::move(reference));
-    expectIdentity(drawing);
+    const QTemporaryDir folder;
+    const std::string path = folder.filePath("drawing.dwg").toStdString();
+    io::dwg::DwgSaveReport report;
+    ASSERT_EQ(io::dwg::saveDwg(drawing, path, "", &report), "");
+    EXPECT_EQ(report.dropped, 0u);
+    engine::Drawing again;
+    ASSERT_TRUE(io::dwg::loadDwg(path, again).success);
+    EXPECT_EQ(again.layers.size(), drawing.layers.size());
+    EXPECT_EQ(again.textStyles.size(), drawing.textStyles.size());
+    ASSERT_NE(again.findBlock(engine::Name("tür")), nullptr);
+    std::vector<std::string> found;
+    for (const engine::Entity& e : again.modelSpace()) {
+        found.push_back(e.layer.str());
+        if (const auto* one = dynamic_cast<const engine::TextEntity*>(&e)) found.push_back(one->textStyle.str());
+        if (const auto* one = dynamic_cast<const engine::BlockReferenceEntity*>(&e)) found.push_back(one->blockName.str());
+    }
+    for (const engine::Entity& e : again.findBlock(engine::Name("tür"))->entities) found.push_back(e.layer.str());
+    EXPECT_EQ(found, (std::vector<std::string>{"Möbel", "Größe", "СТЕНЫ", "Tür", "Möbel"}));
 }
 
 TEST(DwgIdentity, SolidsThatAreOnlyTextAreCounted) {

@@ -129,8 +129,8 @@ protected:
         }
         const Answer templateFile = co_await ask.text("Enter template file name:");
         if (templateFile.isEnter()) co_return;
-        std::optional<std::string> text = readTextFile(typedPath(templateFile.text));
-        if (!text) text = readTextFile(typedPath(templateFile.text) + ".txt");
+        std::optional<std::string> text = readTextFile(typedPath(templateFile.text), codePageOf(drawing()));
+        if (!text) text = readTextFile(typedPath(templateFile.text) + ".txt", codePageOf(drawing()));
         const std::vector<Column> columns = text ? parseTemplate(*text) : std::vector<Column>();
         if (columns.empty()) {
             message(text ? "Invalid template file." : "Cannot read " + typedPath(templateFile.text) + ".");

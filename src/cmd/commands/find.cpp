@@ -158,7 +158,7 @@ protected:
         const Answer answer = co_await ask.text("Enter word list file name:");
         if (!answer.isText()) co_return;
         const std::string path = typedPath(answer.text);
-        const std::optional<std::string> list = readTextFile(path);
+        const std::optional<std::string> list = readTextFile(path, codePageOf(drawing()));
         if (!list) co_return message("Cannot read " + quoted(path) + ".");
         std::unordered_set<std::string> known;
         eachWord(*list, false, [&](const std::string& word) { known.insert(word); });

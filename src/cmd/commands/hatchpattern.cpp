@@ -55,10 +55,10 @@ private:
     std::string load(const std::string& names, const std::string& typed) {
         std::string path = typedPath(typed);
         if (std::filesystem::path(path).extension().empty()) path += ".pat";
-        std::optional<std::string> text = readTextFile(path);
+        std::optional<std::string> text = readTextFile(path, codePageOf(drawing()));
         if (!text && !drawing().fileName.empty()) {
             const auto beside = std::filesystem::path(drawing().fileName).parent_path() / path;
-            text = readTextFile(beside.string());
+            text = readTextFile(beside.string(), codePageOf(drawing()));
         }
         if (!text) return "Cannot read " + cmd::quoted(path) + ".";
         std::vector<engine::HatchPattern> found = engine::parsePatternLibrary(*text);

@@ -151,7 +151,7 @@ protected:
             if (matched) sources = std::move(*matched);
             if (sources.empty()) {
                 const std::string path = typedPath(from.text);
-                const auto map = path.empty() ? std::optional<std::string>() : readTextFile(path);
+                const auto map = path.empty() ? std::optional<std::string>() : readTextFile(path, codePageOf(drawing()));
                 if (map)
                     readMap(*map);
                 else

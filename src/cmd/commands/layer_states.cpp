@@ -148,7 +148,7 @@ Task<void> exportState(Ask& ask, LayerState state) {
 Task<void> importState(Ask& ask, doc::Document& document, std::function<void()> changing) {
     const std::string path = co_await askPath(ask, "Enter file name to import:");
     if (path.empty()) co_return;
-    const std::optional<std::string> text = readTextFile(path);
+    const std::optional<std::string> text = readTextFile(path, codePageOf(document.drawing()));
     if (!text) co_return ask.message("Cannot open " + cmd::quoted(path) + ".");
     const std::vector<LayerState> states = parseLayerStates(*text);
     if (states.empty()) co_return ask.message("There is no layer state in " + cmd::quoted(path) + ".");

@@ -60,8 +60,8 @@ private:
         const std::vector<std::string> names = splitNames(answer);
         if (names.empty()) return engine::builtinLinetypes(drawing().isMetric());
         std::string path = names.size() > 1 ? answer : names.front();
-        std::optional<std::string> text = readTextFile(path);
-        if (!text) text = readTextFile(path + ".lin");
+        std::optional<std::string> text = readTextFile(path, codePageOf(drawing()));
+        if (!text) text = readTextFile(path + ".lin", codePageOf(drawing()));
         if (text) return engine::parseLinetypeLibrary(*text);
         static constexpr std::string_view usual[] = {"acad", "acad.lin", "acadiso", "acadiso.lin"};
         for (const std::string_view name : usual)
@@ -87,7 +87,7 @@ private:
         if (file.isEnter()) co_return;
         std::string path = file.text;
         if (std::filesystem::path(path).extension().empty()) path += ".lin";
-        const std::string before = readTextFile(path).value_or(std::string());
+        const std::string before = readTextFile(path, codePageOf(drawing())).value_or(std::string());
         if (defines(before, name)) {
             std::string question =
                 "Linetype " + cmd::quoted(name) + " already exists in that file. Overwrite it? [Yes/No] <No>:";

@@ -20,8 +20,8 @@ protected:
         const Answer answer = co_await ask.text("Enter script file name <" + usual + ">:");
         std::string path = typedPath(answer.text);
         if (path.empty()) path = usual;
-        std::optional<std::string> text = readTextFile(path);
-        if (!text && !std::filesystem::path(path).has_extension()) text = readTextFile(path + ".scr");
+        std::optional<std::string> text = readTextFile(path, codePageOf(drawing()));
+        if (!text && !std::filesystem::path(path).has_extension()) text = readTextFile(path + ".scr", codePageOf(drawing()));
         AppServices* services = host()->services();
         if (!text || services == nullptr) {
             message("Cannot read " + path);

@@ -4,6 +4,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/all.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {
 
@@ -57,7 +58,7 @@ std::string signature(const Entity& entity, int mode) {
     if ((mode & kColor) != 0) add(engine::colorText(entity.color));
     if ((mode & kLayer) != 0) add(entity.layer.folded());
     if ((mode & kLinetype) != 0) add(entity.linetype.folded());
-    if ((mode & kLinetypeScale) != 0) add(std::to_string(entity.linetypeScale()));
+    if ((mode & kLinetypeScale) != 0) add(strings::fixed(entity.linetypeScale(), 6));
     if ((mode & kLineweight) != 0) add(std::to_string(entity.lineweight));
     if ((mode & kPlotStyle) != 0) add(entity.plotStyleName().folded());
     if ((mode & kStyle) != 0) add(styleOf(entity).folded());

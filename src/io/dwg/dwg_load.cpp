@@ -6,11 +6,13 @@
 #include <new>
 
 #include "engine/drawing.hpp"
+#include "engine/sysvar.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/file_content.hpp"
 #include "kdraw/database.hpp"
 #include "kdraw/decoder.hpp"
 #include "kdraw/dxf/dxf_file_output.hpp"
+#include "strings/code_page.hpp"
 
 namespace kova::io::dwg {
 
@@ -32,10 +34,15 @@ DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing
         groups = output.finish();
     }
     result.skippedObjects = database.skipped.size();
+    const int codePage = database.codePage;
     // A million objects need not stand beside the drawing that is built from their groups.
     database = kdraw::Database();
     dxf::DxfLoadReport report;
     result.message = dxf::loadDxfText(groups, drawing, &report, progress);
+    // Files of this program have the usual number, and the name among the drawing's own variables.
+    const strings::CodePage page = strings::CodePage::ofDrawing(codePage);
+    if (page.number() != strings::CodePage().number())
+        engine::loadSysVar(drawing, "DWGCODEPAGE", engine::SysVarValue(std::string(page.name())));
     result.lines = std::move(report.lines);
     result.success = result.message.empty();
     if (result.skippedObjects > 0)

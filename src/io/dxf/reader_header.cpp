@@ -56,6 +56,7 @@ void Reader::readHeader(const Record& section) {
             decoder_.setUtf8(version_ >= 1021);
         } else if (value.name == "DWGCODEPAGE") {
             decoder_.setCodePage(first.trimmed());
+            engine::loadSysVar(drawing_, "DWGCODEPAGE", SysVarValue(std::string(first.trimmed())));
         } else if (value.name == "MEASUREMENT") {
             // Decides on the library of patterns that hatches are held against.
             engine::loadSysVar(drawing_, "MEASUREMENT", SysVarValue(first.integer() != 0 ? 1 : 0));

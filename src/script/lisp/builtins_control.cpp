@@ -219,7 +219,7 @@ Value load(Machine& m, Value* v, int n) {
     const std::string& name = stringArgument("LOAD", v[0]);
     const auto path = findProgramFile(m, name, true);
     std::optional<std::string> text;
-    if (path) text = cmd::readTextFile(*path);
+    if (path) text = cmd::readTextFile(*path, cmd::codePageOf(m.drawing()));
     if (!text) {
         if (n > 1) return v[1].isCallable() ? m.call(v[1], {}) : v[1];
         throw LispError("LOAD: cannot read " + name);

@@ -61,6 +61,10 @@ PyObject* pyText(std::string_view text) {
     return checked(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace"));
 }
 
+PyObject* pyPath(const std::string& path) {
+    return checked(PyUnicode_DecodeUTF8(path.data(), static_cast<Py_ssize_t>(path.size()), "surrogateescape"));
+}
+
 PyObject* pyKnownText(const std::string& text) {
     static auto* const known = new std::unordered_map<std::string, PyObject*>;
     const auto it = known->find(text);
@@ -129,9 +133,11 @@ bool booleanFrom(PyObject* value, std::string_view what) {
 std::string textFrom(PyObject* value, std::string_view what) {
     if (!PyUnicode_Check(value)) wrongType(what, "a text", value);
     Py_ssize_t size = 0;
-    const char* text = PyUnicode_AsUTF8AndSize(value, &size);
-    if (text == nullptr) throw PythonError{};
-    return {text, static_cast<std::size_t>(size)};
+    if (const char* text = PyUnicode_AsUTF8AndSize(value, &size)) return {text, static_cast<std::size_t>(size)};
+    // Paths that are no UTF-8 come from Python with their odd bytes escaped.
+    PyErr_Clear();
+    const Ref bytes(checked(PyUnicode_AsEncodedString(value, "utf-8", "surrogateescape")));
+    return {PyBytes_AS_STRING(bytes.get()), static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.get()))};
 }
 
 std::uint64_t handleFrom(PyObject* value, std::string_view what) {

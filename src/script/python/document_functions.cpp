@@ -122,7 +122,7 @@ void addDocumentFunctions(PyObject* module) {
     m.def("open_file", openFile);
     m.def("new_drawing", newDrawing);
     m.def("save_file", saveFile);
-    m.def("path", [] { return text(Binding::get().drawing().fileName); });
+    m.def("path", [] { return py::reinterpret_steal<py::object>(pyPath(Binding::get().drawing().fileName)); });
     m.def("is_modified", [] {
         Binding::get().settle();
         return Binding::get().document().isModified();
