@@ -7,6 +7,7 @@
 
 #include "engine/name.hpp"
 #include "math/angles.hpp"
+#include "strings/code_page.hpp"
 
 namespace kova::engine {
 
@@ -269,6 +270,8 @@ const ShapeDefinition* ShapeSet::find(std::string_view name) const {
 }
 
 ShapeSet parseShapeText(std::string_view text) {
+    const std::string decoded = strings::textOfFile(text, strings::CodePage());
+    text = decoded;
     ShapeSet set;
     ShapeDefinition* current = nullptr;
     while (!text.empty()) {

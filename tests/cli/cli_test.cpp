@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
+#include <filesystem>
 
 #include "cli/options.hpp"
 #include "cmd/script_lines.hpp"
@@ -13,6 +14,7 @@ namespace kova::cli {
 namespace {
 
 using ::testing::HasSubstr;
+using ::testing::Not;
 using ::testing::StartsWith;
 
 struct Result {
@@ -156,6 +158,64 @@ TEST_F(CliTest, ABrokenPythonIsReportedAndTheRunGoesOn) {
 TEST_F(CliTest, FileDialogsAreOff) {
     const Result result = run({"run", "-c", "FILEDIA", "-c", ""});
     EXPECT_THAT(result.out, HasSubstr("<0>"));
+}
+
+TEST_F(CliTest, TextFilesThatAreNoUtf8KeepTheirLetters) {
+    write("old.scr", "-LAYER M M\xF6" "bel\r\n\r\n(load \"old.lsp\")\r\n");
+    write("old.lsp", "(defun c:T\xFCR () (princ \"T\xFCr\"))");
+    write("old.lin", "*D\xC4MM,D\xE4mmung\nA,1,-1\n");
+    write("old.txt", "Stra\xDF" "e\r\nGr\xF6\xDF" "e");
+    write("mark.txt", QByteArray("\xEF\xBB\xBFW\xC3\xA4nde"));
+    const Result western = run({"run", "--script", "old.scr", "-c", "T\u00FCr", "-c", "-LINETYPE", "-c", "L", "-c", "D\u00E4mm",
+                                "-c", "old.lin", "-c", ";", "-c", "(setq f (open \"old.txt\" \"r\"))", "-c", "(read-line f)",
+                                "-c", "(read-line f)", "-c", "(read-line f)", "-c", "(read-line (open \"mark.txt\" \"r\"))",
+                                "-c", "(list (cdr (assoc 2 (tblsearch \"LAYER\" \"M\u00D6BEL\"))) (cdr (assoc 3 (tblsearch \"LTYPE\" \"D\u00E4mm\"))))"},
+                               directory.path());
+    EXPECT_THAT(western.out, HasSubstr("\nTür"));
+    EXPECT_THAT(western.out, HasSubstr("\n\"Straße\"\n"));
+    EXPECT_THAT(western.out, HasSubstr("\n\"Größe\"\n"));
+    EXPECT_THAT(western.out, HasSubstr("\nnil\n"));
+    EXPECT_THAT(western.out, HasSubstr("\n\"Wände\"\n"));
+    EXPECT_THAT(western.out, HasSubstr("\n(\"Möbel\" \"Dämmung\")\n"));
+    EXPECT_THAT(western.out, Not(HasSubstr("\uFFFD")));
+
+    // The drawing's own code page, from its file or set; and UTF-16.
+    write("east.dxf", "  0\nSECTION\n  2\nHEADER\n  9\n$ACADVER\n  1\nAC1015\n  9\n$DWGCODEPAGE\n  3\nANSI_1251\n  0\nENDSEC\n  0\nEOF\n");
+    write("east.scr", "-LAYER M \xCC\xEE\xF1\xF2\n\n");
+    const QStringList asked{"-c", "(cdr (assoc 2 (tblsearch \"LAYER\" \"\u043C\u043E\u0441\u0442\")))", "-c", "DWGCODEPAGE", "-c", ";"};
+    const Result east = run(QStringList{"run", "--open", "east.dxf", "--script", "east.scr", "--save", "east.dwg"} + asked, directory.path());
+    EXPECT_THAT(east.out, HasSubstr("\n\"Мост\"\n"));
+    EXPECT_THAT(east.out, HasSubstr("<\"ANSI_1251\">"));
+    const Result again = run(QStringList{"run", "--open", "east.dwg"} + asked, directory.path());
+    EXPECT_THAT(again.out, HasSubstr("<\"ANSI_1251\">"));
+    const Result set = run(QStringList{"run", "-c", "DWGCODEPAGE", "-c", "klingon", "-c", "cp1251", "-c", "SCRIPT", "-c", "east.scr"} + asked,
+                           directory.path());
+    EXPECT_THAT(set.out, HasSubstr("Cannot set DWGCODEPAGE to that value."));
+    EXPECT_THAT(set.out, HasSubstr("\n\"Мост\"\n"));
+    write("wide.scr", QByteArray("\xFF\xFE" "-\0L\0A\0Y\0E\0R\0 \0M\0 \0\x1C\x04>\x04\x41\x04\x42\x04\n\0\n\0", 36));
+    EXPECT_THAT(run(QStringList{"run", "--script", "wide.scr"} + asked, directory.path()).out, HasSubstr("\n\"Мост\"\n"));
+}
+
+/// A path is bytes: one that is no UTF-8 names the file that it names, and no other.
+TEST_F(CliTest, PathsAreBytes) {
+    const std::string folder = directory.path().toStdString();
+    const std::string program = "QT_QPA_PLATFORM=offscreen '" KOVA_PROGRAM "' ";
+    // The shell makes the name, since Qt's own processes take Unicode only.
+    const auto shell = [&](const std::string& line) {
+        return std::system(("cd '" + folder + "' && N=$(printf 'M\\366bel') && " + line + " > out.txt 2>&1").c_str());
+    };
+    EXPECT_EQ(shell(program + "run -c LINE -c 0,0 -c 5,5 -c '' --save \"$N.dxf\" --png \"$N.png\""), 0);
+    EXPECT_EQ(shell("printf 'CIRCLE\\n1,1\\n2\\n' > \"$N.scr\" && " + program +
+                    "run --open \"$N.dxf\" --script \"$N.scr\" -c SAVEAS -c \"$N.dwg\" -c -IMAGE -c A -c \"$N.png\" -c 0,0 -c 1 -c 0 --save \"$N.kvcad\""), 0);
+    EXPECT_EQ(shell(program + "render \"$N.kvcad\" \"$N-2.png\""), 0) << read("out.txt");
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) names.push_back(entry.path().filename().string());
+    std::erase(names, "out.txt");
+    const std::string name = "M\xF6" "bel";
+    EXPECT_THAT(names, ::testing::UnorderedElementsAre(name + ".dxf", name + ".png", name + ".scr", name + ".dwg", name + ".kvcad",
+                                                       name + "-2.png"));
+    EXPECT_EQ(shell(program + "run --open \"$N.dwg\" -c '(sslength (ssget \"X\"))'"), 0);
+    EXPECT_THAT(read("out.txt"), HasSubstr("\n2\n"));
 }
 
 }  // namespace

@@ -5,10 +5,12 @@
 #include <filesystem>
 #include <system_error>
 
+#include "cmd/text_file.hpp"
 #include "cmd/wildcards.hpp"
 #include "engine/sysvar_host.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/files.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::script::lisp {
 
@@ -38,7 +40,27 @@ FileObject* openFile(const char* function, const Value& v) {
     return file;
 }
 
-Value open(Machine&, Value* v, int) {
+/// A file opened for reading, or one with its text as UTF-8 when it is in another encoding. Takes the file.
+std::FILE* asUtf8(std::FILE* file, const std::string& path, const engine::Drawing& drawing) {
+    constexpr std::size_t kMaxBytes = std::size_t{256} << 20;
+    std::error_code error;
+    if (!fs::is_regular_file(path, error) || fs::file_size(path, error) > kMaxBytes || error) return file;
+    std::string bytes;
+    char piece[65536];
+    for (std::size_t n = 0; bytes.size() <= kMaxBytes && (n = std::fread(piece, 1, sizeof piece, file)) > 0;)
+        bytes.append(piece, n);
+    std::rewind(file);
+    if (strings::isUtf8(bytes) && !bytes.starts_with("\xEF\xBB\xBF")) return file;
+    std::FILE* decoded = std::tmpfile();
+    if (decoded == nullptr) return file;
+    const std::string text = cmd::decodedText(bytes, cmd::codePageOf(drawing));
+    std::fwrite(text.data(), 1, text.size(), decoded);
+    std::rewind(decoded);
+    std::fclose(file);
+    return decoded;
+}
+
+Value open(Machine& m, Value* v, int) {
     const std::string& path = stringArgument("OPEN", v[0]);
     const std::string mode = engine::foldCase(stringArgument("OPEN", v[1]));
     if (mode != "r" && mode != "w" && mode != "a") badArgument("OPEN", "the mode \"r\", \"w\" or \"a\"", v[1]);
@@ -46,6 +68,7 @@ Value open(Machine&, Value* v, int) {
     if (fs::is_directory(path, error)) return {};
     std::FILE* file = std::fopen(path.c_str(), (mode + "b").c_str());
     if (file == nullptr) return {};
+    if (mode == "r") file = asUtf8(file, path, m.drawing());
     Heap::charge(sizeof(FileObject));
     return Value::object(new FileObject(file, path));
 }
