@@ -1,11 +1,13 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <filesystem>
+#include <fstream>
 
 #include "cli/options.hpp"
 #include "cmd/script_lines.hpp"
@@ -50,6 +52,47 @@ struct CliTest : ::testing::Test {
         return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : std::string("(missing)");
     }
 };
+
+// What a run changes for the program is gone with it: the settings file gives first values and is never written.
+TEST_F(CliTest, SettingsAreReadAndNeverWritten) {
+    ASSERT_TRUE(QDir(directory.path()).mkpath("config/KovaCAD"));
+    const QByteArray text = "[SystemVariables]\nPICKBOX=7\nATTREQ=0\nFILEDIA=1\nOSMODE=no number\n";
+    write("config/KovaCAD/kovacad-cli.ini", text);
+    qputenv("XDG_CONFIG_HOME", path("config").toLocal8Bit());
+    const Result first = run({"run", "-c", "(mapcar 'getvar '(\"PICKBOX\" \"ATTREQ\" \"FILEDIA\"))", "-c", "PICKBOX 9",
+                              "-c", "ATTREQ", "-c", "1", "-c", "ALIASEDIT A QQ LINE", "-c", "WORKSPACE SA Mine"});
+    EXPECT_THAT(first.out, HasSubstr("(7 0 0)"));
+    EXPECT_THAT(first.out, HasSubstr("ATTREQ = 1 (for this process)"));
+    EXPECT_THAT(first.out, HasSubstr("Alias \"QQ\" stands for LINE, for this process."));
+    EXPECT_THAT(first.out, HasSubstr("Workspace \"Mine\" saved for this process."));
+    const Result second = run({"run", "-c", "(mapcar 'getvar '(\"PICKBOX\" \"ATTREQ\"))", "-c", "QQ"});
+    qunsetenv("XDG_CONFIG_HOME");
+    EXPECT_THAT(second.out, HasSubstr("(7 0)"));
+    EXPECT_THAT(second.out, HasSubstr("Unknown command: QQ"));
+    EXPECT_EQ(read("config/KovaCAD/kovacad-cli.ini"), text.toStdString());
+    EXPECT_EQ(QDir(path("config")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("KovaCAD"));
+}
+
+// Whoever adds a variable of the environment tells it there.
+TEST(CliDocument, NamesEveryVariableOfTheEnvironment) {
+    const auto contentOf = [](const std::filesystem::path& path) {
+        std::ifstream in(path);
+        return std::string(std::istreambuf_iterator<char>(in), {});
+    };
+    const std::string document = contentOf(KOVA_SOURCE_DIR "/docs/cli.md");
+    std::size_t count = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(KOVA_SOURCE_DIR "/src")) {
+        if (!entry.is_regular_file()) continue;
+        const std::string source = contentOf(entry.path());
+        for (const std::string call : {"getenv(\"", "environmentText(\"", "qEnvironmentVariable(\"",
+                                       "qEnvironmentVariableIsEmpty(\"", "qEnvironmentVariableIntValue(\""})
+            for (std::size_t at = 0; (at = source.find(call, at)) != std::string::npos; ++count) {
+                at += call.size();
+                EXPECT_THAT(document, HasSubstr("`" + source.substr(at, source.find('"', at) - at) + "`"));
+            }
+    }
+    EXPECT_GT(count, 5u);
+}
 
 TEST_F(CliTest, HelpVersionAndUsageErrors) {
     const Result none = run({});

@@ -1,4 +1,4 @@
-// docs/commands.md is made from the registry and from the prompts in the commands' own files.
+// docs/commands.md is made from the registry and from the questions in the commands' sources.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -6,99 +6,52 @@
 #include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
 
 #include "cmd/registry.hpp"
 #include "engine/sysvar.hpp"
+#include "source_questions.hpp"
 
 namespace kova::cmd {
 namespace {
 
 std::string contentOf(const std::filesystem::path& path) {
     std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-/// The string literals of a source, neighbours joined. Escapes are undone as far as prompts have them.
-std::vector<std::string> literals(const std::string& source) {
-    std::vector<std::string> found;
-    bool open = false;  // only white space since the last literal
-    for (std::size_t i = 0; i < source.size(); ++i) {
-        const char c = source[i];
-        if (c == '/' && i + 1 < source.size() && source[i + 1] == '/') {
-            i = std::min(source.find('\n', i), source.size());
-        } else if (c == '\'' && i + 2 < source.size()) {
-            i = source.find('\'', source[i + 1] == '\\' ? i + 3 : i + 1);
-            if (i == std::string::npos) break;
-            open = false;
-        } else if (c == '"') {
-            if (!open) found.emplace_back();
-            for (++i; i < source.size() && source[i] != '"'; ++i) {
-                if (source[i] == '\\') ++i;
-                found.back() += source[i];
-            }
-            open = true;
-        } else if (std::isspace(static_cast<unsigned char>(c)) == 0) {
-            open = false;
-        }
-    }
-    return found;
-}
-
-/// A question to the user: it ends with a colon, or shows its options and gets its default added.
-bool isPrompt(const std::string& text) {
-    if (text.size() < 8 || std::isupper(static_cast<unsigned char>(text[0])) == 0) return false;
-    if (text.find('\n') != std::string::npos) return false;
-    return text.ends_with(':') || (text.ends_with(']') && text.find('[') != std::string::npos);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 std::string manual() {
-    struct Source {
-        std::vector<std::string> all;
-        std::vector<std::string> prompts;
-    };
-    std::map<std::string, Source> sources;
-    for (const auto& entry : std::filesystem::directory_iterator(KOVA_SOURCE_DIR "/src/cmd/commands")) {
-        if (entry.path().extension() != ".cpp") continue;
-        Source& source = sources[entry.path().stem().string()];
-        source.all = literals(contentOf(entry.path()));
-        for (const std::string& text : source.all)
-            if (isPrompt(text) && std::find(source.prompts.begin(), source.prompts.end(), text) == source.prompts.end())
-                source.prompts.push_back(text);
-    }
-    const auto sourceOf = [&](const Command& command) -> const Source* {
-        for (const auto& [stem, source] : sources)
-            for (std::size_t i = 0; i + 1 < source.all.size(); ++i)
-                if (source.all[i] == command.name() && source.all[i + 1] == command.title()) return &source;
-        return nullptr;
-    };
-
+    const SourceQuestions sources(KOVA_SOURCE_DIR "/src/cmd");
     std::map<std::string, std::vector<const Command*>> categories;
-    for (const Command* command : CommandRegistry::instance().commands())
-        if (!command->isHidden() && engine::findSysVar(command->name()) == nullptr)
+    for (const Command* command : CommandRegistry::instance().commands()) {
+        // A variable's plain command asks for its value; some variables have one of their own.
+        const bool own = sources.knows(command->name(), command->title());
+        if (!command->isHidden() && (own || engine::findSysVar(command->name()) == nullptr))
             categories[command->category()].push_back(command);
+    }
     std::string out =
         "# Commands\n\nMade from the registry of commands; how lines are read is in [command-line.md](command-line.md). "
         "A name stands with its\naliases; the questions that it may ask follow, options in square brackets. Every system "
         "variable is a command, too.\n";
     for (const auto& [category, commands] : categories) {
         out += "\n## " + category + "\n";
-        // Commands that stand in one file share its questions.
-        std::set<const Source*> told;
+        // Commands of one file that ask the same stand together.
+        std::set<const Command*> told;
         for (const Command* command : commands) {
-            const Source* source = sourceOf(*command);
-            if (source != nullptr && !told.insert(source).second) continue;
+            if (!told.insert(command).second) continue;
+            const std::string file = sources.fileOf(command->name(), command->title());
+            const std::vector<std::string> questions = sources.of(command->name(), command->title());
             out += "\n";
             for (const Command* other : commands) {
-                if (other != command && (source == nullptr || sourceOf(*other) != source)) continue;
+                if (other != command &&
+                    (told.contains(other) || file.empty() || sources.fileOf(other->name(), other->title()) != file ||
+                     sources.of(other->name(), other->title()) != questions))
+                    continue;
+                told.insert(other);
                 out += "**" + other->name() + "**";
                 for (const std::string& alias : other->aliases()) out += " " + alias;
                 out += " (" + other->title() + ")  \n";
             }
-            if (source == nullptr) continue;
-            for (const std::string& prompt : source->prompts) out += "- `" + prompt + "`\n";
+            for (const std::string& question : questions) out += "- `" + question + "`\n";
         }
     }
     return out;
@@ -107,8 +60,34 @@ std::string manual() {
 TEST(CommandsDocument, IsWhatTheRegistryGives) {
     const std::string made = manual();
     if (contentOf(KOVA_SOURCE_DIR "/docs/commands.md") == made) return;
-    std::ofstream("commands.md") << made;
-    FAIL() << "docs/commands.md is not what the registry gives; a new one stands in ./commands.md";
+    const auto path = std::filesystem::absolute("commands.md");
+    std::ofstream(path) << made;
+    FAIL() << "docs/commands.md is not what the registry gives; a new one stands in " << path;
+}
+
+TEST(CommandsDocument, GivesEachCommandItsOwnQuestions) {
+    const SourceQuestions sources(KOVA_SOURCE_DIR "/src/cmd");
+    const auto asks = [&](const char* name, const std::string& question) {
+        const Command* command = CommandRegistry::instance().find(name);
+        const std::vector<std::string> all = sources.of(command->name(), command->title());
+        return std::any_of(all.begin(), all.end(), [&](const std::string& q) { return q.starts_with(question); });
+    };
+    // Several tools in a file, with a base class and its functions.
+    EXPECT_TRUE(asks("DIMJOGGED", "Specify jog location:"));
+    EXPECT_TRUE(asks("DIMRADIUS", "Specify dimension line location"));
+    EXPECT_FALSE(asks("DIMRADIUS", "Specify jog location:"));
+    EXPECT_TRUE(asks("DIMCENTER", "Select arc or circle:"));
+    EXPECT_FALSE(asks("DIMCENTER", "Specify dimension line location"));
+    // Rows of a table.
+    EXPECT_TRUE(asks("DRAGMODE", "Enter new value [ON/OFF/Auto]"));
+    EXPECT_FALSE(asks("ORTHO", "Enter new value [ON/OFF/Auto]"));
+    // Shared files.
+    EXPECT_TRUE(asks("AREA", "Specify first corner point"));
+    EXPECT_TRUE(asks("DIMSTYLE", "Enter a dimension style option"));
+    // One-shot commands and variables.
+    EXPECT_FALSE(asks("GRAPHSCR", ""));
+    const Command* variable = CommandRegistry::instance().find("LTSCALE");
+    EXPECT_FALSE(sources.knows(variable->name(), variable->title()));
 }
 
 }  // namespace

@@ -201,6 +201,44 @@ TEST_F(Scripted, TwoSelectionsInOneCommandAreSeparate) {
     EXPECT_FALSE(processor.isActive());
 }
 
+// Compilers have lost what such expressions hold while they wait; the token tells of every copy.
+TEST_F(Scripted, ConditionsWait) {
+    const auto token = std::make_shared<int>(0);
+    std::string log;
+    const auto yes = [](Ask& ask, std::string prompt, std::shared_ptr<int> held) -> Task<bool> {
+        const Answer answer = co_await ask.text(std::move(prompt));
+        co_return held && answer.text == "y";
+    };
+    command->body = [&](Ask& ask, ScriptedTool&) -> Dialogue {
+        if (co_await yes(ask, "A question that is too long for a short string:", token)) log += 'a';
+        if (!co_await yes(ask, "Another one that is too long for a short string:", token)) log += 'b';
+        while (co_await yes(ask, "Again and again, until somebody has had enough:", token)) log += 'c';
+        if (const Answer answer = co_await ask.text("Word:"); answer.isText()) log += answer.text;
+        if (co_await yes(ask, "Left:", token) && co_await yes(ask, "Right:", token)) log += 'd';
+        const bool other = log.empty() ? co_await yes(ask, "One:", token) : !co_await yes(ask, "Other:", token);
+        if (other) log += 'e';
+        switch ((co_await ask.text("Case:")).text.size()) {
+            case 3:
+                log += 'f';
+                break;
+            default:
+                break;
+        }
+        if (!(co_await ask.object("Pick:", "", [token](const engine::Entity&) { return true; })).isObject()) log += 'g';
+        if (!co_await yes(ask, "Last:", token)) co_return;
+        log += 'h';
+    };
+    for (const char* line : {"SCRIPTED", "y", "n", "y", "y", "n", "word", "y", "y", "n", "abc", ""}) feed(line);
+    EXPECT_EQ(processor.prompt(), "Last:");
+    feed("n");
+    EXPECT_FALSE(processor.isActive());
+    EXPECT_EQ(log, "abccworddefg");
+    EXPECT_EQ(token.use_count(), 1);
+    for (const char* line : {"SCRIPTED", "y", "y"}) feed(line);
+    processor.cancel();
+    EXPECT_EQ(token.use_count(), 1);
+}
+
 TEST_F(Scripted, CancelClosesGroupsAndRunsWhatWasAskedFor) {
     bool committed = false;
     command->body = [&](Ask& ask, ScriptedTool& tool) -> Dialogue {

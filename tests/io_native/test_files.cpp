@@ -19,8 +19,8 @@ namespace fs = std::filesystem;
 class Files : public testing::Test {
 protected:
     Files() {
-        char name[] = "/tmp/kova_files_XXXXXX";
-        folder_ = ::mkdtemp(name);
+        std::string name = (fs::temp_directory_path() / "kova_files_XXXXXX").string();
+        folder_ = ::mkdtemp(name.data());
     }
     ~Files() override { fs::remove_all(folder_); }
 

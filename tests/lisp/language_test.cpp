@@ -1,5 +1,6 @@
 // The language without the drawing: reader, printer, evaluator, functions.
 
+#include <filesystem>
 #include <fstream>
 
 #include "lisp_tools.hpp"
@@ -84,8 +85,9 @@ TEST_F(LispTest, ManualIsUpToDate) {
     std::ifstream in(KOVA_SOURCE_DIR "/docs/lisp.md");
     const std::string text((std::istreambuf_iterator<char>(in)), {});
     if (text != manual()) {
-        std::ofstream("lisp.md") << manual();
-        FAIL() << "docs/lisp.md is not what the table of functions gives; a new one stands in ./lisp.md";
+        const auto path = std::filesystem::absolute("lisp.md");
+        std::ofstream(path) << manual();
+        FAIL() << "docs/lisp.md is not what the table of functions gives; a new one stands in " << path;
     }
 }
 

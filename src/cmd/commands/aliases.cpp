@@ -7,6 +7,9 @@ namespace kova::cmd::commands {
 
 namespace {
 
+/// Nothing writes the user's settings: a run depends on what it is given, and on nothing that an earlier one did.
+constexpr const char* kForNow = ", for this process.";
+
 /// COMMANDS: every command with its aliases.
 class CommandsTool final : public DialogueTool {
 protected:
@@ -64,7 +67,7 @@ private:
             if (answer.isEnter()) co_return;
             const Command* command = registry.find(trimmed(answer.text));
             if (command != nullptr && registry.setAlias(alias, command->name()))
-                co_return message("Alias " + quoted(alias) + " stands for " + command->name() + ".");
+                co_return message("Alias " + quoted(alias) + " stands for " + command->name() + kForNow);
             message("Unknown command: " + answer.text);
         }
     }
@@ -74,7 +77,7 @@ private:
             const Answer answer = co_await ask.text("Enter alias to remove:");
             if (answer.isEnter()) co_return;
             const std::string alias = engine::upperCase(trimmed(answer.text));
-            if (registry.removeAlias(alias)) co_return message("Alias " + quoted(alias) + " removed.");
+            if (registry.removeAlias(alias)) co_return message("Alias " + quoted(alias) + " removed" + kForNow);
             message("Unknown alias " + quoted(alias) + ".");
         }
     }
@@ -86,7 +89,7 @@ public:
     void begin() override {
         if (CommandRegistry* registry = host()->registry()) {
             registry->resetAliases();
-            message(std::to_string(registry->aliases().size()) + " aliases loaded.");
+            message("For this process, " + std::to_string(registry->aliases().size()) + " aliases loaded.");
         }
         finish();
     }

@@ -50,7 +50,11 @@ Task<void> editVariable(Ask& ask, doc::Document& document, const engine::SysVarD
         if (error.empty()) break;
         ask.message(error);
     }
-    if (def.command == engine::SysVarCommand::Toggle) ask.message(variableLine(document.drawing(), def));
+    if (def.command == engine::SysVarCommand::Toggle) {
+        // The settings file is only read.
+        const bool kept = (def.saved & engine::saved::Profile) == 0;
+        ask.message(variableLine(document.drawing(), def) + (kept ? "" : " (for this process)"));
+    }
     ask.message(engine::sysVarNote(document.drawing(), def));
 }
 

@@ -45,6 +45,7 @@ protected:
             else
                 *known = name;
             all.current = name;
+            message("Workspace " + quoted(name) + " saved for this process.");
         } else if (option.is("RENAME")) {
             const std::string from = co_await askKnown(ask, "Enter name of workspace to rename [?]");
             if (from.empty()) co_return;
