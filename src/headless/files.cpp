@@ -51,6 +51,9 @@ std::string saveAsDxf(const engine::Drawing& drawing, const std::string& path, S
         report.lines.push_back("DXF: " + std::to_string(notes.dropped - notes.droppedSat) + " of " +
                                std::to_string(notes.total) +
                                " entities could not be written (unsupported kind or degenerate geometry).");
+    if (notes.size > io::dxf::kMaxDxfFileSize)
+        report.lines.push_back("DXF: the file has " + std::to_string(notes.size >> 20) +
+                               " MB, and none above 256 MB can be opened again here; save as .dwg or .kvcad as well.");
     tellReplaced(notes.replacedNumbers, report);
     return error;
 }
@@ -65,6 +68,8 @@ std::string saveAsDwg(const engine::Drawing& drawing, const std::string& path, c
     if (notes.dropped > 0)
         report.lines.push_back("DWG: " + std::to_string(notes.dropped) + " of " + std::to_string(notes.total) +
                                " entities could not be written (unsupported kind or degenerate geometry).");
+    if (!notes.leftOut.empty())
+        report.lines.push_back("DWG: not written, of kinds that are not known: " + notes.leftOut.list() + ".");
     tellReplaced(notes.replacedNumbers, report);
     return error;
 }
@@ -95,7 +100,10 @@ std::string readAnyFormat(const std::string& path, engine::Drawing& drawing, std
         case io::FileKind::Native:
             break;
     }
-    return io::native::loadNative(path, drawing, progress.watcher());
+    io::native::LoadNotes notes;
+    std::string error = io::native::loadNative(path, drawing, progress.watcher(), &notes);
+    lines = std::move(notes.lines);
+    return error;
 }
 
 /// A reason why a referenced file cannot be read, without what its reader puts in front of it for the host.

@@ -43,7 +43,7 @@ struct Intermediate {
 };
 
 /// Reads the intermediate file and encodes it; an error text with what failed in front.
-std::string convert(const fs::path& dxf, kdraw::Version version, std::string& out, std::size_t& dropped) {
+std::string convert(const fs::path& dxf, kdraw::Version version, std::string& out, DwgSaveReport& report) {
     constexpr const char* kUnread = "DWG export: reading the intermediate DXF failed: ";
     kdraw::Database database;
     {
@@ -52,8 +52,12 @@ std::string convert(const fs::path& dxf, kdraw::Version version, std::string& ou
         if (const std::string error = kdraw::databaseFromDxf(file.view(), database); !error.empty())
             return kUnread + error;
     }
-    for (const auto& skipped : database.skipped)
-        if (skipped.entity) ++dropped;
+    for (const auto& skipped : database.skipped) {
+        if (skipped.entity)
+            ++report.dropped;
+        else
+            report.leftOut.add(skipped.name);
+    }
     database.version = version;
     if (const std::string error = kdraw::encode(database, out); !error.empty()) return "DWG export failed: " + error;
     return {};
@@ -83,7 +87,7 @@ std::string saveDwg(const engine::Drawing& drawing, const std::string& path, std
     result.replacedNumbers = notes.replacedNumbers;
     std::string bytes;
     try {
-        if (const std::string error = convert(intermediate.path, version, bytes, result.dropped); !error.empty())
+        if (const std::string error = convert(intermediate.path, version, bytes, result); !error.empty())
             return error;
     } catch (const std::bad_alloc&) {
         return "DWG export failed: not enough memory";

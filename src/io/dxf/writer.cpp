@@ -337,8 +337,10 @@ std::string save(const Drawing& drawing, const std::string& path, DxfSaveReport*
         writer.run();
         AtomicFile file;
         if (!file.open(path).empty()) return "Failed to open file for writing: " + path;
-        for (const std::string_view piece : writer.pieces())
+        for (const std::string_view piece : writer.pieces()) {
             if (!file.write(piece)) return "Write error on file: " + path;
+            result.size += piece.size();
+        }
         if (!file.commit().empty()) return "Write error on file: " + path;
     } catch (const std::bad_alloc&) {
         return "Write error on file: " + path;
