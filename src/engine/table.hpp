@@ -127,6 +127,15 @@ public:
         return names_.next(prefix, [&](Name name) { return contains(name); });
     }
 
+    /// The record at a position, less than size(); passes over those before it.
+    Record& operator[](std::size_t position) {
+        Record& record = *std::next(records_.begin(), static_cast<std::ptrdiff_t>(position));
+        if (changes_ != nullptr) changes_->changing(record);
+        return record;
+    }
+    const Record& operator[](std::size_t position) const {
+        return *std::next(records_.begin(), static_cast<std::ptrdiff_t>(position));
+    }
     std::size_t size() const { return records_.size(); }
     bool empty() const { return records_.empty(); }
     Iterator begin() {

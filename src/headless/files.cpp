@@ -48,6 +48,9 @@ std::string saveAsDxf(const engine::Drawing& drawing, io::Save& save, SaveReport
         report.lines.push_back("DXF: " + std::to_string(notes.dropped - notes.droppedSat) + " of " +
                                std::to_string(notes.total) +
                                " entities could not be written (unsupported kind or degenerate geometry).");
+    if (notes.size > io::dxf::kMaxDxfFileSize)
+        report.lines.push_back("DXF: the file has " + std::to_string(notes.size >> 20) +
+                               " MB, and none above 256 MB can be opened again here; save as .dwg or .kvcad as well.");
     tellReplaced(notes.replacedNumbers, report);
     return error;
 }
@@ -63,6 +66,8 @@ std::string saveAsDwg(const engine::Drawing& drawing, io::Save& save, const std:
     if (notes.dropped > 0)
         report.lines.push_back("DWG: " + std::to_string(notes.dropped) + " of " + std::to_string(notes.total) +
                                " entities could not be written (unsupported kind or degenerate geometry).");
+    if (!notes.leftOut.empty())
+        report.lines.push_back("DWG: not written, of kinds that are not known: " + notes.leftOut.list() + ".");
     tellReplaced(notes.replacedNumbers, report);
     return error;
 }
@@ -103,7 +108,10 @@ std::string readAnyFormat(const std::string& path, engine::Drawing& drawing, std
         case io::FileKind::Native:
             break;
     }
-    return io::native::loadNative(path, drawing, progress.watcher());
+    io::native::LoadNotes notes;
+    std::string error = io::native::loadNative(path, drawing, progress.watcher(), &notes);
+    lines = std::move(notes.lines);
+    return error;
 }
 
 /// A reason why a referenced file cannot be read, without what its reader puts in front of it for the host.

@@ -41,4 +41,10 @@ std::string LeftOut::list() const {
     return text;
 }
 
+void tellLeftOut(const LeftOut& entities, const LeftOut& others, std::vector<std::string>& lines) {
+    if (!entities.empty())
+        lines.push_back(std::to_string(entities.total()) + " entities could not be read: " + entities.list() + ".");
+    if (!others.empty()) lines.push_back("Not kept: " + others.list() + ".");
+}
+
 }  // namespace kova::io

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kova::io {
 
@@ -24,5 +25,8 @@ public:
 private:
     std::map<std::string, std::size_t, std::less<>> counts_;
 };
+
+/// The lines that tell of entities that could not be read, and of what else is not kept; none for what is empty.
+void tellLeftOut(const LeftOut& entities, const LeftOut& others, std::vector<std::string>& lines);
 
 }  // namespace kova::io

@@ -26,6 +26,8 @@ public:
     Version version = Version::R2018;
     int codePage = 30;
     HeaderVariables header;
+    /// Properties of the drawing that stand beside it: name of the header variable in DXF, and text.
+    std::vector<std::pair<std::string, std::string>> properties;
     std::vector<ClassRecord> classes;
     /// In the order in which they were added: of their handles after decoding.
     std::vector<std::unique_ptr<Object>> objects;
@@ -56,15 +58,18 @@ public:
     /// Name of a table record; empty: none.
     std::string_view recordName(Handle handle) const;
 
-    /// Records that could not be decoded, by type code and by handle.
+    /// Records that could not be decoded or read, by type code and by handle.
     struct Skipped {
         Handle handle = 0;
         std::uint16_t type = 0;
         bool entity = false;
+        std::string name = {};  ///< of the record in DXF; empty where it is not known
     };
     std::vector<Skipped> skipped;
     /// Records whose fields did not fill their data exactly: signs of fields that this library does not know.
     std::vector<Skipped> uneven;
+    /// Sections with contents of other programs, which are not kept.
+    std::vector<std::string> foreignSections;
     /// Things that were wrong and did not matter: checksums.
     std::vector<std::string> notes;
 

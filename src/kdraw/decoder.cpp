@@ -6,6 +6,7 @@
 #include "kdraw/container/container.hpp"
 #include "kdraw/container/object_map.hpp"
 #include "kdraw/container/section_frame.hpp"
+#include "kdraw/container/small_sections.hpp"
 #include "kdraw/database.hpp"
 #include "kdraw/entities/inserts.hpp"
 #include "kdraw/minimal_graph.hpp"
@@ -210,6 +211,13 @@ std::string decode(std::string_view file, Database& database) {
         database.modelerData = readSolidStore(solids->bytes, database.notes);
         std::erase_if(database.modelerData, [&](const auto& item) { return database.find(item.first) == nullptr; });
     }
+    if (const Section* summary = container.find(section::summary))
+        for (SummaryProperty& property : readSummary(summary->bytes, database.version, codec))
+            database.properties.emplace_back(std::move(property.name), std::move(property.text));
+    constexpr std::size_t kEmptySection = 64;  // some writers leave an empty frame
+    for (const std::string_view name : {section::macros, section::security, section::signature})
+        if (const Section* found = container.find(name); found != nullptr && found->bytes.size() > kEmptySection)
+            database.foreignSections.emplace_back(name);
     return {};
 }
 

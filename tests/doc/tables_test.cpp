@@ -1,5 +1,7 @@
 #include "doc/table_edits.hpp"
 
+#include <random>
+
 #include "doc/settings_actions.hpp"
 #include "doc/sysvar_actions.hpp"
 #include "doc_tools.hpp"
@@ -66,6 +68,94 @@ TEST_F(Tables, EditIsUndoneAsAWhole) {
                  std::runtime_error);
     EXPECT_EQ(drawing().layers.size(), 2U);
     EXPECT_EQ(document.history().undoCount(), 1U);
+}
+
+TEST_F(Tables, AnySequenceOfEditsComesBackInItsOrder) {
+    using Layers = engine::Table<engine::Layer>;
+    const auto state = [&] {
+        std::vector<std::pair<std::string, int>> all;
+        for (const engine::Layer& layer : std::as_const(drawing()).layers)
+            all.emplace_back(layer.name.str(), layer.lineweight);
+        return all;
+    };
+    std::mt19937 random(7);
+    const auto name = [&] { return engine::Name((random() % 2 == 0 ? "L" : "l") + std::to_string(random() % 12)); };
+    const auto layer = [&] {
+        engine::Layer fresh;
+        fresh.name = name();
+        fresh.lineweight = static_cast<int>(random() % 200);
+        return fresh;
+    };
+    const std::function<void(Layers&)> changes[] = {
+        [&](Layers& t) { t.add(layer()); },
+        [&](Layers& t) { t.insertBefore(name(), layer()); },
+        [&](Layers& t) { t.ensure(name()).lineweight = static_cast<int>(random() % 200); },
+        [&](Layers& t) {
+            if (engine::Layer* found = t.find(name())) found->lineweight += 1;
+        },
+        [&](Layers& t) { t.erase(name()); },
+        [&](Layers& t) { t.erase(name()); },
+        [&](Layers& t) { t.rename(name(), name()); },
+        [&](Layers& t) {
+            for (engine::Layer& each : t) each.lineweight += 3;
+        },
+        [&](Layers& t) {
+            if (!t.empty()) t[random() % t.size()].lineweight = 5;
+        }};
+    std::vector<std::vector<std::pair<std::string, int>>> states{state()};
+    for (int edit = 0; edit < 300; ++edit) {
+        document.editTable<LayerTraits>([&](Layers& t) {
+            for (std::size_t n = random() % 6 + 1; n > 0; --n) changes[random() % std::size(changes)](t);
+            if (random() % 40 == 0) t.clear();
+            if (random() % 40 == 0) t = Layers(drawing().layers);
+        });
+        states.push_back(state());
+    }
+    for (std::size_t i = states.size() - 1; i-- > 0;) {
+        ASSERT_TRUE(document.undo());
+        ASSERT_EQ(state(), states[i]) << i;
+    }
+    for (std::size_t i = 1; i < states.size(); ++i) {
+        ASSERT_TRUE(document.redo());
+        ASSERT_EQ(state(), states[i]) << i;
+    }
+}
+
+TEST_F(Tables, AnEditOfOneRecordHoldsOneRecord) {
+    const auto bytesOfAdding = [&](const std::string& layer) {
+        document.editTable<LayerTraits>([&](auto& layers) { layers.ensure(layer); });
+        return document.history().undoGroup(0)->estimate;
+    };
+    const std::size_t early = bytesOfAdding("first");
+    for (int i = 0; i < 3000; ++i) drawing().layers.ensure("many " + std::to_string(i));
+    EXPECT_EQ(bytesOfAdding("later"), early);
+    document.editTable<LayerTraits>([](auto& layers) { layers.find("many 17")->frozen = true; });
+    EXPECT_LT(document.history().undoGroup(0)->estimate, 2 * early);
+}
+
+TEST_F(Tables, FreeNamesAreTheLowest) {
+    engine::Table<engine::Group> groups;
+    for (const char* expected : {"*A1", "*A2", "*A3", "*A4"}) {
+        EXPECT_EQ(groups.freeName("*A").str(), expected);
+        groups.ensure(groups.freeName("*a"));
+    }
+    groups.erase("*A2");
+    groups.rename("*a3", "*B1");
+    EXPECT_EQ(groups.freeName("*A").str(), "*A2");
+    groups.ensure("*A2");
+    EXPECT_EQ(groups.freeName("*A").str(), "*A3");
+    groups.clear();
+    EXPECT_EQ(groups.freeName("*A").str(), "*A1");
+
+    for (const char* expected : {"*U1", "*U2"}) {
+        EXPECT_EQ(drawing().nextAnonymousName("*U").str(), expected);
+        drawing().addBlock(drawing().nextAnonymousName("*U"));
+    }
+    drawing().addBlock("*U4");
+    drawing().takeBlock("*u1");
+    EXPECT_EQ(drawing().nextAnonymousName("*U").str(), "*U1");
+    drawing().addBlock("*U1");
+    EXPECT_EQ(drawing().nextAnonymousName("*U").str(), "*U3");
 }
 
 TEST_F(Tables, EveryTableCanBeEdited) {

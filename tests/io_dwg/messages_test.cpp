@@ -13,6 +13,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/entities/line.hpp"
+#include "engine/entities/solid3d.hpp"
 #include "headless/files.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dwg/dwg_save.hpp"
@@ -130,6 +131,41 @@ TEST_F(DwgMessages, LocatorsOfR2000) {
     // More than there can be.
     header.replace(0x15, 4, "\xFF\xFF\xFF\xFF");
     EXPECT_EQ(refusal(header + std::string(2000, '\0')), said);
+}
+
+TEST_F(DwgMessages, RecordsThatAFormatCannotHoldAreCounted) {
+    engine::Drawing drawing;
+    oneLine(drawing);
+    engine::DictionaryEntry odd;
+    odd.name = "ODD";
+    odd.type = "SOMETHING_ODD";
+    odd.data = {"100", "AcDbOdd", "1", "x"};
+    drawing.objectDictionary.push_back(odd);
+    headless::SaveReport report;
+    ASSERT_EQ(headless::saveDrawing(drawing, path("odd.dwg"), "", report), "");
+    EXPECT_EQ(report.lines,
+              (std::vector<std::string>{"DWG: not written, of kinds that are not known: 1 SOMETHING_ODD."}));
+    report = {};
+    ASSERT_EQ(headless::saveDrawing(drawing, path("odd.dxf"), "", report), "");
+    EXPECT_TRUE(report.lines.empty());
+}
+
+TEST_F(DwgMessages, ADxfThatIsTooLargeToOpenAgainIsTold) {
+    // What is written goes nowhere: only its size counts.
+    fs::create_symlink("/dev/null", path("big.dxf"));
+    engine::Drawing drawing;
+    auto solid = std::make_unique<engine::Solid3DEntity>();
+    solid->sab.assign(std::size_t{140} << 20, '\x55');
+    drawing.modelSpace().append(std::move(solid));
+    headless::SaveReport report;
+    ASSERT_EQ(headless::saveDrawing(drawing, path("big.dxf"), "", report), "");
+    ASSERT_EQ(report.lines.size(), 1U);
+    EXPECT_TRUE(report.lines[0].starts_with("DXF: the file has 2")) << report.lines[0];
+    EXPECT_NE(report.lines[0].find("none above 256 MB can be opened again"), std::string::npos);
+    report = {};
+    static_cast<engine::Solid3DEntity&>(*drawing.modelSpace().first()).sab.resize(1000);
+    ASSERT_EQ(headless::saveDrawing(drawing, path("big.dxf"), "", report), "");
+    EXPECT_TRUE(report.lines.empty());
 }
 
 TEST_F(DwgMessages, VersionOfASetting) {

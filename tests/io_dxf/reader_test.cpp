@@ -307,10 +307,10 @@ TEST(DxfReader, WhatCannotBeReadIsCountedAndSaid) {
                     d, &report),
         "");
     EXPECT_EQ(d.modelSpace().size(), 2u);
-    EXPECT_EQ(report.skipped["LINE"], 1u);
-    EXPECT_EQ(report.skipped["CIRCLE"], 1u);
-    EXPECT_EQ(report.skipped["ACAD_PROXY_ENTITY"], 1u);
-    EXPECT_EQ(report.skipped["LWPOLYLINE"], 1u);
+    EXPECT_EQ(report.skipped.of("LINE"), 1u);
+    EXPECT_EQ(report.skipped.of("CIRCLE"), 1u);
+    EXPECT_EQ(report.skipped.of("ACAD_PROXY_ENTITY"), 1u);
+    EXPECT_EQ(report.skipped.of("LWPOLYLINE"), 1u);
     ASSERT_EQ(report.lines.size(), 1u);
     EXPECT_EQ(report.lines[0], "4 entities could not be read: 1 ACAD_PROXY_ENTITY, 1 CIRCLE, 1 LINE, 1 LWPOLYLINE.");
     // The first of two entities of one handle keeps it.

@@ -136,6 +136,15 @@ TEST_F(Files, ReadsWholeFilesAndBeginnings) {
     EXPECT_FALSE(file.view().empty());
 }
 
+TEST_F(Files, AFileThatIsCutOffWhileItIsReadDoesNoHarm) {
+    const std::string text(3'000'000, 'x');
+    ASSERT_EQ(saveFile(at("a"), text), "");
+    FileContent file;
+    ASSERT_EQ(file.open(at("a")), "");
+    fs::resize_file(at("a"), 10);
+    EXPECT_EQ(file.view(), text);
+}
+
 TEST_F(Files, RecognisesKinds) {
     EXPECT_EQ(kindByContent("{\"format\""), FileKind::Native);
     EXPECT_EQ(kindByContent("\xEF\xBB\xBF \r\n\t{"), FileKind::Native);

@@ -119,6 +119,21 @@ TEST(NativeLoad, NumbersThatDoNotFitFail) {
               "Load error: [json.exception.out_of_range.406] number overflow parsing '1e999'");
 }
 
+TEST(NativeLoad, WhatIsNotKnownIsCountedByKind) {
+    Drawing drawing;
+    LoadNotes notes;
+    ASSERT_EQ(loadNativeText(R"({"format":"kovacad","version":2,"novelties":[1,2],"layers":[{"name":"A","glow":1}],
+        "blocks":[{"name":"B","entities":[]},{"name":"b","entities":[]}],"systemVariables":{"USERI9":3},
+        "entities":[{"type":"Line","endX":1,"glow":2},{"type":"Hologram","depth":3},{"type":"Hologram"}]})",
+                             drawing, nullptr, &notes),
+              "");
+    EXPECT_EQ(drawing.modelSpace().size(), 1U);
+    EXPECT_EQ(notes.lines,
+              (std::vector<std::string>{"2 entities could not be read: 2 Hologram.",
+                                        "Not kept: 1 block of a name that is taken, 2 member \"glow\", 1 section "
+                                        "\"novelties\"."}));
+}
+
 TEST(NativeLoad, MissingMembersKeepTheDefaults) {
     const Drawing fresh;
     for (const std::string_view version : {"", ",\"version\":1", ",\"version\":3", ",\"version\":\"x\""}) {

@@ -60,7 +60,9 @@ TEST_P(KindRoundTrip, KeepsEveryField) {
     }
     const std::string text = nativeText(drawing);
     Drawing loaded;
-    ASSERT_EQ(loadNativeText(text, loaded), "");
+    LoadNotes notes;
+    ASSERT_EQ(loadNativeText(text, loaded, nullptr, &notes), "");
+    for (const std::string& line : notes.lines) ADD_FAILURE() << line;
     EXPECT_EQ(test::firstDifference(text, nativeText(loaded)), "");
     expectSameEntities(drawing.modelSpace(), loaded.modelSpace());
 }
@@ -73,7 +75,9 @@ TEST(RoundTrip, AFullDrawingLosesNothing) {
     test::fillDrawing(drawing);
     const std::string text = nativeText(drawing);
     Drawing loaded;
-    ASSERT_EQ(loadNativeText(text, loaded), "");
+    LoadNotes notes;
+    ASSERT_EQ(loadNativeText(text, loaded, nullptr, &notes), "");
+    for (const std::string& line : notes.lines) ADD_FAILURE() << line;
     EXPECT_EQ(test::firstDifference(text, nativeText(loaded)), "");
 
     expectSameEntities(drawing.modelSpace(), loaded.modelSpace());
@@ -155,7 +159,9 @@ TEST(RoundTrip, AFreshDrawingStaysAsItIs) {
     const Drawing drawing;
     const std::string text = nativeText(drawing);
     Drawing loaded;
-    ASSERT_EQ(loadNativeText(text, loaded), "");
+    LoadNotes notes;
+    ASSERT_EQ(loadNativeText(text, loaded, nullptr, &notes), "");
+    for (const std::string& line : notes.lines) ADD_FAILURE() << line;
     EXPECT_EQ(test::firstDifference(text, nativeText(loaded)), "");
     EXPECT_EQ(loaded.nextHandle, drawing.nextHandle);
 }

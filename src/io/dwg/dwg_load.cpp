@@ -16,6 +16,25 @@
 
 namespace kova::io::dwg {
 
+namespace {
+
+/// What the database holds and its groups leave out: objects of classes that nobody describes, and whole sections.
+void noteForeign(const kdraw::Database& database, dxf::DxfLoadReport& report) {
+    const auto kind = [](const kdraw::Object& object, const std::string& className) {
+        return className.empty() ? "type " + std::to_string(object.type) : className;
+    };
+    for (const auto& object : database.objects) {
+        if (!object->isOpaque()) continue;
+        if (const auto* entity = dynamic_cast<const kdraw::OpaqueEntity*>(object.get()))
+            report.skipped.add(kind(*entity, entity->className));
+        else if (const auto* other = dynamic_cast<const kdraw::OpaqueObject*>(object.get()))
+            report.leftOut.add(kind(*other, other->className));
+    }
+    for (const std::string& section : database.foreignSections) report.leftOut.add("section " + section);
+}
+
+}  // namespace
+
 void importBlocks(kdraw::DxfFileOutput& groups) {
     groups.writeTables();
     groups.writeBlocks();
@@ -25,6 +44,8 @@ void importEntities(kdraw::DxfFileOutput& groups) { groups.writeEntities(); }
 
 DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing, Progress* progress) {
     DwgLoadResult result;
+    dxf::DxfLoadReport report;
+    noteForeign(database, report);
     // The groups of DXF are what both formats mean: one reader builds the entities of either.
     std::string groups;
     {
@@ -37,7 +58,6 @@ DwgLoadResult importDatabase(kdraw::Database& database, engine::Drawing& drawing
     const int codePage = database.codePage;
     // A million objects need not stand beside the drawing that is built from their groups.
     database = kdraw::Database();
-    dxf::DxfLoadReport report;
     result.message = dxf::loadDxfText(groups, drawing, &report, progress);
     // Files of this program have the usual number, and the name among the drawing's own variables.
     const strings::CodePage page = strings::CodePage::ofDrawing(codePage);

@@ -17,11 +17,15 @@ namespace {
 constexpr const char* kUnread = "DWG export: reading the intermediate DXF failed: ";
 
 /// Reads the intermediate file and encodes it; an error text with what failed in front.
-std::string convert(std::string_view dxf, kdraw::Version version, std::string& out, std::size_t& dropped) {
+std::string convert(std::string_view dxf, kdraw::Version version, std::string& out, DwgSaveReport& report) {
     kdraw::Database database;
     if (const std::string error = kdraw::databaseFromDxf(dxf, database); !error.empty()) return kUnread + error;
-    for (const auto& skipped : database.skipped)
-        if (skipped.entity) ++dropped;
+    for (const auto& skipped : database.skipped) {
+        if (skipped.entity)
+            ++report.dropped;
+        else
+            report.leftOut.add(skipped.name);
+    }
     database.version = version;
     if (const std::string error = kdraw::encode(database, out); !error.empty()) return "DWG export failed: " + error;
     return {};
@@ -64,7 +68,7 @@ std::string saveDwg(const engine::Drawing& drawing, Save& save, std::string_view
         result.replacedNumbers = notes.replacedNumbers;
         if (!intermediate.map()) return kUnread + ("Cannot open file: " + intermediate.path());
         try {
-            if (std::string error = convert(intermediate.view(), version, bytes, result.dropped); !error.empty())
+            if (std::string error = convert(intermediate.view(), version, bytes, result); !error.empty())
                 return error;
         } catch (const std::bad_alloc&) {
             return "DWG export failed: not enough memory";

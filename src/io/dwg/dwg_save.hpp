@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "io/left_out.hpp"
 #include "kdraw/version.hpp"
 
 namespace kova::engine {
@@ -20,6 +21,7 @@ namespace kova::io::dwg {
 struct DwgSaveReport {
     std::size_t total = 0;            ///< entities of the drawing, those in blocks and layouts included
     std::size_t dropped = 0;          ///< could not be written, solids that exist only as modeller text included
+    LeftOut leftOut;                  ///< records besides entities that DWG writing has no form for, by their names
     std::size_t replacedNumbers = 0;  ///< infinite numbers and such that are none, written as 0
 };
 

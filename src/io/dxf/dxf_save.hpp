@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 namespace kova::engine {
@@ -21,6 +22,7 @@ struct DxfSaveReport {
     std::size_t dropped = 0;          ///< could not be written: degenerate (no vertices, no size, not finite)
     std::size_t droppedSat = 0;       ///< solids held only as modeller text, which this version of DXF cannot hold
     std::size_t replacedNumbers = 0;  ///< infinite numbers and such that are none, written as 0
+    std::uint64_t size = 0;           ///< of the file; one above kMaxDxfFileSize is written, and refused by the reader
 };
 
 /// Saves a drawing as an AC1027 text DXF file, in a save that is not open yet. Error text ("Failed to open file for

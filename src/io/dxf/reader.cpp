@@ -98,10 +98,7 @@ void Reader::finish() {
 }
 
 void Reader::tellSkipped() {
-    if (!report_.skipped.empty())
-        report_.lines.push_back(std::to_string(report_.skipped.total()) +
-                                " entities could not be read: " + report_.skipped.list() + ".");
-    if (!report_.leftOut.empty()) report_.lines.push_back("Not kept: " + report_.leftOut.list() + ".");
+    tellLeftOut(report_.skipped, report_.leftOut, report_.lines);
     TagReader& tags = reader_.tags();
     if (tags.damage() > 0)
         report_.lines.push_back("The file is damaged at line " + std::to_string(tags.lineAt(tags.firstDamage())) +

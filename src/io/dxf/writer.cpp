@@ -335,8 +335,10 @@ bool writeTo(ByteSink& sink, const Drawing& drawing, DxfSaveReport* report, bool
     try {
         Writer writer(drawing, result, forDwg, progress);
         writer.run();
-        for (const std::string_view piece : writer.pieces())
+        for (const std::string_view piece : writer.pieces()) {
             if (!sink.write(piece.data(), piece.size())) return false;
+            result.size += piece.size();
+        }
     } catch (const std::bad_alloc&) {
         return false;
     }

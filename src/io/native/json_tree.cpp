@@ -84,6 +84,7 @@ JsonTree::Index JsonTree::close() {
         if (key.seenIn == serial_) nodes_[key.seenAt].keyAndType &= (1U << kTypeBits) - 1U;
         key.seenIn = serial_;
         key.seenAt = i;
+        ++key.count;
         mask |= key.bit;
     }
     node.payload = mask;
@@ -152,7 +153,7 @@ JsonTree::Index JsonTree::find(Index object, std::string_view key) const {
     if (type(object) != JsonType::Object) throwNoMembers(type(object));
     if ((keyMask(object) & keyBit(key)) == 0) return kNone;
     for (Index i = first(object), last = end(object); i != last; i = next(i))
-        if (isMember(i) && keyOf(i) == key) return i;
+        if (isMember(i) && hasKey(i, key)) return i;
     return kNone;
 }
 

@@ -68,7 +68,25 @@ public:
         const JsonType t = type(i);
         return t == JsonType::Integer || t == JsonType::Unsigned || t == JsonType::Float;
     }
-    std::string_view keyOf(Index i) const { return keys_[nodes_[i].keyAndType >> kTypeBits].text; }
+    /// The key of a member. It counts as one that the reader knows.
+    std::string_view keyOf(Index i) const {
+        const Key& key = keys_[nodes_[i].keyAndType >> kTypeBits];
+        key.known = true;
+        return key.text;
+    }
+    /// True when a member has this key, which then counts as known.
+    bool hasKey(Index i, std::string_view text) const {
+        const Key& key = keys_[nodes_[i].keyAndType >> kTypeBits];
+        if (key.text != text) return false;
+        key.known = true;
+        return true;
+    }
+    /// Calls `each(key, count)` for the keys that no reader asked for, with the number of their members in the text.
+    template <class Each>
+    void eachUnknownKey(const Each& each) const {
+        for (const Key& key : keys_)
+            if (!key.known && key.count > 0) each(key.text, key.count);
+    }
     /// False for a member that a later one of the same key replaced.
     bool isMember(Index i) const { return (nodes_[i].keyAndType >> kTypeBits) != 0; }
 
@@ -115,6 +133,8 @@ private:
         std::uint64_t seenIn = 0;  ///< serial of the object that last closed with this key
         Index seenAt = 0;
         std::uint32_t follower = 0;  ///< the key that came behind this one last time
+        std::size_t count = 0;       ///< members with it
+        mutable bool known = false;  ///< a reader asked for it
     };
     struct Container {
         Index node;

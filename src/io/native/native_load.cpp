@@ -63,8 +63,8 @@ constexpr std::string_view kSections[] = {"format",
 /// Builds the drawing while the file is parsed, and finishes it from the tree afterwards.
 class Loader final : public RecordSink {
 public:
-    Loader(Drawing& drawing, Progress* progress)
-        : drawing_(drawing), reader_(tree_), progress_(progress), firstHandle_(drawing.nextHandle) {}
+    Loader(Drawing& drawing, LoadNotes& notes, Progress* progress)
+        : drawing_(drawing), notes_(notes), reader_(tree_), progress_(progress), firstHandle_(drawing.nextHandle) {}
     ~Loader() override;
     Loader(const Loader&) = delete;
     Loader& operator=(const Loader&) = delete;
@@ -72,7 +72,9 @@ public:
     std::string load(std::string_view text);
 
     bool wants(std::string_view topLevelKey) override {
-        return std::find(std::begin(kSections), std::end(kSections), topLevelKey) != std::end(kSections);
+        if (std::find(std::begin(kSections), std::end(kSections), topLevelKey) != std::end(kSections)) return true;
+        if (topLevelKey != "version") notes_.leftOut.add("section \"" + std::string(topLevelKey) + '"');
+        return false;
     }
     void beginBlocks() override {}
     void beginLayouts() override;
@@ -96,8 +98,10 @@ private:
     void noteHandle(std::uint64_t handle) { highestHandle_ = std::max(highestHandle_, handle); }
     void settleHandles();
     void ensureStandardRecords();
+    void noteUnknownMembers();
 
     Drawing& drawing_;
+    LoadNotes& notes_;
     JsonTree tree_;
     RecordReader reader_;
     ProgressCounter progress_;
@@ -147,6 +151,7 @@ void Loader::endBlock(Index record) {
     const bool isSpace = name == "*Model_Space" || name == "*Paper_Space";
     if (name.empty() || isSpace || drawing_.findBlock(name) != nullptr) {
         // Nobody could refer to it: the first block of a name is the one that counts.
+        notes_.leftOut.add("block of a name that is taken");
         unsettled_.resize(ownerStart_);
         block_->entities.attach(nullptr);
         block_.reset();
@@ -195,7 +200,13 @@ std::unique_ptr<Entity> Loader::makeEntityOf(Index record) {
 void Loader::entity(Index record) {
     progress_.count([](std::size_t done) { return std::pair(done, std::size_t{0}); });
     std::unique_ptr<Entity> entity = makeEntityOf(record);
-    if (!entity) return;
+    if (!entity) {
+        const Index type = tree_.find(record, "type");
+        notes_.skipped.add(type == JsonTree::kNone ? "without a type" : tree_.text(type));
+        // Its members are told with it.
+        for (Index i = JsonTree::first(record), last = tree_.end(record); i != last; i = tree_.next(i)) tree_.keyOf(i);
+        return;
+    }
     reader_.readEntity(record, *entity);
     if (entity->layer.key() != lastLayer_) {
         lastLayer_ = entity->layer.key();
@@ -228,6 +239,13 @@ void Loader::ensureStandardRecords() {
     engine::ensureStandardRecords(drawing_, usedLayers_);
     if (drawing_.activeLayout() == nullptr && !drawing_.layouts().empty())
         drawing_.activeLayoutName = drawing_.layouts().front()->name;
+}
+
+void Loader::noteUnknownMembers() {
+    tree_.eachUnknownKey([&](std::string_view key, std::size_t count) {
+        if (key != "version") notes_.leftOut.add("member \"" + std::string(key) + '"', count);
+    });
+    tellLeftOut(notes_.skipped, notes_.leftOut, notes_.lines);
 }
 
 /// The type of a valid JSON text's value, by its first character.
@@ -278,6 +296,7 @@ std::string Loader::load(std::string_view text) {
         drawing_.nextHandle = nextHandle != 0 ? nextHandle : std::max(firstHandle_, highestHandle_ + 1);
         settleHandles();
         ensureStandardRecords();
+        noteUnknownMembers();
         return {};
     } catch (const std::exception& problem) {
         return std::string("Load error: ") + problem.what();
@@ -286,18 +305,19 @@ std::string Loader::load(std::string_view text) {
 
 }  // namespace
 
-std::string loadNativeText(std::string_view text, Drawing& drawing, Progress* progress) {
+std::string loadNativeText(std::string_view text, Drawing& drawing, Progress* progress, LoadNotes* notes) {
+    LoadNotes unused;
     try {
-        return Loader(drawing, progress).load(text);
+        return Loader(drawing, notes != nullptr ? *notes : unused, progress).load(text);
     } catch (const std::exception& problem) {
         return std::string("Load error: ") + problem.what();
     }
 }
 
-std::string loadNative(const std::string& path, Drawing& drawing, Progress* progress) {
+std::string loadNative(const std::string& path, Drawing& drawing, Progress* progress, LoadNotes* notes) {
     FileContent file;
     if (std::string error = file.open(path); !error.empty()) return error;
-    return loadNativeText(file.view(), drawing, progress);
+    return loadNativeText(file.view(), drawing, progress, notes);
 }
 
 }  // namespace kova::io::native

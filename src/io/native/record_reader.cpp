@@ -28,12 +28,12 @@ RecordReader::Index RecordReader::find(std::string_view key) {
     if ((frame.mask & JsonTree::keyBit(key)) == 0) return JsonTree::kNone;
     const Index start = frame.cursor;
     for (Index i = start; i != frame.end; i = tree_.next(i))
-        if (tree_.isMember(i) && tree_.keyOf(i) == key) {
+        if (tree_.isMember(i) && tree_.hasKey(i, key)) {
             frame.cursor = tree_.next(i);
             return i;
         }
     for (Index i = frame.first; i != start; i = tree_.next(i))
-        if (tree_.isMember(i) && tree_.keyOf(i) == key) {
+        if (tree_.isMember(i) && tree_.hasKey(i, key)) {
             frame.cursor = tree_.next(i);
             return i;
         }

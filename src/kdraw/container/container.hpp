@@ -25,6 +25,9 @@ inline constexpr std::string_view summary = "AcDb:SummaryInfo";
 inline constexpr std::string_view preview = "AcDb:Preview";
 inline constexpr std::string_view application = "AcDb:AppInfo";
 inline constexpr std::string_view dependencies = "AcDb:FileDepList";
+inline constexpr std::string_view macros = "AcDb:VBAProject";
+inline constexpr std::string_view security = "AcDb:Security";
+inline constexpr std::string_view signature = "AcDb:Signature";
 }  // namespace section
 
 /// One named stream of bytes.

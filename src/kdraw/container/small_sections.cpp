@@ -123,7 +123,32 @@ std::string makeAuxHeader(const Container& container) {
     return out;
 }
 
+/// A length with the final zero, and as many bytes, or units of UTF-16 since R2007.
+std::string takeText(ByteReader& bytes, Version version, const TextCodec& codec) {
+    const std::size_t length = bytes.u16();
+    if (version < Version::R2007) return codec.toUtf8(bytes.bytes(length));
+    return utf8OfUtf16(bytes.bytes(length * 2));
+}
+
 }  // namespace
+
+std::vector<SummaryProperty> readSummary(std::string_view section, Version version, const TextCodec& codec) {
+    constexpr std::size_t kDates = 3 * 8;
+    std::vector<SummaryProperty> properties;
+    ByteReader bytes(section);
+    const auto add = [&](const char* name, std::string text) {
+        if (bytes.ok() && !text.empty()) properties.push_back({name, std::move(text)});
+    };
+    for (const char* name : {"TITLE", "SUBJECT", "AUTHOR", "KEYWORDS", "COMMENTS", "LASTSAVEDBY", "REVISIONNUMBER",
+                             "HYPERLINKBASE"})
+        add(name, takeText(bytes, version, codec));
+    bytes.skip(kDates);
+    for (std::size_t left = bytes.u16(); left > 0 && bytes.ok(); --left) {
+        const std::string name = takeText(bytes, version, codec);
+        add("CUSTOMPROPERTY", name + '=' + takeText(bytes, version, codec));
+    }
+    return properties;
+}
 
 std::string makeSmallSection(std::string_view name, const Container& container) {
     if (name == section::summary) return makeSummary(container.facts);

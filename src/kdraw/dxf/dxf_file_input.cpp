@@ -149,7 +149,7 @@ private:
     /// The object of the present record; null when its kind is not known or its groups are wrong.
     Object* readObject(const ObjectKind* kind, Handle owner = 0) {
         if (kind == nullptr) {
-            database_.skipped.push_back({0, 0, false});
+            database_.skipped.push_back({0, 0, false, std::string(type_)});
             return nullptr;
         }
         std::unique_ptr<Object> object = kind->make();
@@ -159,7 +159,7 @@ private:
         record_.rewind();
         object->describe(fields);
         if (fields.failed()) {
-            database_.skipped.push_back({object->handle, kind->type, kind->entity});
+            database_.skipped.push_back({object->handle, kind->type, kind->entity, kind->dxfName});
             return nullptr;
         }
         readExtendedGroups(record_, *object);

@@ -36,6 +36,10 @@ public:
         out_.out().reserve(database_.objects.size() * kGroupsSize + 65536);
         begin("HEADER");
         writeHeaderGroups(database_.header, out_);
+        for (const auto& [name, text] : database_.properties) {
+            out_.word(9, "$" + name);
+            out_.text(1, text);
+        }
         end();
         begin("CLASSES");
         writeClassGroups(database_.classes, out_);
