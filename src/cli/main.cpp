@@ -1,4 +1,5 @@
 #include <QApplication>
+#include <csignal>
 
 #include "cli/logging.hpp"
 #include "cli/output.hpp"
@@ -9,6 +10,8 @@ int main(int argc, char** argv) {
     using namespace kova::cli;
     // The program never shows a window, so it needs no display; a user never has to say so.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A file above the limit of the shell is a save that fails, and no reason to die.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         LogSettings log;
         log.fileName = "kovacad-cli.log";
