@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <clocale>
+#include <csignal>
 
 #include "cli/logging.hpp"
 #include "cli/output.hpp"
@@ -10,6 +11,8 @@ int main(int argc, char** argv) {
     using namespace kova::cli;
     // The program never shows a window, so it needs no display; a user never has to say so.
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+    // A file above the limit of the shell is a save that fails, and no reason to die.
+    std::signal(SIGXFSZ, SIG_IGN);
     try {
         LogSettings log;
         log.fileName = "kovacad-cli.log";

@@ -92,7 +92,7 @@ int copyFile(const std::string& from, const std::string& to) {
 }
 
 /// Exchanges two names in one step. False with errno set where that cannot be done.
-bool exchange(const std::string& a, const std::string& b) {
+bool exchangeNames(const std::string& a, const std::string& b) {
     if (!Save::probe().exchange) {
         errno = EINVAL;
         return false;
@@ -198,7 +198,7 @@ bool Save::openNamed() {
     return false;
 }
 
-void Save::takeOver(const struct stat& old) {
+void Save::takeOver(const struct ::stat& old) {
     struct stat own {};
     unsigned mode = old.st_mode & 07777U;
     // The owner first: changing it may clear permission bits.
@@ -347,7 +347,7 @@ void Save::keepBackup(bool byCopy) {
     reached(Step::BackupMade);
     if (taken) {
         // Where names cannot be exchanged, the older backup stays until the new file has its place.
-        if (exchange(aside_, backupFile_)) kept_ = Kept::Exchanged;
+        if (exchangeNames(aside_, backupFile_)) kept_ = Kept::Exchanged;
     } else if (::rename(aside_.c_str(), backupFile_.c_str()) == 0) {
         kept_ = Kept::Placed;
     }
@@ -356,7 +356,7 @@ void Save::keepBackup(bool byCopy) {
 
 void Save::undoBackup() {
     // An older backup that cannot go back stays under its hidden name.
-    if (kept_ == Kept::Aside || (kept_ == Kept::Exchanged && exchange(aside_, backupFile_))) ::unlink(aside_.c_str());
+    if (kept_ == Kept::Aside || (kept_ == Kept::Exchanged && exchangeNames(aside_, backupFile_))) ::unlink(aside_.c_str());
     if (kept_ == Kept::Placed) ::unlink(backupFile_.c_str());
     kept_ = Kept::No;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/stat.h>
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -72,7 +74,7 @@ private:
     bool openBeside();
     bool openNamed();
     bool giveName();
-    void takeOver(const struct stat& old);
+    void takeOver(const struct ::stat& old);
     /// 0 or errno.
     int replace();
     int writeOver();

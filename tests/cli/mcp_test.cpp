@@ -158,6 +158,21 @@ TEST_F(McpTest, DrawingsAreDescribedListedSavedAndOpened) {
     EXPECT_EQ(run({"5,5"}), "Command: 5,5\nUnknown command: 5,5\n[ready] Command:");
     EXPECT_EQ(session.document().drawing().modelSpace().size(), 3u);
     EXPECT_EQ(call("open_drawing", {{"path", path + "x"}})["isError"], true);
+
+    // What is discarded or replaced is told behind the text that callers wait for, and only then.
+    run({"LINE", "0,0", "10,0", ""});
+    const ordered_json opened = call("open_drawing", {{"path", path}});
+    EXPECT_EQ(text(opened), "Opened " + path);
+    ASSERT_EQ(opened["content"].size(), 2u);
+    EXPECT_EQ(opened["content"][1]["text"], "Changes to " + path + " were not saved.");
+    run({"LINE", "0,0", "10,0", ""});
+    EXPECT_EQ(call("new_drawing")["content"].size(), 2u);
+    EXPECT_EQ(call("new_drawing")["content"].size(), 1u);
+    const std::string dwg = directory.filePath("a.dwg").toStdString();
+    EXPECT_EQ(text(call("save_drawing", {{"path", dwg}, {"dwg_version", "R2000"}})),
+              "DWG R2000 is not written, this is R2018. The versions written are 2010, 2013 and 2018.\nSaved: " + dwg);
+    EXPECT_EQ(text(call("save_drawing", {{"path", path}, {"dwg_version", "R2013"}})),
+              "Replaced: " + path + ", kept as " + directory.filePath("a.bak").toStdString() + "\nSaved: " + path);
 }
 
 TEST_F(McpTest, PicturesAndCommandWords) {

@@ -95,6 +95,29 @@ TEST_F(PythonTest, TablesAreMappings) {
     EXPECT_THAT(bad("d.variables['LUNITS'] = 99"), StartsWith("ValueError: LUNITS: "));
 }
 
+TEST_F(PythonTest, FieldsNameRecordsThatAreThere) {
+    good("w = d.layers.add('Walls'); s = d.dim_styles.ensure('Mine'); t = ms.add(Text((0, 0), 5, 0, 'x'))");
+    EXPECT_EQ(bad("w.linetype = 'NOSUCH'"), "ValueError: there is no linetype named 'NOSUCH'");
+    EXPECT_EQ(bad("d.layers.add('Other', linetype='NOSUCH')"), "ValueError: there is no linetype named 'NOSUCH'");
+    EXPECT_EQ(bad("s.text_style = 'NOSUCH'"), "ValueError: there is no text style named 'NOSUCH'");
+    EXPECT_EQ(bad("s.arrow_block = 'NOSUCH'"), "ValueError: there is no block named 'NOSUCH'");
+    EXPECT_EQ(bad("d.table_styles['Standard'].set(text_style='NOSUCH')"),
+              "ValueError: there is no text style named 'NOSUCH'");
+    EXPECT_EQ(bad("t.text_style = 'NOSUCH'"), "ValueError: there is no text style named 'NOSUCH'");
+    EXPECT_EQ(bad("t.copy().text_style = 'NOSUCH'"), "ValueError: there is no text style named 'NOSUCH'");
+    EXPECT_EQ(bad("ms.add(Text((0, 0), 5, 0, 'y', text_style='NOSUCH'))"),
+              "ValueError: there is no text style named 'NOSUCH'");
+    EXPECT_EQ(bad("t.object_scales = ['1:12345']"), "ValueError: there is no annotation scale named '1:12345'");
+    // What failed changed nothing.
+    EXPECT_EQ(show("(w.linetype, 'Other' in d.layers, s.text_style, t.text_style, len(ms))"),
+              "('Continuous', False, 'Standard', 'Standard', 1)");
+    // What is there, what the library has, and the arrow heads that the program draws.
+    good("d.text_styles.add('Notes'); w.linetype = 'dashed'; s.text_style = 'notes'; s.arrow_block = '_DOT'\n"
+         "t.text_style = 'Notes'; ms.add(Text((0, 0), 5, 0, 'y', text_style='Notes'))");
+    EXPECT_EQ(show("(w.linetype.lower(), 'Dashed' in d.linetypes, s.text_style.lower(), s.arrow_block, len(ms))"),
+              "('dashed', True, 'notes', '_DOT', 2)");
+}
+
 TEST_F(PythonTest, BlocksAndLayoutsAreSpaces) {
     good(
         "b = d.blocks.add('Door', [Line((0, 0), (5, 0)), Circle((0, 0), 1)], base=(1, 1), description='a door')\n"
