@@ -18,6 +18,7 @@
 
 namespace kova::engine {
 class HatchEntity;
+struct MLeaderLineLook;
 class MTextEntity;
 }  // namespace kova::engine
 
