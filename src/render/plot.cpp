@@ -64,7 +64,7 @@ void paintPage(QPainter& painter, const engine::Drawing& drawing, const PlotPage
     request.look.colors = engine::plotColors(page.setup.plotStyleTable);
     request.look.lineweights = page.setup.plotWithLineweights;
     request.look.transparency = page.setup.plotTransparency;
-    if (page.scaleLineweights) request.look.lineweightFactor = place.scale;
+    if (page.scaleLineweights) request.look.lineweightFactor = place.scale / page.setup.paperUnit();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setClipRect(QRectF(place.clip.min.x, place.clip.min.y, place.clip.width(), place.clip.height()));
     const engine::Layout* layout = page.layout.empty() ? nullptr : drawing.findLayout(page.layout);
