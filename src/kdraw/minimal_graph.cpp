@@ -391,6 +391,11 @@ private:
         made.width = layout.paperWidth > 0.0 ? layout.paperWidth : 1.0;
         made.height = layout.paperHeight > 0.0 ? layout.paperHeight : 1.0;
         if ((layout.rotation & 1) != 0) std::swap(made.width, made.height);
+        if (layout.paperUnit == 0) {
+            // The sheet's own space is in inches, its size in millimetres.
+            made.width /= 25.4;
+            made.height /= 25.4;
+        }
         made.center = {made.width / 2, made.height / 2, 0.0};
         made.viewCenter = {made.width / 2, made.height / 2};
         made.viewHeight = made.height;

@@ -65,7 +65,7 @@ void paintPage(QPainter& painter, const engine::Drawing& drawing, const PlotPage
     request.look.lineweights = page.setup.plotWithLineweights;
     request.look.transparency = page.setup.plotTransparency;
     request.look.plotted = true;
-    if (page.scaleLineweights) request.look.lineweightFactor = place.scale;
+    if (page.scaleLineweights) request.look.lineweightFactor = place.scale / page.setup.paperUnit();
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setClipRect(QRectF(place.clip.min.x, place.clip.min.y, place.clip.width(), place.clip.height()));
     const engine::Layout* layout = page.layout.empty() ? nullptr : drawing.findLayout(page.layout);

@@ -106,6 +106,44 @@ TEST(MLeader, OrdersAndOptions) {
     EXPECT_EQ(c.last<MLeaderEntity>().contentType, engine::MLeaderContent::Block);
 }
 
+/// Options are meant for the leader that is being drawn: neither its style nor those drawn before follow them.
+TEST(MLeader, OptionsHoldForTheNewLeader) {
+    DrawConsole c;
+    c.run({"MLEADER", "0,0", "20,20", "first", ""});
+    c.run({"MLEADER", "O", "L", "P", "X", "0,50", "20,70", "second", ""});
+    ASSERT_TRUE(c.idle()) << c.prompt();
+    EXPECT_EQ(c.last<MLeaderEntity>().style().leaderLineType, 2);
+    EXPECT_EQ(dynamic_cast<MLeaderEntity&>(*c.entities()[0]).style().leaderLineType, 1);
+    EXPECT_EQ(c.drawing().mleaderStyles.find("Standard")->leaderLineType, 1);
+    c.run({"MLEADER", "0,90", "20,99", "third", ""});
+    EXPECT_FALSE(c.last<MLeaderEntity>().overrides);
+    // Matched with another one it looks like that.
+    c.run({"MATCHPROP", "10,60", "10,10", ""});
+    EXPECT_EQ(dynamic_cast<MLeaderEntity&>(*c.entities()[0]).style().leaderLineType, 2);
+}
+
+TEST(MLeader, BlocksAskForTheirValues) {
+    DrawConsole c;
+    c.run({"ATTDEF", "", "NO", "Item number", "1", "0,0", "2", ""});
+    c.run({"CIRCLE", "0,0", "5", "BLOCK", "Balloon", "0,0", "-9,-9", "9,9", ""});
+    c.run({"MLEADER", "O", "C", "B", "Balloon", "X", "50,0", "70,20"});
+    EXPECT_EQ(c.prompt(), "Item number <1>:");
+    c.feed("27");
+    ASSERT_TRUE(c.idle()) << c.prompt();
+    const auto& balloon = c.last<MLeaderEntity>();
+    ASSERT_EQ(balloon.attributes.size(), 1u);
+    EXPECT_EQ(balloon.attributes[0].tag, "NO");
+    ASSERT_EQ(balloon.placedAttributes().size(), 1u);
+    EXPECT_EQ(balloon.placedAttributes()[0].value, "27");
+    expectNear(balloon.placedAttributes()[0].position, balloon.contentPos);
+    c.run({"EXPLODE", "L", ""});
+    ASSERT_EQ(c.last<engine::BlockReferenceEntity>().attributes.size(), 1u);
+    EXPECT_EQ(c.last<engine::BlockReferenceEntity>().attributes[0].value, "27");
+    c.run({"SETVAR", "ATTREQ", "0", "MLEADER", "O", "C", "B", "Balloon", "X", "50,80", "70,90"});
+    EXPECT_TRUE(c.idle());
+    EXPECT_EQ(c.last<MLeaderEntity>().placedAttributes().at(0).value, "1");
+}
+
 TEST(MLeader, LinesAddedAndRemoved) {
     DrawConsole c;
     c.run({"MLEADER", "0,0", "20,20", "x", "", "MLEADEREDIT", "10,10", "40,0", "20,20", "R", "35,5", "300,300", ""});

@@ -4,6 +4,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/mtext.hpp"
+#include "engine/entities/solid3d.hpp"
 #include "engine/entities/text.hpp"
 #include "math/angles.hpp"
 
@@ -296,6 +297,23 @@ TEST(ModifyCommands, NothingSelectedAndCancelledChangesNothing) {
         EXPECT_FALSE(c.document.isGroupOpen());
     }
     EXPECT_EQ(c.document.history().undoCount(), 0u);
+}
+
+// Solids whose data say nothing of a place --------------------------------------------------------------------
+
+TEST(Move, RefusesSolidsThatItCannotPlace) {
+    Console c;
+    c.addLine(0, 0, 1, 0);
+    auto solid = std::make_unique<engine::Solid3DEntity>();
+    solid->sat = "no modeller text";
+    c.document.addEntity(std::move(solid));
+    const Lines refused{"1 solid left unchanged: the modeller data cannot be transformed."};
+    EXPECT_EQ(c.run({"MOVE", "ALL", "", "0,0", "5,0"}).back(), refused.back());
+    EXPECT_EQ(starts(c), (Points{{5, 0}}));
+    // A copy at the old place would be as wrong; and the line is said once.
+    EXPECT_EQ(c.run({"COPY", "ALL", "", "0,0", "0,5", ""}).back(), refused.back());
+    EXPECT_EQ(c.count(), 3u);
+    EXPECT_TRUE(c.run({"MOVE", "L", "", "0,0", "1,0"}).empty() || c.lines.back() != refused.back());
 }
 
 }  // namespace

@@ -348,5 +348,36 @@ TEST(MLine, MirrorImagesKeepTheirSides) {
     EXPECT_EQ(m.gripPoints().size(), 3u);
 }
 
+/// What a multileader or one of its lines has of its own goes before the style; what it has not follows the style.
+TEST(MLeader, OwnValuesGoBeforeTheStyle) {
+    Drawing drawing;
+    MLeaderStyle* style = drawing.mleaderStyles.find("Standard");
+    ASSERT_NE(style, nullptr);
+    style->leaderColor = Color::index(5);
+    style->leaderLineweight = 50;
+    auto made = std::make_unique<MLeaderEntity>();
+    made->heads.resize(2);
+    made->heads[0].vertices = {{0, 0}, {20, 20}};
+    made->heads[1].vertices = {{0, 50}, {20, 20}};
+    made->contentType = MLeaderContent::None;
+    made->contentPos = {30, 20};
+    made->setOverride(MLeaderOverrides::kLeaderColor, &MLeaderStyle::leaderColor, Color::index(1));
+    MLeaderLineLook look;
+    look.members = MLeaderLineLook::kColor | MLeaderLineLook::kArrowSize;
+    look.color = Color::index(3);
+    look.arrowSize = 11.0;
+    made->heads[1].look = look;
+    const auto& leader = static_cast<MLeaderEntity&>(drawing.modelSpace().append(std::move(made)));
+    const Recorder seen = record(leader);
+    ASSERT_EQ(seen.strokes.size(), 2u);
+    EXPECT_EQ(seen.strokes[0].style.color, Color::index(1));
+    EXPECT_EQ(seen.strokes[1].style.color, Color::index(3));
+    EXPECT_EQ(seen.strokes[1].style.lineweight, 50);
+    ASSERT_EQ(seen.fills.size(), 2u);
+    EXPECT_GT(pathBounds(seen.fills[1].path).width(), 2.0 * pathBounds(seen.fills[0].path).width());
+    style->leaderLineweight = 25;
+    EXPECT_EQ(record(leader).strokes[0].style.lineweight, 25);
+}
+
 }  // namespace
 }  // namespace kova::engine

@@ -282,6 +282,20 @@ TEST(Records, OtherKeys) {
     EXPECT_EQ(keysOf(named).front(), "name");
 }
 
+/// What other programs keep on layers of their own is in the drawing and not to be seen.
+TEST(Records, InternalLayersAreNeverVisible) {
+    const auto visible = [](const char* name) {
+        Layer layer;
+        layer.name = name;
+        return layer.isVisible();
+    };
+    for (const char* name : {"*ADSK_CONSTRAINTS", "*adsk_assoc_entity_backups", "*ADSK_SYSTEM_LIGHTS", "ADSK_CONSTRAINTS",
+                             "plan|*ADSK_CONSTRAINTS"})
+        EXPECT_FALSE(visible(name)) << name;
+    for (const char* name : {"0", "ADSK_WALLS", "CONSTRAINTS", "*Grid", "ADSK_", "plan|Walls"})
+        EXPECT_TRUE(visible(name)) << name;
+}
+
 TEST(Records, NestedDictionariesAreCutOff) {
     DictionaryEntry root;
     DictionaryEntry* deepest = &root;

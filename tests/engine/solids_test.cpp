@@ -110,7 +110,7 @@ TEST(ModelerEdges, LaterTextAndDamagedData) {
     std::string moved = late;
     ASSERT_TRUE(transformModelerData(moved, Matrix4::translation(1, 1, 1)));
     EXPECT_EQ(modelerEdges(moved).edges[0].end, (Vector3{9, 3, 4}));
-    EXPECT_NE(moved.find("-7 transform $-1 -1 $-1 1 0 0"), std::string::npos);
+    EXPECT_NE(moved.find("-7 transform $-1 -1 1 0 0"), std::string::npos);
     EXPECT_NE(moved.find("700 7 1 0"), std::string::npos);
 
     for (const std::string& bad :
@@ -195,7 +195,40 @@ TEST(ModelerEdges, BinaryData) {
     ASSERT_TRUE(transformModelerData(data, Matrix4::rotation_z(kPi / 2)));
     ASSERT_TRUE(transformModelerData(data, Matrix4::translation(10, 0, 0)));
     EXPECT_TRUE(modelerEdges(data).edges[0].end.near_equal({8, 8, 3}, 1e-12));
+    // The same in a late release: its transforms have a history number, which is not to be taken for a coordinate.
+    std::string late = binaryBody();
+    late.replace(15, 4, std::string("\xF4\x53\0\0", 4));  // 21492
+    ASSERT_TRUE(transformModelerData(late, Matrix4::translation(5, 6, 7)));
+    ASSERT_TRUE(transformModelerData(late, Matrix4::translation(10, 0, 0)));
+    EXPECT_EQ(modelerEdges(late).edges[0].start, (Vector3{16, 8, 10}));
+    EXPECT_NE(late.find(std::string("transform\x0c\xFF\xFF\xFF\xFF\x04\xFF\xFF\xFF\xFF\x14", 20)), std::string::npos);
     for (std::size_t n = 0; n < data.size(); ++n) modelerEdges(data.substr(0, n));
+}
+
+/// Later releases have one number more in the head of a transform: the placement is what stands behind it.
+TEST(ModelerEdges, PlacedBodiesOfLaterReleases) {
+    const std::string text =
+        "21500 8 1 24\n@5 maker @7 version @1 t\n1 1e-6 1e-10\n"
+        "body $-1 -1 $-1 $-1 $-1 $1 #\n"
+        "transform $-1 -1 0 1 0 -1 0 0 0 0 1 500 70 3 1 rotate no_reflect no_shear #\n"
+        "vertex $-1 -1 $-1 $4 $5 #\nvertex $-1 -1 $-1 $4 $6 #\n"
+        "edge $-1 -1 $-1 $2 0 $3 7 $-1 $7 forward #\n"
+        "point $-1 -1 $-1 1 2 3 #\npoint $-1 -1 $-1 8 2 3 #\n"
+        "straight-curve $-1 -1 $-1 1 2 3 1 0 0 I I #\n"
+        "End-of-ASM-data\n";
+    Solid3DEntity solid;
+    solid.sat = text;
+    ASSERT_EQ(solid.edges().edges.size(), 1u);
+    EXPECT_TRUE(solid.edges().edges[0].start.near_equal({498, 71, 6}, 1e-12));
+    EXPECT_TRUE(solid.edges().edges[0].end.near_equal({498, 78, 6}, 1e-12));
+    ASSERT_TRUE(solid.canTransform(Matrix4::translation(10, 20, 0)));
+    solid.transform(Matrix4::translation(10, 20, 0));
+    EXPECT_TRUE(solid.edges().edges[0].start.near_equal({508, 91, 6}, 1e-12));
+    EXPECT_NE(solid.sat.find("transform $-1 -1 0 1 0 -1 0 0 0 0 1 510 90 3 1 rotate no_reflect no_shear #"),
+              std::string::npos);
+    // Squeezed flat it would be no body any more, and one without data has no place.
+    EXPECT_FALSE(solid.canTransform(Matrix4::scaling(0, 1)));
+    EXPECT_FALSE(Solid3DEntity().canTransform(Matrix4::translation(1, 0)));
 }
 
 TEST(ModelerEdges, SolidsOfRealDrawings) {

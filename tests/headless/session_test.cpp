@@ -226,6 +226,7 @@ TEST_F(SessionTest, NewDrawingsAndTemplates) {
     EXPECT_EQ(session.newFromTemplate("imperial"), "");
     EXPECT_EQ(engine::sysVarInt(session.document().drawing(), "INSUNITS"), 1);
     EXPECT_DOUBLE_EQ(engine::sysVarReal(session.document().drawing(), "DIMTXT"), 0.18);
+    EXPECT_DOUBLE_EQ(session.document().drawing().layouts().front()->pageSetup.sheet().width(), 11.0);
     EXPECT_EQ(session.newFromTemplate("metric-a4"), "");
     EXPECT_EQ(session.document().drawing().layouts().front()->pageSetup.paperSizeName, "ISO A4");
     EXPECT_EQ(engine::sysVarInt(session.document().drawing(), "MEASUREMENT"), 1);

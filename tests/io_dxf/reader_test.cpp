@@ -18,6 +18,7 @@
 #include "engine/entities/dimension.hpp"
 #include "engine/entities/hatch.hpp"
 #include "engine/entities/line.hpp"
+#include "engine/entities/mleader.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/text.hpp"
@@ -453,6 +454,109 @@ TEST(DxfReader, SizeLimitAndMissingFiles) {
     const std::string missing = (folder / "none.dxf").string();
     EXPECT_EQ(io::dxf::loadDxf(missing, none), "Failed to open file: " + missing);
     fs::remove_all(folder);
+}
+
+TEST(DxfReader, SheetsKeepTheirUnits) {
+    const auto load = [](std::string_view settings, Drawing& d) {
+        const std::string objects =
+            "0 SECTION|2 OBJECTS|0 DICTIONARY|5 C|330 0|100 AcDbDictionary|3 ACAD_LAYOUT|350 1A|"
+            "0 DICTIONARY|5 1A|330 C|100 AcDbDictionary|3 Sheet|350 1E|"
+            "0 LAYOUT|5 1E|330 1A|100 AcDbPlotSettings|40 1|41 2|42 3|43 4|44 215.9|45 279.4|" +
+            std::string(settings) + "|100 AcDbLayout|1 Sheet|71 1|330 1B|0 ENDSEC|0 EOF";
+        const std::string records = "0 SECTION|2 TABLES|0 TABLE|2 BLOCK_RECORD|5 1|0 BLOCK_RECORD|5 1B|330 1|100 "
+                                    "AcDbSymbolTableRecord|100 AcDbBlockTableRecord|2 *Paper_Space|340 1E|0 ENDTAB|0 ENDSEC";
+        EXPECT_EQ(loadDxfText(header("AC1027") + groups(records) + groups(objects), d), "");
+        const Layout* layout = d.findLayout("Sheet");
+        return layout != nullptr ? layout->pageSetup : PageSetup();
+    };
+    Drawing inches;
+    const PageSetup letter = load("142 1|143 1|70 16|72 0|73 1|75 16", inches);
+    EXPECT_EQ(letter.paperUnits, 0);
+    EXPECT_NEAR(letter.sheet().width(), 11.0, 1e-12);
+    EXPECT_NEAR(letter.sheet().height(), 8.5, 1e-12);
+    // Turned a quarter: the margin at the top comes to the left.
+    EXPECT_EQ(letter.marginLeft, 4.0);
+    EXPECT_EQ(letter.marginBottom, 1.0);
+    EXPECT_EQ(letter.marginRight, 2.0);
+    EXPECT_EQ(letter.marginTop, 3.0);
+    Drawing other;
+    const PageSetup scaled = load("142 1|143 7|70 0|72 1|73 0|75 0", other);
+    EXPECT_EQ(scaled.paperUnits, 1);
+    EXPECT_NE(scaled.scaleType, 0);  // no standard scale, so not "fit" either
+    EXPECT_EQ(scaled.scaleDrawing, 7.0);
+    EXPECT_EQ(scaled.marginTop, 4.0);
+}
+
+/// A text may be placed by the variable alone; without a place to go by it stands where it stands by itself.
+TEST(DxfReader, DimensionTextsPlacedByTheirVariable) {
+    const std::string radius =
+        "0 DIMENSION|5 2A|100 AcDbEntity|8 0|100 AcDbDimension|2 *D1|10 100|20 100|TEXT70 36|71 5|100 "
+        "AcDbRadialDimension|15 107|25 107|1001 ACAD|1000 DSTYLE|1002 {|1070 288|1070 1|1002 }";
+    for (const bool placed : {true, false}) {
+        std::string text = radius;
+        text.replace(text.find("TEXT"), 4, placed ? "11 108|21 120|" : "");
+        Drawing d;
+        ASSERT_EQ(loadDxfText(header("AC1027") + entities(text), d), "");
+        const auto* dimension = first<DimensionEntity>(d);
+        ASSERT_NE(dimension, nullptr);
+        EXPECT_EQ(dimension->hasUserText(), placed);
+        EXPECT_EQ(dimension->styleOverrides.count("DIMUPT"), 1u);
+        EXPECT_FALSE(dimension->bounds().contains_point({0, 0}));
+        if (placed) {
+            EXPECT_EQ(dimension->userText, (math::Vector2{108, 120}));
+        }
+    }
+}
+
+/// The angle of the jog stands in degrees in styles and in radians elsewhere, and some programs mix that up.
+TEST(DxfReader, JogAnglesInDegreesAndRadians) {
+    for (const char* value : {"60.0", "1.0471975511965976"}) {
+        const std::string styles = std::string("0 SECTION|2 TABLES|0 TABLE|2 DIMSTYLE|0 DIMSTYLE|105 27|100 "
+                                               "AcDbDimStyleTableRecord|2 Jog|50 ") +
+                                   value + "|0 ENDTAB|0 ENDSEC";
+        const std::string dimension =
+            std::string("0 DIMENSION|5 2A|100 AcDbEntity|8 0|100 AcDbDimension|3 Jog|70 4|100 AcDbRadialDimension|15 "
+                        "7|25 7|1001 ACAD|1000 DSTYLE|1002 {|1070 50|1040 ") +
+            value + "|1002 }";
+        Drawing d;
+        ASSERT_EQ(loadDxfText(header("AC1027", std::string("9 $DIMJOGANG|40 ") + value) + groups(styles) +
+                                  entities(dimension),
+                              d),
+                  "");
+        EXPECT_NEAR(d.dimStyles.find("Jog")->jogAngle, 1.0471975511965976, 1e-12) << value;
+        EXPECT_NEAR(sysVarReal(d, "DIMJOGANG"), 1.0471975511965976, 1e-12) << value;
+        EXPECT_NEAR(first<DimensionEntity>(d)->style().jogAngle, 1.0471975511965976, 1e-12) << value;
+    }
+}
+
+/// Values of a balloon's attributes, what the multileader has of its own, and what one of its lines has.
+TEST(DxfReader, MultileadersKeepValuesAndOwnLook) {
+    const std::string blocks =
+        "0 SECTION|2 TABLES|0 TABLE|2 BLOCK_RECORD|5 1|0 BLOCK_RECORD|5 91|330 1|100 AcDbSymbolTableRecord|100 "
+        "AcDbBlockTableRecord|2 Balloon|0 ENDTAB|0 ENDSEC|0 SECTION|2 BLOCKS|0 BLOCK|5 92|330 91|100 AcDbEntity|8 0|100 "
+        "AcDbBlockBegin|2 Balloon|10 0|20 0|0 ATTDEF|5 95|330 91|100 AcDbEntity|8 0|100 AcDbText|10 0|20 0|40 2|1 "
+        "1|100 AcDbAttributeDefinition|3 Number|2 NO|70 0|0 ENDBLK|5 93|0 ENDSEC";
+    const std::string leader =
+        "0 MULTILEADER|5 2A|100 AcDbEntity|8 0|100 AcDbMLeader|270 2|300 CONTEXT_DATA{|40 1|10 5|20 -100|290 0|296 "
+        "1|341 91|15 5|25 -100|302 LEADER{|290 1|291 1|10 -9|20 -100|11 1|21 0|40 8|304 LEADER_LINE{|10 -40|20 -110|92 "
+        "-1023410173|93 2|91 0|305 }|303 }|301 }|90 3|170 2|91 -1023410175|171 50|172 1|344 91|330 95|177 0|44 1.0|302 "
+        "27|45 1";
+    Drawing d;
+    ASSERT_EQ(loadDxfText(header("AC1027") + groups(blocks) + entities(leader), d), "");
+    const auto* found = first<MLeaderEntity>(d);
+    ASSERT_NE(found, nullptr);
+    ASSERT_EQ(found->attributes.size(), 1u);
+    EXPECT_EQ(found->attributes[0].tag, "NO");
+    ASSERT_EQ(found->placedAttributes().size(), 1u);
+    EXPECT_EQ(found->placedAttributes()[0].value, "27");
+    const MLeaderStyle look = found->style();
+    EXPECT_EQ(look.leaderLineType, 2);
+    EXPECT_EQ(look.leaderColor, Color::index(1));
+    EXPECT_EQ(look.leaderLineweight, found->namedStyle().leaderLineweight);  // its bit is not set
+    ASSERT_EQ(found->heads.size(), 1u);
+    ASSERT_TRUE(found->heads[0].look);
+    EXPECT_EQ(found->heads[0].look->members, unsigned(MLeaderLineLook::kColor));
+    EXPECT_EQ(found->heads[0].look->color, Color::index(3));
 }
 
 }  // namespace kova::test

@@ -14,6 +14,7 @@
 #include "io/native/native_file.hpp"
 #include "io_dxf/dxf_tools.hpp"
 #include "io_dxf/rich_drawing.hpp"
+#include "math/angles.hpp"
 
 namespace kova::test {
 
@@ -214,6 +215,46 @@ TEST(DxfWriter, RichDrawingComesBackWhole) {
     EXPECT_EQ(first, second);
     // And a second time to the letter.
     EXPECT_EQ(firstDifference(dxfText(drawing), dxfText(again)), "");
+}
+
+TEST(DxfWriter, UnitsOfSheetsAndJogAnglesAreThoseOfTheFormat) {
+    Drawing drawing;
+    DimStyle style = *drawing.dimStyles.find("Standard");
+    style.name = "Jog";
+    style.jogAngle = math::kPi / 3;
+    drawing.dimStyles.add(style);
+    PageSetup& sheet = drawing.layouts().front()->pageSetup;
+    sheet.paperUnits = 0;
+    sheet.paperWidth = 279.4;
+    sheet.paperHeight = 215.9;
+    sheet.marginLeft = 25.4;
+    sheet.marginBottom = 12.7;
+    // The first value of each group of the record that has `name` in a group `key` behind the subclass `marker`.
+    const std::vector<DxfGroup> all = dxfGroups(dxfText(drawing));
+    const auto recordOf = [&](std::string_view type, std::string_view marker, int key, std::string_view name) {
+        std::map<int, std::string> values;
+        for (std::size_t i = 0; i < all.size(); ++i) {
+            if (all[i].code != 0 || all[i].value != type) continue;
+            values.clear();
+            std::string subclass;
+            bool found = false;
+            for (std::size_t k = i + 1; k < all.size() && all[k].code != 0; ++k) {
+                if (all[k].code == 100) subclass = all[k].value;
+                found = found || (subclass == marker && all[k].code == key && all[k].value == name);
+                values.emplace(all[k].code, all[k].value);
+            }
+            if (found) return values;
+        }
+        return std::map<int, std::string>();
+    };
+    auto jog = recordOf("DIMSTYLE", "AcDbDimStyleTableRecord", 2, "Jog");
+    EXPECT_NEAR(std::stod("0" + jog[50]), 60.0, 1e-12);
+    auto paper = recordOf("LAYOUT", "AcDbLayout", 1, "Layout1");
+    EXPECT_EQ(paper[72], "0");
+    EXPECT_NEAR(std::stod("0" + paper[44]), 215.9, 1e-9);  // of the sheet before it is turned
+    EXPECT_NEAR(std::stod("0" + paper[40]), 12.7, 1e-9);
+    EXPECT_NEAR(std::stod("0" + paper[43]), 25.4, 1e-9);
+    EXPECT_EQ(paper[10], "-1.0");  // in units of the sheet
 }
 
 TEST(DxfWriter, OtherSoftwareFindsNothingToMend) {

@@ -154,6 +154,11 @@ TEST(Plot, SheetsInInches) {
     const QByteArray svg = plot(drawing, pages, PlotFormat::Svg);
     EXPECT_TRUE(svg.contains("width=\"279.4mm\""));
     EXPECT_TRUE(svg.contains("d=\"M25.4 190.5L254 190.5\"")) << svg.left(3000).constData();
+    // Lineweights are in millimetres, and 1:1 scales nothing.
+    layout.entities.first()->lineweight = 100;
+    pages.front().scaleLineweights = true;
+    EXPECT_TRUE(plot(drawing, pages, PlotFormat::Svg).contains("stroke-width=\"1\""));
+    layout.entities.first()->lineweight = -1;
     RenderRequest request;
     request.width = 1100;
     request.height = 850;

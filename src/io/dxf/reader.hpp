@@ -19,6 +19,7 @@
 
 namespace kova::engine {
 class HatchEntity;
+struct MLeaderLineLook;
 class MTextEntity;
 }  // namespace kova::engine
 

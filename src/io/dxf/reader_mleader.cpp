@@ -247,7 +247,10 @@ std::unique_ptr<Entity> Reader::buildMLeader(const EntityTags& tags) {
         }
     }
     own.members &= engine::MLeaderOverrides::kAll;
-    if (own.members != 0) out->overrides = std::move(own);
+    if (own.members != 0) {
+        out->overrides.emplace().members = own.members;
+        own.apply(out->overrides->values);
+    }
     if (content < 0) content = hasText ? 2 : hasBlock ? 1 : 0;
     if (content < 0 || content > 3) content = 0;
     out->contentType = own_           ? static_cast<engine::MLeaderContent>(content)

@@ -263,8 +263,6 @@ void Reader::settleStyles() {
             leader.arrowSize /= scale;
             leader.landingGap /= scale;
             leader.landingDistance /= scale;
-            for (engine::MLeaderHead& head : leader.heads)
-                if (head.look) head.look->arrowSize /= scale;
         }
     }
     settleLeaderAttributes();

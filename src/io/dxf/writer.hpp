@@ -140,7 +140,7 @@ private:
     void mleaderStyle(const engine::MLeaderStyle& style, std::uint64_t handle, const OwnData& own);
     /// The style of a multileader or a table whose own style is missing; made when there is none at all.
     std::uint64_t firstMLeaderStyle();
-    void lineLook(const engine::MLeaderLineLook& look, double scale);
+    void lineLook(const engine::MLeaderLineLook& look);
     void attributeValues(const engine::MLeaderEntity& mleader, const engine::Block* block);
     std::uint64_t firstTableStyle();
     void tableStyles();

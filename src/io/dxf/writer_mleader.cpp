@@ -1,4 +1,6 @@
 // Multileaders and their styles.
+#include <algorithm>
+
 #include "io/dxf/writer.hpp"
 
 namespace kova::io::dxf {
@@ -122,7 +124,7 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
         // The landing point itself stands above.
         for (std::size_t i = 0; i + 1 < h.vertices.size(); ++i) out.point(10, h.vertices[i], e.elevation);
         out.integer(91, 0);
-        if (h.look) lineLook(*h.look, scale);
+        if (h.look) lineLook(*h.look);
         out.word(305, "}");
         out.integer(271, style.textAttachmentDirection);
         out.word(303, "}");
@@ -148,9 +150,10 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     out.integer(171, nearestLineweight(style.leaderLineweight));
     out.flag(290, e.hasLanding);
     out.flag(291, e.hasDogleg);
-    out.real(41, landing);
+    // Sizes here are those before the scale, unlike the ones of the context.
+    out.real(41, landing / scale);
     if (const std::uint64_t arrow = arrowHandle(style.arrowBlock); arrow != 0) out.handle(342, arrow);
-    out.real(42, e.effectiveArrowSize());
+    out.real(42, e.effectiveArrowSize() / scale);
     out.integer(172, static_cast<int>(e.contentType));
     out.handle(343, textStyleHandle(style.textStyle));
     out.integer(173, style.textLeftAttachment);
@@ -177,13 +180,13 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     return true;
 }
 
-void Writer::lineLook(const MLeaderLineLook& look, double scale) {
+void Writer::lineLook(const MLeaderLineLook& look) {
     GroupWriter& out = *out_;
     out.integer(170, look.lineType);
     rawColor(92, look.color);
     out.handle(340, linetypeHandle(look.linetype.empty() ? commonNames().byBlock : look.linetype));
     out.integer(171, nearestLineweight(look.lineweight));
-    out.real(40, look.arrowSize * scale);
+    out.real(40, look.arrowSize);
     if (const std::uint64_t arrow = arrowHandle(look.arrowBlock); arrow != 0) out.handle(341, arrow);
     out.integer(93, static_cast<std::int32_t>(look.members));
 }
