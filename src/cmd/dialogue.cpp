@@ -239,7 +239,7 @@ bool Ask::accept(const std::string& line) {
                 picked = pickAt(tool_.document(), *p, filter.rules);
             }
             if (picked->entity == nullptr) {
-                picked->refusal == kUnusable ? refuse(kUnusable) : tool_.message(picked->refusal);
+                picked->refusal == std::string_view(kUnusable) ? refuse(kUnusable) : tool_.message(picked->refusal);
                 return false;
             }
             answer_.kind = Answer::Kind::Object;
