@@ -1,10 +1,8 @@
 #include "cmd/dialogue.hpp"
 
 #include "cmd/limits_check.hpp"
-
-#include "cmd/picking.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/point_entry.hpp"
-#include "cmd/read_only_pick.hpp"
 #include "cmd/selection.hpp"
 #include "engine/name.hpp"
 #include "math/angles.hpp"
@@ -111,7 +109,7 @@ std::optional<Vector2> Ask::acceptPoint(const std::string& line, const Vector2& 
     const bool waited = entry_->waiting();
     const std::optional<Vector2> from = request_.base ? request_.base : firstOfTwo_ ? firstOfTwo_ : lastPoint_;
     const PointEntry::Result result = entry_->feed(tool_.document(), line, base, from, cursor);
-    if (result == PointEntry::Result::NotMine)
+    if (result == PointEntry::Result::NotMine && refusal != nullptr)
         request_.kind == Kind::Object ? tool_.message(refusal) : refuse(refusal);
     else if (result == PointEntry::Result::Refused)
         tool_.message(entry_->refusal());
@@ -223,36 +221,35 @@ bool Ask::accept(const std::string& line) {
             return true;
         }
         case Kind::Object: {
-            engine::Entity* entity = nullptr;
-            const char* missing = "No object found.";
-            const std::string upper = engine::upperCase(line);
-            if (!isWithinPoint() && (upper == "L" || upper == "LAST")) {
-                entity = tool_.drawing().findById(lastEntity(tool_.document()));
-                if (entity != nullptr) answer_.point = entity->nearestPoint(entity->bounds().center());
-            } else if (const auto named = parseNamedPick(tool_.document(), line)) {
-                entity = named->entity;
-                answer_.point = named->point;
-            } else if (const auto p = acceptPoint(line, lastPoint(), noPoint)) {
-                // What lies in front but is of no use here does not hide what is.
-                entity = pickEntity(tool_.document(), *p, request_.filter);
-                const bool reads = request_.filter.target<ReadOnlyFilter>() != nullptr;
-                if (entity == nullptr && reads) entity = pickLocked(tool_.document(), *p, request_.filter);
-                if (entity == nullptr && request_.filter) entity = pickEntity(tool_.document(), *p);
-                if (entity == nullptr && pickLocked(tool_.document(), *p) != nullptr)
-                    missing = "Object is on a locked layer.";
-                answer_.point = *p;
-            } else {
-                return false;
+            PickFilter filter;
+            if (const auto* given = request_.filter.target<PickFilter>())
+                filter = *given;
+            else
+                filter.rules.usable = request_.filter;
+            const bool within = isWithinPoint();
+            if (!within && filter.isName && filter.isName(line)) {
+                answer_.kind = Answer::Kind::Text;
+                return true;
             }
-            if (entity == nullptr || (request_.filter && !request_.filter(*entity))) {
-                if (entity == nullptr)
-                    tool_.message(missing);
-                else
-                    refuse("Object cannot be used here.");
+            std::optional<Picked> picked;
+            if (!within) picked = pickByWord(tool_.document(), line, filter.rules);
+            if (!picked) {
+                // Where names may be typed, what is no point may be one.
+                const auto p = acceptPoint(line, lastPoint(), filter.isName && !within ? nullptr : noPoint);
+                if (!p && filter.isName && !within && !isWithinPoint() && entry_->refusal().empty()) {
+                    answer_.kind = Answer::Kind::Text;
+                    return true;
+                }
+                if (!p) return false;
+                picked = pickAt(tool_.document(), *p, filter.rules);
+            }
+            if (picked->entity == nullptr) {
+                picked->refusal == std::string_view(kUnusable) ? refuse(kUnusable) : tool_.message(picked->refusal);
                 return false;
             }
             answer_.kind = Answer::Kind::Object;
-            answer_.id = entity->id();
+            answer_.id = picked->entity->id();
+            answer_.point = picked->point;
             return true;
         }
         case Kind::Selection:

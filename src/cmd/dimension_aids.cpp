@@ -2,6 +2,7 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/outline_parts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
@@ -119,7 +120,7 @@ Task<Answer> askDimensioned(Ask& ask, std::string prompt, std::function<bool(con
     request.usable = std::move(filter);
     request.locked = Locked::Taken;
     request.reach = Reach::ThroughViewports;
-    Answer picked = co_await ask.pick(std::move(request));
+    Answer picked = co_await askPick(ask, std::move(request));
     co_return picked;
 }
 

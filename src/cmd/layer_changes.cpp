@@ -4,6 +4,7 @@
 
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
@@ -138,7 +139,7 @@ Task<LayerAnswer> askLayerOf(Ask& ask, doc::Document& document, std::string prom
             request.isName = [&document](std::string_view line) {
                 return document.drawing().layers.contains(Name(typedName(line)));
             };
-        const Answer answer = co_await ask.pick(std::move(request));
+        const Answer answer = co_await askPick(ask, std::move(request));
         LayerAnswer out;
         out.kind = answer.kind;
         out.word = answer.word;

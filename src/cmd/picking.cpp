@@ -6,6 +6,7 @@
 #include "cmd/shape_test.hpp"
 #include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
+#include "engine/making_order.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd {
@@ -138,7 +139,7 @@ std::vector<std::uint64_t> selectFence(doc::Document& document, std::span<const 
 
 std::uint64_t lastEntity(doc::Document& document, Locked locked) {
     const engine::EntityList& space = document.drawing().currentSpace();
-    for (const engine::Entity* e = space.newest(); e != nullptr; e = space.madeBefore(*e))
+    for (const engine::Entity* e = engine::newestEntity(space); e != nullptr; e = engine::madeBefore(*e))
         if (mayPick(document, *e, locked)) return e->id();
     return 0;
 }

@@ -1,6 +1,7 @@
 #include "cmd/registry.hpp"
 
 #include "cmd/commands/variable_commands.hpp"
+#include "cmd/registered_twice.hpp"
 #include "engine/name.hpp"
 
 namespace kova::cmd {
@@ -12,6 +13,11 @@ std::vector<CommandFactory>& factories() {
     return all;
 }
 
+std::vector<std::string>& doubles() {
+    static std::vector<std::string> names;
+    return names;
+}
+
 }  // namespace
 
 CommandRegistrar::CommandRegistrar(CommandFactory factory) { factories().push_back(factory); }
@@ -19,11 +25,20 @@ CommandRegistrar::CommandRegistrar(CommandFactory factory) { factories().push_ba
 CommandRegistry& CommandRegistry::instance() {
     static CommandRegistry* registry = [] {
         auto* made = new CommandRegistry;
-        for (const CommandFactory factory : factories()) made->add(factory());
+        for (const CommandFactory factory : factories()) {
+            std::unique_ptr<Command> command = factory();
+            const std::string name = command->name();
+            if (!made->add(std::move(command))) doubles().push_back(name);
+        }
         commands::addVariableCommands(*made);
         return made;
     }();
     return *registry;
+}
+
+const std::vector<std::string>& registeredTwice() {
+    CommandRegistry::instance();
+    return doubles();
 }
 
 Command* CommandRegistry::lookup(std::string_view upper) const {

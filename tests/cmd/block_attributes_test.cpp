@@ -160,7 +160,7 @@ TEST_F(Attributes, FollowTheirDefinitions) {
     static_cast<AttributeDefinitionEntity*>(block.entities.last())->insertion = {3, 3};
     block.entities.append(std::make_unique<AttributeDefinitionEntity>(definition("MAT", "steel", {0, 9})));
     references()[1]->attributes[0].value = "M6";
-    EXPECT_EQ(c.run({"ATTSYNC", "?"}), Lines{"  \"Bolt\""});
+    EXPECT_EQ(c.run({"ATTSYNC", "?", ""}), Lines{"  \"Bolt\""});
     EXPECT_EQ(c.run({"N", "Nut"}), Lines{"No matching names found."});
     EXPECT_EQ(c.feed("bolt"), Lines{"2 block references updated."});
     EXPECT_TRUE(c.idle());

@@ -148,7 +148,7 @@ TEST_F(Blocks, BattmanEditsDefinitionsAndReferences) {
         return all;
     };
     EXPECT_EQ(tags(), "A=A B=B C=C ");
-    const Lines lines = c.run({"BATTMAN", "Outer", "nothing", "?", "Part"});
+    const Lines lines = c.run({"BATTMAN", "Outer", "nothing", "?", "", "Part"});
     EXPECT_NE(text(lines).find("Block \"Outer\" has no attributes."), std::string::npos);
     EXPECT_NE(text(lines).find("Block \"nothing\" not found."), std::string::npos);
     EXPECT_NE(text(lines).find("  B  prompt \"B?\"  default \"B\""), std::string::npos);

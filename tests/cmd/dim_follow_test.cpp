@@ -1,5 +1,6 @@
 // Leaders that follow their annotations, and dimensions on a sheet that measure the model.
 #include "cmd/draw_harness.hpp"
+#include "cmd/picking.hpp"
 #include "engine/associativity.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
@@ -179,6 +180,33 @@ TEST(DimOnSheet, SnapWordsNameWhatAViewportShows) {
     EXPECT_TRUE(c.idle());
     // A continued dimension is tied on its own, and follows.
     EXPECT_EQ(engine::dimensionLinks(c.last<DimensionEntity>()).size(), 2u);
+}
+
+TEST(DimOnSheet, ObjectsOfTheModelAreTakenByEveryKindOfPick) {
+    DrawConsole c;
+    const auto& line = c.addLine(100, 100, 900, 100);
+    const auto& circle = c.add(engine::CircleEntity(Vector2{1500, 700}, 200));
+    ViewportEntity& window = withSheet(c);
+    const Vector2 onLine{50, 30};
+    const std::vector<std::vector<std::string>> picks = {{"END 30.5,29.8"},
+                                                         {"MID", "70,30"},
+                                                         {"M2P", "60,30", "80,30"},
+                                                         {"FROM 0,0 @70,30"},
+                                                         {".x 70,0", "0,30"},
+                                                         {namedPick(line.handle())},
+                                                         {namedPick(line.handle(), &onLine)}};
+    for (const auto& pick : picks) {
+        SCOPED_TRACE(testing::PrintToString(pick));
+        c.feed("DLI");
+        c.feed("");
+        c.run(pick);
+        EXPECT_EQ(c.feed("70,50").back(), "Dimension text = 800");
+        EXPECT_EQ(engine::dimensionLinks(c.last<DimensionEntity>()).at(0).viewport, window.handle());
+    }
+    EXPECT_EQ(c.run({"DRA", namedPick(circle.handle()), "200,90"}).back(), "Dimension text = R200");
+    // Not by what no window shows.
+    window.vpFrozenLayers = {engine::Name("0")};
+    EXPECT_EQ(c.run({"DRA", namedPick(circle.handle())}).back(), "No object found.");
 }
 
 TEST(DimOnSheet, OnlyWhereAViewportShowsIt) {

@@ -1,13 +1,17 @@
 // What holds for every command: one step of UNDO, locked layers, P, Escape and Enter at every prompt, and any answer
 // whatever. A table of conversations leads the commands that edit, draw and annotate to where they change something.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <random>
 
 #include "cmd/harness.hpp"
+#include "cmd/picking.hpp"
+#include "cmd/point_input.hpp"
 #include "io/native/native_file.hpp"
 #include "io_native/sample_drawing.hpp"
 
@@ -436,6 +440,194 @@ TEST(EveryCommand, TakesEnterAtEveryPrompt) {
             }
             EXPECT_EQ(difference(before, contents(c)), "");
         }
+    }
+}
+
+// Picks ------------------------------------------------------------------------------------------------------
+
+/// The way to a question for one object, and a point that picks one there.
+struct PickRow {
+    std::vector<std::string> lines;
+    std::string at;
+};
+
+const std::vector<PickRow>& pickRows() {
+    static const std::vector<PickRow> all = {
+        // Layers
+        {{"LAYMCUR"}, "5,0"},
+        {{"LAYFRZ"}, "5,0"},
+        {{"LAYOFF"}, "5,0"},
+        {{"LAYLCK"}, "5,0"},
+        {{"LAYDEL"}, "5,0"},
+        {{"LAYMRG"}, "5,0"},
+        {{"LAYMRG", "5,0", "", ""}, "305,0"},
+        {{"LAYMCH", "5,0", ""}, "305,0"},
+        {{"COPYTOLAYER", "5,0", ""}, "305,0"},
+        {{"-LAYER", "Set", ""}, "305,0"},
+        // Selecting
+        {{"GETSEL"}, "5,0"},
+        {{"GETSEL", "*"}, "8,30"},
+        {{"ADDSELECTED"}, "8,30"},
+        {{"MATCHPROP"}, "5,0"},
+        // Changing
+        {{"BREAK"}, "5,0"},
+        {{"TRIM", ""}, "3,5"},
+        {{"EXTEND", ""}, "7,5"},
+        {{"OFFSET", "1"}, "5,0"},
+        {{"EXOFFSET", "1"}, "5,0"},
+        {{"FILLET"}, "5,0"},
+        {{"FILLET", "5,0"}, "10,5"},
+        {{"FILLET", "P"}, "55,0"},
+        {{"CHAMFER"}, "5,0"},
+        {{"CHAMFER", "5,0"}, "10,5"},
+        {{"CHAMFER", "P"}, "55,0"},
+        {{"LENGTHEN"}, "5,0"},
+        {{"LENGTHEN", "DE", "2"}, "9,0"},
+        {{"DIVIDE"}, "5,0"},
+        {{"MEASURE"}, "5,0"},
+        {{"PEDIT"}, "55,0"},
+        {{"SPLINEDIT"}, "0,50"},
+        {{"ARRAYPATH", "8,30", ""}, "55,0"},
+        {{"NCOPY"}, "5,0"},
+        {{"HATCHEDIT"}, "30,25"},
+        {{"DDEDIT"}, "2,81"},
+        {{"TEXTFIT"}, "2,81"},
+        {{"SCALETEXT", "2,81", "", "E", "M"}, "31,81"},
+        {{"TEXTALIGN", "2,81", ""}, "31,81"},
+        {{"TABLEDIT"}, "152,148"},
+        {{"EATTEDIT"}, "100,50"},
+        {{"ATTSYNC", ""}, "100,50"},
+        {{"GATTE"}, "100,50"},
+        {{"GATTE", "100,50"}, "100,50"},
+        {{"REFEDIT"}, "100,50"},
+        {{"XLIST"}, "100,50"},
+        {{"XDLIST"}, "5,0"},
+        // Drawing
+        {{"CIRCLE", "T"}, "5,0"},
+        {{"CIRCLE", "T", "5,0"}, "10,5"},
+        {{"XLINE", "A", "R"}, "5,0"},
+        {{"XLINE", "O", "1"}, "5,0"},
+        {{"REVCLOUD", "O"}, "8,30"},
+        {{"WIPEOUT", "P"}, "27,30"},
+        {{"UCS", "OB"}, "5,0"},
+        // Measuring and annotating
+        {{"MEASUREGEOM", "R"}, "8,30"},
+        {{"MEASUREGEOM", "A"}, "5,0"},
+        {{"MEASUREGEOM", "A", "5,0"}, "10,5"},
+        {{"DIMLINEAR", ""}, "5,0"},
+        {{"DIMALIGNED", ""}, "5,0"},
+        {{"DIMANGULAR"}, "5,0"},
+        {{"DIMANGULAR", "5,0"}, "10,5"},
+        {{"DIMRADIUS"}, "8,30"},
+        {{"DIMDIAMETER"}, "8,30"},
+        {{"DIMJOGGED"}, "8,30"},
+        {{"DIMCENTER"}, "8,30"},
+        {{"DIMARC"}, "25,5"},
+        {{"DIMBASELINE", "Select"}, "10,-9"},
+        {{"DIMCONTINUE", "Select"}, "10,-9"},
+        {{"DIMTEDIT"}, "5,-5"},
+        {{"DIMSPACE"}, "5,-5"},
+        {{"DIMSTYLE", "", ""}, "5,-5"},
+        {{"QLEADER", "", "", "C"}, "2,81"},
+        {{"MLEADEREDIT"}, "10,110"},
+        {{"MLEADERALIGN", "51,110", "11,110", ""}, "11,110"},
+        {{"FIELD", "Object"}, "5,0"},
+    };
+    return all;
+}
+
+/// Brings the objects of the scene onto the sheet of a layout, which then is current.
+void moveToSheet(Scene& c) {
+    c.run({"-LAYOUT", "Set", "Layout1"});
+    engine::EntityList& sheet = c.drawing().currentSpace();
+    engine::EntityList& model = c.drawing().modelSpace();
+    ASSERT_NE(&sheet, &model);
+    for (engine::Entity* e : sheet.entities()) sheet.take(*e);
+    for (engine::Entity* e : model.entities()) sheet.append(model.take(*e));
+    c.document.history().clear();
+}
+
+/// What a way of picking led to.
+struct Outcome {
+    std::vector<std::string> printed;
+    std::string prompt;
+    nlohmann::json contents;
+    std::vector<std::uint64_t> selected;
+    bool operator==(const Outcome&) const = default;
+};
+void PrintTo(const Outcome& outcome, std::ostream* out) {
+    *out << testing::PrintToString(outcome.printed) << " " << outcome.prompt << " "
+         << testing::PrintToString(outcome.selected) << " " << std::hash<nlohmann::json>{}(outcome.contents);
+}
+
+TEST(EveryCommand, ObjectPromptsTakeEveryKindOfPick) {
+    for (const bool sheet : {false, true}) {
+        for (const PickRow& row : pickRows()) {
+            SCOPED_TRACE(testing::PrintToString(row.lines) + (sheet ? " on a layout" : ""));
+            // Gives where the lines lead to behind the question; `newest` (a handle) gets a twin that is the newest.
+            const auto outcome = [&](const std::vector<std::string>& picks, std::uint64_t newest = 0) {
+                Scene c;
+                if (sheet) moveToSheet(c);
+                if (engine::Entity* e = newest != 0 ? c.drawing().findByHandle(newest) : nullptr) {
+                    std::unique_ptr<engine::Entity> twin = e->clone();
+                    twin->setHandle(0xA000);
+                    c.drawing().nextHandle = 0xA001;
+                    engine::EntityList& space = c.drawing().currentSpace();
+                    std::vector<engine::Entity*> order = space.entities();
+                    // Drawn first, so that the newest is not the last in the drawing order.
+                    order.insert(order.begin(), &space.append(std::move(twin)));
+                    space.reorder(order);
+                }
+                c.run(row.lines);
+                EXPECT_FALSE(c.idle());
+                Outcome out;
+                out.printed = c.run(picks);
+                out.prompt = c.prompt();
+                out.contents = contents(c);
+                for (const std::uint64_t id : c.selected()) out.selected.push_back(c.drawing().findById(id)->handle());
+                return out;
+            };
+            const Outcome plain = outcome({row.at});
+            for (const char* refusal : {"No object found.", kUnusable, "Invalid input."})
+                EXPECT_THAT(plain.printed, testing::Not(testing::Contains(refusal)));
+            const std::vector<std::vector<std::string>> ways = {
+                {"NON " + row.at},           {"_non", row.at},           {"M2P", row.at, row.at},
+                {"FROM 0,0 @" + row.at},     {"FROM", "0,0", "@" + row.at}, {".x " + row.at, row.at},
+                {"M2P " + row.at, row.at},
+            };
+            // Both spaces have one reading: a few ways tell for the sheet.
+            for (std::size_t i = 0; i < (sheet ? 3 : ways.size()); ++i)
+                EXPECT_EQ(outcome(ways[i]), plain) << testing::PrintToString(ways[i]);
+            // A snap word waits for its point.
+            EXPECT_THAT(outcome({"END"}).prompt, "of");
+            // By handle: one of the nearest objects is what the point picked.
+            Scene c;
+            if (sheet) moveToSheet(c);
+            const auto p = parsePointInput(row.at, {}, {});
+            ASSERT_TRUE(p);
+            std::vector<engine::Entity*> near = c.entities();
+            std::sort(near.begin(), near.end(), [&](const engine::Entity* a, const engine::Entity* b) {
+                return a->distanceTo(*p) < b->distanceTo(*p);
+            });
+            std::uint64_t picked = 0;
+            for (std::size_t i = 0; i < 6 && picked == 0; ++i)
+                if (outcome({namedPick(near[i]->handle(), &*p)}) == plain) picked = near[i]->handle();
+            EXPECT_NE(picked, 0u);
+            const Outcome twin = outcome({namedPick(0xA000)}, picked);
+            EXPECT_EQ(outcome({"L"}, picked), twin);
+            EXPECT_EQ(outcome({"last"}, picked), twin);
+            EXPECT_EQ(twin.prompt, plain.prompt);
+        }
+    }
+}
+
+// A question with a reading of its own would know less than the others.
+TEST(EveryCommand, PicksAreReadInOnePlace) {
+    for (const auto& entry : std::filesystem::directory_iterator(KOVA_SOURCE_DIR "/src/cmd/commands")) {
+        std::ifstream in(entry.path());
+        const std::string text(std::istreambuf_iterator<char>(in), {});
+        for (const char* reader : {"parsePointInput(", "parseNamedPick(", "spatialIndex().nearest("})
+            EXPECT_EQ(text.find(reader), std::string::npos) << entry.path().filename() << " has " << reader;
     }
 }
 

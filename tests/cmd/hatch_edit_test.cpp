@@ -81,7 +81,7 @@ TEST(HatchEdit, BoundariesComeAndGo) {
 TEST(HatchPattern, NamesFilesAndRefusals) {
     DrawConsole c;
     EXPECT_EQ(c.run({"HATCHPATTERN", "nothing"}).back(), "Unknown pattern \"nothing\".");
-    EXPECT_EQ(c.run({"?"}).front(), "SOLID - Solid fill");
+    EXPECT_EQ(c.run({"?", ""}).front(), "SOLID - Solid fill");
     EXPECT_EQ(c.run({"X,/no/such/file.pat"}).back(), "Cannot read \"/no/such/file.pat\".");
     const std::string path = testing::TempDir() + "kova_own.pat";
     std::ofstream(path) << ";own\n*OWNPAT, Lines of our own\n45, 0,0, 0,3\n";

@@ -159,7 +159,7 @@ TEST_F(LayerCommand, StatesSaveAndRestoreWhatTheyAreAskedTo) {
     EXPECT_FALSE(layer("A").locked);
     EXPECT_FALSE(layer("B").frozen);
     EXPECT_EQ(layer("A").color, engine::Color::index(1));
-    EXPECT_EQ(c.run({"A", "?"}).size(), 2u);
+    EXPECT_EQ(c.run({"A", "?", ""}).size(), 2u);
     EXPECT_EQ(c.run({"A", "D", "nope"}), Lines{"Unknown layer state \"nope\"."});
     c.run({"Locks", "A", "N", "Before", "Start", ""});
     ASSERT_EQ(c.drawing().layerStates.size(), 1u);

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "cmd/draw_harness.hpp"
+#include "cmd/picking.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/dimension.hpp"
 #include "engine/entities/viewport.hpp"
@@ -168,6 +169,18 @@ TEST(Vplayer, FreezesLayersInViewports) {
     EXPECT_TRUE(c.drawing().layers.contains("New"));
     EXPECT_EQ(c.feed("UNDO"), Lines{"Undone: VPLAYER"});
     EXPECT_TRUE(static_cast<ViewportEntity*>(c.entities()[1])->vpFrozenLayers.empty());
+}
+
+TEST(Vplayer, EachSelectionOfViewportsBeginsAnew) {
+    DrawConsole c;
+    c.run({"LAYER", "N", "A,B", ""});
+    c.run({"LAYOUT", "S", "Layout1", "MVIEW", "2", "", ""});
+    auto* one = static_cast<ViewportEntity*>(c.entities()[0]);
+    auto* two = static_cast<ViewportEntity*>(c.entities()[1]);
+    c.run({"VPLAYER", "F", "A", "S", namedPick(one->handle()), "", "F", "\"B\"", "S", namedPick(two->handle()), "", ""});
+    EXPECT_TRUE(c.idle());
+    EXPECT_TRUE(one->isFrozenHere("A") && !one->isFrozenHere("B"));
+    EXPECT_TRUE(!two->isFrozenHere("A") && two->isFrozenHere("B"));
 }
 
 // ZOOM, PAN, VIEW ------------------------------------------------------------------------------------------------

@@ -94,6 +94,28 @@ TEST_F(ClipboardTest, CarriesLayersStylesAndBlocksToAnotherDrawing) {
 
 // Groups ---------------------------------------------------------------------------------------------------
 
+TEST(Groups, NamesStandInQuotesAndAreListedByWildCards) {
+    Console c;
+    c.addLine(0, 0, 0, 10);
+    c.addLine(100, 0, 100, 10);
+    EXPECT_EQ(c.run({"GROUP", "N", "\"my grp\"", "0,5", ""}).back(), "Group \"my grp\" has been created.");
+    c.run({"-GROUP", "C", "\"Other one\"", "", "100,5", ""});
+    EXPECT_TRUE(c.drawing().groups.contains("Other one"));
+    EXPECT_EQ(c.run({"-GROUP", "REN", "\"Other one\"", "\"Next one\""}), Lines{});
+    EXPECT_TRUE(c.drawing().groups.contains("Next one"));
+    c.run({"SELECT", "G", "\"MY GRP\"", ""});
+    EXPECT_EQ(c.selected(), std::vector{c.entities()[0]->id()});
+    // "?" asks which ones, wherever a name is asked for.
+    for (const char* way : {"-GROUP ?", "-GROUP A ?", "-GROUP C ?", "GROUP N ?"}) {
+        c.feed(way);
+        EXPECT_EQ(c.prompt(), "Enter group name(s) to list <*>:") << way;
+        EXPECT_EQ(c.feed(""), (Lines{"my grp: 1 object, selectable", "Next one: 1 object, selectable"}));
+        c.processor.cancel();
+    }
+    EXPECT_EQ(c.run({"-GROUP", "?", "n*"}), Lines{"Next one: 1 object, selectable"});
+    EXPECT_EQ(c.run({"-GROUP", "?", "z*"}), Lines{"No matching names found."});
+}
+
 TEST(Groups, AreMadePickedAsOneAndDissolved) {
     Console c;
     for (int i = 0; i < 4; ++i) c.addLine(i * 100, 0, i * 100, 10);

@@ -31,6 +31,26 @@ using Points = std::vector<Vector2>;
 Ids box(Console& c, Vector2 a, Vector2 b, bool crossing) { return selectBox(c.document, a, b, crossing); }
 Ids polygon(Console& c, const Points& points, bool crossing) { return selectPolygon(c.document, points, crossing); }
 
+// The order of drawing says nothing of age.
+TEST(Picking, LastIsTheNewest) {
+    Console c;
+    c.run({"RECTANGLE", "0,0", "10,10", "CIRCLE", "50,50", "5", "-HATCH", "5,5", ""});
+    ASSERT_EQ(c.count(), 3u);
+    c.run({"DRAWORDER", "8,8", "", "B"});
+    ASSERT_NE(c.entities().back()->type(), engine::EntityType::Hatch);
+    c.run({"ERASE", "L", ""});
+    ASSERT_EQ(c.count(), 2u);
+    EXPECT_EQ(c.entities()[0]->type(), engine::EntityType::Polyline);
+    EXPECT_EQ(c.entities()[1]->type(), engine::EntityType::Circle);
+    // Hidden and locked ones are passed over, and what comes back is as old as it was.
+    c.feed("UNDO");
+    c.run({"DRAWORDER", "0,5", "", "F", "-LAYER", "M", "Lock", "LO", "Lock", ""});
+    c.addLine(0, 90, 1, 90).layer = "Lock";
+    c.feed("SELECTLAST");
+    ASSERT_EQ(c.selected().size(), 1u);
+    EXPECT_EQ(c.drawing().findById(c.selected()[0])->type(), engine::EntityType::Hatch);
+}
+
 TEST(Picking, WindowTakesWhatLiesInsideCrossingWhatItTouches) {
     Console c;
     const auto inside = c.addLine(1, 1, 9, 9).id();

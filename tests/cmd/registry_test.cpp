@@ -1,3 +1,4 @@
+#include "cmd/registered_twice.hpp"
 #include "cmd/registry.hpp"
 
 #include <gtest/gtest.h>
@@ -87,6 +88,8 @@ TEST(Registry, KnowsEveryNameOfTheCommandTable) {
         EXPECT_TRUE(categories.contains(command->category())) << name << ": " << command->category();
     }
 }
+
+TEST(Registry, NothingIsRegisteredTwice) { EXPECT_EQ(registeredTwice(), std::vector<std::string>{}); }
 
 TEST(Registry, ExactlyTheListedCommandsAreOneShot) {
     const std::vector<std::string> words = splitWords(kOneShot);

@@ -7,6 +7,7 @@
 
 #include "engine/entities/all.hpp"
 #include "headless/session.hpp"
+#include "math/angles.hpp"
 
 namespace kova::headless {
 namespace {
@@ -144,6 +145,56 @@ TEST_F(ExternalReferenceTest, TroubleIsTold) {
     EXPECT_THAT(session.takeOutput(), Contains(HasSubstr("Could not open DWG xref (" + path("part.dwg") + "): ")));
     EXPECT_THAT(run(session, {"XATTACH nowhere.dxf"}), Contains("File not found: nowhere.dxf"));
     EXPECT_FALSE(session.isWaiting());
+}
+
+// As INSERT does: by the units of the two drawings, and with a scale for each axis.
+TEST_F(ExternalReferenceTest, ArePlacedToScale) {
+    draw("inch.kvcad", {"INSUNITS 1", "LINE 0,0 10,0", ""});
+    const auto newest = [](Session& session) {
+        return static_cast<const engine::BlockReferenceEntity&>(*session.document().drawing().modelSpace().last());
+    };
+    for (const char* command : {"XATTACH", "-XREF A"}) {
+        SCOPED_TRACE(command);
+        const bool asksType = std::string_view(command) == "XATTACH";
+        Session host;
+        run(host, {"INSUNITS 4"});
+        Lines lines = {command, path("inch.kvcad")};
+        if (asksType) lines.push_back("A");
+        lines.insert(lines.end(), {"100,0", "", "", ""});
+        EXPECT_THAT(run(host, lines), Contains("Units of the file converted, factor 25.4."));
+        EXPECT_FALSE(host.isWaiting());
+        EXPECT_DOUBLE_EQ(newest(host).scaleX, 25.4);
+        EXPECT_NEAR(host.document().drawing().extents(host.document().drawing().modelSpace()).max.x, 354.0, 1e-9);
+        // Attached again it is placed the same way; XYZ asks for X, too.
+        lines.resize(asksType ? 3 : 2);
+        lines.push_back("0,0");
+        run(host, lines);
+        run(host, {"XYZ"});
+        EXPECT_EQ(host.prompt(), "Specify X scale factor or [Corner] <1>:");
+        run(host, {"2"});
+        EXPECT_EQ(host.prompt(), "Enter Y scale factor <use X scale factor>:");
+        run(host, {"3"});
+        EXPECT_EQ(host.prompt(), "Specify Z scale factor or <use X scale factor>:");
+        run(host, {"4"});
+        EXPECT_EQ(host.prompt(), "Specify rotation angle <0>:");
+        run(host, {"90"});
+        EXPECT_FALSE(host.isWaiting());
+        EXPECT_DOUBLE_EQ(newest(host).scaleX, 2 * 25.4);
+        EXPECT_DOUBLE_EQ(newest(host).scaleY, 3 * 25.4);
+        EXPECT_DOUBLE_EQ(newest(host).effectiveScaleZ(), 4 * 25.4);
+        EXPECT_DOUBLE_EQ(newest(host).rotation, math::kPi / 2);
+        // Options before the point; those of the preview count as well.
+        lines.back() = "PS";
+        lines.insert(lines.end(), {"2", "Rotate", "90", "0,0"});
+        run(host, lines);
+        EXPECT_FALSE(host.isWaiting());
+        EXPECT_DOUBLE_EQ(newest(host).scaleY, 2 * 25.4);
+        EXPECT_DOUBLE_EQ(newest(host).rotation, math::kPi / 2);
+    }
+    // Without a unit on one side nothing is converted.
+    Session host;
+    run(host, {"INSUNITS 0", "XATTACH", path("inch.kvcad"), "A", "0,0", "2", "", "0"});
+    EXPECT_DOUBLE_EQ(newest(host).scaleX, 2.0);
 }
 
 TEST_F(ExternalReferenceTest, OverlaysStayInTheirOwnHost) {

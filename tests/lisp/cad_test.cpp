@@ -53,6 +53,34 @@ TEST_F(CadTest, MakesChangesAndDeletesUndoably) {
     EXPECT_EQ(eval("(eq e (handent (cdr (assoc 5 (entget e)))))"), "T");
 }
 
+TEST_F(CadTest, EntitiesFollowEachOtherAsTheyWereMade) {
+    for (const char* x : {"1", "2", "3", "4"})
+        eval("(entmake '((0 . \"POINT\") (10 " + std::string(x) + " 0)))");
+    // A handle that the counter never gave is older than all that it gives.
+    auto odd = std::make_unique<engine::PointEntity>(math::Vector2{0, 0});
+    odd->setHandle(std::uint64_t{1} << 60);
+    drawing().modelSpace().append(std::move(odd));
+    std::vector<engine::Entity*> order = drawing().modelSpace().entities();
+    std::swap(order[0], order[3]);
+    std::swap(order[1], order[4]);
+    ASSERT_TRUE(drawing().modelSpace().reorder(order));
+    const std::string walk =
+        "(progn (setq e (entnext) l nil) (while e (setq l (cons (cadr (assoc 10 (entget e))) l) e (entnext e)))"
+        " (reverse l))";
+    EXPECT_EQ(eval(walk), "(0.0 1.0 2.0 3.0 4.0)");
+    EXPECT_EQ(eval("(cadr (assoc 10 (entget (entlast))))"), "4.0");
+    eval("(entdel (setq gone (entlast)))");
+    EXPECT_EQ(eval("(cadr (assoc 10 (entget (entlast))))"), "3.0");
+    eval("(entdel gone)");
+    EXPECT_EQ(eval(walk), "(0.0 1.0 2.0 3.0 4.0)");
+    // Far apart, by what stands elsewhere.
+    drawing().nextHandle += 100'000;
+    eval("(entmake '((0 . \"POINT\") (10 5 0)))");
+    drawing().nextHandle += 100'000;
+    EXPECT_EQ(eval(walk), "(0.0 1.0 2.0 3.0 4.0 5.0)");
+    EXPECT_EQ(eval("(cadr (assoc 10 (entget (entlast))))"), "5.0");
+}
+
 TEST_F(CadTest, WhatCannotBeMadeIsRefused) {
     const char* const cases[] = {
         "(entmake '((0 . \"CIRCLE\") (10 0 0) (40 . 0.0)))",

@@ -2,6 +2,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/all.hpp"
@@ -178,7 +179,7 @@ public:
 protected:
     Dialogue dialogue(Ask& ask) override {
         const auto isDrawn = [this](const Entity& entity) { return drawingCommand(entity) != nullptr; };
-        const Answer picked = co_await ask.source("Select object:", {}, isDrawn);
+        const Answer picked = co_await askSource(ask, "Select object:", {}, isDrawn);
         const Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
         if (entity == nullptr) co_return;
         if (!startCommand(*entity)) co_return;

@@ -1,4 +1,5 @@
 #include "cmd/dialogue.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/edit_curve.hpp"
 
@@ -17,7 +18,7 @@ protected:
         request.prompt = "Select object:";
         request.usable = [](const engine::Entity& e) { return EditCurve::of(e).has_value(); };
         request.refusal = "Cannot break that object.";
-        const Answer picked = co_await ask.pick(std::move(request));
+        const Answer picked = co_await askPick(ask, std::move(request));
         if (!picked.isObject()) co_return;
         Vector2 first = picked.point;
         ask.setLastPoint(first);

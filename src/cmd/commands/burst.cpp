@@ -2,6 +2,7 @@
 #include "cmd/exploded_parts.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/attribute_definition.hpp"
@@ -166,7 +167,7 @@ protected:
                 return isReference(entity) && static_cast<const BlockReferenceEntity&>(entity).blockName == block;
             };
             request.isName = [this, block](std::string_view line) { return !holders(block, typedName(line)).empty(); };
-            const Answer answer = co_await ask.pick(std::move(request));
+            const Answer answer = co_await askPick(ask, std::move(request));
             if (answer.isEnter()) co_return;
             tag = typedName(answer.text);
             if (const engine::Entity* entity = answer.isObject() ? drawing().findById(answer.id) : nullptr)

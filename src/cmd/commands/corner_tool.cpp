@@ -2,6 +2,7 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/processor.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
@@ -73,7 +74,7 @@ Task<bool> CornerTool::askPolyline(Ask& ask, StepGroup& group, const char* verb,
     request.prompt = "Select 2D polyline:";
     request.usable = [](const engine::Entity& e) { return e.type() == engine::EntityType::Polyline; };
     request.refusal = "Object selected is not a 2D polyline.";
-    const Answer picked = co_await ask.pick(std::move(request));
+    const Answer picked = co_await askPick(ask, std::move(request));
     engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
     if (entity == nullptr) co_return false;
     engine::PolylineCorners result = engine::cutPolylineCorners(static_cast<engine::PolylineEntity&>(*entity), measure);

@@ -1,6 +1,7 @@
 #include "cmd/commands/cutting_tool.hpp"
 
 #include "cmd/drawing_aids.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/self_meetings.hpp"
@@ -56,7 +57,7 @@ Dialogue CuttingTool::dialogue(Ask& ask) {
                    : "Select object to extend or shift-select to trim or [Fence/Crossing/mOde/Project/Edge/Undo]:";
         request.options = trims_ ? "Fence Crossing mOde Project Edge eRase Undo"
                                                 : "Fence Crossing mOde Project Edge Undo";
-        const Answer answer = co_await ask.pick(std::move(request));
+        const Answer answer = co_await askPick(ask, std::move(request));
         if (answer.isEnter()) co_return;
         if (answer.isObject()) {
             engine::Entity* entity = drawing().findById(answer.id);

@@ -1,5 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"
 #include "engine/entities/all.hpp"
@@ -81,7 +82,7 @@ protected:
                 // Looking changes nothing.
                 return !editableTexts(const_cast<Entity&>(e), {}).empty();
             };
-            const Answer picked = co_await ask.pick(std::move(request));
+            const Answer picked = co_await askPick(ask, std::move(request));
             if (picked.isEnter()) co_return;
             if (picked.is("UNDO")) {
                 if (!steps.drop()) message("Nothing to undo.");

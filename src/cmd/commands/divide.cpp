@@ -2,6 +2,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/point.hpp"
@@ -26,7 +27,7 @@ protected:
         request.prompt = prompt;
         request.usable = isCurve;
         request.refusal = "Cannot mark that object.";
-        const Answer picked = co_await ask.pick(std::move(request));
+        const Answer picked = co_await askPick(ask, std::move(request));
         const engine::Entity* entity = picked.isObject() ? drawing().findById(picked.id) : nullptr;
         if (entity == nullptr) co_return false;
         pick_ = picked.point;

@@ -1,6 +1,7 @@
 #include "cmd/commands/parallel_tool.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -16,7 +17,7 @@ protected:
         co_await askDistance(ask);
         for (;;) {
             PickRequest request = objectRequest("Select object to offset or [Options/Undo]:", "Options Undo");
-            const Answer picked = co_await ask.pick(std::move(request));
+            const Answer picked = co_await askPick(ask, std::move(request));
             if (picked.isEnter()) co_return;
             if (picked.is("Options"))
                 co_await askOption(ask);

@@ -3,6 +3,7 @@
 #include "cmd/format.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 
@@ -33,7 +34,7 @@ protected:
                 const std::string name = typedName(line);
                 return name == "*" || engine::entityTypeFromAnyName(name).has_value();
             };
-            const Answer answer = co_await ask.pick(std::move(request));
+            const Answer answer = co_await askPick(ask, std::move(request));
             if (answer.isEnter()) break;
             if (const Entity* entity = answer.isObject() ? drawing().findById(answer.id) : nullptr) {
                 type = entity->type();

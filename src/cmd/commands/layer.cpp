@@ -3,6 +3,7 @@
 #include "cmd/format.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -176,7 +177,7 @@ private:
                 if (makeCurrent(Name(name))) co_return;
                 continue;
             }
-            const Answer object = co_await ask.source("Select object whose layer will become current:");
+            const Answer object = co_await askSource(ask, "Select object whose layer will become current:");
             const engine::Entity* entity = object.isObject() ? drawing().findById(object.id) : nullptr;
             if (entity != nullptr) makeCurrent(entity->layer);
             co_return;

@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/all.hpp"
 
@@ -163,7 +164,7 @@ protected:
     Dialogue dialogue(Ask& ask) override {
         // What is selected beforehand is neither source nor destination.
         document().selection().clear();
-        const Answer picked = co_await ask.source("Select source object:");
+        const Answer picked = co_await askSource(ask, "Select source object:");
         if (!picked.isObject()) co_return;
         for (;;) {
             const Answer selected = co_await ask.selection("Select destination object(s) or [Settings]:", "Settings");

@@ -2,6 +2,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/distance_dialogue.hpp"
 #include "cmd/format.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
@@ -120,7 +121,7 @@ private:
     }
 
     Dialogue radius(Ask& ask) {
-        const Answer pick = co_await ask.source("Select arc or circle:", {}, isRoundOrPolyline);
+        const Answer pick = co_await askSource(ask, "Select arc or circle:", {}, isRoundOrPolyline);
         const Entity* entity = pick.isObject() ? drawing().findById(pick.id) : nullptr;
         if (entity == nullptr) co_return;
         const std::optional<Round> found = roundOf(*entity, pick.point);
@@ -133,11 +134,11 @@ private:
     }
 
     Dialogue angle(Ask& ask) {
-        const Answer pick = co_await ask.source("Select arc, circle, line, or <Specify vertex>:", {}, isAngular);
+        const Answer pick = co_await askSource(ask, "Select arc, circle, line, or <Specify vertex>:", {}, isAngular);
         const Entity* entity = pick.isObject() ? drawing().findById(pick.id) : nullptr;
         if (entity == nullptr) co_return co_await angleAt(ask);
         if (const auto line = straightOf(*entity, pick.point)) {
-            const Answer other = co_await ask.source("Select second line:", {}, isLineOrPolyline);
+            const Answer other = co_await askSource(ask, "Select second line:", {}, isLineOrPolyline);
             const Entity* second = other.isObject() ? drawing().findById(other.id) : nullptr;
             if (second == nullptr) co_return;
             const auto secondLine = straightOf(*second, other.point);

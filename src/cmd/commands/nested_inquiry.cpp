@@ -2,6 +2,7 @@
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/nested_picking.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
 #include "strings/numbers.hpp"
@@ -20,7 +21,7 @@ bool isReference(const engine::Entity& entity) { return entity.type() == engine:
 class XlistTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        const Answer pick = co_await ask.source("Select nested xref or block object to list:", {}, isReference);
+        const Answer pick = co_await askSource(ask, "Select nested xref or block object to list:", {}, isReference);
         const auto* reference =
             pick.isObject() ? dynamic_cast<const BlockReferenceEntity*>(drawing().findById(pick.id)) : nullptr;
         if (reference == nullptr) co_return;
@@ -96,7 +97,7 @@ std::size_t bytesOf(const XDataItem& item) {
 class XdlistTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        const Answer pick = co_await ask.source("Select object:");
+        const Answer pick = co_await askSource(ask, "Select object:");
         if (!pick.isObject()) co_return;
         const Answer answer = co_await ask.text("Application name <*>:");
         const std::string pattern = answer.isText() ? typedName(answer.text) : "*";

@@ -1,6 +1,7 @@
 #include "cmd/commands/parallel_tool.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {
@@ -15,7 +16,7 @@ protected:
         StepGroup group(document(), "OFFSET");
         for (;;) {
             PickRequest request = objectRequest("Select object to offset or [Exit/Undo] <Exit>:", "Exit Undo");
-            const Answer picked = co_await ask.pick(std::move(request));
+            const Answer picked = co_await askPick(ask, std::move(request));
             if (picked.is("Undo")) {
                 if (!group.drop()) message("Nothing to undo.");
                 continue;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cmd/dialogue.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/step_group.hpp"
 
 namespace kova::cmd::commands {

@@ -5,6 +5,7 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/join.hpp"
 #include "engine/polyline_fit.hpp"
@@ -51,7 +52,7 @@ protected:
         request.options = "Multiple";
         request.usable = editable;
         request.refusal = "Object selected is not a polyline.";
-        const Answer picked = co_await ask.pick(std::move(request));
+        const Answer picked = co_await askPick(ask, std::move(request));
         if (picked.isEnter()) co_return;
         StepGroup group(document(), "PEDIT");
         if (picked.is("Multiple")) {

@@ -2,6 +2,7 @@
 
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/join.hpp"
 #include "engine/reversed.hpp"
@@ -26,7 +27,7 @@ protected:
         request.prompt = "Select spline:";
         request.usable = editable;
         request.refusal = "Object selected is not a spline.";
-        const Answer picked = co_await ask.pick(std::move(request));
+        const Answer picked = co_await askPick(ask, std::move(request));
         if (picked.isEnter()) co_return;
         id_ = picked.id;
         StepGroup group(document(), "SPLINEDIT");

@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/wildcards.hpp"
@@ -181,7 +182,7 @@ private:
     }
 
     Dialogue byObject(Ask& ask) {
-        const Answer answer = co_await ask.source("Select object to align UCS:", {}, givesFrame);
+        const Answer answer = co_await askSource(ask, "Select object to align UCS:", {}, givesFrame);
         const engine::Entity* entity = answer.isObject() ? drawing().findById(answer.id) : nullptr;
         if (entity != nullptr) use(*frameOf(*entity, answer.point));
     }

@@ -1,6 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/viewports.hpp"
 #include "cmd/wildcards.hpp"
@@ -68,6 +69,8 @@ private:
                 changing();
                 leaveViewport(document());
             }
+            // Each option asks for viewports of its own.
+            document().selection().clear();
             const Answer selected = co_await ask.selection();
             co_return viewportsAmong(drawing(), selected.ids);
         }
@@ -98,7 +101,7 @@ private:
             const Answer answer = co_await ask.text(std::move(prompt));
             Names layers;
             if (answer.isEnter() && frozen) {
-                const Answer object = co_await ask.source("Select object whose layer is to be frozen:");
+                const Answer object = co_await askSource(ask, "Select object whose layer is to be frozen:");
                 const engine::Entity* entity = object.isObject() ? drawing().findById(object.id) : nullptr;
                 if (entity != nullptr) layers.push_back(entity->layer);
             }

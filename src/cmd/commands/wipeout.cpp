@@ -2,6 +2,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
+#include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/polygon.hpp"
@@ -61,7 +62,7 @@ private:
         PickRequest request;
         request.prompt = "Select a closed polyline:";
         request.usable = isClosedPolyline;
-        const Answer picked = co_await ask.pick(std::move(request));
+        const Answer picked = co_await askPick(ask, std::move(request));
         if (!picked.isObject()) co_return;
         const bool erase = co_await askYesNo(ask, "Erase polyline? [Yes/No] <No>:", false);
         auto* polyline = dynamic_cast<engine::PolylineEntity*>(drawing().findById(picked.id));

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "engine/entities/all.hpp"
+#include "engine/making_order.hpp"
 #include "engine/symbols.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_codes.hpp"
@@ -17,14 +18,14 @@ using namespace engine;
 namespace {
 
 Value entLast(Machine& m, Value*, int) {
-    const Entity* e = m.drawing().currentSpace().newest();
+    const Entity* e = newestEntity(m.drawing().currentSpace());
     return e != nullptr ? Value::entity(e->handle()) : Value();
 }
 
 Value entNext(Machine& m, Value* v, int n) {
     const Drawing& d = m.drawing();
     if (n == 0 || v[0].isNil()) {
-        const Entity* e = d.currentSpace().oldest();
+        const Entity* e = oldestEntity(d.currentSpace());
         return e != nullptr ? Value::entity(e->handle()) : Value();
     }
     const SubName name = SubName::of(entityArgument("ENTNEXT", v[0]));
@@ -33,7 +34,7 @@ Value entNext(Machine& m, Value* v, int n) {
     const std::size_t parts = partCount(*e);
     // The parts follow their entity, and the end of its sequence follows them.
     if (parts > 0 && name.part <= parts) return Value::entity(SubName{name.handle, name.part + 1}.encoded());
-    const Entity* next = e->owner()->madeAfter(*e);
+    const Entity* next = madeAfter(*e);
     return next != nullptr ? Value::entity(next->handle()) : Value();
 }
 
