@@ -206,7 +206,7 @@ def gradients():
 
 
 def complex_linetype(name, pattern, elements):
-    """elements: by index in the pattern, what stands there."""
+    """elements: what stands at the end of a pattern's entry, by the entry's index."""
     plain = {"flags": 0, "shape": 0, "style": "", "scale": 1.0, "rotation": 0.0, "offsetX": 0.0, "offsetY": 0.0, "text": ""}
     return {"name": name, "description": name, "standard": False, "pattern": pattern,
             "elements": [{**plain, **elements.get(i, {})} for i in range(len(pattern))]}
@@ -217,15 +217,15 @@ def complex_linetypes():
         return {"flags": 4, "shape": number, "style": "ltypeshp.shx", **more}
 
     records = [
-        complex_linetype("FENCELINE1", [6.35, -2.54, -2.54, 25.4], {2: shape(133, offsetX=-2.54, scale=2.54)}),
-        complex_linetype("FENCELINE2", [6.35, -2.54, -2.54, 25.4], {2: shape(132, offsetX=-2.54, scale=2.54)}),
-        complex_linetype("TRACKS", [3.81, 3.81], {1: shape(130, scale=6.35)}),
+        complex_linetype("FENCELINE1", [6.35, -2.54, -2.54, 25.4], {1: shape(133, offsetX=-2.54, scale=2.54)}),
+        complex_linetype("FENCELINE2", [6.35, -2.54, -2.54, 25.4], {1: shape(132, offsetX=-2.54, scale=2.54)}),
+        complex_linetype("TRACKS", [3.81, 3.81], {0: shape(130, scale=6.35)}),
         complex_linetype("BATTING", [0.00254, -2.54, -5.08, -2.54],
-                         {2: shape(134, offsetX=-2.54, scale=2.54), 3: shape(134, rotation=PI, offsetX=2.54, scale=2.54)}),
+                         {1: shape(134, offsetX=-2.54, scale=2.54), 2: shape(134, rotation=PI, offsetX=2.54, scale=2.54)}),
         complex_linetype("ZIGZAG", [0.00254, -5.08, -10.16, -5.08],
-                         {2: shape(131, offsetX=-5.08, scale=5.08), 3: shape(131, rotation=PI, offsetX=5.08, scale=5.08)}),
+                         {1: shape(131, offsetX=-5.08, scale=5.08), 2: shape(131, rotation=PI, offsetX=5.08, scale=5.08)}),
         complex_linetype("HOT_WATER_SUPPLY", [12.7, -5.08, -5.08],
-                         {2: {"flags": 2, "style": "Standard", "text": "HW", "scale": 2.54, "offsetX": -2.54, "offsetY": -1.27}})]
+                         {1: {"flags": 10, "style": "Standard", "text": "HW", "scale": 2.54, "offsetX": -2.54, "offsetY": -1.27}})]
     out = []
     for i, record in enumerate(records):
         y = -25.0 * i

@@ -21,7 +21,7 @@ constexpr IdleGroup kGroups[] = {
      "PREVIEWEFFECT QPMODE REGENAUTO REGENMODE RIBBONSTATE ROLLOVERTIPS SCROLLBAR SDI SELECTIONAREA "
      "SELECTIONAREAOPACITY SELECTIONCYCLING SELECTIONPREVIEW SHORTCUTMENU STARTUP TEMPOVERRIDES TOOLTIPS COLORTHEME "
      "WINDOWAREACOLOR ZOOMFACTOR FIELDDISPLAY XDWGFADECTL LAYLOCKFADECTL UCSICON GRIDMODE GRIDMAJOR GRIDDISPLAY"},
-    {"there is no pointer to guide", "AUTOTRACKING OSNAPCOORD POLARADDANG POLARDIST POLARMODE TRACKPATH"},
+    {"there is no pointer to guide", "AUTOTRACKING ORTHOMODE OSMODE OSNAPCOORD OSOPTIONS POLARADDANG POLARDIST POLARMODE SNAPMODE TRACKPATH"},
     {"picks add to the selection", "PICKADD"},
     {"commands ask on the command line", "ATTDIA CMDDIA"},
     {"pictures and plots show lineweights as they are plotted", "LWDISPLAY"},
@@ -40,6 +40,16 @@ constexpr IdleGroup kGroups[] = {
      "LOFTNORMALS LOFTPARAM SOLIDHIST SHOWHIST REALWORLDSCALE 3DDWFPREC OLESTARTUP CAMERADISPLAY "
      "LIGHTGLYPHDISPLAY LIGHTINGUNITS TILEMODELIGHTSYNCH STEPSIZE STEPSPERSEC LATITUDE LONGITUDE NORTHDIRECTION "
      "TIMEZONE UCSORTHOVIEW PUCSORTHOVIEW WORLDVIEW LAYEREVAL LAYERNOTIFY EXTNAMES SAVEFIDELITY PROJECTNAME"},
+    {"drawings without a unit are inserted as large as they are", "INSUNITSDEFSOURCE INSUNITSDEFTARGET"},
+    {"multileaders take the scale of their style", "MLEADERSCALE"},
+    {"MLINE asks for its style", "CMLSTYLE"},
+    {"PLAN shows the plan of a UCS", "UCSFOLLOW"},
+    {"typed text is taken as it stands", "TEXTEVAL"},
+    {"messages are always shown", "NOMUTT"},
+    {"drawings are saved on command only", "SAVETIME SAVEFILEPATH"},
+    {"a font that is not found is replaced by one of its kind", "FONTALT"},
+    {"page setups name their plot style table", "STYLESHEET PSTYLEPOLICY"},
+    {"REFEDIT opens every drawing", "XEDIT"},
     {"limits are checked in model space", "PLIMCHECK PLIMMIN PLIMMAX"},
     {"lines have round ends and joints", "ENDCAPS JOINSTYLE"},
     {"polylines are always light ones (LWPOLYLINE), those of files too", "PLINETYPE"},

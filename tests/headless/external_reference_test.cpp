@@ -121,6 +121,15 @@ TEST_F(ExternalReferenceTest, TroubleIsTold) {
     Session session;
     ASSERT_EQ(session.open(path("host.kvcad")), "");
     EXPECT_THAT(session.takeOutput(), Contains("Xref not found: detail.kvcad"));
+    // XREFNOTIFY: told one by one, as a number, or not at all.
+    run(session, {"XREFNOTIFY 1"});
+    ASSERT_EQ(session.open(path("host.kvcad")), "");
+    EXPECT_THAT(session.takeOutput(), AllOf(Not(Contains("Xref not found: detail.kvcad")),
+                                            Contains(HasSubstr("1 external reference(s) could not be loaded"))));
+    run(session, {"XREFNOTIFY 0"});
+    ASSERT_EQ(session.open(path("host.kvcad")), "");
+    EXPECT_THAT(session.takeOutput(), Not(Contains(HasSubstr("ref"))));
+    engine::resetProfileVariables();
     EXPECT_EQ(block(session, "part")->xrefStatus, engine::XrefStatus::Loaded);
     std::ofstream(path("detail.kvcad")) << "{";
     ASSERT_EQ(session.open(path("host.kvcad")), "");

@@ -10,6 +10,7 @@
 
 #include "doc/reference_edit.hpp"
 #include "engine/entities/line.hpp"
+#include "engine/entities/text.hpp"
 #include "headless/session.hpp"
 #include "headless/templates.hpp"
 #include "io/save.hpp"
@@ -432,6 +433,44 @@ TEST_F(SessionTest, WhatIsBeingEditedIsSavedAsItWasBefore) {
     EXPECT_EQ(session.document().drawing().findBlock(engine::Name("Part"))->entities.size(), 2u);
     EXPECT_THAT(feedAll({"SAVEAS " + path("done.kvcad")}), ::testing::SizeIs(2));
     EXPECT_FALSE(session.document().isModified());
+}
+
+TEST_F(SessionTest, HiddenObjectsAreSavedAsShownUnlessIsolationLasts) {
+    const auto shownAfterSaving = [&](const std::string& file) {
+        EXPECT_EQ(session.save(path(file)), "");
+        Session other;
+        EXPECT_EQ(other.open(path(file)), "");
+        std::size_t count = 0;
+        for (const engine::Entity& e : other.document().drawing().modelSpace()) count += e.visible ? 1 : 0;
+        return count;
+    };
+    feedAll({"LINE 0,0 10,0", "", "LINE 0,5 10,5", "", "HIDEOBJECTS 5,0", ""});
+    session.takeOutput();
+    for (const char* file : {"a.kvcad", "a.dxf", "a.dwg"}) EXPECT_EQ(shownAfterSaving(file), 2u) << file;
+    EXPECT_THAT(session.takeOutput(), ::testing::Contains("1 hidden object(s) were saved as shown (OBJECTISOLATIONMODE 0)."));
+    EXPECT_FALSE(session.document().drawing().modelSpace().entities().front()->visible) << "it stays hidden here";
+    feedAll({"OBJECTISOLATIONMODE 1"});
+    for (const char* file : {"b.kvcad", "b.dxf", "b.dwg"}) EXPECT_EQ(shownAfterSaving(file), 1u) << file;
+    engine::resetProfileVariables();
+}
+
+TEST_F(SessionTest, FieldsComeUpToDateOnOpeningAndSaving) {
+    feedAll({"FIELD F 0,0", "5", "0"});
+    const auto content = [&] {
+        return static_cast<engine::TextEntity&>(*session.document().drawing().modelSpace().entities().back()).content;
+    };
+    ASSERT_EQ(entities(), 1u);
+    const std::string before = content();
+    ASSERT_EQ(session.save(path("first.kvcad")), "");
+    ASSERT_EQ(session.save(path("second.kvcad")), "");
+    std::filesystem::rename(path("second.kvcad"), path("third.kvcad"));
+    ASSERT_EQ(session.open(path("third.kvcad")), "");
+    EXPECT_EQ(content(), "third.kvcad");
+    feedAll({"FIELDEVAL 0"});
+    ASSERT_EQ(session.save(""), "");
+    std::filesystem::rename(path("third.kvcad"), path("fourth.kvcad"));
+    ASSERT_EQ(session.open(path("fourth.kvcad")), "");
+    EXPECT_EQ(content(), "third.kvcad");
 }
 
 }  // namespace

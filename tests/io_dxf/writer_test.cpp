@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <set>
@@ -349,6 +350,46 @@ TEST(DxfWriter, HostileValuesDoNotHarmTheFile) {
         if (g.code >= 10 && g.code < 60) {
             EXPECT_TRUE(std::isfinite(std::strtod(g.value.c_str(), nullptr))) << g.code << ' ' << g.value;
         }
+}
+
+TEST(DxfWriter, FramesStandWhereOtherProgramsLookForThem) {
+    const DxfFolder folder;
+    const std::string file = folder.file("frames.dxf");
+    engine::Drawing drawing;
+    auto mask = std::make_unique<engine::WipeoutEntity>(std::vector<math::Vector2>{{0, 0}, {10, 0}, {10, 10}});
+    mask->showFrame = false;
+    drawing.modelSpace().append(std::move(mask));
+    for (const auto& [name, value] : {std::pair{"IMAGEFRAME", 2}, {"WIPEOUTFRAME", 0}, {"FRAME", 2}, {"XCLIPFRAME", 1}})
+        EXPECT_EQ(engine::setSysVar(drawing, name, value), "");
+    ASSERT_EQ(io::dxf::saveDxf(drawing, file), "");
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    const std::vector<DxfGroup> groups = dxfGroups(text.str());
+    std::string record;
+    std::map<std::string, std::string> flags;
+    for (const DxfGroup& g : groups) {
+        if (g.code == 0) record = g.value;
+        if (g.code == 70) flags[record] = g.value;
+    }
+    const auto number = [&](const char* key) { return std::atoi(flags[key].c_str()); };
+    EXPECT_EQ(number("RASTERVARIABLES"), 2);
+    EXPECT_EQ(number("WIPEOUTVARIABLES"), 0);
+    EXPECT_EQ(number("WIPEOUT") & 1, 1) << "without this bit other programs hide the mask itself";
+    engine::Drawing back;
+    ASSERT_EQ(io::dxf::loadDxf(file, back), "");
+    EXPECT_EQ(engine::sysVarInt(back, "IMAGEFRAME"), 2);
+    EXPECT_EQ(engine::sysVarInt(back, "FRAME"), 2);
+    EXPECT_EQ(engine::sysVarInt(back, "XCLIPFRAME"), 1);
+    EXPECT_FALSE(static_cast<engine::WipeoutEntity&>(*back.modelSpace().entities().front()).showFrame);
+    // Another program changes what it knows of.
+    std::string changed = text.str();
+    const std::size_t at = changed.find("AcDbRasterVariables");
+    const std::size_t value = changed.find("\n 70\n", at) + 5;
+    changed.replace(value, changed.find('\n', value) - value, "     0");
+    std::ofstream(file) << changed;
+    engine::Drawing edited;
+    ASSERT_EQ(io::dxf::loadDxf(file, edited), "");
+    EXPECT_EQ(engine::sysVarInt(edited, "IMAGEFRAME"), 0);
 }
 
 TEST(DxfStream, RealsAndTexts) {

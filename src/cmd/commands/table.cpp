@@ -57,6 +57,8 @@ protected:
         table->styleName = styleName;
         table->rotation = ucsRotation(drawing());
         const engine::TableStyle* style = drawing().tableStyles.find(styleName);
+        static const engine::TableStyle standard;
+        const engine::TableStyle& sizes = style != nullptr ? *style : standard;
         const bool title = style == nullptr || style->hasTitle;
         const int heads = (title ? 1 : 0) + (style == nullptr || style->hasHeader ? 1 : 0);
         if (columns.is("AUTO") || rows.is("AUTO")) {
@@ -65,7 +67,7 @@ protected:
             if (!corner.isPoint()) co_return;
             const math::Vector2 x = math::Vector2::from_angle(table->rotation);
             const math::Vector2 d = corner.point - table->insertion;
-            table->resize(1, 1);
+            table->resize(1, 1, sizes);
             const double oneWidth = width > 0.0 ? width : table->colWidth(0);
             const double oneHeight = height > 0.0 ? height : table->rowHeight(0);
             const auto fitting = [](double room, double one, int limit) {
@@ -78,7 +80,7 @@ protected:
             co_return message("Invalid value.");
         // The rows asked for are those of data; title and header stand above them.
         const int total = dataRows + heads;
-        table->resize(total, columnCount);
+        table->resize(total, columnCount, sizes);
         if (width > 0.0) table->colWidths.assign(static_cast<std::size_t>(columnCount), width);
         if (height > 0.0) table->rowHeights.assign(static_cast<std::size_t>(total), height);
         if (title && columnCount > 1) table->mergeCells(0, 0, 0, columnCount - 1);

@@ -47,15 +47,14 @@ const TableStyleRow& rowStyle(const TableStyle& style, TableEntity::RowType type
 /// The text of a cell within its area; the content is only looked at.
 MTextBlock cellBlock(const TableEntity& t, const TableCell& cell, std::int32_t row, std::int32_t col,
                      const Bounds2& box) {
-    const TableStyle& style = t.style();
     const double height = t.cellTextHeight(row);
     MTextBlock block;
     block.content = cell.content;
     block.height = height;
     block.attachment = t.cellAlignment(row, col);
     block.textStyle = t.cellTextStyle(row, col);
-    const double marginX = std::min(std::max(0.0, style.cellMargin), box.width() / 4.0);
-    const double marginY = std::min(std::max(0.0, style.verticalMargin), box.height() / 4.0);
+    const double marginX = std::min(t.marginAcross(), box.width() / 4.0);
+    const double marginY = std::min(t.marginUpright(), box.height() / 4.0);
     block.width = std::max(box.width() - 2.0 * marginX, kSmallest * height);
     const std::int32_t across = (block.attachment - 1) % 3;
     const std::int32_t down = (block.attachment - 1) / 3;
@@ -150,6 +149,14 @@ Name TableEntity::cellTextStyle(std::int32_t row, std::int32_t col) const {
     return c != nullptr && !c->textStyle.empty() ? c->textStyle : style().textStyle;
 }
 
+double TableEntity::marginAcross() const {
+    return std::max(0.0, horizontalMargin >= 0.0 ? horizontalMargin : style().cellMargin);
+}
+
+double TableEntity::marginUpright() const {
+    return std::max(0.0, verticalMargin >= 0.0 ? verticalMargin : style().verticalMargin);
+}
+
 TableCell* TableEntity::cell(std::int32_t row, std::int32_t col) {
     if (row < 0 || col < 0 || row >= rows || col >= cols) return nullptr;
     const std::size_t index =
@@ -169,7 +176,7 @@ TableCell& TableEntity::ensureCell(std::int32_t row, std::int32_t col) {
     return cells[index];
 }
 
-void TableEntity::resize(std::int32_t newRows, std::int32_t newCols) {
+void TableEntity::resize(std::int32_t newRows, std::int32_t newCols, const TableStyle& sizes) {
     newCols = std::clamp(newCols, 0, kMaxCols);
     newRows = std::clamp(newRows, 0, newCols == 0 ? 0 : std::min(kMaxRows, kMaxCells / newCols));
     std::vector<TableCell> moved(static_cast<std::size_t>(newRows) * static_cast<std::size_t>(newCols));
@@ -178,8 +185,8 @@ void TableEntity::resize(std::int32_t newRows, std::int32_t newCols) {
             if (TableCell* old = cell(r, c))
                 moved[static_cast<std::size_t>(r) * static_cast<std::size_t>(newCols) + static_cast<std::size_t>(c)] =
                     std::move(*old);
-    const double newHeight = usable(style().defaultRowHeight, 9.0);
-    const double newWidth = usable(style().defaultColWidth, 63.5);
+    const double newHeight = usable(sizes.defaultRowHeight, 9.0);
+    const double newWidth = usable(sizes.defaultColWidth, 63.5);
     cells = std::move(moved);
     rows = newRows;
     cols = newCols;
@@ -255,7 +262,7 @@ Bounds2 TableEntity::cellBox(std::int32_t row, std::int32_t col) const {
 void TableEntity::fitRowHeights() {
     const TableGrid grid(*this);
     rowHeights.resize(static_cast<std::size_t>(grid.rows()), usable(style().defaultRowHeight, 9.0));
-    const double margins = 2.0 * std::max(0.0, style().verticalMargin);
+    const double margins = 2.0 * marginUpright();
     for (std::int32_t r = 0; r < grid.rows(); ++r) {
         for (std::int32_t c = 0; c < grid.cols(); ++c) {
             const TableCell* at = cell(r, c);
@@ -303,6 +310,8 @@ void TableEntity::transform(const Matrix4& m) {
     }
     for (std::int32_t c = 0; c < colTotal; ++c) colWidths[static_cast<std::size_t>(c)] = colWidth(c) * sx;
     textHeight *= sy;
+    horizontalMargin = marginAcross() * sx;
+    verticalMargin = marginUpright() * sy;
 }
 
 Vector2 TableEntity::nearestPoint(const Vector2& p) const {
@@ -375,6 +384,8 @@ void TableEntity::describe(FieldVisitor& v) {
     v.name("styleName", styleName);
     v.objects("cells", cells);
     v.angle("rotation", rotation, 0.0);
+    v.length("horizontalMargin", horizontalMargin, -1.0);
+    v.length("verticalMargin", verticalMargin, -1.0);
 }
 
 void TableEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {

@@ -38,6 +38,8 @@ class TableEntity final : public Entity {
     Name styleName = commonNames().standard;  ///< table style
     std::vector<TableCell> cells;             ///< row by row from the title row on; missing ones are empty
     double rotation = 0.0;                    ///< radians
+    double horizontalMargin = -1.0;           ///< between a cell's sides and its text; below 0: the style's
+    double verticalMargin = -1.0;             ///< above and below the text; below 0: the style's
 
     enum class RowType { Title, Header, Data };
 
@@ -50,7 +52,9 @@ class TableEntity final : public Entity {
     std::int32_t colCount() const;
 
     /// Sets the numbers of rows and columns; cells keep their places, new sizes are the style's defaults.
-    void resize(std::int32_t newRows, std::int32_t newCols);
+    void resize(std::int32_t newRows, std::int32_t newCols) { resize(newRows, newCols, style()); }
+    /// The same for a table that stands in no drawing yet, and so cannot find its style.
+    void resize(std::int32_t newRows, std::int32_t newCols, const TableStyle& sizes);
     /// Null outside the table or where no cell is stored.
     TableCell* cell(std::int32_t row, std::int32_t col);
     const TableCell* cell(std::int32_t row, std::int32_t col) const;
@@ -65,6 +69,9 @@ class TableEntity final : public Entity {
     double cellTextHeight(std::int32_t row) const;
     std::int32_t cellAlignment(std::int32_t row, std::int32_t col) const;
     Name cellTextStyle(std::int32_t row, std::int32_t col) const;
+    /// The margins in force, never below 0.
+    double marginAcross() const;
+    double marginUpright() const;
     /// Merges a range of cells into its first one; false when the range leaves the table.
     bool mergeCells(std::int32_t row0, std::int32_t col0, std::int32_t row1, std::int32_t col1);
     /// Undoes the merge that covers the cell.

@@ -69,6 +69,12 @@ std::unique_ptr<Entity> Reader::buildTable(const EntityTags& tags) {
                 case 140:
                     tableHeight = real(tag);
                     break;
+                case 40:
+                    out->horizontalMargin = std::max(0.0, real(tag));
+                    break;
+                case 41:
+                    out->verticalMargin = std::max(0.0, real(tag));
+                    break;
                 default:
                     break;
             }

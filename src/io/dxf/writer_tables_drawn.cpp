@@ -25,6 +25,8 @@ bool Writer::write(const TableEntity& e, const Target& t) {
     if (e.colWidths.size() != static_cast<std::size_t>(columns)) keys.push_back("colWidths");
     if (e.textHeight != 0.0) keys.push_back("textHeight");
     if (!e.rowTextHeights.empty()) keys.push_back("rowTextHeights");
+    if (forDwg_ && e.horizontalMargin >= 0.0) keys.push_back("horizontalMargin");
+    if (forDwg_ && e.verticalMargin >= 0.0) keys.push_back("verticalMargin");
     if (!isPlain(e.styleName) || tableStyles_.find(e.styleName.key()) == tableStyles_.end())
         keys.push_back("styleName");
     const auto cells = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
@@ -57,10 +59,14 @@ bool Writer::write(const TableEntity& e, const Target& t) {
     out.integer(90, 22);
     out.integer(91, rows);
     out.integer(92, columns);
-    out.integer(93, 0);
+    // Bits of group 93: 8 horizontal margin, 16 vertical margin.
+    const int margins = (e.horizontalMargin >= 0.0 ? 8 : 0) | (e.verticalMargin >= 0.0 ? 16 : 0);
+    out.integer(93, forDwg_ ? 0 : margins);
     out.integer(94, 0);
     out.integer(95, 0);
     out.integer(96, 0);
+    if (!forDwg_ && (margins & 8) != 0) out.real(40, e.horizontalMargin);
+    if (!forDwg_ && (margins & 16) != 0) out.real(41, e.verticalMargin);
     for (std::int32_t r = 0; r < rows; ++r) out.real(141, e.rowHeight(r));
     for (std::int32_t c = 0; c < columns; ++c) out.real(142, e.colWidth(c));
     static const TableCell blank;
