@@ -9,8 +9,8 @@
 #include "engine/drawing.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dxf/dxf_save.hpp"
-#include "kdraw/dxf/dxf_file_input.hpp"
-#include "kdraw/encoder.hpp"
+#include "kdraw/database/dxf_file_input.hpp"
+#include "kdraw/database/encoder.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kova;

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "dwg_records.hpp"
-#include "kdraw/dxf/dxf_file_input.hpp"
-#include "kdraw/dxf/dxf_file_output.hpp"
+#include "kdraw/database/dxf_file_input.hpp"
+#include "kdraw/database/dxf_file_output.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace kdraw;

@@ -5,12 +5,12 @@
 #include <string_view>
 #include <utility>
 
-#include "kdraw/bit_writer.hpp"
-#include "kdraw/database.hpp"
-#include "kdraw/decoder.hpp"
-#include "kdraw/minimal_graph.hpp"
+#include "kdraw/fields/bit_writer.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/database/decoder.hpp"
+#include "kdraw/database/completion.hpp"
 #include "kdraw/objects/block_header.hpp"
-#include "kdraw/record_codec.hpp"
+#include "kdraw/database/record_codec.hpp"
 
 namespace kdraw::fuzz {
 

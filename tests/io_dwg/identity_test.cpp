@@ -17,8 +17,8 @@
 #include "io_dwg/drawing_difference.hpp"
 #include "io_dxf/rich_drawing.hpp"
 #include "io_native/sample_drawing.hpp"
-#include "kdraw/database.hpp"
-#include "kdraw/decoder.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/database/decoder.hpp"
 #include "kdraw/objects/layout.hpp"
 
 namespace kova::test {

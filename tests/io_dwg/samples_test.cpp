@@ -16,8 +16,8 @@
 #include "io/dxf/dxf_load.hpp"
 #include "io/native/native_file.hpp"
 #include "io_dwg/drawing_difference.hpp"
-#include "kdraw/database.hpp"
-#include "kdraw/decoder.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/database/decoder.hpp"
 
 namespace kova::test {
 

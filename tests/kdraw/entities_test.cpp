@@ -3,8 +3,8 @@
 
 #include <cmath>
 
-#include "kdraw/bit_fields.hpp"
-#include "kdraw/dxf/dxf_fields.hpp"
+#include "kdraw/fields/bit_fields.hpp"
+#include "kdraw/groups/dxf_fields.hpp"
 #include "kdraw/entities/curves.hpp"
 #include "kdraw/entities/dimensions.hpp"
 #include "kdraw/entities/entity_kinds.hpp"
@@ -18,7 +18,7 @@
 #include "kdraw/entities/table_entity.hpp"
 #include "kdraw/entities/texts.hpp"
 #include "kdraw/entity_samples.hpp"
-#include "kdraw/record_codec.hpp"
+#include "kdraw/database/record_codec.hpp"
 
 using namespace kdraw;
 using namespace kdraw::test;

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "kdraw/bit_fields.hpp"
+#include "kdraw/fields/bit_fields.hpp"
 #include "kdraw/objects/table_record.hpp"
-#include "kdraw/record_codec.hpp"
+#include "kdraw/database/record_codec.hpp"
 
 namespace kdraw::test {
 

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "kdraw/database.hpp"
-#include "kdraw/dxf/dxf_fields.hpp"
-#include "kdraw/object.hpp"
-#include "kdraw/version.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/groups/dxf_fields.hpp"
+#include "kdraw/fields/object.hpp"
+#include "kdraw/fields/version.hpp"
 
 // Entities and other objects with all members set, and ways to see what one holds.
 

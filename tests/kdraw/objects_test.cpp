@@ -3,10 +3,10 @@
 
 #include <cmath>
 
-#include "kdraw/database.hpp"
-#include "kdraw/dxf/dxf_fields.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/groups/dxf_fields.hpp"
 #include "kdraw/entity_samples.hpp"
-#include "kdraw/minimal_graph.hpp"
+#include "kdraw/database/completion.hpp"
 #include "kdraw/objects/app_id.hpp"
 #include "kdraw/objects/block_header.hpp"
 #include "kdraw/objects/control.hpp"
@@ -18,7 +18,7 @@
 #include "kdraw/objects/table_style.hpp"
 #include "kdraw/objects/views.hpp"
 #include "kdraw/objects/xrecord.hpp"
-#include "kdraw/record_codec.hpp"
+#include "kdraw/database/record_codec.hpp"
 
 using namespace kdraw;
 using namespace kdraw::test;

@@ -9,9 +9,9 @@
 #include "engine/sysvar.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/file_content.hpp"
-#include "kdraw/database.hpp"
-#include "kdraw/decoder.hpp"
-#include "kdraw/dxf/dxf_file_output.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/database/decoder.hpp"
+#include "kdraw/database/dxf_file_output.hpp"
 #include "strings/code_page.hpp"
 
 namespace kova::io::dwg {

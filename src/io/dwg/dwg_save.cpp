@@ -6,9 +6,9 @@
 #include "io/dxf/dxf_save.hpp"
 #include "io/save.hpp"
 #include "io/scratch_file.hpp"
-#include "kdraw/database.hpp"
-#include "kdraw/dxf/dxf_file_input.hpp"
-#include "kdraw/encoder.hpp"
+#include "kdraw/database/database.hpp"
+#include "kdraw/database/dxf_file_input.hpp"
+#include "kdraw/database/encoder.hpp"
 
 namespace kova::io::dwg {
 

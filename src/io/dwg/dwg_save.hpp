@@ -4,7 +4,7 @@
 #include <string>
 
 #include "io/left_out.hpp"
-#include "kdraw/version.hpp"
+#include "kdraw/fields/version.hpp"
 
 namespace kova::engine {
 class Drawing;

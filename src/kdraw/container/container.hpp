@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "kdraw/version.hpp"
+#include "kdraw/fields/version.hpp"
 
 namespace kdraw {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "kdraw/version.hpp"
+#include "kdraw/fields/version.hpp"
 
 namespace kdraw {
 

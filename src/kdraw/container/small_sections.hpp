@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "kdraw/container/container.hpp"
-#include "kdraw/text_codec.hpp"
+#include "kdraw/fields/text_codec.hpp"
 
 namespace kdraw {
 

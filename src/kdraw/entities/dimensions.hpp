@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 // Dimensions. The picture of each is an anonymous block.
 

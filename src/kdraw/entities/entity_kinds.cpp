@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-#include "kdraw/dxf/dxf_input.hpp"
+#include "kdraw/groups/dxf_input.hpp"
 #include "kdraw/entities/curves.hpp"
 #include "kdraw/entities/dimensions.hpp"
 #include "kdraw/entities/hatch.hpp"

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 namespace kdraw {
 

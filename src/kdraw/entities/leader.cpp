@@ -1,6 +1,6 @@
 #include "kdraw/entities/leader.hpp"
 
-#include "kdraw/entities/shared.hpp"
+#include "kdraw/groups/describing.hpp"
 
 namespace kdraw {
 

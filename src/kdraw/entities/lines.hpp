@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 // Points, straight lines and plane faces.
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <utility>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 namespace kdraw {
 

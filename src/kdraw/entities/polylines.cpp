@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "kdraw/entities/shared.hpp"
+#include "kdraw/groups/describing.hpp"
 
 namespace kdraw {
 

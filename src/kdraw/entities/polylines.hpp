@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 // Light polylines, and polylines and meshes whose vertices are objects of their own.
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "kdraw/entities/shared.hpp"
+#include "kdraw/groups/describing.hpp"
 
 namespace kdraw {
 

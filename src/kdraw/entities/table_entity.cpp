@@ -1,8 +1,8 @@
 // The form of R2010 and later.
 #include "kdraw/entities/table_entity.hpp"
 
-#include "kdraw/entities/shared.hpp"
-#include "kdraw/text_codec.hpp"
+#include "kdraw/groups/describing.hpp"
+#include "kdraw/fields/text_codec.hpp"
 
 namespace kdraw {
 

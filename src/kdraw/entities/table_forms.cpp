@@ -1,7 +1,7 @@
 // Tables in the form of R2007 and earlier, which is also that of groups.
 #include <algorithm>
 
-#include "kdraw/entities/shared.hpp"
+#include "kdraw/groups/describing.hpp"
 #include "kdraw/entities/table_entity.hpp"
 
 namespace kdraw {

@@ -1,7 +1,7 @@
 #include "kdraw/entities/texts.hpp"
 
-#include "kdraw/entities/shared.hpp"
-#include "kdraw/record_codec.hpp"
+#include "kdraw/groups/describing.hpp"
+#include "kdraw/database/record_codec.hpp"
 
 namespace kdraw {
 

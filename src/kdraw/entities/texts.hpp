@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 // Single-line texts, attributes and their definitions, multi-line texts.
 

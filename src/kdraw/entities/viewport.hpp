@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 namespace kdraw {
 

@@ -1,6 +1,6 @@
 #include "kdraw/objects/block_header.hpp"
 
-#include "kdraw/objects/helpers.hpp"
+#include "kdraw/groups/describing_objects.hpp"
 #include "strings/case_fold.hpp"
 
 namespace kdraw {

@@ -1,6 +1,6 @@
 #include "kdraw/objects/dictionary.hpp"
 
-#include "kdraw/objects/helpers.hpp"
+#include "kdraw/groups/describing_objects.hpp"
 #include "strings/case_fold.hpp"
 
 namespace kdraw {

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 namespace kdraw {
 

@@ -1,7 +1,7 @@
 #include "kdraw/objects/linetype.hpp"
 
-#include "kdraw/objects/helpers.hpp"
-#include "kdraw/text_codec.hpp"
+#include "kdraw/groups/describing_objects.hpp"
+#include "kdraw/fields/text_codec.hpp"
 
 namespace kdraw {
 

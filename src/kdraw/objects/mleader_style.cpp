@@ -1,6 +1,6 @@
 #include "kdraw/objects/mleader_style.hpp"
 
-#include "kdraw/objects/helpers.hpp"
+#include "kdraw/groups/describing_objects.hpp"
 
 namespace kdraw {
 

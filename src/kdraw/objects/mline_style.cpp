@@ -1,7 +1,7 @@
 #include "kdraw/objects/mline_style.hpp"
 
 #include "kdraw/objects/control.hpp"
-#include "kdraw/objects/helpers.hpp"
+#include "kdraw/groups/describing_objects.hpp"
 
 namespace kdraw {
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "kdraw/objects/helpers.hpp"
+#include "kdraw/groups/describing_objects.hpp"
 
 namespace kdraw {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <string>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 namespace kdraw {
 

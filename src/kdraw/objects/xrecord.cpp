@@ -3,8 +3,8 @@
 #include <bit>
 #include <cstring>
 
-#include "kdraw/dxf/dxf_fields.hpp"
-#include "kdraw/text_codec.hpp"
+#include "kdraw/groups/dxf_fields.hpp"
+#include "kdraw/fields/text_codec.hpp"
 
 namespace kdraw {
 

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "kdraw/object.hpp"
+#include "kdraw/fields/object.hpp"
 
 namespace kdraw {
 
