@@ -8,8 +8,8 @@
 #include <set>
 
 #include "engine/sysvar.hpp"
-#include "io/native/json_writer.hpp"
-#include "io/native/record_writer.hpp"
+#include "io/json/json_writer.hpp"
+#include "io/json/record_writer.hpp"
 #include "io/save.hpp"
 
 namespace kova::cli {

@@ -14,7 +14,7 @@
 #include "cli/output.hpp"
 #include "cli/usage.hpp"
 #include "cmd/script_lines.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "engine/sysvar.hpp"
 #include "headless/session.hpp"
 #include "io/save.hpp"

@@ -6,7 +6,7 @@
 #include <filesystem>
 
 #include "cmd/script_lines.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "io/save.hpp"
 
 namespace kova::cmd {

@@ -11,7 +11,7 @@
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/own_data.hpp"
-#include "io/dxf/writer_stream.hpp"
+#include "io/dxf/groups/group_writer.hpp"
 #include "io/native/native_file.hpp"
 #include "io_dxf/dxf_tools.hpp"
 #include "io_dxf/rich_drawing.hpp"

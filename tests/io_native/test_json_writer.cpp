@@ -3,7 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <random>
 
-#include "io/native/json_writer.hpp"
+#include "io/json/json_writer.hpp"
 
 namespace kova::io::native {
 namespace {

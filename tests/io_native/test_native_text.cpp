@@ -6,7 +6,7 @@
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
 #include "io/native/native_file.hpp"
-#include "io/native/record_writer.hpp"
+#include "io/json/record_writer.hpp"
 #include "io_native/sample_drawing.hpp"
 
 namespace kova::io::native {

@@ -6,7 +6,7 @@
 #include "cmd/entity_copies.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/name.hpp"
 #include "math/angles.hpp"

@@ -3,7 +3,7 @@
 #include "cmd/format.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "engine/entity.hpp"
 #include "engine/text_content.hpp"
 

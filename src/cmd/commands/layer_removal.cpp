@@ -4,7 +4,7 @@
 #include "cmd/format.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"

@@ -5,7 +5,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "cmd/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/libraries.hpp"

@@ -5,7 +5,7 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,6 +1,6 @@
 #include "io/dxf/own_data.hpp"
 
-#include "io/native/json_parser.hpp"
+#include "io/json/json_parser.hpp"
 
 namespace kova::io::dxf {
 

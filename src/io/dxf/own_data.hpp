@@ -6,8 +6,8 @@
 
 #include "engine/entity.hpp"
 #include "engine/records/records.hpp"
-#include "io/native/record_reader.hpp"
-#include "io/native/record_writer.hpp"
+#include "io/json/record_reader.hpp"
+#include "io/json/record_writer.hpp"
 
 // Fields that DXF has no group for, as a JSON object: see dxf_facts.hpp.
 

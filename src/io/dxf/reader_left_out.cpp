@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "io/dxf/dxf_facts.hpp"
-#include "io/dxf/reader.hpp"
+#include "io/dxf/reading/reader.hpp"
 
 namespace kova::io::dxf {
 

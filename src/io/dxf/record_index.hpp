@@ -10,7 +10,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "io/dxf/reader_tags.hpp"
+#include "io/dxf/groups/lexer.hpp"
 
 namespace kova::io::dxf {
 

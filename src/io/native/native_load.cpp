@@ -3,10 +3,10 @@
 
 #include "engine/standard_records.hpp"
 #include "io/file_content.hpp"
-#include "io/native/json_parser.hpp"
+#include "io/json/json_parser.hpp"
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
-#include "io/native/record_reader.hpp"
+#include "io/json/record_reader.hpp"
 #include "io/progress.hpp"
 
 namespace kova::io::native {

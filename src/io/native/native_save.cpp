@@ -3,7 +3,7 @@
 #include "engine/external_reference.hpp"
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
-#include "io/native/record_writer.hpp"
+#include "io/json/record_writer.hpp"
 #include "io/progress.hpp"
 #include "io/save.hpp"
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "engine/drawing.hpp"
-#include "io/native/json_tree.hpp"
-#include "io/native/json_writer.hpp"
-#include "io/native/record_reader.hpp"
+#include "io/json/json_tree.hpp"
+#include "io/json/json_writer.hpp"
+#include "io/json/record_reader.hpp"
 
 // Parts of the native file that the saver and the loader share.
 

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "engine/sysvar_host.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/compiler.hpp"

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "cmd/text_file.hpp"
+#include "io/text_file.hpp"
 #include "cmd/wildcards.hpp"
 #include "engine/sysvar_host.hpp"
 #include "script/lisp/builtins.hpp"
