@@ -2,9 +2,9 @@
 
 #include "cmd/entity_report.hpp"
 #include "cmd/format.hpp"
-#include "engine/path.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/path.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd {
 

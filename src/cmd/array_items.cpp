@@ -1,6 +1,6 @@
 #include "cmd/array_items.hpp"
 
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd {
 

@@ -4,8 +4,8 @@
 
 #include "doc/spatial_index.hpp"
 #include "engine/entities/line.hpp"
-#include "math/end_loops.hpp"
-#include "math/polygon.hpp"
+#include "math/kernels/end_loops.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd {
 

@@ -8,8 +8,8 @@
 #include "engine/entities/hatch.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/line_work.hpp"
-#include "engine/path.hpp"
-#include "math/boundary_search.hpp"
+#include "math/curves/path.hpp"
+#include "math/kernels/boundary_search.hpp"
 
 namespace kova::cmd {
 

@@ -3,7 +3,7 @@
 #include "engine/drawing.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::cmd {
 

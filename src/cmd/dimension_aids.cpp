@@ -8,7 +8,7 @@
 #include "doc/spatial_index.hpp"
 #include "engine/entities/dimension_geometry.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd {
 

@@ -5,7 +5,7 @@
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd {
 

@@ -7,7 +7,7 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/table_grid.hpp"
 #include "engine/sat_edges.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd {
 

@@ -3,7 +3,7 @@
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/external_reference.hpp"

@@ -5,7 +5,7 @@
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/viewport.hpp"

@@ -2,7 +2,7 @@
 
 #include "cmd/format.hpp"
 #include "cmd/point_input.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 
 namespace kova::cmd {
 

@@ -3,8 +3,8 @@
 #include "engine/entities/all.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/hatch_lines.hpp"
-#include "engine/ring_nesting.hpp"
-#include "math/curves.hpp"
+#include "math/curves/ring_nesting.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd {
 

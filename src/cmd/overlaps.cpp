@@ -11,8 +11,8 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/angles.hpp"
-#include "math/collinear.hpp"
-#include "math/curves.hpp"
+#include "math/curves/collinear.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd {
 

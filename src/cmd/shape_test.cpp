@@ -1,10 +1,10 @@
 #include "cmd/shape_test.hpp"
 
-#include "engine/element_cuts.hpp"
+#include "math/curves/element_cuts.hpp"
 #include "engine/entities/wipeout.hpp"
 #include "engine/fonts/fonts.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd {
 

@@ -7,7 +7,7 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/hatch_loops.hpp"
 #include "engine/sysvar.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::engine {
 

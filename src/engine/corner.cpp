@@ -2,9 +2,9 @@
 
 #include <cmath>
 
-#include "math/blend_circles.hpp"
-#include "math/intersect.hpp"
-#include "math/tangent_circles.hpp"
+#include "math/kernels/blend_circles.hpp"
+#include "math/curves/intersect.hpp"
+#include "math/kernels/tangent_circles.hpp"
 
 namespace kova::engine {
 

@@ -4,7 +4,7 @@
 #include "engine/drawing.hpp"
 #include "engine/dynamic_block.hpp"
 #include "engine/stretch_points.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::engine {

@@ -12,7 +12,7 @@
 #include "engine/entities/ray.hpp"
 #include "engine/entities/spline.hpp"
 #include "engine/entities/xline.hpp"
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::engine {
 

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
-#include "math/curves.hpp"
+#include "math/curves/path.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -1,6 +1,6 @@
 #include "engine/hatch_lines.hpp"
 
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "engine/records/records.hpp"
 #include "math/bounds2.hpp"
 

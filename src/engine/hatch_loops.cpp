@@ -1,8 +1,8 @@
 #include "engine/hatch_loops.hpp"
 
 #include "engine/drawing.hpp"
-#include "engine/ring_nesting.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/ring_nesting.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::engine {
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "engine/line_work.hpp"
-#include "math/boundary_curve.hpp"
-#include "math/box_tree.hpp"
+#include "math/curves/boundary_curve.hpp"
+#include "math/curves/box_tree.hpp"
 
 namespace kova::engine {
 

@@ -9,7 +9,7 @@
 #include "engine/entities/line.hpp"
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 namespace kova::engine {
 

@@ -9,7 +9,7 @@
 #include "engine/entities/line.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "math/angles.hpp"
-#include "math/collinear.hpp"
+#include "math/curves/collinear.hpp"
 
 namespace kova::engine {
 

@@ -6,8 +6,8 @@
 #include "engine/entities/text_line.hpp"
 #include "engine/outline.hpp"
 #include "math/angles.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::engine {
 

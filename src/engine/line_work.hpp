@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "engine/entities/hatch.hpp"
-#include "engine/path.hpp"
-#include "math/boundary_search.hpp"
+#include "math/curves/path.hpp"
+#include "math/kernels/boundary_search.hpp"
 
 namespace kova::engine {
 

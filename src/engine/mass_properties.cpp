@@ -6,7 +6,7 @@
 
 #include "engine/entities/mesh.hpp"
 #include "engine/entities/polyface.hpp"
-#include "engine/ring_nesting.hpp"
+#include "math/curves/ring_nesting.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "math/vector3.hpp"
 
 namespace kova::engine {

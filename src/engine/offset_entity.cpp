@@ -10,7 +10,7 @@
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/ray.hpp"
 #include "engine/entities/xline.hpp"
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 namespace kova::engine {
 

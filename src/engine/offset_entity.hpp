@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "engine/entity.hpp"
-#include "math/polyline_offset.hpp"
+#include "math/kernels/polyline_offset.hpp"
 
 namespace kova::engine {
 

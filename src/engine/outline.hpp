@@ -6,7 +6,7 @@
 
 #include "engine/color.hpp"
 #include "engine/name.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "math/bounds2.hpp"
 #include "math/matrix4.hpp"
 

@@ -1,8 +1,8 @@
 #include <cmath>
 
 #include "engine/edit_curve.hpp"
-#include "engine/element_cuts.hpp"
-#include "math/intersect.hpp"
+#include "math/curves/element_cuts.hpp"
+#include "math/curves/intersect.hpp"
 
 namespace kova::engine {
 

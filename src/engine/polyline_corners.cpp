@@ -1,7 +1,7 @@
 #include <cmath>
 
 #include "engine/corner.hpp"
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 namespace kova::engine {
 

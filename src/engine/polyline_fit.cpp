@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "engine/space_fit.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

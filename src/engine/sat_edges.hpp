@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "math/bounds2.hpp"
 #include "math/matrix4.hpp"
 #include "math/vector3.hpp"

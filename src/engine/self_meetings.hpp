@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "engine/edit_curve.hpp"
-#include "math/box_tree.hpp"
+#include "math/curves/box_tree.hpp"
 
 namespace kova::engine {
 

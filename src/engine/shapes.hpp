@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

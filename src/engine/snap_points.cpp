@@ -5,7 +5,7 @@
 #include "engine/entities/all.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "math/angles.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::engine {
 

@@ -7,7 +7,7 @@
 
 #include "engine/edit_curve.hpp"
 #include "engine/outline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

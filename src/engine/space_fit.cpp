@@ -6,7 +6,7 @@
 #include "engine/entities/line.hpp"
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::engine {
 

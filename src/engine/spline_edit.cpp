@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "math/nurbs_edit.hpp"
+#include "math/curves/nurbs_edit.hpp"
 
 namespace kova::engine {
 

@@ -2,7 +2,7 @@
 
 #include "engine/entities/all.hpp"
 #include "engine/entities/object_plane.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include "engine/drawing.hpp"
 #include "engine/spatial_sink.hpp"
 #include "math/angles.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

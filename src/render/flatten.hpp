@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "render/view.hpp"
 
 namespace kova::render {

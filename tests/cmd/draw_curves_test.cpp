@@ -5,7 +5,7 @@
 #include "engine/entities/ellipse.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/angles.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd {
 namespace {

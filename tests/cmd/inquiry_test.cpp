@@ -10,7 +10,7 @@
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/region.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

@@ -18,7 +18,7 @@
 #include "engine/entities/text.hpp"
 #include "engine/entities/wipeout.hpp"
 #include "engine/entities/xline.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd {
 namespace {

@@ -1,4 +1,4 @@
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 
 #include <gtest/gtest.h>
 

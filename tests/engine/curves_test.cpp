@@ -14,7 +14,7 @@
 #include "engine/entities/xline.hpp"
 #include "engine/idle_visitor.hpp"
 #include "engine/outline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 namespace {

@@ -1,4 +1,4 @@
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +10,7 @@
 #include "engine/entities/ray.hpp"
 #include "engine/outline.hpp"
 #include "engine/records/records.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 namespace {

@@ -7,7 +7,7 @@
 #include "engine/entities/line.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/polyline_fit.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 namespace {

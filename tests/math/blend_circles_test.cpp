@@ -1,10 +1,10 @@
-#include "math/blend_circles.hpp"
+#include "math/kernels/blend_circles.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "math/tangent_circles.hpp"
+#include "math/kernels/tangent_circles.hpp"
 
 namespace kova::math {
 namespace {

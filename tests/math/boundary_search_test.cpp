@@ -1,4 +1,4 @@
-#include "math/boundary_search.hpp"
+#include "math/kernels/boundary_search.hpp"
 
 #include <gtest/gtest.h>
 
@@ -7,7 +7,7 @@
 #include <random>
 
 #include "math/angles.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 namespace {

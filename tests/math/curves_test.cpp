@@ -1,4 +1,4 @@
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 #include <gtest/gtest.h>
 

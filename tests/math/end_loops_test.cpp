@@ -1,9 +1,9 @@
-#include "math/end_loops.hpp"
+#include "math/kernels/end_loops.hpp"
 
 #include <gtest/gtest.h>
 
-#include "math/collinear.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/collinear.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 namespace {

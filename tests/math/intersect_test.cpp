@@ -1,10 +1,10 @@
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 namespace {

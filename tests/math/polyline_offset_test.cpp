@@ -1,13 +1,13 @@
-#include "math/polyline_offset.hpp"
+#include "math/kernels/polyline_offset.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "math/angles.hpp"
-#include "math/box_tree.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/box_tree.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 namespace {

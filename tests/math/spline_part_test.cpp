@@ -1,4 +1,4 @@
-#include "math/spline_part.hpp"
+#include "math/curves/spline_part.hpp"
 
 #include <gtest/gtest.h>
 

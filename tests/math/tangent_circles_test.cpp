@@ -1,4 +1,4 @@
-#include "math/tangent_circles.hpp"
+#include "math/kernels/tangent_circles.hpp"
 
 #include <gtest/gtest.h>
 

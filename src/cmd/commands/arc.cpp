@@ -3,7 +3,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

@@ -7,7 +7,7 @@
 #include "cmd/picking.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/entities/object_plane.hpp"
 
 namespace kova::cmd::commands {

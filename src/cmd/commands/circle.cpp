@@ -8,8 +8,8 @@
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
 #include "engine/outline.hpp"
-#include "math/curves.hpp"
-#include "math/tangent_circles.hpp"
+#include "math/curves/curves.hpp"
+#include "math/kernels/tangent_circles.hpp"
 
 namespace kova::cmd::commands {
 

@@ -5,7 +5,7 @@
 #include "engine/entities/ray.hpp"
 #include "engine/entities/xline.hpp"
 #include "engine/outline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

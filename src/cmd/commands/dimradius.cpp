@@ -2,7 +2,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/line.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

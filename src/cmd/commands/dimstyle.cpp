@@ -3,7 +3,7 @@
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
 #include "engine/sysvar.hpp"

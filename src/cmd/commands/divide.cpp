@@ -7,7 +7,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/point.hpp"
 #include "engine/outline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

@@ -4,7 +4,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

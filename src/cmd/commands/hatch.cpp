@@ -9,8 +9,8 @@
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd::commands {
 

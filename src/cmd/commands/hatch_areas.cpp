@@ -1,6 +1,6 @@
 #include "cmd/commands/hatch_areas.hpp"
 
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd::commands {
 

@@ -6,7 +6,7 @@
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/libraries.hpp"
 #include "math/angles.hpp"
 

@@ -7,7 +7,7 @@
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/region.hpp"
-#include "engine/ring_nesting.hpp"
+#include "math/curves/ring_nesting.hpp"
 
 namespace kova::cmd::commands {
 

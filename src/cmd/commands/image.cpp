@@ -8,7 +8,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::cmd::commands {
 

@@ -6,7 +6,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
 

@@ -5,7 +5,7 @@
 #include "cmd/layer_changes.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
 

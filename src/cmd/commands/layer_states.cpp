@@ -8,7 +8,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
 #include "io/save.hpp"

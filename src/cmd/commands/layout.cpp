@@ -7,7 +7,7 @@
 #include "cmd/format.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/edit_pause.hpp"
 
 namespace kova::cmd::commands {

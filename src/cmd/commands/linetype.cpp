@@ -6,7 +6,7 @@
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/libraries.hpp"
 #include "engine/symbols.hpp"

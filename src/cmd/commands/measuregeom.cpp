@@ -10,7 +10,7 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/units.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

@@ -4,7 +4,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/record_properties.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols.hpp"
 

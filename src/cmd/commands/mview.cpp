@@ -6,7 +6,7 @@
 #include "cmd/viewports.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/angles.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

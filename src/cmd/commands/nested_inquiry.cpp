@@ -4,7 +4,7 @@
 #include "cmd/nested_picking.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {

@@ -3,7 +3,7 @@
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

@@ -5,7 +5,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 
 namespace kova::cmd::commands {
 

@@ -4,7 +4,7 @@
 #include "cmd/picking.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/entities/all.hpp"
 
 namespace kova::cmd::commands {

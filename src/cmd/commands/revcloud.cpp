@@ -4,8 +4,8 @@
 #include "cmd/format.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd::commands {
 

@@ -6,7 +6,7 @@
 #include "engine/entities/face3d.hpp"
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

@@ -4,8 +4,8 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
 #include "engine/spline_edit.hpp"
-#include "math/curves.hpp"
-#include "math/nurbs.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::cmd::commands {
 

@@ -10,7 +10,7 @@
 #include "engine/entities/solid2d.hpp"
 #include "engine/entities/wipeout.hpp"
 #include "engine/text_placing.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 #include <unordered_map>
 #include <unordered_set>

@@ -4,7 +4,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/block_reference.hpp"
@@ -14,7 +14,7 @@
 #include "engine/entities/text.hpp"
 #include "engine/symbols.hpp"
 #include "math/angles.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {
 

@@ -3,7 +3,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/named_views.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 
 namespace kova::cmd::commands {

@@ -4,7 +4,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/viewports.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 
 namespace kova::cmd::commands {

@@ -5,7 +5,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::cmd::commands {
 

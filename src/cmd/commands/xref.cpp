@@ -9,7 +9,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/placement.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/external_reference.hpp"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/entity.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

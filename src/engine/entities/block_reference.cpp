@@ -8,7 +8,7 @@
 #include "engine/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
 #include "engine/spatial_sink.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

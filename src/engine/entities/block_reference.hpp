@@ -6,7 +6,7 @@
 
 #include "engine/entities/text_line.hpp"
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

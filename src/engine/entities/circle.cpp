@@ -2,7 +2,7 @@
 
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -5,7 +5,7 @@
 #include "engine/drawing.hpp"
 #include "engine/entities/arrowheads.hpp"
 #include "engine/entities/dimension_text.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

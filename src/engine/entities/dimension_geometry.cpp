@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include "engine/drawing.hpp"
 #include "engine/entities/arrowheads.hpp"
 #include "engine/entities/dimension_builder.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -8,7 +8,7 @@
 #include "engine/entities/dimension.hpp"
 #include "engine/entities/mtext_layout.hpp"
 #include "engine/outline.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

@@ -1,7 +1,7 @@
 #include <cmath>
 
 #include "engine/entities/dimension_builder.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

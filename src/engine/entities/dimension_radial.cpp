@@ -2,7 +2,7 @@
 
 #include "engine/entities/arrowheads.hpp"
 #include "engine/entities/dimension_builder.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

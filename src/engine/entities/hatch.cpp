@@ -2,8 +2,8 @@
 
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
-#include "engine/ring_nesting.hpp"
-#include "math/curves.hpp"
+#include "math/curves/ring_nesting.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

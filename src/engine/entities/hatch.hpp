@@ -6,7 +6,7 @@
 #include <variant>
 
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "engine/records/records.hpp"
 
 namespace kova::engine {

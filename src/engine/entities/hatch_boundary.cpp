@@ -1,6 +1,6 @@
 #include "engine/entities/hatch.hpp"
 #include "engine/entities/spline.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -1,7 +1,7 @@
 #include "engine/drawing.hpp"
 #include "engine/entities/hatch.hpp"
 #include "engine/libraries.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

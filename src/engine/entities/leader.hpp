@@ -6,7 +6,7 @@
 
 #include "engine/entities/mtext_layout.hpp"
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "engine/entities/arrowheads.hpp"
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "engine/name.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

@@ -7,7 +7,7 @@
 
 #include "engine/entities/mtext_layout.hpp"
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "engine/records/styles.hpp"
 
 namespace kova::engine {

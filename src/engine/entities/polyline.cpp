@@ -5,8 +5,8 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::engine {
 

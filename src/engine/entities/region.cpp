@@ -3,9 +3,9 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/pick_distance.hpp"
 #include "engine/outline.hpp"
-#include "engine/ring_nesting.hpp"
-#include "math/curves.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/ring_nesting.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::engine {
 

@@ -5,8 +5,8 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
-#include "math/nurbs.hpp"
-#include "math/spline_part.hpp"
+#include "math/curves/nurbs.hpp"
+#include "math/curves/spline_part.hpp"
 
 namespace kova::engine {
 

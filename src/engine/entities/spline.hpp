@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "engine/entity.hpp"
-#include "engine/path.hpp"
-#include "math/nurbs_edit.hpp"
+#include "math/curves/path.hpp"
+#include "math/curves/nurbs_edit.hpp"
 
 namespace kova::engine {
 

@@ -2,7 +2,7 @@
 
 #include "engine/drawing.hpp"
 #include "engine/outline.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "engine/view_frame.hpp"
 #include "math/angles.hpp"
 

@@ -6,7 +6,7 @@
 
 #include "engine/name.hpp"
 #include "engine/outline.hpp"
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 #include "math/bounds2.hpp"
 
 class QRawFont;

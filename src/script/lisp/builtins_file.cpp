@@ -6,7 +6,7 @@
 #include <system_error>
 
 #include "io/text_file.hpp"
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/sysvar_host.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/files.hpp"

@@ -6,7 +6,7 @@
 #include "engine/entities/object_plane.hpp"
 #include "engine/entities/text_line.hpp"
 #include "math/angles.hpp"
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/cad.hpp"
 #include "script/lisp/group_list.hpp"

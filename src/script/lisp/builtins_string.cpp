@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/fonts/codes.hpp"
 #include "engine/units.hpp"
 #include "script/lisp/builtins.hpp"

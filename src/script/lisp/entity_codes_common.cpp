@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "script/lisp/entity_codes.hpp"
 #include "script/lisp/printer.hpp"
 

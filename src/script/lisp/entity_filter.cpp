@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_codes.hpp"

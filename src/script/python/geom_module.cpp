@@ -2,8 +2,8 @@
 
 #include <pybind11/pybind11.h>
 
-#include "math/intersect.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/intersect.hpp"
+#include "math/curves/polygon.hpp"
 #include "script/python/convert.hpp"
 #include "strings/numbers.hpp"
 

@@ -9,7 +9,7 @@
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
 #include "io/dxf/reading/reader.hpp"
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::io::dxf {
 

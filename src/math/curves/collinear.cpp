@@ -1,4 +1,4 @@
-#include "math/collinear.hpp"
+#include "math/curves/collinear.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,7 @@
 #include <functional>
 #include <vector>
 
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::math {
 

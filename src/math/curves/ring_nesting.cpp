@@ -1,4 +1,4 @@
-#include "engine/ring_nesting.hpp"
+#include "math/curves/ring_nesting.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <optional>
 
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 #include "math/vector2.hpp"
 
 namespace kova::math {

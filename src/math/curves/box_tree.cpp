@@ -1,4 +1,4 @@
-#include "math/box_tree.hpp"
+#include "math/curves/box_tree.hpp"
 
 namespace kova::math {
 

@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/path.hpp"
-#include "math/curves.hpp"
+#include "math/curves/path.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

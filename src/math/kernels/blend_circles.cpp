@@ -1,10 +1,10 @@
-#include "math/blend_circles.hpp"
+#include "math/kernels/blend_circles.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 
-#include "math/box_tree.hpp"
+#include "math/curves/box_tree.hpp"
 
 namespace kova::math {
 

@@ -1,11 +1,11 @@
-#include "math/end_loops.hpp"
+#include "math/kernels/end_loops.hpp"
 
 #include <algorithm>
 #include <cmath>
 
-#include "math/boundary_curve.hpp"
-#include "math/box_tree.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/boundary_curve.hpp"
+#include "math/curves/box_tree.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 

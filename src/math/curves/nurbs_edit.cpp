@@ -1,4 +1,4 @@
-#include "math/nurbs_edit.hpp"
+#include "math/curves/nurbs_edit.hpp"
 
 #include <algorithm>
 #include <cmath>

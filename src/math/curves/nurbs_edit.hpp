@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "math/spline_part.hpp"
+#include "math/curves/spline_part.hpp"
 
 namespace kova::math {
 

@@ -1,4 +1,4 @@
-#include "cmd/wildcards.hpp"
+#include "strings/wildcards.hpp"
 
 #include "cmd/point_input.hpp"
 #include "engine/fonts/codes.hpp"

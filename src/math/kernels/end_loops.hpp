@@ -3,7 +3,7 @@
 #include <span>
 #include <vector>
 
-#include "math/boundary_search.hpp"
+#include "math/kernels/boundary_search.hpp"
 
 namespace kova::math {
 

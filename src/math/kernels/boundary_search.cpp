@@ -1,4 +1,4 @@
-#include "math/boundary_search.hpp"
+#include "math/kernels/boundary_search.hpp"
 
 #include <algorithm>
 #include <array>
@@ -10,12 +10,12 @@
 #include <unordered_set>
 
 #include "math/angles.hpp"
-#include "math/boundary_curve.hpp"
+#include "math/curves/boundary_curve.hpp"
 #include "math/bounds2.hpp"
-#include "math/box_tree.hpp"
-#include "math/curves.hpp"
-#include "math/intersect.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/box_tree.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/intersect.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "math/bounds2.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 #include "math/vector2.hpp"
 #include "math/vector3.hpp"
 

@@ -1,7 +1,7 @@
-#include "engine/element_cuts.hpp"
+#include "math/curves/element_cuts.hpp"
 
 #include "math/angles.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 namespace kova::math {
 

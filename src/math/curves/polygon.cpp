@@ -1,8 +1,8 @@
-#include "math/polygon.hpp"
+#include "math/curves/polygon.hpp"
 
 #include <cmath>
 
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::math {
 

@@ -1,8 +1,8 @@
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 #include <cmath>
 
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::engine {
 

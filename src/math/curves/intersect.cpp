@@ -1,4 +1,4 @@
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "math/boundary_curve.hpp"
+#include "math/curves/boundary_curve.hpp"
 
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 namespace kova::math {
 

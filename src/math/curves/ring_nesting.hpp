@@ -4,7 +4,7 @@
 #include <span>
 #include <vector>
 
-#include "engine/path.hpp"
+#include "math/curves/path.hpp"
 
 namespace kova::engine {
 

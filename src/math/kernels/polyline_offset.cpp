@@ -1,4 +1,4 @@
-#include "math/polyline_offset.hpp"
+#include "math/kernels/polyline_offset.hpp"
 
 #include <algorithm>
 #include <cmath>
@@ -6,10 +6,10 @@
 #include <unordered_map>
 
 #include "math/angles.hpp"
-#include "math/box_tree.hpp"
-#include "math/curves.hpp"
-#include "math/intersect.hpp"
-#include "math/polygon.hpp"
+#include "math/curves/box_tree.hpp"
+#include "math/curves/curves.hpp"
+#include "math/curves/intersect.hpp"
+#include "math/curves/polygon.hpp"
 
 namespace kova::math {
 

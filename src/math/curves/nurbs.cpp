@@ -1,4 +1,4 @@
-#include "math/nurbs.hpp"
+#include "math/curves/nurbs.hpp"
 
 #include <algorithm>
 #include <cmath>

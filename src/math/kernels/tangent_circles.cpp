@@ -1,11 +1,11 @@
-#include "math/tangent_circles.hpp"
+#include "math/kernels/tangent_circles.hpp"
 
 #include <algorithm>
 #include <cmath>
 #include <optional>
 #include <span>
 
-#include "math/intersect.hpp"
+#include "math/curves/intersect.hpp"
 
 namespace kova::math {
 

@@ -8,7 +8,7 @@
 
 #include "math/angles.hpp"
 #include "math/bounds2.hpp"
-#include "math/curves.hpp"
+#include "math/curves/curves.hpp"
 
 namespace kova::math {
 
