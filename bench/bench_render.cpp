@@ -9,7 +9,7 @@
 
 #include "doc/document.hpp"
 #include "doc/spatial_index.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 #include "render/renderer.hpp"
 

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "headless/session.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "io/native/native_file.hpp"

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "dwg_records.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "kdraw/database/dxf_file_input.hpp"

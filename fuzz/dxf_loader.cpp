@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/dxf_save.hpp"
 

@@ -1,5 +1,5 @@
 // Pattern (.pat) and linetype (.lin) libraries.
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     const std::string_view text(reinterpret_cast<const char*>(data), size);

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "cmd/processor.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "script/lisp/engine.hpp"
 
 namespace kova::fuzz {

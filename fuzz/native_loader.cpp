@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "io/native/native_file.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

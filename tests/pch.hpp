@@ -12,4 +12,4 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"

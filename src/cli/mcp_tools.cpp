@@ -7,7 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <set>
 
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "io/json/json_writer.hpp"
 #include "io/json/record_writer.hpp"
 #include "io/save.hpp"

@@ -15,7 +15,7 @@
 #include "cli/usage.hpp"
 #include "cmd/script_lines.hpp"
 #include "io/text_file.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "headless/session.hpp"
 #include "io/save.hpp"
 #include "script/python/interpreter.hpp"

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "cmd/dialogue.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 
 namespace kova::cmd {
 

@@ -1,7 +1,7 @@
 #include "cmd/area_dialogue.hpp"
 
-#include "cmd/entity_report.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/entity_report.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "math/curves/path.hpp"
 #include "math/curves/curves.hpp"
 #include "math/curves/polygon.hpp"

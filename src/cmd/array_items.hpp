@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "cmd/curve_ruler.hpp"
+#include "engine/curves/curve_ruler.hpp"
 #include "doc/document.hpp"
 #include "math/angles.hpp"
 #include "math/matrix4.hpp"

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "cmd/array_record.hpp"
-#include "engine/xdata.hpp"
+#include "engine/model/xdata.hpp"
 
 namespace kova::cmd {
 

@@ -1,7 +1,7 @@
 #include "cmd/array_prompts.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "math/expression.hpp"
 #include "strings/numbers.hpp"
 

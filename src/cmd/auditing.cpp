@@ -1,8 +1,8 @@
 #include "cmd/auditing.hpp"
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/audit.hpp"
+#include "engine/audit/audit.hpp"
 
 namespace kova::cmd {
 

@@ -1,9 +1,9 @@
 #include "cmd/block_attributes.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
-#include "engine/entities/mtext_layout.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/inquiry/value_text.hpp"
+#include "engine/text/mtext_layout.hpp"
+#include "engine/model/object_plane.hpp"
 
 namespace kova::cmd {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "cmd/dialogue.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
 

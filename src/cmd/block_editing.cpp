@@ -2,8 +2,8 @@
 
 #include <unordered_map>
 
-#include "cmd/format.hpp"
-#include "engine/dynamic_block.hpp"
+#include "engine/inquiry/value_text.hpp"
+#include "engine/entities/dynamic_block.hpp"
 
 namespace kova::cmd {
 

@@ -7,7 +7,7 @@
 #include "doc/document.hpp"
 #include "engine/entities/hatch.hpp"
 #include "engine/entities/polyline.hpp"
-#include "engine/line_work.hpp"
+#include "engine/outline/line_work.hpp"
 #include "math/curves/path.hpp"
 #include "math/kernels/boundary_search.hpp"
 

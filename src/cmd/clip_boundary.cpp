@@ -1,7 +1,7 @@
 #include "cmd/clip_boundary.hpp"
 
-#include "engine/drawing.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/curves/path.hpp"
 

@@ -4,7 +4,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/point_entry.hpp"
 #include "cmd/selection.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

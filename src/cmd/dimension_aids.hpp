@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "cmd/dialogue.hpp"
-#include "engine/associativity.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/associativity/associativity.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 
 namespace kova::cmd {
 

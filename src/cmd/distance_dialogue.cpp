@@ -1,6 +1,6 @@
 #include "cmd/distance_dialogue.hpp"
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 
 namespace kova::cmd {
 

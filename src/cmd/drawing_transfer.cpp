@@ -7,10 +7,10 @@
 #include "doc/settings_actions.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/hatch.hpp"
-#include "engine/entities/leader.hpp"
-#include "engine/symbol_references.hpp"
+#include "engine/entities/dimensions/leader.hpp"
+#include "engine/symbols/symbol_references.hpp"
 
 namespace kova::cmd {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "doc/document.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::cmd {
 

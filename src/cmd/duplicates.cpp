@@ -5,10 +5,10 @@
 
 #include "cmd/cell_index.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/fingerprint.hpp"
+#include "engine/inquiry/fingerprint.hpp"
 #include "cmd/overlaps.hpp"
-#include "engine/associativity.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/associativity/associativity.hpp"
+#include "engine/kinds/all.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd {

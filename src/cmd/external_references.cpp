@@ -1,12 +1,12 @@
 #include "cmd/external_references.hpp"
 
 #include "cmd/drawing_transfer.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/external_reference.hpp"
+#include "engine/symbols/external_reference.hpp"
 
 namespace kova::cmd {
 

@@ -1,6 +1,6 @@
 #include "cmd/keywords.hpp"
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd {
 

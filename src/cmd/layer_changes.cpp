@@ -2,7 +2,7 @@
 
 #include <unordered_set>
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "strings/wildcards.hpp"

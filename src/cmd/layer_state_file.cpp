@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "cmd/point_input.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 
 namespace kova::cmd {
 

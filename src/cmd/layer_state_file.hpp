@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/records/layer.hpp"
+#include "engine/model/layer.hpp"
 
 namespace kova::cmd {
 

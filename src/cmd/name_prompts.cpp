@@ -1,6 +1,6 @@
 #include "cmd/name_prompts.hpp"
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/point_input.hpp"
 #include "strings/wildcards.hpp"
 

@@ -1,6 +1,6 @@
 #include "cmd/named_views.hpp"
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "doc/table_edits.hpp"
 

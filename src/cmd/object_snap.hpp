@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "doc/document.hpp"
-#include "engine/snap_points.hpp"
+#include "engine/pick/snap_points.hpp"
 
 namespace kova::cmd {
 

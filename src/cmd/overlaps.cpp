@@ -4,11 +4,11 @@
 #include <unordered_map>
 
 #include "cmd/cell_index.hpp"
-#include "engine/edit_curve.hpp"
+#include "engine/curves/edit_curve.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/line.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/angles.hpp"
 #include "math/curves/collinear.hpp"

@@ -3,7 +3,7 @@
 #include <charconv>
 
 #include "cmd/point_input.hpp"
-#include "cmd/shape_test.hpp"
+#include "engine/pick/selection_region.hpp"
 #include "cmd/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/making_order.hpp"

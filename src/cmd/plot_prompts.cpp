@@ -4,7 +4,7 @@
 
 #include "cmd/command.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "strings/numbers.hpp"
 

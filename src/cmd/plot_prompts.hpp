@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include "cmd/dialogue.hpp"
-#include "engine/plot_page.hpp"
+#include "engine/outline/plot_page.hpp"
 
 namespace kova::cmd {
 

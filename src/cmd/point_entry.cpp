@@ -1,7 +1,7 @@
 #include "cmd/point_entry.hpp"
 
 #include "cmd/object_snap.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd {
 

@@ -7,7 +7,7 @@
 
 #include "cmd/point_input.hpp"
 #include "doc/document.hpp"
-#include "engine/snap_points.hpp"
+#include "engine/pick/snap_points.hpp"
 
 namespace kova::cmd {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "math/vector2.hpp"
 
 namespace kova::cmd {

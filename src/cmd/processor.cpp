@@ -1,7 +1,7 @@
 #include "cmd/processor.hpp"
 
-#include "cmd/format.hpp"
-#include "engine/associativity.hpp"
+#include "engine/inquiry/value_text.hpp"
+#include "engine/associativity/associativity.hpp"
 
 namespace kova::cmd {
 

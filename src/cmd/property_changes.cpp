@@ -4,7 +4,7 @@
 #include "cmd/entity_copies.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd {

@@ -1,8 +1,8 @@
 #include "cmd/property_prompts.hpp"
 
 #include "doc/table_edits.hpp"
-#include "engine/libraries.hpp"
-#include "engine/name.hpp"
+#include "engine/libraries/libraries.hpp"
+#include "engine/model/name.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd {

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "cmd/dialogue.hpp"
-#include "engine/color.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/color.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::cmd {
 

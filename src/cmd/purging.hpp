@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "doc/document.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 
 namespace kova::cmd {
 

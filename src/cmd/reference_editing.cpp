@@ -5,10 +5,10 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/external_references.hpp"
-#include "cmd/fingerprint.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/fingerprint.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbol_references.hpp"
+#include "engine/symbols/symbol_references.hpp"
 
 namespace kova::cmd {
 

@@ -2,7 +2,7 @@
 
 #include "cmd/commands/variable_commands.hpp"
 #include "cmd/registered_twice.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd {
 

@@ -5,7 +5,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/point_entry.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd {
 

@@ -2,8 +2,8 @@
 
 #include <vector>
 
-#include "cmd/shape_test.hpp"
-#include "engine/stretch_points.hpp"
+#include "engine/pick/selection_region.hpp"
+#include "engine/modify/stretch_points.hpp"
 
 namespace kova::cmd {
 

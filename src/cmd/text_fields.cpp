@@ -3,10 +3,10 @@
 #include <QDateTime>
 #include <charconv>
 
-#include "cmd/entity_report.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/entity_report.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/point_input.hpp"
-#include "cmd/record_properties.hpp"
+#include "engine/inquiry/record_properties.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
 

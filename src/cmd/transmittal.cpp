@@ -4,7 +4,7 @@
 #include <set>
 
 #include "engine/entities/image.hpp"
-#include "engine/external_reference.hpp"
+#include "engine/symbols/external_reference.hpp"
 
 namespace kova::cmd {
 

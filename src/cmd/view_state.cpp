@@ -3,8 +3,8 @@
 #include <QVariant>
 
 #include "engine/entities/viewport.hpp"
-#include "engine/spatial_sink.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/outline/spatial_sink.hpp"
+#include "engine/model/view_frame.hpp"
 
 namespace kova::cmd {
 

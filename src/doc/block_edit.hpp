@@ -6,7 +6,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::doc {
 

@@ -2,7 +2,7 @@
 
 #include "doc/spatial_index.hpp"
 #include "doc/viewport_clips.hpp"
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 
 namespace kova::doc {
 

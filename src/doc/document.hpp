@@ -14,10 +14,10 @@
 #include "doc/symbol_actions.hpp"
 #include "doc/undo_history.hpp"
 #include "doc/undoable_action.hpp"
-#include "engine/document_reactor.hpp"
-#include "engine/drawing.hpp"
-#include "engine/space_observer.hpp"
-#include "engine/symbols.hpp"
+#include "engine/model/document_reactor.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/space_observer.hpp"
+#include "engine/symbols/symbols.hpp"
 
 namespace kova::engine {
 class AssociativityReactor;

@@ -5,7 +5,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/matrix4.hpp"
 
 namespace kova::doc {

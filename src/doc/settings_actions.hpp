@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "doc/undoable_action.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::doc {
 

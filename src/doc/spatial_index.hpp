@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "engine/entity_list.hpp"
+#include "engine/model/entity_list.hpp"
 #include "math/bounds2.hpp"
 
 namespace kova::doc {

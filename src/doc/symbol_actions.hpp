@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "doc/undoable_action.hpp"
-#include "engine/drawing.hpp"
-#include "engine/symbols.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/symbols/symbols.hpp"
 
 namespace kova::doc {
 

@@ -1,6 +1,6 @@
 #include "doc/sysvar_actions.hpp"
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::doc {
 

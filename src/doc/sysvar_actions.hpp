@@ -4,7 +4,7 @@
 #include <string>
 
 #include "doc/undoable_action.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 
 namespace kova::doc {
 

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "doc/undoable_action.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::doc {
 

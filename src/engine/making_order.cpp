@@ -1,6 +1,6 @@
 #include "engine/making_order.hpp"
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::engine {
 

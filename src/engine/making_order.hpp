@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/entity_list.hpp"
+#include "engine/model/entity_list.hpp"
 
 namespace kova::engine {
 

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::engine {
 

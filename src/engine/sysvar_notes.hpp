@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 
 namespace kova::engine {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "engine/external_reference.hpp"
+#include "engine/symbols/external_reference.hpp"
 #include "io/content.hpp"
 
 namespace kova::headless {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/external_reference.hpp"
+#include "engine/symbols/external_reference.hpp"
 
 namespace kova::headless {
 

@@ -3,8 +3,8 @@
 #include <filesystem>
 
 #include "cmd/commands/file_names.hpp"
-#include "engine/name.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/name.hpp"
+#include "engine/model/sysvar.hpp"
 #include "headless/external_references.hpp"
 #include "headless/terminal_progress.hpp"
 #include "io/content.hpp"

@@ -17,7 +17,7 @@
 #include "cmd/text_fields.hpp"
 #include "cmd/undo_marks.hpp"
 #include "doc/edit_pause.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"

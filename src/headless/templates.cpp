@@ -4,8 +4,8 @@
 #include <QStandardPaths>
 #include <filesystem>
 
-#include "engine/name.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/name.hpp"
+#include "engine/model/sysvar.hpp"
 #include "headless/files.hpp"
 
 namespace kova::headless {

@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "strings/code_page.hpp"
 
 namespace kova::cmd {

@@ -2,7 +2,7 @@
 
 #include <QImage>
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 #include "math/angles.hpp"
 
 namespace kova::render {

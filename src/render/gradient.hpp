@@ -3,7 +3,7 @@
 #include <QBrush>
 #include <QColor>
 
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "math/bounds2.hpp"
 #include "render/view.hpp"
 

@@ -5,9 +5,9 @@
 
 #include "engine/entities/viewport.hpp"
 #include "engine/fonts/fonts.hpp"
-#include "engine/hatch_lines.hpp"
+#include "engine/outline/hatch_lines.hpp"
 #include "engine/records/linetype_flags.hpp"
-#include "engine/shapes.hpp"
+#include "engine/libraries/shape_files.hpp"
 #include "math/angles.hpp"
 #include "render/dashes.hpp"
 #include "render/gradient.hpp"

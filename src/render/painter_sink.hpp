@@ -7,9 +7,9 @@
 #include <string>
 #include <unordered_map>
 
-#include "engine/drawing.hpp"
-#include "engine/hatch_lines.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/outline/hatch_lines.hpp"
+#include "engine/model/outline.hpp"
 #include "render/device_text.hpp"
 #include "render/flatten.hpp"
 #include "render/request.hpp"

@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <span>
 
-#include "engine/plot_page.hpp"
+#include "engine/outline/plot_page.hpp"
 #include "render/request.hpp"
 #include "render/view.hpp"
 

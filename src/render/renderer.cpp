@@ -6,9 +6,9 @@
 
 #include "engine/entities/viewport.hpp"
 #include "engine/outline/frame_lines.hpp"
-#include "engine/spatial_sink.hpp"
-#include "engine/sysvar.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/outline/spatial_sink.hpp"
+#include "engine/model/sysvar.hpp"
+#include "engine/model/view_frame.hpp"
 #include "render/painter_sink.hpp"
 
 namespace kova::render {

@@ -4,9 +4,9 @@
 #include <functional>
 #include <vector>
 
-#include "engine/color.hpp"
-#include "engine/drawing.hpp"
-#include "engine/plot_page.hpp"
+#include "engine/model/color.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/outline/plot_page.hpp"
 #include "math/bounds2.hpp"
 
 namespace kova::render {

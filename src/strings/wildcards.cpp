@@ -1,8 +1,8 @@
 #include "strings/wildcards.hpp"
 
 #include "cmd/point_input.hpp"
-#include "engine/fonts/codes.hpp"
-#include "engine/name.hpp"
+#include "engine/text/text_codes.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd {
 

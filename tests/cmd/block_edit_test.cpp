@@ -6,7 +6,7 @@
 
 #include "cmd/block_samples.hpp"
 #include "cmd/draw_harness.hpp"
-#include "cmd/nested_picking.hpp"
+#include "engine/pick/nested_picking.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"

@@ -4,7 +4,7 @@
 #include "cmd/block_editing.hpp"
 #include "cmd/block_samples.hpp"
 #include "cmd/draw_harness.hpp"
-#include "engine/dynamic_block.hpp"
+#include "engine/entities/dynamic_block.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/polyline.hpp"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/line.hpp"

@@ -8,7 +8,7 @@
 #include <set>
 
 #include "cmd/registry.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "source_questions.hpp"
 
 namespace kova::cmd {

@@ -3,12 +3,12 @@
 #include "cmd/text_fields.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/dimension.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/entities/tolerance.hpp"
-#include "engine/libraries.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
+#include "engine/libraries/libraries.hpp"
 
 namespace kova::cmd {
 namespace {

@@ -1,9 +1,9 @@
 // Dimensions that follow what they measure.
 #include "cmd/draw_harness.hpp"
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/angles.hpp"
 

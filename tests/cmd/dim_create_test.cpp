@@ -1,10 +1,10 @@
 // Commands that make dimensions.
 #include "cmd/draw_harness.hpp"
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/dimension.hpp"
-#include "engine/entities/dimension_geometry.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
+#include "engine/entities/dimensions/dimension_geometry.hpp"
 #include "engine/entities/polyline.hpp"
 #include "math/angles.hpp"
 

@@ -1,7 +1,7 @@
 // Commands that edit dimensions, and those of dimension and text styles.
 #include "cmd/draw_harness.hpp"
-#include "engine/entities/dimension.hpp"
-#include "engine/entities/dimension_layout.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
+#include "engine/entities/dimensions/dimension_layout.hpp"
 #include "engine/entities/text.hpp"
 #include "math/angles.hpp"
 

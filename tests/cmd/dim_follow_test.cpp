@@ -1,11 +1,11 @@
 // Leaders that follow their annotations, and dimensions on a sheet that measure the model.
 #include "cmd/draw_harness.hpp"
 #include "cmd/picking.hpp"
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/dimension.hpp"
-#include "engine/entities/leader.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
+#include "engine/entities/dimensions/leader.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/viewport.hpp"
 

@@ -1,10 +1,10 @@
 // Leaders, multileaders and tolerances.
 #include "cmd/draw_harness.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/leader.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/leader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/mtext.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

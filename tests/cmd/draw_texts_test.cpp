@@ -1,7 +1,7 @@
 #include "cmd/draw_harness.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/entities/text_line.hpp"
+#include "engine/text/text_line.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

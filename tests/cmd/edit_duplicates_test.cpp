@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "cmd/edit_harness.hpp"
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/ellipse.hpp"
 #include "engine/entities/point.hpp"
 #include "engine/entities/polyline.hpp"

@@ -7,8 +7,8 @@
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/polyline3d.hpp"
 #include "engine/entities/spline.hpp"
-#include "engine/polyline_fit.hpp"
-#include "engine/spline_edit.hpp"
+#include "engine/curves/polyline_fit.hpp"
+#include "engine/curves/spline_edit.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

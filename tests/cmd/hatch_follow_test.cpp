@@ -1,6 +1,6 @@
 // Hatches that follow the objects around them.
 #include "cmd/draw_harness.hpp"
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/hatch.hpp"

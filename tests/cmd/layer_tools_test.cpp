@@ -7,7 +7,7 @@
 #include "cmd/layer_state_file.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/xdata.hpp"
+#include "engine/model/xdata.hpp"
 
 namespace kova::cmd {
 namespace {

@@ -3,7 +3,7 @@
 #include "cmd/draw_harness.hpp"
 #include "cmd/picking.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/viewport.hpp"
 
 namespace kova::cmd {

@@ -1,5 +1,5 @@
 #include "cmd/draw_harness.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

@@ -2,7 +2,7 @@
 
 #include "cmd/clipboard.hpp"
 #include "cmd/draw_harness.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

@@ -5,7 +5,7 @@
 #include <random>
 
 #include "cmd/harness.hpp"
-#include "cmd/shape_test.hpp"
+#include "engine/pick/selection_region.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"

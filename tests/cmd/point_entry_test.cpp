@@ -4,7 +4,7 @@
 
 #include "cmd/draw_harness.hpp"
 #include "cmd/object_snap.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

@@ -6,7 +6,7 @@
 #include <set>
 
 #include "cmd/processor.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 
 namespace kova::cmd {
 namespace {

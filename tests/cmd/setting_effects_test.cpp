@@ -4,7 +4,7 @@
 #include "cmd/text_fields.hpp"
 #include "engine/entities/table_entity.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "engine/sysvar_notes.hpp"
 #include "harness.hpp"
 

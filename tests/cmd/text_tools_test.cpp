@@ -7,7 +7,7 @@
 #include "engine/entities/table_entity.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/entities/wipeout.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/modify/text_placing.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

@@ -14,7 +14,7 @@
 #include "engine/entities/image.hpp"
 #include "engine/entities/polyface.hpp"
 #include "engine/entities/region.hpp"
-#include "engine/plot_page.hpp"
+#include "engine/outline/plot_page.hpp"
 
 namespace kova::cmd {
 namespace {

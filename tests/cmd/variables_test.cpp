@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "cmd/harness.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

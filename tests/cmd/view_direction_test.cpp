@@ -2,7 +2,7 @@
 #include "cmd/view_state.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/viewport.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

@@ -1,14 +1,14 @@
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 
 #include "doc_tools.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/dimension.hpp"
-#include "engine/entities/leader.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
+#include "engine/entities/dimensions/leader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/mline.hpp"
 #include "engine/entities/table_entity.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 #include "engine/entities/viewport.hpp"
 
 namespace kova::doc {

@@ -1,11 +1,11 @@
-#include "engine/audit.hpp"
+#include "engine/audit/audit.hpp"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
-#include "engine/entities/all.hpp"
-#include "engine/idle_visitor.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/model/idle_visitor.hpp"
 
 namespace kova::engine {
 namespace {

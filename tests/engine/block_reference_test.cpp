@@ -4,8 +4,8 @@
 
 #include <chrono>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/kinds/all.hpp"
 #include "engine/shape_sink.hpp"
 #include "io/native/native_file.hpp"
 #include "math/angles.hpp"

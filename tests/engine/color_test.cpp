@@ -1,4 +1,4 @@
-#include "engine/color.hpp"
+#include "engine/model/color.hpp"
 
 #include <gtest/gtest.h>
 

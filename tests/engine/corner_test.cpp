@@ -1,10 +1,10 @@
-#include "engine/corner.hpp"
+#include "engine/curves/corner.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "engine/break_line.hpp"
+#include "engine/curves/break_line.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/ellipse.hpp"

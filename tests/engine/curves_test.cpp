@@ -12,8 +12,8 @@
 #include "engine/entities/ray.hpp"
 #include "engine/entities/spline.hpp"
 #include "engine/entities/xline.hpp"
-#include "engine/idle_visitor.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/idle_visitor.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::engine {

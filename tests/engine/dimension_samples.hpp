@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 
 // Dimensions by the points that make them.
 

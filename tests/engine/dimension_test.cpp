@@ -1,4 +1,4 @@
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,12 +6,12 @@
 #include <cmath>
 
 #include "engine/dimension_samples.hpp"
-#include "engine/drawing.hpp"
-#include "engine/entities/arrowheads.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/entities/dimensions/arrowheads.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/dimension_layout.hpp"
+#include "engine/entities/dimensions/dimension_layout.hpp"
 #include "engine/entities/line.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

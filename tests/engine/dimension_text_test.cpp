@@ -1,10 +1,10 @@
-#include "engine/entities/dimension_text.hpp"
+#include "engine/entities/dimensions/dimension_text.hpp"
 
 #include <gtest/gtest.h>
 
 #include "engine/dimension_samples.hpp"
-#include "engine/drawing.hpp"
-#include "engine/entities/mtext_layout.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/text/mtext_layout.hpp"
 #include "math/angles.hpp"
 
 // What dimensions say.

@@ -1,12 +1,12 @@
 // What references of dynamic blocks show under the values of their parameters.
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
-#include "engine/dynamic_block.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/entities/dynamic_block.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/line.hpp"
 #include "engine/entities/polyline.hpp"
-#include "engine/stretch_points.hpp"
+#include "engine/modify/stretch_points.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -1,11 +1,11 @@
-#include "engine/edit_curve.hpp"
+#include "engine/curves/edit_curve.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "engine/corner.hpp"
-#include "engine/curve_cuts.hpp"
+#include "engine/curves/corner.hpp"
+#include "engine/curves/curve_cuts.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/ellipse.hpp"
@@ -14,8 +14,8 @@
 #include "engine/entities/spline.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/entities/xline.hpp"
-#include "engine/lengthen.hpp"
-#include "engine/offset_entity.hpp"
+#include "engine/curves/lengthen.hpp"
+#include "engine/curves/offset_entity.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/fonts/codes.hpp"
+#include "engine/text/text_codes.hpp"
 
 namespace kova::engine {
 namespace {

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
-#include "engine/hatch_lines.hpp"
-#include "engine/libraries.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/outline/hatch_lines.hpp"
+#include "engine/libraries/libraries.hpp"
 #include "engine/shape_sink.hpp"
 #include "io/native/native_file.hpp"
 #include "math/angles.hpp"

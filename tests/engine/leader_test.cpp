@@ -1,16 +1,16 @@
-#include "engine/entities/leader.hpp"
+#include "engine/entities/dimensions/leader.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/mline.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

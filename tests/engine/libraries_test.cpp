@@ -1,4 +1,4 @@
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 #include "engine/records/linetype_flags.hpp"
 
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -1,4 +1,4 @@
-#include "engine/mass_properties.hpp"
+#include "engine/inquiry/mass_properties.hpp"
 
 #include <gtest/gtest.h>
 

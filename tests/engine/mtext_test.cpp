@@ -4,9 +4,9 @@
 
 #include <chrono>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/table_entity.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 #include "math/angles.hpp"
 #include "text_sinks.hpp"
 

@@ -8,8 +8,8 @@
 #include "engine/entities/line.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/ray.hpp"
-#include "engine/outline.hpp"
-#include "engine/records/records.hpp"
+#include "engine/model/outline.hpp"
+#include "engine/model/records.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::engine {

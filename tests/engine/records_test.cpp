@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 

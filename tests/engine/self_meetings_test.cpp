@@ -1,4 +1,4 @@
-#include "engine/self_meetings.hpp"
+#include "engine/curves/self_meetings.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "engine/entity.hpp"
-#include "engine/outline.hpp"
-#include "engine/records/records.hpp"
+#include "engine/model/entity.hpp"
+#include "engine/model/outline.hpp"
+#include "engine/model/records.hpp"
 
 namespace kova::engine {
 

@@ -1,11 +1,11 @@
-#include "engine/snap_points.hpp"
+#include "engine/pick/snap_points.hpp"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

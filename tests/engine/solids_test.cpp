@@ -4,9 +4,9 @@
 #include <fstream>
 #include <sstream>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/all.hpp"
-#include "engine/sat_edges.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/solids/sat_edges.hpp"
 #include "engine/shape_sink.hpp"
 #include "io/native/native_file.hpp"
 #include "math/angles.hpp"

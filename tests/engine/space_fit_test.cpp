@@ -1,4 +1,4 @@
-#include "engine/space_fit.hpp"
+#include "engine/curves/space_fit.hpp"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 
 #include "engine/entities/line.hpp"
 #include "engine/entities/polyline.hpp"
-#include "engine/polyline_fit.hpp"
+#include "engine/curves/polyline_fit.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::engine {

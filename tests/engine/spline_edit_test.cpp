@@ -1,4 +1,4 @@
-#include "engine/spline_edit.hpp"
+#include "engine/curves/spline_edit.hpp"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,10 @@
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/line.hpp"
-#include "engine/sysvar_host.hpp"
+#include "engine/sysvars/host.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/text_content.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/modify/text_content.hpp"
+#include "engine/modify/text_placing.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "engine/fonts/fonts.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 
 namespace kova::engine {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/shape.hpp"
 #include "math/angles.hpp"

@@ -1,4 +1,4 @@
-#include "engine/units.hpp"
+#include "engine/model/units.hpp"
 
 #include <gtest/gtest.h>
 

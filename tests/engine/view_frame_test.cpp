@@ -1,14 +1,14 @@
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 
 #include <gtest/gtest.h>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/face3d.hpp"
 #include "engine/entities/line.hpp"
 #include "engine/entities/viewport.hpp"
-#include "engine/spatial_sink.hpp"
+#include "engine/outline/spatial_sink.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -3,7 +3,7 @@
 
 #include <QTemporaryDir>
 
-#include "engine/associativity.hpp"
+#include "engine/associativity/associativity.hpp"
 #include "headless/session.hpp"
 
 namespace kova::headless {

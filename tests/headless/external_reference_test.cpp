@@ -5,7 +5,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "headless/session.hpp"
 #include "math/angles.hpp"
 

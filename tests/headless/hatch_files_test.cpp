@@ -5,7 +5,7 @@
 #include <fstream>
 
 #include "engine/entities/hatch.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "headless/session.hpp"
 
 namespace kova::headless {

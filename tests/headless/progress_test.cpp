@@ -2,7 +2,7 @@
 
 #include <QTemporaryDir>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/line.hpp"
 #include "headless/terminal_progress.hpp"
 #include "io/dxf/dxf_load.hpp"

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/point.hpp"
 #include "engine/entities/solid3d.hpp"

@@ -11,7 +11,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/line.hpp"
 #include "engine/entities/solid3d.hpp"
 #include "headless/files.hpp"

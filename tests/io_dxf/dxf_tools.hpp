@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "io/dxf/dxf_save.hpp"
 
 namespace kova::test {

@@ -6,8 +6,8 @@
 #include <functional>
 #include <string>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/region.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/dxf_save.hpp"

@@ -3,7 +3,7 @@
 
 #include <sstream>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "io/native/native_file.hpp"

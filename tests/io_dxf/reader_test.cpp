@@ -11,18 +11,18 @@
 #include <iterator>
 #include <random>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/hatch.hpp"
 #include "engine/entities/line.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 
 namespace kova::test {
 

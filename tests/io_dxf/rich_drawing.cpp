@@ -1,7 +1,7 @@
 #include "io_dxf/rich_drawing.hpp"
 
-#include "engine/entities/all.hpp"
-#include "engine/space_fit.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/curves/space_fit.hpp"
 
 namespace kova::test {
 

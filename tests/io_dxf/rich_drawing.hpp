@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::test {
 

@@ -9,7 +9,7 @@
 #include <set>
 #include <sstream>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/solid2d.hpp"

@@ -7,7 +7,7 @@
 #include <set>
 #include <sstream>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/own_data.hpp"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/describe.hpp"
+#include "engine/model/describe.hpp"
 
 namespace kova::test {
 

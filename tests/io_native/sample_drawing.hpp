@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::test {
 

@@ -2,10 +2,10 @@
 
 #include <nlohmann/json.hpp>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/line.hpp"
 #include "engine/entities/solid3d.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "io/native/native_file.hpp"
 #include "io_native/field_visitors.hpp"
 #include "io_native/sample_drawing.hpp"

@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
 #include "io/native/native_file.hpp"

@@ -3,7 +3,7 @@
 #include <QTemporaryDir>
 #include <fstream>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "lisp_tools.hpp"
 #include "script/lisp/entity_codes.hpp"
 

@@ -2,7 +2,7 @@
 
 #include <QTemporaryDir>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::script::python {
 namespace {

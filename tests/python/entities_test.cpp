@@ -1,6 +1,6 @@
 #include "python_fixture.hpp"
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/line.hpp"
 
 namespace kova::script::python {

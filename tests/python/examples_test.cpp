@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFile>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 
 namespace kova::script::python {
 namespace {

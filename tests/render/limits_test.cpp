@@ -6,7 +6,7 @@
 #include <ctime>
 #include <limits>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "picture.hpp"
 #include "render/plot.hpp"
 

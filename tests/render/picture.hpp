@@ -5,7 +5,7 @@
 #include <memory>
 #include <string>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "render/renderer.hpp"
 
 namespace kova::render {

@@ -6,7 +6,7 @@
 #include <QImage>
 #include <chrono>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 
 namespace kova::render {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 #include "picture.hpp"
 

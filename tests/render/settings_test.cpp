@@ -3,8 +3,8 @@
 
 #include <QGuiApplication>
 
-#include "engine/entities/all.hpp"
-#include "engine/libraries.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/libraries/libraries.hpp"
 #include "engine/sysvar_notes.hpp"
 #include "math/angles.hpp"
 #include "picture.hpp"

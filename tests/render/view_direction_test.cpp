@@ -2,8 +2,8 @@
 
 #include <QPainter>
 
-#include "engine/entities/all.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/model/view_frame.hpp"
 #include "math/angles.hpp"
 #include "render/plot.hpp"
 #include "render/renderer.hpp"

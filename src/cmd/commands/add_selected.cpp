@@ -5,7 +5,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 
 namespace kova::cmd::commands {
 

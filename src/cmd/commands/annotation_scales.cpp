@@ -2,11 +2,11 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 
 namespace kova::cmd::commands {
 

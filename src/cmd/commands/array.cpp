@@ -2,7 +2,7 @@
 #include "cmd/array_record.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
 #include "math/angles.hpp"

@@ -4,7 +4,7 @@
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 

@@ -2,13 +2,13 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 
 namespace kova::cmd::commands {
 

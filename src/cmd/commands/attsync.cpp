@@ -1,6 +1,6 @@
 #include "cmd/block_attributes.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 

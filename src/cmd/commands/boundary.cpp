@@ -1,7 +1,7 @@
 #include "cmd/boundary_shapes.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/region.hpp"
 

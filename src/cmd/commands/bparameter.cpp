@@ -1,11 +1,11 @@
 #include "cmd/block_editing.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
-#include "engine/dynamic_block.hpp"
+#include "engine/entities/dynamic_block.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd::commands {

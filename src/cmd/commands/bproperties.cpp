@@ -1,9 +1,9 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "engine/dynamic_block.hpp"
+#include "engine/entities/dynamic_block.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,7 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "engine/edit_curve.hpp"
+#include "engine/curves/edit_curve.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,9 +1,9 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
-#include "engine/break_line.hpp"
+#include "engine/curves/break_line.hpp"
 
 namespace kova::cmd::commands {
 

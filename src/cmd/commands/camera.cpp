@@ -1,11 +1,11 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/named_views.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/space_point.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 
 // CAMERA, VIEWPLAY, NEWSHOT: ways to named views.
 

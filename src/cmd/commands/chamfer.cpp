@@ -1,6 +1,6 @@
 #include "cmd/commands/corner_tool.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

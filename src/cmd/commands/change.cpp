@@ -1,13 +1,13 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_changes.hpp"
 #include "cmd/registry.hpp"
-#include "engine/change_point.hpp"
+#include "engine/modify/change_point.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 
 namespace kova::cmd::commands {
 

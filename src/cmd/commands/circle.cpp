@@ -2,12 +2,12 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/object_snap.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/curves.hpp"
 #include "math/kernels/tangent_circles.hpp"
 

@@ -1,6 +1,6 @@
 #include "cmd/clipboard.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"
 

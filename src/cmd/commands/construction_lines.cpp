@@ -1,10 +1,10 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/ray.hpp"
 #include "engine/entities/xline.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {

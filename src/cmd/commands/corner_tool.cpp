@@ -1,12 +1,12 @@
 #include "cmd/commands/corner_tool.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/processor.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/line.hpp"
-#include "engine/join.hpp"
+#include "engine/curves/join.hpp"
 
 namespace kova::cmd::commands {
 

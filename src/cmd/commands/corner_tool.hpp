@@ -2,7 +2,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/step_group.hpp"
-#include "engine/corner.hpp"
+#include "engine/curves/corner.hpp"
 
 namespace kova::cmd::commands {
 

@@ -5,7 +5,7 @@
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"
-#include "engine/color.hpp"
+#include "engine/model/color.hpp"
 
 // DDEMODES, DDPTYPE and POINTSTYLE: what new objects look like.
 

@@ -4,7 +4,7 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
 #include "doc/spatial_index.hpp"
-#include "engine/self_meetings.hpp"
+#include "engine/curves/self_meetings.hpp"
 
 namespace kova::cmd::commands {
 

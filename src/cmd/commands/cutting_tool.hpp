@@ -4,7 +4,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/step_group.hpp"
-#include "engine/curve_cuts.hpp"
+#include "engine/curves/curve_cuts.hpp"
 
 namespace kova::cmd::commands {
 

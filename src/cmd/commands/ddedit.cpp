@@ -3,8 +3,8 @@
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"
-#include "engine/entities/all.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/model/object_plane.hpp"
 
 namespace kova::cmd::commands {
 

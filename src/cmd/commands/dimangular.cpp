@@ -1,7 +1,7 @@
 #include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/dimension_geometry.hpp"
+#include "engine/entities/dimensions/dimension_geometry.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {

@@ -1,8 +1,8 @@
 #include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/dimension_geometry.hpp"
+#include "engine/entities/dimensions/dimension_geometry.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,12 +1,12 @@
 #include "cmd/dimension_aids.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/symbols/symbols.hpp"
+#include "engine/model/sysvar.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {

@@ -1,4 +1,4 @@
-#include "cmd/curve_ruler.hpp"
+#include "engine/curves/curve_ruler.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/name_prompts.hpp"
@@ -6,7 +6,7 @@
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/point.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {

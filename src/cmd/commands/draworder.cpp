@@ -1,7 +1,7 @@
 #include <unordered_set>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

@@ -1,10 +1,10 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/space_point.hpp"
 #include "cmd/view_state.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd::commands {

@@ -2,7 +2,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/registry.hpp"
-#include "engine/units.hpp"
+#include "engine/model/units.hpp"
 #include "math/matrix4.hpp"
 
 namespace kova::cmd::commands {

@@ -3,7 +3,7 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_fields.hpp"
 #include "cmd/transmittal.hpp"

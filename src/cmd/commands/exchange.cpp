@@ -3,10 +3,10 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_transfer.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd::commands {
 

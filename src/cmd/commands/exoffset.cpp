@@ -1,6 +1,6 @@
 #include "cmd/commands/parallel_tool.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 

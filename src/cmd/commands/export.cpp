@@ -3,7 +3,7 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/registry.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd::commands {
 

@@ -5,7 +5,7 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/plot_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "engine/units.hpp"
+#include "engine/model/units.hpp"
 
 namespace kova::cmd::commands {
 

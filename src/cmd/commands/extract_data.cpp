@@ -4,11 +4,11 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 

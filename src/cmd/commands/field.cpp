@@ -1,7 +1,7 @@
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_fields.hpp"
 #include "engine/entities/text.hpp"

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "cmd/point_input.hpp"
-#include "engine/drawing.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/sysvar.hpp"
 
 namespace kova::cmd::commands {
 

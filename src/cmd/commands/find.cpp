@@ -1,19 +1,19 @@
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
-#include "engine/entity.hpp"
-#include "engine/text_content.hpp"
+#include "engine/model/entity.hpp"
+#include "engine/modify/text_content.hpp"
 
 #include <QChar>
 
 #include <map>
 #include <unordered_set>
 
-#include "engine/entities/mtext_layout.hpp"
-#include "engine/fonts/codes.hpp"
+#include "engine/text/mtext_layout.hpp"
+#include "engine/text/text_codes.hpp"
 #include "strings/case_fold.hpp"
 
 // FIND and SPELL: what stands in the drawing's texts.

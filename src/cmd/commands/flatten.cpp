@@ -1,7 +1,7 @@
-#include "engine/flattened.hpp"
+#include "engine/modify/flattened.hpp"
 
 #include "cmd/command.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"

@@ -1,6 +1,6 @@
 #include <unordered_set>
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"

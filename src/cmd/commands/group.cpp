@@ -2,13 +2,13 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/groups.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 
 namespace kova::cmd::commands {
 

@@ -3,11 +3,11 @@
 #include <set>
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "strings/wildcards.hpp"
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd::commands {

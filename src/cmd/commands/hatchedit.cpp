@@ -2,7 +2,7 @@
 #include "cmd/commands/hatch_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"

@@ -4,13 +4,13 @@
 #include "cmd/commands/hatch_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 
 namespace kova::cmd::commands {
 

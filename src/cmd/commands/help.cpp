@@ -2,7 +2,7 @@
 #include <QVariant>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

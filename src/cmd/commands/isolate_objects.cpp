@@ -1,6 +1,6 @@
 #include <unordered_set>
 
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/isolation.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"

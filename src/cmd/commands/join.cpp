@@ -1,7 +1,7 @@
-#include "engine/join.hpp"
+#include "engine/curves/join.hpp"
 
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"

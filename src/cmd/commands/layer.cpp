@@ -1,6 +1,6 @@
 #include "cmd/commands/layer_states.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
@@ -8,7 +8,7 @@
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/viewport.hpp"

@@ -1,5 +1,5 @@
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"

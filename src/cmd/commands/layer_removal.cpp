@@ -1,13 +1,13 @@
 #include <unordered_set>
 
 #include "cmd/commands/file_names.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 
 // Layers that go, with or without what is on them.
 

@@ -3,14 +3,14 @@
 #include <filesystem>
 
 #include "cmd/commands/file_names.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_state_file.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "io/save.hpp"
 
 namespace kova::cmd::commands {

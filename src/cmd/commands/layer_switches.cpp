@@ -1,5 +1,5 @@
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/layer_changes.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"

@@ -1,4 +1,4 @@
-#include "engine/entities/leader.hpp"
+#include "engine/entities/dimensions/leader.hpp"
 
 #include "cmd/annotation_prompts.hpp"
 #include "cmd/dimension_aids.hpp"

@@ -1,8 +1,8 @@
-#include "engine/lengthen.hpp"
+#include "engine/curves/lengthen.hpp"
 
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"
 #include "strings/numbers.hpp"

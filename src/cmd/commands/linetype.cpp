@@ -1,15 +1,15 @@
 #include <filesystem>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/libraries.hpp"
-#include "engine/symbols.hpp"
+#include "engine/libraries/libraries.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "io/save.hpp"
 
 namespace kova::cmd::commands {

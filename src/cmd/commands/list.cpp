@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/entity_report.hpp"
+#include "engine/inquiry/entity_report.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

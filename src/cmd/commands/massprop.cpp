@@ -4,12 +4,12 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/region.hpp"
-#include "engine/mass_properties.hpp"
-#include "engine/units.hpp"
+#include "engine/inquiry/mass_properties.hpp"
+#include "engine/model/units.hpp"
 #include "io/save.hpp"
 
 namespace kova::cmd::commands {

@@ -3,7 +3,7 @@
 #include "cmd/entity_copies.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,15 +1,15 @@
 #include "cmd/area_dialogue.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/distance_dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/arc.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/line.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
-#include "engine/units.hpp"
+#include "engine/model/units.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::cmd::commands {

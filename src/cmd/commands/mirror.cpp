@@ -6,7 +6,7 @@
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/mtext.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/text.hpp"
 #include "math/angles.hpp"
 

@@ -1,10 +1,10 @@
 // Several multileaders at once: lined up, or gathered into one.
-#include "engine/mleader_align.hpp"
+#include "engine/modify/mleader_align.hpp"
 
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
 

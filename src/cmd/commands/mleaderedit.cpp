@@ -1,8 +1,8 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/leader_line.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/leader_line.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,7 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/drawing_transfer.hpp"
-#include "cmd/nested_picking.hpp"
+#include "engine/pick/nested_picking.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/step_group.hpp"

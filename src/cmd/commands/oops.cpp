@@ -1,4 +1,4 @@
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "doc/entity_actions.hpp"
 

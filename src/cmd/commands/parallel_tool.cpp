@@ -1,7 +1,7 @@
 #include "cmd/commands/parallel_tool.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "engine/offset_entity.hpp"
+#include "engine/curves/offset_entity.hpp"
 
 namespace kova::cmd::commands {
 

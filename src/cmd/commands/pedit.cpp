@@ -4,14 +4,14 @@
 #include "cmd/commands/pedit.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "engine/join.hpp"
-#include "engine/polyline_fit.hpp"
-#include "engine/reversed.hpp"
-#include "engine/space_fit.hpp"
-#include "engine/spline_edit.hpp"
+#include "engine/curves/join.hpp"
+#include "engine/curves/polyline_fit.hpp"
+#include "engine/curves/reversed.hpp"
+#include "engine/curves/space_fit.hpp"
+#include "engine/curves/spline_edit.hpp"
 
 namespace kova::cmd::commands {
 

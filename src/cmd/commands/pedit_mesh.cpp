@@ -1,8 +1,8 @@
 #include "cmd/commands/pedit.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/space_point.hpp"
-#include "engine/space_fit.hpp"
+#include "engine/curves/space_fit.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,11 +1,11 @@
 #include "cmd/commands/pedit.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/space_point.hpp"
-#include "engine/edit_curve.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/polyline_fit.hpp"
-#include "engine/space_fit.hpp"
+#include "engine/curves/edit_curve.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/curves/polyline_fit.hpp"
+#include "engine/curves/space_fit.hpp"
 
 namespace kova::cmd::commands {
 

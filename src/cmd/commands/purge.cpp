@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 

@@ -1,11 +1,11 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 
 namespace kova::cmd::commands {
 

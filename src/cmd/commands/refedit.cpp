@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
-#include "cmd/nested_picking.hpp"
+#include "engine/inquiry/value_text.hpp"
+#include "engine/pick/nested_picking.hpp"
 #include "cmd/reference_editing.hpp"
 #include "cmd/registry.hpp"
 

@@ -1,8 +1,8 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "engine/reversed.hpp"
+#include "engine/curves/reversed.hpp"
 
 namespace kova::cmd::commands {
 

@@ -3,7 +3,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {

@@ -1,5 +1,5 @@
 #include "cmd/commands/variable_prompt.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"

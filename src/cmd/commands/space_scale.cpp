@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/viewports.hpp"

@@ -3,7 +3,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
 #include "cmd/registry.hpp"
-#include "engine/spline_edit.hpp"
+#include "engine/curves/spline_edit.hpp"
 #include "math/curves/curves.hpp"
 #include "math/curves/nurbs.hpp"
 

@@ -1,11 +1,11 @@
 #include "cmd/commands/splinedit.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "engine/join.hpp"
-#include "engine/reversed.hpp"
+#include "engine/curves/join.hpp"
+#include "engine/curves/reversed.hpp"
 
 namespace kova::cmd::commands {
 

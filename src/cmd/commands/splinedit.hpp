@@ -4,7 +4,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "cmd/step_group.hpp"
-#include "engine/spline_edit.hpp"
+#include "engine/curves/spline_edit.hpp"
 
 namespace kova::cmd::commands {
 

@@ -2,7 +2,7 @@
 // for it, and the curve keeps the shape that it gave.
 #include "cmd/commands/splinedit.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 

@@ -1,11 +1,11 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd::commands {

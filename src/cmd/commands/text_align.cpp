@@ -1,11 +1,11 @@
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/picking.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/text_line.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/text/text_line.hpp"
+#include "engine/modify/text_placing.hpp"
 #include "math/matrix4.hpp"
 
 // TEXTALIGN, TEXTFIT and TORIENT: where texts stand and which way they run.

@@ -1,10 +1,10 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "engine/entities/all.hpp"
-#include "engine/text_content.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/modify/text_content.hpp"
+#include "engine/modify/text_placing.hpp"
 #include "strings/numbers.hpp"
 
 // TCASE and TCOUNT: the letters of many texts.

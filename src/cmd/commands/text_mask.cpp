@@ -1,7 +1,7 @@
 #include "cmd/boundary_shapes.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/groups.hpp"
 #include "cmd/registry.hpp"
 #include "doc/table_edits.hpp"
@@ -9,7 +9,7 @@
 #include "engine/entities/face3d.hpp"
 #include "engine/entities/solid2d.hpp"
 #include "engine/entities/wipeout.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/modify/text_placing.hpp"
 #include "math/curves/curves.hpp"
 
 #include <unordered_map>

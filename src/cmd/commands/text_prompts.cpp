@@ -1,8 +1,8 @@
 #include "cmd/commands/text_prompts.hpp"
 
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
-#include "engine/entities/text_line.hpp"
+#include "engine/inquiry/value_text.hpp"
+#include "engine/text/text_line.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,10 +1,10 @@
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/modify/text_placing.hpp"
 
 // SCALETEXT and JUSTIFYTEXT: many texts, each about its own point.
 

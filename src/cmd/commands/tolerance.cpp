@@ -1,4 +1,4 @@
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 
 #include "cmd/annotation_prompts.hpp"
 #include "cmd/drawing_aids.hpp"

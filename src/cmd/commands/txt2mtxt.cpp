@@ -1,10 +1,10 @@
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/fonts/codes.hpp"
-#include "engine/text_placing.hpp"
+#include "engine/text/text_codes.hpp"
+#include "engine/modify/text_placing.hpp"
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 

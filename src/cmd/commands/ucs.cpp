@@ -1,5 +1,5 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/picking.hpp"
@@ -12,7 +12,7 @@
 #include "engine/entities/line.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "math/angles.hpp"
 #include "math/curves/curves.hpp"
 

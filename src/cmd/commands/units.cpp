@@ -1,7 +1,7 @@
-#include "engine/units.hpp"
+#include "engine/model/units.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "math/angles.hpp"
 

@@ -2,7 +2,7 @@
 
 #include "cmd/dialogue.hpp"
 #include "doc/document.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,5 +1,5 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/named_views.hpp"
 #include "cmd/registry.hpp"

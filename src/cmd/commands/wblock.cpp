@@ -4,7 +4,7 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/entity_copies.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"

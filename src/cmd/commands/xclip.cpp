@@ -1,10 +1,10 @@
 #include "cmd/clip_boundary.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/polyline.hpp"
 
 namespace kova::cmd::commands {

@@ -5,13 +5,13 @@
 #include "cmd/drawing_aids.hpp"
 #include "cmd/drawing_transfer.hpp"
 #include "cmd/external_references.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/placement.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/external_reference.hpp"
+#include "engine/symbols/external_reference.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,11 +1,11 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/drawing_aids.hpp"
-#include "cmd/format.hpp"
+#include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
 #include "cmd/view_state.hpp"
 #include "engine/entities/viewport.hpp"
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,8 +1,8 @@
 #include "engine/entities/attribute_definition.hpp"
 
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/entity_list.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/entity_list.hpp"
 
 namespace kova::engine {
 

@@ -1,13 +1,13 @@
 #include "engine/entities/block_reference.hpp"
 
-#include "engine/drawing.hpp"
-#include "engine/dynamic_block.hpp"
-#include "engine/entities/mtext_layout.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/entities/dynamic_block.hpp"
+#include "engine/text/mtext_layout.hpp"
 #include "engine/entities/block_nesting.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
-#include "engine/spatial_sink.hpp"
+#include "engine/outline/spatial_sink.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::engine {

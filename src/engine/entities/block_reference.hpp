@@ -4,8 +4,8 @@
 #include <optional>
 #include <string>
 
-#include "engine/entities/text_line.hpp"
-#include "engine/entity.hpp"
+#include "engine/text/text_line.hpp"
+#include "engine/model/entity.hpp"
 #include "math/curves/path.hpp"
 
 namespace kova::engine {

@@ -1,6 +1,6 @@
 #include "engine/entities/face3d.hpp"
 
-#include "engine/outline.hpp"
+#include "engine/model/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {

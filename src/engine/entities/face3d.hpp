@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/curves/path.hpp"
 
 namespace kova::engine {

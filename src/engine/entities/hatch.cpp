@@ -1,7 +1,7 @@
 #include "engine/entities/hatch.hpp"
 
-#include "engine/entities/object_plane.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/ring_nesting.hpp"
 #include "math/curves/curves.hpp"
 

@@ -5,9 +5,9 @@
 #include <string>
 #include <variant>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/curves/path.hpp"
-#include "engine/records/records.hpp"
+#include "engine/model/records.hpp"
 
 namespace kova::engine {
 

@@ -1,6 +1,6 @@
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/hatch.hpp"
-#include "engine/libraries.hpp"
+#include "engine/libraries/libraries.hpp"
 #include "math/curves/curves.hpp"
 
 namespace kova::engine {

@@ -1,7 +1,7 @@
 #include "engine/entities/image.hpp"
 
-#include "engine/entities/text_line.hpp"
-#include "engine/outline.hpp"
+#include "engine/text/text_line.hpp"
+#include "engine/model/outline.hpp"
 
 namespace kova::engine {
 

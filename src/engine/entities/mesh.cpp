@@ -1,7 +1,7 @@
 #include "engine/entities/mesh.hpp"
 
-#include "engine/entities/pick_distance.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/pick_distance.hpp"
+#include "engine/model/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
 
 namespace kova::engine {

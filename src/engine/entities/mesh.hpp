@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/curves/path.hpp"
 
 namespace kova::engine {

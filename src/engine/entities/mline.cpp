@@ -4,8 +4,8 @@
 #include <cmath>
 #include <numeric>
 
-#include "engine/entities/object_plane.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/outline.hpp"
 
 namespace kova::engine {
 

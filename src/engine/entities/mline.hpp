@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <vector>
 
-#include "engine/color.hpp"
-#include "engine/entity.hpp"
+#include "engine/model/color.hpp"
+#include "engine/model/entity.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

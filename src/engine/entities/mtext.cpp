@@ -1,9 +1,9 @@
 #include "engine/entities/mtext.hpp"
 
-#include "engine/drawing.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/entities/text_line.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/text/text_line.hpp"
+#include "engine/model/outline.hpp"
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 

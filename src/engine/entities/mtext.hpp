@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/entities/mtext_layout.hpp"
-#include "engine/entity.hpp"
+#include "engine/text/mtext_layout.hpp"
+#include "engine/model/entity.hpp"
 
 namespace kova::engine {
 

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "engine/entities/object_plane.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/outline.hpp"
 #include "engine/outline/frame_lines.hpp"
 #include "math/curves/curves.hpp"
 #include "math/curves/polygon.hpp"

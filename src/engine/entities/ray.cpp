@@ -1,8 +1,8 @@
 #include "engine/entities/ray.hpp"
 
 #include "engine/entities/construction_line.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/outline.hpp"
 
 namespace kova::engine {
 

@@ -1,8 +1,8 @@
 #include "engine/entities/region.hpp"
 
-#include "engine/entities/object_plane.hpp"
-#include "engine/entities/pick_distance.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/model/pick_distance.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/ring_nesting.hpp"
 #include "math/curves/curves.hpp"
 #include "math/curves/polygon.hpp"

@@ -1,11 +1,11 @@
 #include "engine/entities/shape.hpp"
 
 #include <filesystem>
-#include "engine/drawing.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/entities/text_line.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/text/text_line.hpp"
 #include "engine/fonts/fonts.hpp"
-#include "engine/shapes.hpp"
+#include "engine/libraries/shape_files.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/curves/path.hpp"
 
 namespace kova::engine {

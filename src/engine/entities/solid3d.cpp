@@ -2,9 +2,9 @@
 
 #include <QByteArray>
 
-#include "engine/entities/pick_distance.hpp"
-#include "engine/outline.hpp"
-#include "engine/sat_edges.hpp"
+#include "engine/model/pick_distance.hpp"
+#include "engine/model/outline.hpp"
+#include "engine/solids/sat_edges.hpp"
 
 namespace kova::engine {
 

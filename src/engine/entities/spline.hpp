@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/curves/path.hpp"
 #include "math/curves/nurbs_edit.hpp"
 

@@ -2,11 +2,11 @@
 
 #include <array>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/mtext_layout.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/text/mtext_layout.hpp"
+#include "engine/model/object_plane.hpp"
 #include "engine/entities/table_grid.hpp"
-#include "engine/entities/text_line.hpp"
+#include "engine/text/text_line.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

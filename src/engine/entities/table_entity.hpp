@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "engine/entity.hpp"
-#include "engine/records/styles.hpp"
+#include "engine/model/entity.hpp"
+#include "engine/model/styles.hpp"
 
 namespace kova::engine {
 

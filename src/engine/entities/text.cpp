@@ -1,6 +1,6 @@
 #include "engine/entities/text.hpp"
 
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 
 namespace kova::engine {
 

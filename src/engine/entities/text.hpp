@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "engine/entities/text_line.hpp"
-#include "engine/entity.hpp"
+#include "engine/text/text_line.hpp"
+#include "engine/model/entity.hpp"
 
 namespace kova::engine {
 

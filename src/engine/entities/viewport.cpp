@@ -1,9 +1,9 @@
 #include "engine/entities/viewport.hpp"
 
-#include "engine/drawing.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/path.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 #include "math/angles.hpp"
 
 namespace kova::engine {

@@ -2,7 +2,7 @@
 
 #include <QCoreApplication>
 
-#include "engine/fonts/codes.hpp"
+#include "engine/text/text_codes.hpp"
 #include "engine/fonts/font_sources.hpp"
 
 namespace kova::engine {

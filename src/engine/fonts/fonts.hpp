@@ -4,8 +4,8 @@
 #include <memory>
 #include <string_view>
 
-#include "engine/name.hpp"
-#include "engine/outline.hpp"
+#include "engine/model/name.hpp"
+#include "engine/model/outline.hpp"
 #include "math/curves/path.hpp"
 #include "math/bounds2.hpp"
 

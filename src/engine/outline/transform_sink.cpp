@@ -2,8 +2,8 @@
 
 #include "engine/entities/image.hpp"
 #include "engine/entities/viewport.hpp"
-#include "engine/outline.hpp"
-#include "engine/records/records.hpp"
+#include "engine/model/outline.hpp"
+#include "engine/model/records.hpp"
 
 namespace kova::engine {
 

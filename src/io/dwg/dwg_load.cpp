@@ -5,8 +5,8 @@
 #include <fstream>
 #include <new>
 
-#include "engine/drawing.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/sysvar.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/file_content.hpp"
 #include "kdraw/database/database.hpp"

@@ -1,6 +1,6 @@
 #include "io/dxf/dxf_facts.hpp"
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::io::dxf {
 

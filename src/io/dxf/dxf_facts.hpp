@@ -62,8 +62,8 @@
 #include <string>
 #include <string_view>
 
-#include "engine/color.hpp"
-#include "engine/entity_type.hpp"
+#include "engine/model/color.hpp"
+#include "engine/model/entity_type.hpp"
 
 namespace kova::io::dxf {
 

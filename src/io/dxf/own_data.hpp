@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/entity.hpp"
-#include "engine/records/records.hpp"
+#include "engine/model/entity.hpp"
+#include "engine/model/records.hpp"
 #include "io/json/record_reader.hpp"
 #include "io/json/record_writer.hpp"
 

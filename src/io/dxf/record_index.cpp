@@ -1,6 +1,6 @@
 #include "io/dxf/record_index.hpp"
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::io::dxf {
 

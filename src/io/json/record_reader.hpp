@@ -3,8 +3,8 @@
 #include <array>
 #include <vector>
 
-#include "engine/describe.hpp"
-#include "engine/entity.hpp"
+#include "engine/model/describe.hpp"
+#include "engine/model/entity.hpp"
 #include "io/json/json_tree.hpp"
 
 namespace kova::io::native {

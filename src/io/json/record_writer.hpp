@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "engine/describe.hpp"
-#include "engine/entity.hpp"
+#include "engine/model/describe.hpp"
+#include "engine/model/entity.hpp"
 #include "io/json/json_writer.hpp"
 
 namespace kova::io::native {

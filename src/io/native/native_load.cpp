@@ -1,7 +1,7 @@
 #include <exception>
 #include <unordered_set>
 
-#include "engine/standard_records.hpp"
+#include "engine/libraries/standard_records.hpp"
 #include "io/file_content.hpp"
 #include "io/json/json_parser.hpp"
 #include "io/native/native_file.hpp"

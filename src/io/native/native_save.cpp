@@ -1,6 +1,6 @@
 #include <exception>
 
-#include "engine/external_reference.hpp"
+#include "engine/symbols/external_reference.hpp"
 #include "io/native/native_file.hpp"
 #include "io/native/native_sections.hpp"
 #include "io/json/record_writer.hpp"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "io/json/json_tree.hpp"
 #include "io/json/json_writer.hpp"
 #include "io/json/record_reader.hpp"

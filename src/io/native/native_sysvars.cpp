@@ -1,4 +1,4 @@
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "io/native/native_sections.hpp"
 
 namespace kova::io::native {

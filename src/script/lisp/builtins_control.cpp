@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "io/text_file.hpp"
-#include "engine/sysvar_host.hpp"
+#include "engine/sysvars/host.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/compiler.hpp"
 #include "script/lisp/cycles.hpp"

@@ -3,9 +3,9 @@
 #include <charconv>
 #include <cmath>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "engine/making_order.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_codes.hpp"
 #include "script/lisp/entity_making.hpp"

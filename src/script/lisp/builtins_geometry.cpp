@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "cmd/object_snap.hpp"
-#include "engine/entities/object_plane.hpp"
-#include "engine/entities/text_line.hpp"
+#include "engine/model/object_plane.hpp"
+#include "engine/text/text_line.hpp"
 #include "math/angles.hpp"
 #include "math/curves/intersect.hpp"
 #include "script/lisp/builtins.hpp"

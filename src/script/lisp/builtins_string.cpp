@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "strings/wildcards.hpp"
-#include "engine/fonts/codes.hpp"
-#include "engine/units.hpp"
+#include "engine/text/text_codes.hpp"
+#include "engine/model/units.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/printer.hpp"
 #include "script/lisp/reader.hpp"

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <unordered_set>
 
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_names.hpp"
 #include "script/lisp/group_list.hpp"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "math/vector3.hpp"
 #include "script/lisp/value.hpp"
 

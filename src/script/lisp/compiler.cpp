@@ -1,6 +1,6 @@
 #include "script/lisp/compiler.hpp"
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::script::lisp {
 

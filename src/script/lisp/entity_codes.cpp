@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "engine/entities/all.hpp"
+#include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 
 namespace kova::script::lisp {

@@ -3,8 +3,8 @@
 #include <memory>
 #include <string>
 
-#include "engine/drawing.hpp"
-#include "engine/entity.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/entity.hpp"
 #include "script/lisp/group_list.hpp"
 
 namespace kova::script::lisp {

@@ -2,7 +2,7 @@
 // binary as hexadecimal digits under 310.
 
 #include "engine/entities/solid3d.hpp"
-#include "engine/modeler_text.hpp"
+#include "engine/solids/modeler_text.hpp"
 #include "script/lisp/entity_codes.hpp"
 
 namespace kova::script::lisp {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/hatch.hpp"
 #include "script/lisp/entity_codes.hpp"
 

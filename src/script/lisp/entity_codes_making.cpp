@@ -1,7 +1,7 @@
 // Which entities a list of groups can make, and which are sound.
 
-#include "engine/entities/all.hpp"
-#include "engine/sat_records.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/solids/sat_records.hpp"
 #include "script/lisp/entity_codes.hpp"
 
 namespace kova::script::lisp {

@@ -3,8 +3,8 @@
 #include <cmath>
 #include <functional>
 
-#include "engine/entities/leader.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/leader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/table_entity.hpp"
 #include "script/lisp/entity_codes.hpp"
 #include "script/lisp/entity_names.hpp"

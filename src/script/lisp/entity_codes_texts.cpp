@@ -6,8 +6,8 @@
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/shape.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/entities/text_line.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/text/text_line.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 #include "script/lisp/entity_codes.hpp"
 
 namespace kova::script::lisp {

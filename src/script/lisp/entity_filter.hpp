@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "script/lisp/value.hpp"
 
 namespace kova::script::lisp {

@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "doc/table_edits.hpp"
-#include "engine/entities/all.hpp"
-#include "engine/symbols.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/entity_codes.hpp"
 #include "script/lisp/record_making.hpp"

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "math/vector3.hpp"
 #include "script/lisp/entity_names.hpp"
 

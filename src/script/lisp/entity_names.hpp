@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "script/lisp/machine.hpp"
 
 namespace kova::script::lisp {

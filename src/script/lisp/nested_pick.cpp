@@ -1,9 +1,9 @@
 #include "script/lisp/nested_pick.hpp"
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_nesting.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 
 namespace kova::script::lisp {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "math/matrix4.hpp"
 
 namespace kova::engine {

@@ -3,7 +3,7 @@
 #include "script/lisp/record_making.hpp"
 
 #include "doc/table_edits.hpp"
-#include "engine/symbols.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/lisp/entity_names.hpp"
 
 namespace kova::script::lisp {

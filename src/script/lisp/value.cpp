@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <new>
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 #include "script/lisp/cycles.hpp"
 
 namespace kova::script::lisp {

@@ -1,9 +1,9 @@
 #include "script/python/adding.hpp"
 
 #include "doc/table_edits.hpp"
-#include "engine/drawing.hpp"
-#include "engine/entities/all.hpp"
-#include "engine/symbols.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/python/entity_object.hpp"
 #include "script/python/references.hpp"
 

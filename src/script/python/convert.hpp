@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
-#include "engine/color.hpp"
-#include "engine/name.hpp"
+#include "engine/model/color.hpp"
+#include "engine/model/name.hpp"
 #include "math/bounds2.hpp"
 #include "math/matrix4.hpp"
 #include "math/vector2.hpp"

@@ -1,7 +1,7 @@
 #include <pybind11/pybind11.h>
 
-#include "engine/drawing.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/model/sysvar.hpp"
 #include "script/python/binding.hpp"
 #include "script/python/entity_object.hpp"
 #include "script/python/module_parts.hpp"

@@ -1,4 +1,4 @@
-#include "engine/entity_type.hpp"
+#include "engine/model/entity_type.hpp"
 #include "script/python/entity_object.hpp"
 
 namespace kova::script::python {

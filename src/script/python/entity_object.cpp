@@ -4,7 +4,7 @@
 
 #include <cstddef>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "script/python/binding.hpp"
 #include "script/python/references.hpp"
 

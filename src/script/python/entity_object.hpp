@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "engine/entity.hpp"
+#include "engine/model/entity.hpp"
 #include "script/python/fields.hpp"
 
 namespace kova::script::python {

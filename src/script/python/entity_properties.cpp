@@ -1,4 +1,4 @@
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "script/python/adding.hpp"
 #include "script/python/entity_object.hpp"
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "engine/describe.hpp"
+#include "engine/model/describe.hpp"
 #include "script/python/convert.hpp"
 
 namespace kova::script::python {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/arrowheads.hpp"
-#include "engine/symbols.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/entities/dimensions/arrowheads.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/python/adding.hpp"
 #include "script/python/convert.hpp"
 #include "script/python/entity_object.hpp"

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "engine/symbol_references.hpp"
+#include "engine/symbols/symbol_references.hpp"
 #include "script/python/binding.hpp"
 #include "script/python/fields.hpp"
 

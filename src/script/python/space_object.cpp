@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "doc/spatial_index.hpp"
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "script/python/adding.hpp"
 #include "script/python/entity_object.hpp"
 

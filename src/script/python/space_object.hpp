@@ -2,7 +2,7 @@
 
 #include <Python.h>
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 namespace kova::script::python {
 

@@ -1,8 +1,8 @@
 #include <pybind11/pybind11.h>
 
 #include "doc/table_edits.hpp"
-#include "engine/drawing.hpp"
-#include "engine/symbols.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/symbols/symbols.hpp"
 #include "script/python/binding.hpp"
 #include "script/python/fields.hpp"
 #include "script/python/module_parts.hpp"

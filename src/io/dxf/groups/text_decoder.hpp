@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "engine/name.hpp"
+#include "engine/model/name.hpp"
 
 class QStringDecoder;
 

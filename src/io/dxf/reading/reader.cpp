@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <new>
 
-#include "engine/standard_records.hpp"
+#include "engine/libraries/standard_records.hpp"
 #include "io/file_content.hpp"
 
 namespace kova::io::dxf {

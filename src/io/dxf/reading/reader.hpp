@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "engine/drawing.hpp"
+#include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/record_index.hpp"

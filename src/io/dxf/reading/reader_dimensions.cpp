@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/entities/dimension.hpp"
-#include "engine/entities/leader.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
+#include "engine/entities/dimensions/leader.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/reading/reader.hpp"

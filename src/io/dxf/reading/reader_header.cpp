@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/sysvar.hpp"
+#include "engine/model/sysvar.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reading/reader.hpp"
 

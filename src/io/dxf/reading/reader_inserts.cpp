@@ -6,7 +6,7 @@
 #include "engine/entities/image.hpp"
 #include "engine/entities/viewport.hpp"
 #include "engine/entities/wipeout.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 #include "io/dxf/reading/reader.hpp"
 #include "math/angles.hpp"
 

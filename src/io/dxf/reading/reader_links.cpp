@@ -4,7 +4,7 @@
 #include <cmath>
 #include <filesystem>
 
-#include "engine/entities/dimension.hpp"
+#include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/image.hpp"
 #include "engine/entities/region.hpp"
 #include "io/dxf/dxf_facts.hpp"

@@ -1,6 +1,6 @@
 // Multileaders: nested parts, marked by the texts of groups 300 to 305.
 #include "engine/entities/attribute_definition.hpp"
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reading/reader.hpp"
 

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/plot_page.hpp"
-#include "engine/sysvar.hpp"
+#include "engine/outline/plot_page.hpp"
+#include "engine/model/sysvar.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/object_variables.hpp"
 #include "io/dxf/own_data.hpp"

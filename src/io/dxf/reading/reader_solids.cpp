@@ -1,7 +1,7 @@
 // Bodies of the solid modeller: encrypted text before AC1027, binary data in a section of their own from then on.
 #include "engine/entities/region.hpp"
 #include "engine/entities/solid3d.hpp"
-#include "engine/modeler_text.hpp"
+#include "engine/solids/modeler_text.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reading/reader.hpp"
 

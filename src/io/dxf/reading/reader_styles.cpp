@@ -1,5 +1,5 @@
 // Styles that stand among the objects: multileaders, tables, multilines.
-#include "engine/entities/mleader.hpp"
+#include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/mline.hpp"
 #include "engine/entities/table_entity.hpp"
 #include "io/dxf/dxf_facts.hpp"

@@ -2,8 +2,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "engine/sysvar.hpp"
-#include "engine/view_frame.hpp"
+#include "engine/model/sysvar.hpp"
+#include "engine/model/view_frame.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/own_data.hpp"
 #include "io/dxf/reading/reader.hpp"

@@ -6,7 +6,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
-#include "engine/entities/tolerance.hpp"
+#include "engine/entities/dimensions/tolerance.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reading/reader.hpp"
 

@@ -7,9 +7,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "engine/drawing.hpp"
-#include "engine/entities/all.hpp"
-#include "engine/external_reference.hpp"
+#include "engine/model/drawing.hpp"
+#include "engine/kinds/all.hpp"
+#include "engine/symbols/external_reference.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/dxf_save.hpp"
 #include "io/dxf/own_data.hpp"

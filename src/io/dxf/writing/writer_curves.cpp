@@ -1,5 +1,5 @@
 // Lines and curves.
-#include "engine/entities/object_plane.hpp"
+#include "engine/model/object_plane.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {

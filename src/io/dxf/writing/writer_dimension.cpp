@@ -1,5 +1,5 @@
 // Dimensions, leaders, multileaders.
-#include "engine/entities/dimension_layout.hpp"
+#include "engine/entities/dimensions/dimension_layout.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {

@@ -1,5 +1,5 @@
 // Layouts and page setups.
-#include "engine/plot_page.hpp"
+#include "engine/outline/plot_page.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {

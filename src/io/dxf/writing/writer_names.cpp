@@ -1,5 +1,5 @@
 // Names and the records they stand for.
-#include "engine/entities/arrowheads.hpp"
+#include "engine/entities/dimensions/arrowheads.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {

@@ -1,6 +1,6 @@
 // The pictures of dimensions and tables: anonymous blocks made from what the entity emits.
-#include "engine/entities/arrowheads.hpp"
-#include "engine/outline.hpp"
+#include "engine/entities/dimensions/arrowheads.hpp"
+#include "engine/model/outline.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {

@@ -1,5 +1,5 @@
 // TABLES, without the dimension styles.
-#include "engine/view_frame.hpp"
+#include "engine/model/view_frame.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {

@@ -1,6 +1,6 @@
 // Texts, attributes, tolerances.
-#include "engine/entities/mtext_layout.hpp"
-#include "engine/entities/text_line.hpp"
+#include "engine/text/mtext_layout.hpp"
+#include "engine/text/text_line.hpp"
 #include "io/dxf/writing/writer.hpp"
 
 namespace kova::io::dxf {
