@@ -1,6 +1,6 @@
 #include "cmd/array_prompts.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "math/expression.hpp"
 #include "strings/numbers.hpp"

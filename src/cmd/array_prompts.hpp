@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "cmd/array_items.hpp"
+#include "edit/array_items.hpp"
 #include "cmd/dialogue.hpp"
 
 namespace kova::cmd {

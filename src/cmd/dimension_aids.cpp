@@ -1,10 +1,10 @@
 #include "cmd/dimension_aids.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/modify/outline_parts.hpp"
 #include "cmd/pick_request.hpp"
-#include "cmd/picking.hpp"
-#include "cmd/through_viewport.hpp"
+#include "doc/pick/picking.hpp"
+#include "doc/pick/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/entities/dimensions/dimension_geometry.hpp"
 #include "engine/entities/polyline.hpp"

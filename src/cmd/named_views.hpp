@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/view_state.hpp"
+#include "edit/view_state.hpp"
 
 namespace kova::cmd {
 

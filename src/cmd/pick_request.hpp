@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 
 namespace kova::cmd {
 

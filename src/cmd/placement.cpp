@@ -1,6 +1,6 @@
 #include "cmd/placement.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 
 namespace kova::cmd {
 

@@ -3,7 +3,7 @@
 #include <filesystem>
 
 #include "cmd/command.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "strings/numbers.hpp"

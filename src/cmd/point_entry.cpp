@@ -1,6 +1,6 @@
 #include "cmd/point_entry.hpp"
 
-#include "cmd/object_snap.hpp"
+#include "doc/pick/object_snap.hpp"
 #include "engine/model/name.hpp"
 
 namespace kova::cmd {

@@ -1,6 +1,6 @@
 #include <QImage>
 
-#include "cmd/text_fields.hpp"
+#include "edit/text_fields.hpp"
 #include "doc/spatial_index.hpp"
 #include "headless/session.hpp"
 #include "io/save.hpp"

@@ -14,7 +14,7 @@
 
 #include "cmd/isolation.hpp"
 #include "cmd/macros.hpp"
-#include "cmd/text_fields.hpp"
+#include "edit/text_fields.hpp"
 #include "cmd/undo_marks.hpp"
 #include "doc/edit_pause.hpp"
 #include "engine/model/sysvar.hpp"

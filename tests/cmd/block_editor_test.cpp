@@ -1,7 +1,7 @@
 // The block editor and the tools of dynamic blocks.
 #include <gtest/gtest.h>
 
-#include "cmd/block_editing.hpp"
+#include "edit/block_editing.hpp"
 #include "cmd/block_samples.hpp"
 #include "cmd/draw_harness.hpp"
 #include "engine/entities/dynamic_block.hpp"

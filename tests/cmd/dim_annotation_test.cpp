@@ -1,6 +1,6 @@
 // Several multileaders at once, annotation scales, fields, and tolerances of many parts.
 #include "cmd/draw_harness.hpp"
-#include "cmd/text_fields.hpp"
+#include "edit/text_fields.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/dimensions/dimension.hpp"

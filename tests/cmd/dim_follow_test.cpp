@@ -1,6 +1,6 @@
 // Leaders that follow their annotations, and dimensions on a sheet that measure the model.
 #include "cmd/draw_harness.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "engine/associativity/associativity.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"

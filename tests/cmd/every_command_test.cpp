@@ -10,7 +10,7 @@
 #include <random>
 
 #include "cmd/harness.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/point_input.hpp"
 #include "io/native/native_file.hpp"
 #include "io_native/sample_drawing.hpp"

@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "cmd/edit_harness.hpp"
-#include "cmd/layer_state_file.hpp"
+#include "edit/layer_state_file.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/model/xdata.hpp"

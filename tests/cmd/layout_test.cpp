@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "cmd/draw_harness.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/viewport.hpp"

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "cmd/array_record.hpp"
+#include "edit/array_record.hpp"
 #include "cmd/edit_harness.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"

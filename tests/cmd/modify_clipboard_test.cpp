@@ -1,6 +1,6 @@
 #include <chrono>
 
-#include "cmd/clipboard.hpp"
+#include "edit/clipboard.hpp"
 #include "cmd/draw_harness.hpp"
 #include "engine/kinds/all.hpp"
 #include "math/angles.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "cmd/draw_harness.hpp"
-#include "cmd/object_snap.hpp"
+#include "doc/pick/object_snap.hpp"
 #include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
 

@@ -1,7 +1,7 @@
 // What variables do to commands, and what those that do nothing say.
 #include <gmock/gmock.h>
 
-#include "cmd/text_fields.hpp"
+#include "edit/text_fields.hpp"
 #include "engine/entities/table_entity.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/model/outline.hpp"

@@ -8,7 +8,7 @@
 #include "cmd/calculator.hpp"
 #include "cmd/draw_harness.hpp"
 #include "cmd/macros.hpp"
-#include "cmd/transmittal.hpp"
+#include "edit/transmittal.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/image.hpp"

@@ -1,5 +1,5 @@
 #include "cmd/draw_harness.hpp"
-#include "cmd/view_state.hpp"
+#include "edit/view_state.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/viewport.hpp"
 #include "engine/model/view_frame.hpp"

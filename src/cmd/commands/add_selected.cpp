@@ -1,9 +1,9 @@
 #include <map>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/pick_request.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/registry.hpp"
 #include "engine/kinds/all.hpp"
 

@@ -1,7 +1,7 @@
 // The drawing's list of annotation scales, and the scales that annotative objects support.
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"

@@ -1,6 +1,6 @@
 #include "cmd/array_prompts.hpp"
-#include "cmd/array_record.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/array_record.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

@@ -1,9 +1,9 @@
 #include "engine/entities/attribute_definition.hpp"
 
-#include "cmd/block_attributes.hpp"
+#include "edit/block_attributes.hpp"
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/block_attributes.hpp"
+#include "edit/block_attributes.hpp"
 #include "cmd/dialogue.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/auditing.hpp"
+#include "edit/auditing.hpp"
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
 #include "cmd/registry.hpp"

@@ -1,6 +1,6 @@
-#include "cmd/block_editing.hpp"
+#include "edit/block_editing.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"

@@ -1,6 +1,6 @@
-#include "cmd/boundary_shapes.hpp"
+#include "edit/boundary_shapes.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/region.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/block_editing.hpp"
+#include "edit/block_editing.hpp"
 #include "cmd/dialogue.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/property_changes.hpp"
+#include "edit/property_changes.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

@@ -1,10 +1,10 @@
 #include "engine/entities/circle.hpp"
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/object_snap.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/object_snap.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/text_or_point.hpp"
 #include "engine/model/outline.hpp"

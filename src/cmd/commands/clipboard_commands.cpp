@@ -1,4 +1,4 @@
-#include "cmd/clipboard.hpp"
+#include "edit/clipboard.hpp"
 #include "cmd/dialogue.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"

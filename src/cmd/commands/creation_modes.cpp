@@ -1,10 +1,10 @@
 #include "cmd/commands/variable_prompt.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "engine/model/color.hpp"
 
 // DDEMODES, DDPTYPE and POINTSTYLE: what new objects look like.

@@ -1,8 +1,8 @@
 #include "cmd/commands/cutting_tool.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/pick_request.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "doc/spatial_index.hpp"
 #include "engine/curves/self_meetings.hpp"
 

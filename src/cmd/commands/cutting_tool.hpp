@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "engine/curves/curve_cuts.hpp"
 
 namespace kova::cmd::commands {

@@ -1,8 +1,8 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "engine/kinds/all.hpp"
 #include "engine/model/object_plane.hpp"
 

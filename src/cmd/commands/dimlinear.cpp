@@ -1,5 +1,5 @@
 #include "cmd/dimension_aids.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/registry.hpp"
 #include "math/curves/curves.hpp"
 

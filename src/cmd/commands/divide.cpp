@@ -1,6 +1,6 @@
 #include "engine/curves/curve_ruler.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"

@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/drawing_transfer.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/drawing_transfer.hpp"
 #include "cmd/registry.hpp"
 #include "engine/model/units.hpp"
 #include "math/matrix4.hpp"

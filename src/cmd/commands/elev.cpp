@@ -1,4 +1,4 @@
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 

@@ -2,11 +2,11 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_fields.hpp"
-#include "cmd/transmittal.hpp"
+#include "edit/text_fields.hpp"
+#include "edit/transmittal.hpp"
 
 namespace kova::cmd::commands {
 

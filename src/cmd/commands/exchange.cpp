@@ -2,7 +2,7 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_transfer.hpp"
+#include "edit/drawing_transfer.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/point_input.hpp"
 #include "cmd/registry.hpp"

@@ -2,7 +2,7 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/plot_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "engine/model/units.hpp"

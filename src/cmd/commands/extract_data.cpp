@@ -3,7 +3,7 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"

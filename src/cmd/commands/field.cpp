@@ -1,9 +1,9 @@
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/text_fields.hpp"
+#include "edit/text_fields.hpp"
 #include "engine/entities/text.hpp"
 
 namespace kova::cmd::commands {

@@ -1,5 +1,5 @@
 #include "cmd/commands/corner_tool.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 

@@ -2,7 +2,7 @@
 
 #include "cmd/command.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"
 

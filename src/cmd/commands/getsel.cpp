@@ -1,7 +1,7 @@
 #include <unordered_set>
 
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/refusals.hpp"

@@ -1,9 +1,9 @@
 #include <unordered_set>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/groups.hpp"
+#include "edit/groups.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"

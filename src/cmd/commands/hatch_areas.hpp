@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-#include "cmd/boundary_shapes.hpp"
+#include "edit/boundary_shapes.hpp"
 
 namespace kova::cmd::commands {
 

@@ -2,7 +2,7 @@
 
 #include <set>
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"

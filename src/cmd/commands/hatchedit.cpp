@@ -1,7 +1,7 @@
 #include "cmd/commands/hatch_areas.hpp"
 #include "cmd/commands/hatch_prompts.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/property_prompts.hpp"

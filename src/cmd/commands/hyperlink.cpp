@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"

@@ -5,7 +5,7 @@
 #include "cmd/clip_boundary.hpp"
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "math/curves/path.hpp"

@@ -1,11 +1,11 @@
 #include <filesystem>
 
-#include "cmd/block_attributes.hpp"
-#include "cmd/block_editing.hpp"
+#include "edit/block_attributes.hpp"
+#include "edit/block_editing.hpp"
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/drawing_transfer.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/drawing_transfer.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/placement.hpp"

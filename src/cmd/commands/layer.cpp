@@ -1,7 +1,7 @@
 #include "cmd/commands/layer_states.hpp"
 #include "cmd/dialogue.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/property_prompts.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/registry.hpp"
 #include "doc/sysvar_actions.hpp"
 #include "doc/table_edits.hpp"

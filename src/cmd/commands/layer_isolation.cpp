@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/viewport.hpp"
 

@@ -1,6 +1,6 @@
-#include "cmd/entity_copies.hpp"
+#include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/selection_command.hpp"

@@ -2,7 +2,7 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"
 #include "strings/wildcards.hpp"

@@ -4,7 +4,7 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_state_file.hpp"
+#include "edit/layer_state_file.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "io/text_file.hpp"

@@ -1,9 +1,9 @@
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/layer_changes.hpp"
+#include "edit/layer_changes.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "engine/entities/viewport.hpp"
 
 // Layers switched by objects that lie on them, and all layers at once.

@@ -2,8 +2,8 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/drawing_transfer.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/drawing_transfer.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/registry.hpp"

@@ -2,7 +2,7 @@
 
 #include "cmd/annotation_prompts.hpp"
 #include "cmd/dimension_aids.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/mtext.hpp"

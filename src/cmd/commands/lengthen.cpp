@@ -1,10 +1,10 @@
 #include "engine/curves/lengthen.hpp"
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd::commands {

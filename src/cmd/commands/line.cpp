@@ -1,6 +1,6 @@
 #include "engine/entities/line.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/limits_check.hpp"
 #include "cmd/point_entry.hpp"
 #include "cmd/registry.hpp"

@@ -1,7 +1,7 @@
 #include <array>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/entity_copies.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/attribute_definition.hpp"
 #include "engine/entities/block_reference.hpp"

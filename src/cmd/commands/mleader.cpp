@@ -1,9 +1,9 @@
 #include "engine/entities/dimensions/mleader.hpp"
 
 #include "cmd/annotation_prompts.hpp"
-#include "cmd/block_attributes.hpp"
+#include "edit/block_attributes.hpp"
 #include "cmd/dimension_aids.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "math/curves/curves.hpp"

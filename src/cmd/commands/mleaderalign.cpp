@@ -2,8 +2,8 @@
 #include "engine/modify/mleader_align.hpp"
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/block_reference.hpp"

@@ -1,5 +1,5 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/dimensions/leader_line.hpp"
 #include "engine/entities/dimensions/mleader.hpp"

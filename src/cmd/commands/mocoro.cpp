@@ -1,8 +1,8 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/entity_copies.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,7 +1,7 @@
 #include "engine/entities/mtext.hpp"
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "math/curves/curves.hpp"

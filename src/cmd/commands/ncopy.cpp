@@ -1,10 +1,10 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/drawing_transfer.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/drawing_transfer.hpp"
 #include "engine/pick/nested_picking.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 
 namespace kova::cmd::commands {
 

@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/duplicates.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/duplicates.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "strings/numbers.hpp"

@@ -1,6 +1,6 @@
 #include "cmd/commands/parallel_tool.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/curves/offset_entity.hpp"
 
 namespace kova::cmd::commands {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cmd/pick_request.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 
 namespace kova::cmd::commands {
 

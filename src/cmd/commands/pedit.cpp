@@ -3,7 +3,7 @@
 // where no arc could lie.
 #include "cmd/commands/pedit.hpp"
 
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"

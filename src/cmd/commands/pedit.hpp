@@ -1,7 +1,7 @@
 #pragma once
 
 #include "cmd/dialogue.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "engine/entities/mesh.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/polyline3d.hpp"

@@ -1,5 +1,5 @@
 #include "cmd/commands/pedit.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/space_point.hpp"
 #include "engine/curves/space_fit.hpp"

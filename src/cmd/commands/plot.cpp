@@ -1,6 +1,6 @@
 #include "cmd/command.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/plot_prompts.hpp"
 #include "cmd/registry.hpp"

@@ -1,4 +1,4 @@
-#include "cmd/purging.hpp"
+#include "edit/purging.hpp"
 
 #include <unordered_set>
 

@@ -1,7 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/property_prompts.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"

@@ -1,7 +1,7 @@
 #include "cmd/dialogue.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "engine/pick/nested_picking.hpp"
-#include "cmd/reference_editing.hpp"
+#include "edit/reference_editing.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

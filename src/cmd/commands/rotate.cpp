@@ -1,5 +1,5 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/entity_copies.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
 

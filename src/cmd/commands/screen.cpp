@@ -1,5 +1,5 @@
 #include "cmd/registry.hpp"
-#include "cmd/text_fields.hpp"
+#include "edit/text_fields.hpp"
 
 // Commands about what is shown. Without a window they only bring derived data up to date, so that scripts run.
 

@@ -1,7 +1,7 @@
 #include <unordered_set>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/registry.hpp"
 #include "engine/kinds/all.hpp"
 #include "strings/numbers.hpp"

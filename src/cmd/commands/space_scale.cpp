@@ -1,9 +1,9 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/viewports.hpp"
+#include "edit/viewports.hpp"
 
 // VPSCALE, SPACETRANS, CHSPACE: between the scales of a sheet and of the model.
 

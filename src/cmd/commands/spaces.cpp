@@ -1,6 +1,6 @@
 #include "cmd/dialogue.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/viewports.hpp"
+#include "edit/viewports.hpp"
 
 namespace kova::cmd::commands {
 

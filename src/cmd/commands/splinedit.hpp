@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "cmd/dialogue.hpp"
-#include "cmd/step_group.hpp"
+#include "doc/step_group.hpp"
 #include "engine/curves/spline_edit.hpp"
 
 namespace kova::cmd::commands {

@@ -1,7 +1,7 @@
 // The sub-dialogues of SPLINEDIT. The tolerance of the fit counts while the fit data are edited; files have no place
 // for it, and the curve keeps the shape that it gave.
 #include "cmd/commands/splinedit.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 
 namespace kova::cmd::commands {

@@ -1,8 +1,8 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/entity_copies.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/stretching.hpp"
+#include "edit/stretching.hpp"
 
 namespace kova::cmd::commands {
 

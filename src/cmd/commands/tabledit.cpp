@@ -1,5 +1,5 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/table_entity.hpp"
 

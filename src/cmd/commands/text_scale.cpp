@@ -1,6 +1,6 @@
 #include "cmd/commands/text_prompts.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/reference_measure.hpp"
 #include "cmd/registry.hpp"

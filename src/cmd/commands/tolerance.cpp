@@ -1,7 +1,7 @@
 #include "engine/entities/dimensions/tolerance.hpp"
 
 #include "cmd/annotation_prompts.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/registry.hpp"
 
 namespace kova::cmd::commands {

@@ -2,7 +2,7 @@
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"

@@ -1,9 +1,9 @@
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
 #include "cmd/space_point.hpp"
-#include "cmd/view_state.hpp"
+#include "edit/view_state.hpp"
 #include "engine/model/view_frame.hpp"
 #include "math/angles.hpp"
 

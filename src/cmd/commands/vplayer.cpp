@@ -3,7 +3,7 @@
 #include "cmd/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
-#include "cmd/viewports.hpp"
+#include "edit/viewports.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 

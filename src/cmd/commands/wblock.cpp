@@ -2,8 +2,8 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_transfer.hpp"
-#include "cmd/entity_copies.hpp"
+#include "edit/drawing_transfer.hpp"
+#include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/refusals.hpp"

@@ -1,7 +1,7 @@
 #include "engine/entities/wipeout.hpp"
 
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
+#include "edit/new_entities.hpp"
 #include "cmd/pick_request.hpp"
 #include "cmd/registry.hpp"
 #include "engine/entities/polyline.hpp"

@@ -2,9 +2,9 @@
 
 #include "cmd/commands/file_names.hpp"
 #include "cmd/dialogue.hpp"
-#include "cmd/drawing_aids.hpp"
-#include "cmd/drawing_transfer.hpp"
-#include "cmd/external_references.hpp"
+#include "edit/new_entities.hpp"
+#include "edit/drawing_transfer.hpp"
+#include "edit/external_references.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/name_prompts.hpp"
 #include "cmd/placement.hpp"

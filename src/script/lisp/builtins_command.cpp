@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "cmd/calculator.hpp"
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/cad.hpp"
 #include "script/lisp/printer.hpp"

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "cmd/object_snap.hpp"
+#include "doc/pick/object_snap.hpp"
 #include "engine/model/object_plane.hpp"
 #include "engine/text/text_line.hpp"
 #include "math/angles.hpp"

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/limits_check.hpp"
 #include "cmd/point_entry.hpp"
 #include "engine/entities/block_reference.hpp"

@@ -1,6 +1,6 @@
 // Selection sets.
 
-#include "cmd/picking.hpp"
+#include "doc/pick/picking.hpp"
 #include "cmd/selection.hpp"
 #include "script/lisp/builtins.hpp"
 #include "script/lisp/cad.hpp"
