@@ -1,6 +1,6 @@
 #include "cmd/registry.hpp"
 
-#include "cmd/commands/variable_commands.hpp"
+#include "cmd/commands/tables/variables.hpp"
 #include "cmd/registered_twice.hpp"
 #include "engine/model/name.hpp"
 

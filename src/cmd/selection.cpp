@@ -2,7 +2,7 @@
 
 #include <unordered_set>
 
-#include "cmd/name_prompts.hpp"
+#include "cmd/prompts/name_prompts.hpp"
 #include "doc/pick/picking.hpp"
 #include "cmd/point_entry.hpp"
 #include "engine/model/name.hpp"

@@ -2,7 +2,7 @@
 
 #include "edit/drawing_transfer.hpp"
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/name_prompts.hpp"
+#include "cmd/prompts/name_prompts.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/entities/block_reference.hpp"

@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/name_prompts.hpp"
+#include "cmd/prompts/name_prompts.hpp"
 #include "cmd/pick_request.hpp"
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"

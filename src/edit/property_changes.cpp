@@ -2,8 +2,8 @@
 
 #include "edit/new_entities.hpp"
 #include "edit/entity_copies.hpp"
-#include "cmd/name_prompts.hpp"
-#include "cmd/property_prompts.hpp"
+#include "cmd/prompts/name_prompts.hpp"
+#include "cmd/prompts/property_prompts.hpp"
 #include "engine/libraries/libraries.hpp"
 #include "strings/numbers.hpp"
 

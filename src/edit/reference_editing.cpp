@@ -2,7 +2,7 @@
 
 #include <unordered_map>
 
-#include "cmd/commands/file_names.hpp"
+#include "cmd/prompts/file_names.hpp"
 #include "edit/drawing_transfer.hpp"
 #include "edit/external_references.hpp"
 #include "engine/inquiry/fingerprint.hpp"

@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "cmd/commands/file_names.hpp"
+#include "cmd/prompts/file_names.hpp"
 #include "engine/model/name.hpp"
 #include "engine/model/sysvar.hpp"
 #include "headless/external_references.hpp"

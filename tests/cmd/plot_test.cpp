@@ -1,4 +1,4 @@
-#include "cmd/plot_prompts.hpp"
+#include "cmd/prompts/plot_prompts.hpp"
 #include "harness.hpp"
 
 namespace kova::cmd {

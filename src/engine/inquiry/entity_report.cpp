@@ -1,7 +1,7 @@
 #include "engine/inquiry/entity_report.hpp"
 
 #include "engine/inquiry/value_text.hpp"
-#include "cmd/property_prompts.hpp"
+#include "cmd/prompts/property_prompts.hpp"
 #include "engine/kinds/all.hpp"
 #include "engine/model/object_plane.hpp"
 #include "engine/model/units.hpp"
