@@ -5,7 +5,7 @@
 
 #include "engine/kinds/all.hpp"
 #include "lisp_tools.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 namespace {

@@ -4,7 +4,7 @@
 #include <fstream>
 
 #include "lisp_tools.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/cycles.hpp"
 
 namespace kova::script::lisp {

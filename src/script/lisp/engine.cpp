@@ -2,7 +2,7 @@
 
 #include <numbers>
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/printer.hpp"
 #include "script/lisp/programs.hpp"
 #include "script/lisp/reader.hpp"

@@ -1,9 +1,9 @@
 #include "script/lisp/machine.hpp"
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/compiler.hpp"
 #include "script/lisp/cycles.hpp"
-#include "script/lisp/entity_making.hpp"
+#include "script/lisp/entities/entity_making.hpp"
 #include "script/lisp/printer.hpp"
 
 namespace kova::script::lisp {

@@ -1,6 +1,6 @@
 // The table of functions as a whole, and the manual made from it.
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 
 namespace kova::script::lisp {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::script::lisp {

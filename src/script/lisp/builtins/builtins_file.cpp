@@ -8,7 +8,7 @@
 #include "io/text_file.hpp"
 #include "strings/wildcards.hpp"
 #include "engine/sysvars/host.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/files.hpp"
 #include "strings/utf8.hpp"
 

@@ -1,10 +1,10 @@
 // Table records from groups, as programs make and change them with ENTMAKE and ENTMOD.
 
-#include "script/lisp/record_making.hpp"
+#include "script/lisp/entities/record_making.hpp"
 
 #include "doc/table_edits.hpp"
 #include "engine/symbols/symbols.hpp"
-#include "script/lisp/entity_names.hpp"
+#include "script/lisp/entities/entity_names.hpp"
 
 namespace kova::script::lisp {
 

@@ -8,7 +8,7 @@
 #include "engine/entities/text.hpp"
 #include "engine/text/text_line.hpp"
 #include "engine/entities/dimensions/tolerance.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 

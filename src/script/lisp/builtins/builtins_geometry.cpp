@@ -7,9 +7,9 @@
 #include "engine/text/text_line.hpp"
 #include "math/angles.hpp"
 #include "math/curves/intersect.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/cad.hpp"
-#include "script/lisp/group_list.hpp"
+#include "script/lisp/entities/group_list.hpp"
 
 namespace kova::script::lisp {
 

@@ -1,4 +1,4 @@
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/compiler.hpp"
 #include "script/lisp/printer.hpp"
 

@@ -1,12 +1,12 @@
-#include "script/lisp/entity_filter.hpp"
+#include "script/lisp/entities/entity_filter.hpp"
 
 #include <cmath>
 
 #include "strings/wildcards.hpp"
 #include "engine/entities/block_reference.hpp"
-#include "script/lisp/builtins.hpp"
-#include "script/lisp/entity_codes.hpp"
-#include "script/lisp/entity_making.hpp"
+#include "script/lisp/function_table.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
+#include "script/lisp/entities/entity_making.hpp"
 
 namespace kova::script::lisp {
 

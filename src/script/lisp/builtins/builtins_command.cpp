@@ -4,7 +4,7 @@
 
 #include "cmd/calculator.hpp"
 #include "doc/pick/picking.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/cad.hpp"
 #include "script/lisp/printer.hpp"
 #include "strings/numbers.hpp"

@@ -1,4 +1,4 @@
-#include "script/lisp/nested_pick.hpp"
+#include "script/lisp/entities/nested_pick.hpp"
 
 #include "engine/model/drawing.hpp"
 #include "engine/entities/block_nesting.hpp"

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "script/lisp/group_list.hpp"
+#include "script/lisp/entities/group_list.hpp"
 #include "script/lisp/machine.hpp"
 
 namespace kova::script::lisp {

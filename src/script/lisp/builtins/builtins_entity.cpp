@@ -6,10 +6,10 @@
 #include "engine/kinds/all.hpp"
 #include "engine/making_order.hpp"
 #include "engine/symbols/symbols.hpp"
-#include "script/lisp/builtins.hpp"
-#include "script/lisp/entity_codes.hpp"
-#include "script/lisp/entity_making.hpp"
-#include "script/lisp/entity_names.hpp"
+#include "script/lisp/function_table.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
+#include "script/lisp/entities/entity_making.hpp"
+#include "script/lisp/entities/entity_names.hpp"
 
 namespace kova::script::lisp {
 

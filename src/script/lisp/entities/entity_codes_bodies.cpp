@@ -3,7 +3,7 @@
 
 #include "engine/entities/solid3d.hpp"
 #include "engine/solids/modeler_text.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 

@@ -4,7 +4,7 @@
 
 #include "io/text_file.hpp"
 #include "engine/sysvars/host.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/compiler.hpp"
 #include "script/lisp/cycles.hpp"
 #include "script/lisp/files.hpp"

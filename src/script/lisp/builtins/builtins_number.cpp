@@ -3,7 +3,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 
 namespace kova::script::lisp {
 

@@ -6,7 +6,7 @@
 
 #include "engine/model/drawing.hpp"
 #include "math/vector3.hpp"
-#include "script/lisp/entity_names.hpp"
+#include "script/lisp/entities/entity_names.hpp"
 
 namespace kova::script::lisp {
 

@@ -5,7 +5,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "engine/entities/image.hpp"
 #include "engine/entities/viewport.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 

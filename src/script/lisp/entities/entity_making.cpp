@@ -1,13 +1,13 @@
-#include "script/lisp/entity_making.hpp"
+#include "script/lisp/entities/entity_making.hpp"
 
 #include <cmath>
 
 #include "doc/table_edits.hpp"
 #include "engine/kinds/all.hpp"
 #include "engine/symbols/symbols.hpp"
-#include "script/lisp/builtins.hpp"
-#include "script/lisp/entity_codes.hpp"
-#include "script/lisp/record_making.hpp"
+#include "script/lisp/function_table.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
+#include "script/lisp/entities/record_making.hpp"
 
 namespace kova::script::lisp {
 

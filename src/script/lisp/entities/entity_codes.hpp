@@ -5,7 +5,7 @@
 
 #include "engine/model/drawing.hpp"
 #include "engine/model/entity.hpp"
-#include "script/lisp/group_list.hpp"
+#include "script/lisp/entities/group_list.hpp"
 
 namespace kova::script::lisp {
 

@@ -5,7 +5,7 @@
 #include "strings/wildcards.hpp"
 #include "engine/text/text_codes.hpp"
 #include "engine/model/units.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/printer.hpp"
 #include "script/lisp/reader.hpp"
 #include "strings/case_fold.hpp"

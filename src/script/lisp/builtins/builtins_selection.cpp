@@ -2,10 +2,10 @@
 
 #include "doc/pick/picking.hpp"
 #include "cmd/selection.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/cad.hpp"
-#include "script/lisp/entity_filter.hpp"
-#include "script/lisp/entity_names.hpp"
+#include "script/lisp/entities/entity_filter.hpp"
+#include "script/lisp/entities/entity_names.hpp"
 
 namespace kova::script::lisp {
 

@@ -4,9 +4,9 @@
 #include <unordered_set>
 
 #include "engine/symbols/symbols.hpp"
-#include "script/lisp/builtins.hpp"
-#include "script/lisp/entity_names.hpp"
-#include "script/lisp/group_list.hpp"
+#include "script/lisp/function_table.hpp"
+#include "script/lisp/entities/entity_names.hpp"
+#include "script/lisp/entities/group_list.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::script::lisp {

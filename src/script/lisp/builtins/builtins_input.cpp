@@ -9,10 +9,10 @@
 #include "engine/model/object_plane.hpp"
 #include "engine/model/units.hpp"
 #include "math/angles.hpp"
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/cad.hpp"
-#include "script/lisp/entity_names.hpp"
-#include "script/lisp/nested_pick.hpp"
+#include "script/lisp/entities/entity_names.hpp"
+#include "script/lisp/entities/nested_pick.hpp"
 
 namespace kova::script::lisp {
 

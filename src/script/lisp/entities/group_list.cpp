@@ -1,9 +1,9 @@
-#include "script/lisp/group_list.hpp"
+#include "script/lisp/entities/group_list.hpp"
 
 #include <charconv>
 #include <cmath>
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 #include "script/lisp/printer.hpp"
 
 namespace kova::script::lisp {

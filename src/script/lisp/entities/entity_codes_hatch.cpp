@@ -4,7 +4,7 @@
 
 #include "engine/entities/dimensions/dimension.hpp"
 #include "engine/entities/hatch.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 

@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "strings/wildcards.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 #include "script/lisp/printer.hpp"
 
 namespace kova::script::lisp {

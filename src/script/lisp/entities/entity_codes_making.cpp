@@ -2,7 +2,7 @@
 
 #include "engine/kinds/all.hpp"
 #include "engine/solids/sat_records.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 

@@ -9,7 +9,7 @@
 #include "engine/entities/mline.hpp"
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/spline.hpp"
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 namespace kova::script::lisp {
 

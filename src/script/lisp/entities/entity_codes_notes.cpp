@@ -6,8 +6,8 @@
 #include "engine/entities/dimensions/leader.hpp"
 #include "engine/entities/dimensions/mleader.hpp"
 #include "engine/entities/table_entity.hpp"
-#include "script/lisp/entity_codes.hpp"
-#include "script/lisp/entity_names.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
+#include "script/lisp/entities/entity_names.hpp"
 
 namespace kova::script::lisp {
 

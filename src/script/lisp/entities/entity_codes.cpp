@@ -1,4 +1,4 @@
-#include "script/lisp/entity_codes.hpp"
+#include "script/lisp/entities/entity_codes.hpp"
 
 #include <cmath>
 

@@ -1,6 +1,6 @@
 // Lists and kinds of values.
 
-#include "script/lisp/builtins.hpp"
+#include "script/lisp/function_table.hpp"
 
 namespace kova::script::lisp {
 
