@@ -5,7 +5,7 @@
 #include "cmd/prompts/file_names.hpp"
 #include "engine/model/name.hpp"
 #include "engine/model/sysvar.hpp"
-#include "headless/external_references.hpp"
+#include "headless/reference_files.hpp"
 #include "headless/terminal_progress.hpp"
 #include "io/content.hpp"
 #include "io/dwg/dwg_load.hpp"

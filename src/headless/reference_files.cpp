@@ -1,4 +1,4 @@
-#include "headless/external_references.hpp"
+#include "headless/reference_files.hpp"
 
 #include <algorithm>
 #include <filesystem>
