@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "cmd/harness.hpp"
+#include "cmd/console.hpp"
 #include "math/angles.hpp"
 
 namespace kova::cmd {

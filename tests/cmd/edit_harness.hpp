@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cmd/harness.hpp"
+#include "cmd/console.hpp"
 
 namespace kova::cmd {
 

@@ -9,11 +9,11 @@
 #include <nlohmann/json.hpp>
 #include <random>
 
-#include "cmd/harness.hpp"
+#include "cmd/console.hpp"
 #include "doc/pick/picking.hpp"
 #include "cmd/point_input.hpp"
 #include "io/native/native_file.hpp"
-#include "io_native/sample_drawing.hpp"
+#include "io/native/sample_drawing.hpp"
 
 namespace kova::cmd {
 namespace {

@@ -6,7 +6,7 @@
 #include "engine/entities/text.hpp"
 #include "engine/model/outline.hpp"
 #include "engine/sysvar_notes.hpp"
-#include "harness.hpp"
+#include "console.hpp"
 
 namespace kova::cmd {
 namespace {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "cmd/harness.hpp"
+#include "cmd/console.hpp"
 #include "engine/model/sysvar.hpp"
 #include "math/angles.hpp"
 
