@@ -3,7 +3,7 @@
 
 #include "engine/entities/image.hpp"
 #include "engine/fonts/fonts.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 #include "render/painter_sink.hpp"
 #include "render/picture_file.hpp"
 

@@ -6,7 +6,7 @@
 #include "engine/entities/viewport.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/outline/hatch_lines.hpp"
-#include "engine/records/linetype_flags.hpp"
+#include "engine/model/linetype_flags.hpp"
 #include "engine/libraries/shape_files.hpp"
 #include "math/angles.hpp"
 #include "render/dashes.hpp"

@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "engine/entities/viewport.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 #include "engine/outline/spatial_sink.hpp"
 #include "engine/model/sysvar.hpp"
 #include "engine/model/view_frame.hpp"

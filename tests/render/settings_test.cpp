@@ -5,7 +5,7 @@
 
 #include "engine/kinds/all.hpp"
 #include "engine/libraries/libraries.hpp"
-#include "engine/sysvar_notes.hpp"
+#include "engine/sysvars/notes.hpp"
 #include "math/angles.hpp"
 #include "picture.hpp"
 #include "render/plot.hpp"

@@ -1,6 +1,6 @@
 #include "cmd/prompts/variable_prompt.hpp"
 
-#include "engine/sysvar_notes.hpp"
+#include "engine/sysvars/notes.hpp"
 
 namespace kova::cmd::commands {
 

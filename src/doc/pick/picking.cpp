@@ -6,7 +6,7 @@
 #include "engine/pick/selection_region.hpp"
 #include "doc/pick/through_viewport.hpp"
 #include "doc/spatial_index.hpp"
-#include "engine/making_order.hpp"
+#include "engine/model/making_order.hpp"
 #include "strings/numbers.hpp"
 
 namespace kova::cmd {

@@ -6,7 +6,7 @@
 #include "engine/entities/block_nesting.hpp"
 #include "engine/model/object_plane.hpp"
 #include "engine/model/outline.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 #include "engine/outline/spatial_sink.hpp"
 #include "math/curves/curves.hpp"
 

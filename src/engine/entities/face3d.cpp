@@ -1,7 +1,7 @@
 #include "engine/entities/face3d.hpp"
 
 #include "engine/model/outline.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 
 namespace kova::engine {
 

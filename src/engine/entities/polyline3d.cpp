@@ -2,7 +2,7 @@
 
 #include "engine/model/pick_distance.hpp"
 #include "engine/model/outline.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 
 namespace kova::engine {
 

@@ -4,7 +4,7 @@
 
 #include "engine/model/object_plane.hpp"
 #include "engine/model/outline.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 #include "math/curves/nurbs.hpp"
 #include "math/curves/spline_part.hpp"
 

@@ -3,7 +3,7 @@
 #include <unordered_set>
 
 #include "engine/libraries/libraries.hpp"
-#include "engine/records/linetype_flags.hpp"
+#include "engine/model/linetype_flags.hpp"
 #include "math/angles.hpp"
 #include "strings/numbers.hpp"
 

@@ -13,7 +13,7 @@
 #include "engine/model/entity_index.hpp"
 #include "engine/model/entity_list.hpp"
 #include "engine/model/name.hpp"
-#include "engine/numbered_names.hpp"
+#include "engine/model/numbered_names.hpp"
 #include "engine/model/block.hpp"
 #include "engine/model/layer.hpp"
 #include "engine/model/records.hpp"

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "engine/model/name.hpp"
-#include "engine/numbered_names.hpp"
+#include "engine/model/numbered_names.hpp"
 
 namespace kova::engine {
 

@@ -5,7 +5,7 @@
 #include "engine/model/entity.hpp"
 #include "engine/fonts/fonts.hpp"
 #include "engine/model/outline.hpp"
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 #include "engine/outline/spatial_sink.hpp"
 
 namespace kova::engine {

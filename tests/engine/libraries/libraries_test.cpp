@@ -1,5 +1,5 @@
 #include "engine/libraries/libraries.hpp"
-#include "engine/records/linetype_flags.hpp"
+#include "engine/model/linetype_flags.hpp"
 
 #include <gtest/gtest.h>
 

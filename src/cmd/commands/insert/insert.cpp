@@ -8,7 +8,7 @@
 #include "edit/drawing_transfer.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/prompts/name_prompts.hpp"
-#include "cmd/placement.hpp"
+#include "cmd/prompts/placement.hpp"
 #include "cmd/refusals.hpp"
 #include "cmd/registry.hpp"
 

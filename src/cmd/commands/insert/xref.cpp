@@ -7,7 +7,7 @@
 #include "edit/external_references.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/prompts/name_prompts.hpp"
-#include "cmd/placement.hpp"
+#include "cmd/prompts/placement.hpp"
 #include "cmd/registry.hpp"
 #include "strings/wildcards.hpp"
 #include "engine/entities/block_reference.hpp"

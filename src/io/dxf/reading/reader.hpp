@@ -12,7 +12,7 @@
 #include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "io/dxf/dxf_load.hpp"
-#include "io/dxf/record_index.hpp"
+#include "io/dxf/reading/record_index.hpp"
 #include "io/dxf/groups/lexer.hpp"
 #include "io/dxf/groups/text_decoder.hpp"
 #include "io/progress.hpp"

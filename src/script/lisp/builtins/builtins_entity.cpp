@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "engine/kinds/all.hpp"
-#include "engine/making_order.hpp"
+#include "engine/model/making_order.hpp"
 #include "engine/symbols/symbols.hpp"
 #include "script/lisp/function_table.hpp"
 #include "script/lisp/entities/entity_codes.hpp"

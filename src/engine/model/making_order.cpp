@@ -1,4 +1,4 @@
-#include "engine/making_order.hpp"
+#include "engine/model/making_order.hpp"
 
 #include "engine/model/drawing.hpp"
 

@@ -1,4 +1,4 @@
-#include "cmd/placement.hpp"
+#include "cmd/prompts/placement.hpp"
 
 #include "edit/new_entities.hpp"
 

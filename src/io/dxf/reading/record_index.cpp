@@ -1,4 +1,4 @@
-#include "io/dxf/record_index.hpp"
+#include "io/dxf/reading/record_index.hpp"
 
 #include "engine/model/name.hpp"
 

@@ -5,8 +5,8 @@
 #include "engine/entities/table_entity.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/model/outline.hpp"
-#include "engine/sysvar_notes.hpp"
-#include "console.hpp"
+#include "engine/sysvars/notes.hpp"
+#include "cmd/console.hpp"
 
 namespace kova::cmd {
 namespace {

@@ -2,7 +2,7 @@
 // kind: whoever sets one is told so.
 #include <unordered_map>
 
-#include "engine/sysvar_notes.hpp"
+#include "engine/sysvars/notes.hpp"
 
 namespace kova::engine {
 

@@ -1,4 +1,4 @@
-#include "engine/outline/frame_lines.hpp"
+#include "engine/model/frame_lines.hpp"
 
 #include <cstddef>
 #include <utility>
