@@ -17,7 +17,7 @@ namespace {
 
 using Lines = std::shared_ptr<std::vector<std::string>>;
 
-constexpr const char* kProperty = "macro being recorded";
+constexpr const char* kMacrosProperty = "macro being recorded";
 constexpr const char* kExtension = ".scr";
 constexpr std::size_t kMostListed = 10'000;
 
@@ -25,7 +25,7 @@ constexpr std::size_t kMostListed = 10'000;
 std::atomic<int> recording{0};
 
 Lines linesOf(const doc::Document& document) {
-    const QVariant value = document.property(kProperty);
+    const QVariant value = document.property(kMacrosProperty);
     return value.isValid() ? value.value<Lines>() : Lines();
 }
 
@@ -48,7 +48,7 @@ bool startMacro(doc::Document& document) {
         if (!lines->empty()) lines->pop_back();
         return false;
     }
-    document.setProperty(kProperty, QVariant::fromValue(std::make_shared<std::vector<std::string>>()));
+    document.setProperty(kMacrosProperty, QVariant::fromValue(std::make_shared<std::vector<std::string>>()));
     ++recording;
     return true;
 }
@@ -62,7 +62,7 @@ void noteMacroLine(doc::Document& document, const std::string& line) {
 std::vector<std::string> stopMacro(doc::Document& document) {
     const Lines lines = linesOf(document);
     if (!lines) return {};
-    document.setProperty(kProperty, QVariant());
+    document.setProperty(kMacrosProperty, QVariant());
     --recording;
     if (!lines->empty()) lines->pop_back();
     return std::move(*lines);

@@ -77,11 +77,11 @@ void renumber(std::vector<std::int32_t>& numbers, const std::vector<std::int32_t
 
 std::string beginBlockEdit(doc::Document& document, Name name) {
     const Block* block = document.drawing().findBlock(name);
-    if (document.blockEdit()) return "Block " + quoted(document.blockEdit()->block) + " is open in the block editor.";
+    if (document.blockEdit()) return "Block " + inQuotes(document.blockEdit()->block) + " is open in the block editor.";
     if (document.referenceEdit())
-        return "Reference " + quoted(document.referenceEdit()->block) +
+        return "Reference " + inQuotes(document.referenceEdit()->block) +
                " is being edited. Use REFCLOSE to end that first.";
-    if (block == nullptr) return "Block " + quoted(name) + " not found.";
+    if (block == nullptr) return "Block " + inQuotes(name) + " not found.";
     if (block->xrefType != engine::XrefType::None || name.view().find('|') != std::string_view::npos)
         return "What an external reference holds is edited in its own file.";
     if (block->isAnonymous()) return "Unnamed blocks cannot be edited.";
@@ -148,10 +148,10 @@ std::string endBlockEdit(doc::Document& document, bool save) {
     Block* block = drawing.findBlock(edit.block);
     // A definition that was purged meanwhile is there again.
     if (block == nullptr) block = document.addBlock(std::make_unique<Block>(edit.block));
-    if (block == nullptr) return "Block " + quoted(edit.block) + " not found.";
+    if (block == nullptr) return "Block " + inQuotes(edit.block) + " not found.";
     document.replaceBlockContents(*block, std::move(contents));
     document.editBlock(*block, [&](Block& b) { copyProperties(result, b); });
-    if (drawing.blockContainsItself(block->name)) return "Block " + quoted(block->name) + " references itself.";
+    if (drawing.blockContainsItself(block->name)) return "Block " + inQuotes(block->name) + " references itself.";
     return {};
 }
 
@@ -159,7 +159,7 @@ std::string insertRefusal(const doc::Document& document, Name block) {
     if (!document.blockEdit()) return {};
     const Name open = document.blockEdit()->block;
     if (block != open && !document.drawing().blockContains(block, open)) return {};
-    return "Block " + quoted(open) + " references itself.";
+    return "Block " + inQuotes(open) + " references itself.";
 }
 
 std::string editorRefusal(const doc::Document& document, std::string_view command) {

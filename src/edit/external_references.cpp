@@ -183,7 +183,7 @@ std::string detachReference(doc::Document& document, Name name) {
     const Block* within = nullptr;
     const std::vector<std::uint64_t> ids = placements(document.drawing(), name, within);
     if (within != nullptr)
-        return "Xref " + quoted(name.view()) + " is part of block " + quoted(within->name.view()) +
+        return "Xref " + inQuotes(name.view()) + " is part of block " + inQuotes(within->name.view()) +
                " and cannot be detached.";
     document.removeEntities(ids);
     document.deleteBlock(name);
@@ -207,7 +207,7 @@ std::string bindReference(doc::Document& document, AppServices& services, Name n
     Block* reference = drawing.findBlock(name);
     if (reference == nullptr) return "Xref not found: " + name.str();
     if (reference->xrefStatus != engine::XrefStatus::Loaded)
-        return "Xref " + quoted(name.view()) + " is not loaded and cannot be bound.";
+        return "Xref " + inQuotes(name.view()) + " is not loaded and cannot be bound.";
     const Name known = reference->name;
     if (merge) {
         Drawing source;

@@ -115,7 +115,7 @@ std::optional<LayerNames> matchLayers(const engine::Drawing& drawing, std::strin
                 if (matchesWildcards(candidate.name, item)) take(candidate.name);
         }
         if (any) continue;
-        message(hasWildcards(item) ? "No matching names found." : "Unknown layer " + quoted(item) + ".");
+        message(hasWildcards(item) ? "No matching names found." : "Unknown layer " + inQuotes(item) + ".");
         return std::nullopt;
     }
     return found;
@@ -187,8 +187,8 @@ std::unordered_map<const void*, std::size_t> objectsByLayer(const engine::Drawin
 std::string whyLayerStays(const engine::Drawing& drawing, Name name) {
     static const Name defpoints("Defpoints");
     if (name == engine::commonNames().layerZero || name == defpoints || name.view().find('|') != std::string_view::npos)
-        return "Cannot delete layer " + quoted(name) + ".";
-    if (name == drawing.currentLayer) return "Cannot delete layer " + quoted(name) + ". It is the CURRENT layer.";
+        return "Cannot delete layer " + inQuotes(name) + ".";
+    if (name == drawing.currentLayer) return "Cannot delete layer " + inQuotes(name) + ". It is the CURRENT layer.";
     return {};
 }
 

@@ -188,7 +188,7 @@ std::string endReferenceEdit(doc::Document& document, AppServices* services, boo
         for (Entity& entity : *space)
             if (!edit->locked.contains(entity.id())) working.push_back(&entity);
     Block* block = drawing.findBlock(edit->block);
-    if (save && block == nullptr) return "Block " + quoted(edit->block.view()) + " not found.";
+    if (save && block == nullptr) return "Block " + inQuotes(edit->block.view()) + " not found.";
     std::vector<std::unique_ptr<Entity>> contents;
     if (save) contents = newContents(*edit, *block, working);
     std::vector<std::uint64_t> ids;
@@ -199,7 +199,7 @@ std::string endReferenceEdit(doc::Document& document, AppServices* services, boo
     document.setReferenceEdit(nullptr);
     if (!save) return {};
     document.replaceBlockContents(*block, std::move(contents));
-    if (drawing.blockContainsItself(block->name)) return "Block " + quoted(block->name.view()) + " references itself.";
+    if (drawing.blockContainsItself(block->name)) return "Block " + inQuotes(block->name.view()) + " references itself.";
     if (block->xrefType != engine::XrefType::None) return saveReferenceFile(document, services, block->name);
     return {};
 }

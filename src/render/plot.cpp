@@ -27,7 +27,7 @@ constexpr int kVectorDpi = 1200;          // dots of PDF and SVG pages: 0.02 mm,
 constexpr double kFinestDot = 0.1;        // millimetres: lines closer than this run together
 constexpr double kSmallestPaper = 1.0;    // millimetres
 constexpr double kLargestPaper = 5000.0;  // what a page of a PDF file can be, rounded down
-constexpr double kMaxPixels = 200e6;      // of a picture
+constexpr double kMaxPlotPixels = 200e6;      // of a picture
 constexpr double kWidestHalfLine = 1.1;   // millimetres: how far a line on the border reaches over it
 
 double paperSide(double v) { return std::isfinite(v) ? std::clamp(v, kSmallestPaper, kLargestPaper) : 297.0; }
@@ -118,7 +118,7 @@ QByteArray plotPicture(const engine::Drawing& drawing, const PlotPage& page, con
     const PagePlacement place = placePage(drawing, page, dpi);
     const double width = std::max(std::round(place.width / kInch * dpi), 1.0);
     const double height = std::max(std::round(place.height / kInch * dpi), 1.0);
-    if (width * height > kMaxPixels) return {};
+    if (width * height > kMaxPlotPixels) return {};
     QImage image(static_cast<int>(width), static_cast<int>(height), QImage::Format_ARGB32_Premultiplied);
     if (image.isNull()) return {};
     image.setDotsPerMeterX(static_cast<int>(std::lround(dpi / kInch * 1000.0)));

@@ -158,7 +158,7 @@ Dialogue askHatchFill(Ask& ask, const engine::Drawing& drawing, HatchFill& fill)
             fill.gradient.reset();
             co_return co_await askHatchScale(ask, drawing, fill);
         }
-        ask.message("Unknown pattern " + quoted(trimmed(answer.text)) + ".");
+        ask.message("Unknown pattern " + inQuotes(trimmed(answer.text)) + ".");
     }
 }
 

@@ -47,7 +47,7 @@ void listBlocks(const engine::Drawing& drawing, const std::string& filter, ToolH
     host.message("Defined blocks.");
     for (const Name name : matchingNames(drawing, std::move(names), filter)) {
         const bool external = drawing.findBlock(name)->xrefType != engine::XrefType::None;
-        host.message("  " + quoted(name) + (external ? "  Xref" : ""));
+        host.message("  " + inQuotes(name) + (external ? "  Xref" : ""));
     }
     host.message("User blocks: " + std::to_string(user) + "  External references: " + std::to_string(references) +
                  "  Dependent blocks: " + std::to_string(dependent) + "  Unnamed blocks: " + std::to_string(unnamed));

@@ -15,11 +15,11 @@ Task<std::optional<Name>> askNewView(Ask& ask, doc::Document& document, std::str
         if (answer.isEnter() && fallback.empty()) co_return std::nullopt;
         const std::string name = answer.isEnter() ? fallback : typedName(answer.text);
         if (!engine::isValidSymbolName(name)) {
-            ask.message("Invalid view name " + quoted(name) + ".");
+            ask.message("Invalid view name " + inQuotes(name) + ".");
             continue;
         }
         if (document.drawing().namedViews.contains(Name(name)) && engine::sysVarInt(document.drawing(), "EXPERT") < 2) {
-            std::string question = "View " + quoted(name) + " already exists. Replace it? [Yes/No] <N>:";
+            std::string question = "View " + inQuotes(name) + " already exists. Replace it? [Yes/No] <N>:";
             const bool replace = co_await askYesNo(ask, std::move(question), false);
             if (!replace) continue;
         }
@@ -33,7 +33,7 @@ Task<std::optional<NamedView>> askKnownView(Ask& ask, const engine::Drawing& dra
         if (answer.isEnter()) co_return std::nullopt;
         const NamedView* known = drawing.namedViews.find(Name(typedName(answer.text)));
         if (known != nullptr) co_return *known;
-        ask.message("Cannot find view " + quoted(typedName(answer.text)) + ".");
+        ask.message("Cannot find view " + inQuotes(typedName(answer.text)) + ".");
     }
 }
 
@@ -62,7 +62,7 @@ void listViews(const engine::Drawing& drawing, std::string_view pattern, const A
     if (names.empty()) ask.message("No matching names found.");
     for (const Name name : names) {
         const NamedView& view = *drawing.namedViews.find(name);
-        ask.message("  " + quoted(name) + "  center " + pointDefault(drawing, view.center) + "  height " +
+        ask.message("  " + inQuotes(name) + "  center " + pointDefault(drawing, view.center) + "  height " +
                     lengthDefault(drawing, view.height));
     }
 }

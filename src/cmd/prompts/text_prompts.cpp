@@ -44,7 +44,7 @@ Dialogue askStyle(Ask& ask, doc::Document& document, const char* label) {
             document.setVariable("TEXTSTYLE", std::string(name.str()));
             co_return;
         }
-        ask.message("Text style " + quoted(trimmed(answer.text)) + " not found.");
+        ask.message("Text style " + inQuotes(trimmed(answer.text)) + " not found.");
     }
 }
 

@@ -74,9 +74,9 @@ void copyPermuted(char* to, const char* from, std::size_t count) {
     }
 }
 
-class Decoder {
+class Lz2007Decoder {
 public:
-    Decoder(std::string_view source, char* out, std::size_t capacity)
+    Lz2007Decoder(std::string_view source, char* out, std::size_t capacity)
         : m_in(source.data()), m_inEnd(m_in + source.size()), m_begin(out), m_out(out), m_outEnd(out + capacity) {}
 
     std::size_t written() const { return static_cast<std::size_t>(m_out - m_begin); }
@@ -203,7 +203,7 @@ private:
 }  // namespace
 
 Decompressed decompress2007(std::string_view source, char* out, std::size_t capacity) {
-    Decoder decoder(source, out, capacity);
+    Lz2007Decoder decoder(source, out, capacity);
     const bool sound = decoder.decode();
     return {.size = decoder.written(), .sound = sound};
 }

@@ -55,7 +55,7 @@ bool readFileHeader(std::string_view area, FileHeader& header) {
     return field(0) == 0x70;
 }
 
-struct Page {
+struct Page2007 {
     std::int64_t id = 0;
     std::uint64_t address = 0;
     std::uint64_t size = 0;
@@ -81,8 +81,8 @@ bool readMap(std::string_view file, std::uint64_t address, std::uint64_t stored,
     return result.sound && result.size == size;
 }
 
-std::vector<Page> readPageMap(std::string_view content) {
-    std::vector<Page> pages;
+std::vector<Page2007> readPageMap2007(std::string_view content) {
+    std::vector<Page2007> pages;
     ByteReader reader(content);
     std::uint64_t address = firstPage;
     while (reader.remaining() >= 16) {
@@ -95,9 +95,9 @@ std::vector<Page> readPageMap(std::string_view content) {
     return pages;
 }
 
-class SectionReader {
+class SectionReader2007 {
 public:
-    SectionReader(std::string_view file, const std::vector<Page>& pages, Container& container)
+    SectionReader2007(std::string_view file, const std::vector<Page2007>& pages, Container& container)
         : m_file(file), m_pages(pages), m_container(container), m_sizes(file), m_work(file) {}
 
     /// Reads one descriptor of the section map and its section. False when the map makes no sense.
@@ -144,7 +144,7 @@ public:
 private:
     bool readPage(std::string& bytes, std::int64_t id, std::uint64_t offset, std::uint64_t size, std::uint64_t stored,
                   std::uint64_t encoding) {
-        const Page* const page = findPage(m_pages, id);
+        const Page2007* const page = findPage(m_pages, id);
         if (page == nullptr || size > maxPageSize || stored > maxPageSize || page->address > m_file.size())
             return false;
         const std::string_view disk = m_file.substr(page->address, page->size);
@@ -175,7 +175,7 @@ private:
     }
 
     std::string_view m_file;
-    const std::vector<Page>& m_pages;
+    const std::vector<Page2007>& m_pages;
     Container& m_container;
     Budget m_sizes;
     Budget m_work;
@@ -183,15 +183,15 @@ private:
 };
 
 /// Follows a coded file header to the two maps. Returns an error text, empty on success.
-std::string readMaps(std::string_view file, std::string_view coded, std::vector<Page>& pages, std::string& sectionMap) {
+std::string readMaps(std::string_view file, std::string_view coded, std::vector<Page2007>& pages, std::string& sectionMap) {
     FileHeader header;
     if (!readFileHeader(coded, header)) return "the file header is damaged";
     std::string content;
     if (header.pageMapOffset > file.size() || !readMap(file, firstPage + header.pageMapOffset, header.pageMapStored,
                                                        header.pageMapSize, header.pageMapRepeat, content))
         return "the page map is damaged";
-    pages = readPageMap(content);
-    const Page* const page = findPage(pages, static_cast<std::int64_t>(header.sectionMapId));
+    pages = readPageMap2007(content);
+    const Page2007* const page = findPage(pages, static_cast<std::int64_t>(header.sectionMapId));
     if (page == nullptr) return "the section map is missing";
     if (!readMap(file, page->address, header.sectionMapStored, header.sectionMapSize, header.sectionMapRepeat,
                  sectionMap))
@@ -203,7 +203,7 @@ std::string readMaps(std::string_view file, std::string_view coded, std::vector<
 
 std::string readLayout2007(std::string_view file, Container& container) {
     if (file.size() < firstPage) return std::string(tooSmall);
-    std::vector<Page> pages;
+    std::vector<Page2007> pages;
     std::string sectionMap;
     const std::string error = readMaps(file, file.substr(codedHeader, codedHeaderSize), pages, sectionMap);
     if (!error.empty()) {
@@ -212,7 +212,7 @@ std::string readLayout2007(std::string_view file, Container& container) {
         container.notes.emplace_back("the file header is damaged; its copy was used");
     }
     ByteReader map(sectionMap);
-    SectionReader sections(file, pages, container);
+    SectionReader2007 sections(file, pages, container);
     while (map.remaining() >= 64 && sections.read(map)) {
     }
     return {};

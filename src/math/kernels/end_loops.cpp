@@ -13,7 +13,7 @@ namespace {
 
 /// Pairs of pieces that are looked at before a figure is taken to be simple.
 constexpr std::size_t kMaxPairs = 20'000'000;
-constexpr double kSameDirection = 1e-9;
+constexpr double kSameSpoke = 1e-9;
 
 /// Pieces as a graph of their ends. Half edge 2 i runs along piece i, 2 i + 1 against it.
 class EndGraph {
@@ -134,7 +134,7 @@ private:
             const BoundaryCurve& c = curves_[half / 2];
             const Vector2 d = half % 2 == 0 ? c.tangentAt(0.0) : -c.tangentAt(1.0);
             double direction = normalizeAngle(d.angle());
-            if (direction > kTwoPi - kSameDirection) direction = 0.0;
+            if (direction > kTwoPi - kSameSpoke) direction = 0.0;
             spokes.push_back({from(half), direction, half % 2 == 0 ? c.curvature() : -c.curvature(), half});
         }
         std::sort(spokes.begin(), spokes.end(), [](const Spoke& a, const Spoke& b) {
@@ -147,7 +147,7 @@ private:
             // Tangent ones stand in the order of their bends.
             for (std::size_t k = i; k < end;) {
                 std::size_t stop = k + 1;
-                while (stop < end && spokes[stop].direction - spokes[stop - 1].direction <= kSameDirection) ++stop;
+                while (stop < end && spokes[stop].direction - spokes[stop - 1].direction <= kSameSpoke) ++stop;
                 std::sort(spokes.begin() + static_cast<std::ptrdiff_t>(k),
                           spokes.begin() + static_cast<std::ptrdiff_t>(stop),
                           [](const Spoke& a, const Spoke& b) { return a.curvature < b.curvature; });

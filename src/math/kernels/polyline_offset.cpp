@@ -20,7 +20,7 @@ constexpr double kHarmlessMiter = 0.5;
 /// A corner whose extended sides meet farther away than this many distances is rounded.
 constexpr double kLongestMiter = 1000.0;
 
-struct Piece {
+struct OffsetPiece {
     Vector2 a;
     Vector2 b;
     bool isArc = false;
@@ -63,24 +63,24 @@ struct Piece {
     }
 };
 
-Piece linePiece(const Vector2& a, const Vector2& b, std::size_t source) {
-    Piece piece;
+OffsetPiece linePiece(const Vector2& a, const Vector2& b, std::size_t source) {
+    OffsetPiece piece;
     piece.a = a;
     piece.b = b;
     piece.source = source;
     return piece;
 }
 
-Piece arcPiece(const CircularArc& arc, const Vector2& a, const Vector2& b, std::size_t source) {
-    Piece piece = linePiece(a, b, source);
+OffsetPiece arcPiece(const CircularArc& arc, const Vector2& a, const Vector2& b, std::size_t source) {
+    OffsetPiece piece = linePiece(a, b, source);
     piece.isArc = true;
     piece.arc = arc;
     return piece;
 }
 
 /// Cuts a piece down to the part from t0 to t1.
-Piece part(const Piece& piece, double t0, double t1) {
-    Piece out = piece;
+OffsetPiece part(const OffsetPiece& piece, double t0, double t1) {
+    OffsetPiece out = piece;
     out.a = piece.pointAt(t0);
     out.b = piece.pointAt(t1);
     if (piece.isArc) {
@@ -91,7 +91,7 @@ Piece part(const Piece& piece, double t0, double t1) {
 }
 
 /// Where two pieces meet; the ends of a stretch that they share.
-void meet(const Piece& p, const Piece& q, double eps, std::vector<Vector2>& out) {
+void meet(const OffsetPiece& p, const OffsetPiece& q, double eps, std::vector<Vector2>& out) {
     const auto take = [&](const Hits& hits) {
         for (const Vector2& hit : hits) out.push_back(hit);
     };
@@ -109,9 +109,9 @@ void meet(const Piece& p, const Piece& q, double eps, std::vector<Vector2>& out)
         if (p.distance(end) <= eps) out.push_back(end);
 }
 
-std::vector<Piece> sourcePieces(std::span<const Vector2> points, std::span<const double> bulges, bool closed,
+std::vector<OffsetPiece> sourcePieces(std::span<const Vector2> points, std::span<const double> bulges, bool closed,
                                 const Vector2& origin, double eps) {
-    std::vector<Piece> out;
+    std::vector<OffsetPiece> out;
     const std::size_t n = points.size();
     if (n < 2) return out;
     const std::size_t segments = closed ? n : n - 1;
@@ -134,18 +134,18 @@ constexpr std::size_t kNoPiece = static_cast<std::size_t>(-1);
 /// The parallel of each piece, joined at the corners; parts of it may come too near to the source.
 class RawOffset {
 public:
-    RawOffset(const std::vector<Piece>& source, const BoxTree& tree, bool closed, double distance, OffsetGap gap,
+    RawOffset(const std::vector<OffsetPiece>& source, const BoxTree& tree, bool closed, double distance, OffsetGap gap,
               double eps)
         : source_(source), tree_(tree), closed_(closed), d_(distance), gap_(gap), eps_(eps) {
         shift();
         join();
     }
-    std::vector<Piece> pieces;
+    std::vector<OffsetPiece> pieces;
 
 private:
     void shift() {
-        for (const Piece& s : source_) {
-            Piece p = s;
+        for (const OffsetPiece& s : source_) {
+            OffsetPiece p = s;
             p.a = s.a + s.direction(0.0).perpendicular() * d_;
             p.b = s.b + s.direction(1.0).perpendicular() * d_;
             if (s.isArc) {
@@ -161,19 +161,19 @@ private:
 
     void join() {
         const std::size_t n = shifted_.size();
-        std::vector<std::vector<Piece>> fillers(n);
+        std::vector<std::vector<OffsetPiece>> fillers(n);
         const std::size_t count = closed_ ? n : n - 1;
         for (std::size_t i = 0; i < count; ++i) corner(i, (i + 1) % n, fillers[i]);
         for (std::size_t i = 0; i < n; ++i) {
-            const Piece& p = shifted_[i];
+            const OffsetPiece& p = shifted_[i];
             if (p.isArc ? p.arc.length() > 0.0 : p.a != p.b) pieces.push_back(p);
             pieces.insert(pieces.end(), fillers[i].begin(), fillers[i].end());
         }
     }
 
-    void corner(std::size_t i, std::size_t j, std::vector<Piece>& filler) {
-        Piece& p = shifted_[i];
-        Piece& q = shifted_[j];
+    void corner(std::size_t i, std::size_t j, std::vector<OffsetPiece>& filler) {
+        OffsetPiece& p = shifted_[i];
+        OffsetPiece& q = shifted_[j];
         if (p.b.distance_to(q.a) <= eps_) {
             q.a = p.b;
             return;
@@ -218,7 +218,7 @@ private:
     /// their ends nor the tip are in the reach of other parts of the source, where they would cross others' parallels
     /// at random. The next pieces on either side do not count where the tip lies over them: their parallels are met
     /// for sure (a step lower than the distance).
-    bool isOwnPlace(const Vector2& tip, const Piece& p, const Piece& q, std::size_t i, std::size_t j) const {
+    bool isOwnPlace(const Vector2& tip, const OffsetPiece& p, const OffsetPiece& q, std::size_t i, std::size_t j) const {
         const std::size_t n = source_.size();
         std::size_t before = i > 0 ? i - 1 : closed_ ? n - 1 : kNoPiece;
         std::size_t after = j + 1 < n ? j + 1 : closed_ ? 0 : kNoPiece;
@@ -248,7 +248,7 @@ private:
     }
 
     /// Shortens both pieces to where they meet.
-    bool trim(Piece& p, Piece& q) {
+    bool trim(OffsetPiece& p, OffsetPiece& q) {
         hits_.clear();
         meet(p, q, eps_, hits_);
         double best = 0.0;
@@ -268,20 +268,20 @@ private:
         return true;
     }
 
-    const std::vector<Piece>& source_;
+    const std::vector<OffsetPiece>& source_;
     const BoxTree& tree_;
     bool closed_;
     double d_;
     OffsetGap gap_;
     double eps_;
-    std::vector<Piece> shifted_;
+    std::vector<OffsetPiece> shifted_;
     std::vector<Vector2> hits_;
 };
 
-std::vector<Bounds2> boxesOf(const std::vector<Piece>& pieces) {
+std::vector<Bounds2> boxesOf(const std::vector<OffsetPiece>& pieces) {
     std::vector<Bounds2> boxes;
     boxes.reserve(pieces.size());
-    for (const Piece& p : pieces) boxes.push_back(p.bounds());
+    for (const OffsetPiece& p : pieces) boxes.push_back(p.bounds());
     return boxes;
 }
 
@@ -333,7 +333,7 @@ constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
 class Pruner {
 public:
-    Pruner(const std::vector<Piece>& source, bool closed, double distance, OffsetGap gap, double eps)
+    Pruner(const std::vector<OffsetPiece>& source, bool closed, double distance, OffsetGap gap, double eps)
         : source_(source),
           closed_(closed),
           d_(distance),
@@ -398,8 +398,8 @@ private:
         if (closed_ && !crossesItself()) return;
         // Beyond an open end, or where the source crosses itself, the parallel may run into the reach of the other
         // side.
-        const std::vector<Piece> dual = RawOffset(source_, sourceTree_, closed_, -d_, gap_, eps_).pieces;
-        for (const Piece& other : dual) cutWith(other, hits);
+        const std::vector<OffsetPiece> dual = RawOffset(source_, sourceTree_, closed_, -d_, gap_, eps_).pieces;
+        for (const OffsetPiece& other : dual) cutWith(other, hits);
         if (closed_) return;
         for (const Vector2& end : {source_.front().a, source_.back().b}) {
             const double r = std::abs(d_);
@@ -408,7 +408,7 @@ private:
         }
     }
 
-    void cutWith(const Piece& other, std::vector<Vector2>& hits) {
+    void cutWith(const OffsetPiece& other, std::vector<Vector2>& hits) {
         rawTree_->query(other.bounds(), [&](std::size_t k) {
             const std::size_t i = doubtful_[k].piece;
             hits.clear();
@@ -482,7 +482,7 @@ private:
     }
 
     /// What a piece of the parallel must keep away from the source.
-    double reachOf(const Piece& piece) const { return std::abs(d_) * piece.share * (1.0 - 1e-7) - 16.0 * eps_; }
+    double reachOf(const OffsetPiece& piece) const { return std::abs(d_) * piece.share * (1.0 - 1e-7) - 16.0 * eps_; }
 
     /// Distance from the source as far as it matters: at most |d|, and any value below `enough` stands for all such.
     double sourceDistance(const Vector2& p, double enough) const {
@@ -623,7 +623,7 @@ private:
             stretches.pop_back();
         }
         for (const Stretch& st : stretches) {
-            const Piece& piece = raw_[st.piece];
+            const OffsetPiece& piece = raw_[st.piece];
             polyline.points.push_back(piece.pointAt(st.t0));
             polyline.bulges.push_back(piece.bulge(st.t0, st.t1));
             polyline.sources.push_back(piece.source);
@@ -640,13 +640,13 @@ private:
         out.push_back(std::move(polyline));
     }
 
-    const std::vector<Piece>& source_;
+    const std::vector<OffsetPiece>& source_;
     bool closed_;
     double d_;
     OffsetGap gap_;
     double eps_;
     BoxTree sourceTree_;
-    std::vector<Piece> raw_;
+    std::vector<OffsetPiece> raw_;
     struct Doubtful {
         std::size_t piece;
         double t0;
@@ -674,7 +674,7 @@ std::vector<OffsetPolyline> offsetPolyline(std::span<const Vector2> points, std:
     const double size = box.width() + box.height() + std::abs(distance);
     const double eps = 1e-12 * size + 4e-16 * (std::abs(origin.x) + std::abs(origin.y));
     if (!std::isfinite(size) || !origin.is_finite()) return {};
-    const std::vector<Piece> source = sourcePieces(points, bulges, closed, origin, eps);
+    const std::vector<OffsetPiece> source = sourcePieces(points, bulges, closed, origin, eps);
     if (source.empty()) return {};
     return Pruner(source, closed && source.size() > 1, distance, gap, eps).run(origin);
 }

@@ -9,7 +9,7 @@ namespace kova::script::lisp {
 
 namespace {
 
-constexpr std::size_t kMaxNesting = 1'000'000;
+constexpr std::size_t kMaxOpenLists = 1'000'000;
 
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n' || c == '\f' || c == '\v'; }
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
@@ -180,13 +180,13 @@ bool Reader::read(Value& result) {
             throw LispError("Parser error: expected ')' after dotted pair");
         if (c == '(') {
             advance();
-            if (open.size() >= kMaxNesting) throw LispError("Parser error: nested too deeply");
+            if (open.size() >= kMaxOpenLists) throw LispError("Parser error: nested too deeply");
             open.emplace_back();
             continue;
         }
         if (c == '\'') {
             advance();
-            if (open.size() >= kMaxNesting) throw LispError("Parser error: nested too deeply");
+            if (open.size() >= kMaxOpenLists) throw LispError("Parser error: nested too deeply");
             open.emplace_back();
             open.back().quote = true;
             continue;

@@ -41,7 +41,7 @@ protected:
             if (answer.isEnter()) co_return fallback;
             const Name name(typedName(answer.text));
             if (const AnnotationScale* scale = drawing().annotationScales.find(name)) co_return scale->name;
-            message("Unknown annotation scale " + quoted(answer.text) + ".");
+            message("Unknown annotation scale " + inQuotes(answer.text) + ".");
         }
     }
 
@@ -201,7 +201,7 @@ private:
         const std::string name = typedName(typed.text);
         if (name.empty()) co_return false;
         if (drawing().annotationScales.contains(Name(name))) {
-            message("The scale " + quoted(name) + " exists already.");
+            message("The scale " + inQuotes(name) + " exists already.");
             co_return true;
         }
         for (;;) {
@@ -249,7 +249,7 @@ private:
         const Name scale = co_await askScale(ask, "Enter scale name to delete or [?]", Name());
         if (scale.empty()) co_return;
         if (scale == currentScale()) co_return message("The current scale cannot be deleted.");
-        if (inUse(scale)) co_return message("The scale " + quoted(scale) + " is in use and stays.");
+        if (inUse(scale)) co_return message("The scale " + inQuotes(scale) + " is in use and stays.");
         const doc::GroupScope group(document(), "SCALELISTEDIT");
         document().editTable<doc::AnnotationScaleTraits>([&](Scales& scales) { scales.erase(scale); });
     }

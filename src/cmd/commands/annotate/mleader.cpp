@@ -189,7 +189,7 @@ private:
                 model_.blockName = block->name;
                 co_return true;
             }
-            message("Block " + quoted(name.text) + " not found.");
+            message("Block " + inQuotes(name.text) + " not found.");
         }
     }
 

@@ -11,13 +11,13 @@ namespace {
 using engine::MLeaderEntity;
 using math::Vector2;
 
-bool isMLeader(const engine::Entity& entity) { return entity.type() == engine::EntityType::MLeader; }
+bool isEditedMLeader(const engine::Entity& entity) { return entity.type() == engine::EntityType::MLeader; }
 
 /// MLEADEREDIT: adds leader lines to a multileader, or takes them away.
 class MLeaderEditTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
-        const Answer picked = co_await ask.object("Select a multileader:", {}, isMLeader);
+        const Answer picked = co_await ask.object("Select a multileader:", {}, isEditedMLeader);
         if (!picked.isObject()) co_return;
         id_ = picked.id;
         bool adding = true;

@@ -132,7 +132,7 @@ private:
             }
             const engine::Name name(std::string(trimmed(answer.text)));
             if (drawing().textStyles.find(name) != nullptr) co_return useStyle(name);
-            message("Text style " + quoted(trimmed(answer.text)) + " not found.");
+            message("Text style " + inQuotes(trimmed(answer.text)) + " not found.");
         }
     }
 

@@ -101,7 +101,7 @@ private:
         if (drawing().tableStyles.find(wanted) != nullptr)
             style = wanted;
         else
-            message("Table style " + quoted(trimmed(name.text)) + " not found.");
+            message("Table style " + inQuotes(trimmed(name.text)) + " not found.");
     }
 
     Dialogue askCells(Ask& ask, std::uint64_t id, int rows, int columns, bool title) {

@@ -172,7 +172,7 @@ private:
             } else if (drawing().layers.find(engine::Name(layer)) != nullptr) {
                 set("HPLAYER", layer);
             } else {
-                message("Layer " + quoted(layer) + " not found.");
+                message("Layer " + inQuotes(layer) + " not found.");
             }
         } else {
             const Answer value = co_await ask.integer("Enter hatch transparency (0-90) <current>:", 0, 90);

@@ -40,7 +40,7 @@ protected:
                 if (name.is("?"))
                     message("Standard");
                 else if (name.isText() && !engine::equalNoCase(trimmed(name.text), "Standard"))
-                    message("Multiline style " + quoted(trimmed(name.text)) + " not found.");
+                    message("Multiline style " + inQuotes(trimmed(name.text)) + " not found.");
             } else {
                 co_return;
             }

@@ -159,7 +159,7 @@ protected:
         if (!answer.isText()) co_return;
         const std::string path = typedPath(answer.text);
         const std::optional<std::string> list = readTextFile(path, codePageOf(drawing()));
-        if (!list) co_return message("Cannot read " + quoted(path) + ".");
+        if (!list) co_return message("Cannot read " + inQuotes(path) + ".");
         std::unordered_set<std::string> known;
         eachWord(*list, false, [&](const std::string& word) { known.insert(word); });
 

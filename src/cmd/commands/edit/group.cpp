@@ -132,7 +132,7 @@ private:
             const std::string name = typedName(answer.text);
             const Group* group = drawing().groups.find(Name(name));
             if (group != nullptr) co_return group->name;
-            message("Group " + quoted(name) + " not found.");
+            message("Group " + inQuotes(name) + " not found.");
         }
     }
 

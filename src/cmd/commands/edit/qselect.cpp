@@ -161,14 +161,14 @@ protected:
             if (answer.isEnter() || engine::equalNoCase(typedName(answer.text), "Multiple")) break;
             condition.type = engine::entityTypeFromAnyName(typedName(answer.text));
             if (condition.type) break;
-            message("Unknown object type " + quoted(typedName(answer.text)) + ".");
+            message("Unknown object type " + inQuotes(typedName(answer.text)) + ".");
         }
         for (;;) {
             const Answer answer = co_await ask.text("Property <Layer>:");
             condition.property = answer.isEnter() ? "layer" : typedName(answer.text);
             if (condition.type ? isKnown(*condition.type, condition.property) : isKnownAnywhere(condition.property))
                 break;
-            message("Unknown property " + quoted(condition.property) + ".");
+            message("Unknown property " + inQuotes(condition.property) + ".");
         }
         const Answer op = co_await ask.keyword("Operator [= / <> / > / < / *] <=>:", "= <> > < * All");
         condition.op = Condition::Operator::Equal;

@@ -70,7 +70,7 @@ protected:
                     const std::string key = purgeKindName(kind) + "|" + name.folded();
                     if (kept.contains(key)) continue;
                     if (verify) {
-                        std::string question = "Purge " + purgeKindName(kind) + " " + quoted(name) + "? <N>:";
+                        std::string question = "Purge " + purgeKindName(kind) + " " + inQuotes(name) + "? <N>:";
                         const bool purge = co_await askYesNo(ask, std::move(question), false);
                         if (!purge) {
                             kept.insert(key);
@@ -93,7 +93,7 @@ private:
         if (names.empty()) return 0;
         if (!group_) group_.emplace(document(), "PURGE");
         const std::size_t count = purgeRecords(document(), kind, names);
-        for (const Name name : names) message("Deleting " + purgeKindName(kind) + " " + quoted(name) + ".");
+        for (const Name name : names) message("Deleting " + purgeKindName(kind) + " " + inQuotes(name) + ".");
         return count;
     }
 

@@ -20,7 +20,7 @@ using engine::Name;
 
 std::string valueText(const engine::DimValue& value) {
     const auto* number = std::get_if<double>(&value);
-    return number != nullptr ? strings::shortest(*number) : quoted(std::get<std::string>(value));
+    return number != nullptr ? strings::shortest(*number) : inQuotes(std::get<std::string>(value));
 }
 
 /// The style of a dimension with its own values.
@@ -61,13 +61,13 @@ protected:
 private:
     void showCurrent() const {
         const DimStyle& style = drawing().dimStyleOrStandard(drawing().currentDimStyle);
-        message("Current dimension style: " + quoted(style.name) +
+        message("Current dimension style: " + inQuotes(style.name) +
                 "  Annotative: " + (style.annotative ? "Yes" : "No"));
         std::string overrides;
         for (const auto& [name, value] : drawing().dimStyleOverrides)
             overrides += (overrides.empty() ? "" : ", ") + name + " " + strings::shortest(value);
         for (const auto& [name, value] : drawing().dimStyleNameOverrides)
-            overrides += (overrides.empty() ? "" : ", ") + name + " " + quoted(value);
+            overrides += (overrides.empty() ? "" : ", ") + name + " " + inQuotes(value);
         if (!overrides.empty()) message("Current dimension overrides: " + overrides);
     }
 
@@ -174,7 +174,7 @@ private:
             if (compare) name.erase(0, 1);
             const DimStyle* style = drawing().dimStyles.find(Name(name));
             if (style == nullptr) {
-                message("Unknown dimension style " + quoted(name) + ".");
+                message("Unknown dimension style " + inQuotes(name) + ".");
                 continue;
             }
             if (!compare) {
@@ -183,7 +183,7 @@ private:
                 co_return choice;
             }
             const std::vector<std::string> lines = differences(*style, drawing().effectiveDimStyle());
-            message(lines.empty() ? "No differences." : "Variable  " + quoted(style->name) + "  current:");
+            message(lines.empty() ? "No differences." : "Variable  " + inQuotes(style->name) + "  current:");
             for (const std::string& line : lines) message(line);
         }
     }
@@ -242,7 +242,7 @@ protected:
             const std::string_view name = trimmed(answer.text);
             const DimVariable* variable = engine::findDimVariable(name);
             if (variable == nullptr) {
-                message("Unknown dimension variable " + quoted(engine::upperCase(name)) + ".");
+                message("Unknown dimension variable " + inQuotes(engine::upperCase(name)) + ".");
                 continue;
             }
             const std::optional<engine::DimValue> value = co_await askValue(ask, *variable);

@@ -42,7 +42,7 @@ public:
 
 protected:
     Dialogue dialogue(Ask& ask) override {
-        message("Current layer: " + quoted(drawing().currentLayer));
+        message("Current layer: " + inQuotes(drawing().currentLayer));
         for (;;) {
             const Answer option = co_await ask.keyword(
                 "Enter an option "
@@ -118,7 +118,7 @@ private:
 
     bool isValid(const std::string& name) const {
         if (engine::isValidSymbolName(name)) return true;
-        message("Invalid layer name " + quoted(name) + ".");
+        message("Invalid layer name " + inQuotes(name) + ".");
         return false;
     }
 
@@ -149,7 +149,7 @@ private:
         for (const Name name : names) {
             const Layer* layer = drawing().layers.find(name);
             if (layer == nullptr) continue;
-            message(padded(quoted(layer->name), 24) + padded(stateText(*layer), 20) +
+            message(padded(inQuotes(layer->name), 24) + padded(stateText(*layer), 20) +
                     padded(colorLabel(layer->color), 16) + padded(layer->linetype.str(), 16) +
                     lineweightText(layer->lineweight));
         }
@@ -192,7 +192,7 @@ private:
             if (!std::all_of(names.begin(), names.end(), [this](const std::string& n) { return isValid(n); })) continue;
             for (const std::string& name : names) {
                 if (drawing().layers.contains(Name(name)))
-                    message("Layer " + quoted(name) + " already exists.");
+                    message("Layer " + inQuotes(name) + " already exists.");
                 else
                     add(Name(name));
             }
@@ -205,7 +205,7 @@ private:
         if (from.empty()) co_return;
         const Layer* layer = drawing().layers.find(Name(from));
         if (layer == nullptr) {
-            message("Unknown layer " + quoted(from) + ".");
+            message("Unknown layer " + inQuotes(from) + ".");
             co_return;
         }
         const Name old = layer->name;
@@ -230,7 +230,7 @@ private:
         const Name current = drawing().currentLayer;
         if (std::find(names.begin(), names.end(), current) != names.end() &&
             engine::sysVarInt(drawing(), "EXPERT") < 1) {
-            std::string prompt = "Really want layer " + quoted(current) + " (the CURRENT layer) off? [Yes/No] <No>:";
+            std::string prompt = "Really want layer " + inQuotes(current) + " (the CURRENT layer) off? [Yes/No] <No>:";
             const bool off = co_await askYesNo(ask, std::move(prompt), false);
             if (!off) std::erase(names, current);
         }
@@ -240,7 +240,7 @@ private:
     Dialogue freeze(Ask& ask) {
         Names names = co_await askLayers(ask, "Enter name list of layer(s) to freeze", false);
         if (std::erase(names, drawing().currentLayer) > 0)
-            message("Cannot freeze layer " + quoted(drawing().currentLayer) + ". It is the CURRENT layer.");
+            message("Cannot freeze layer " + inQuotes(drawing().currentLayer) + ". It is the CURRENT layer.");
         edit(names, [](Layer& layer) { layer.frozen = true; });
     }
 
@@ -258,7 +258,7 @@ private:
             const Answer answer = co_await ask.text("Enter loaded linetype name or [?] <Continuous>:", "?");
             if (answer.is("?")) {
                 for (const engine::Linetype& known : drawing().linetypes)
-                    message(padded(quoted(known.name), 24) + known.description);
+                    message(padded(inQuotes(known.name), 24) + known.description);
                 continue;
             }
             if (answer.isEnter()) break;
@@ -271,9 +271,9 @@ private:
                 chosen = known->name;
                 break;
             }
-            message("Unknown linetype " + quoted(name) + ".");
+            message("Unknown linetype " + inQuotes(name) + ".");
         }
-        const Names names = co_await askLayers(ask, "Enter name list of layer(s) for linetype " + quoted(chosen), true);
+        const Names names = co_await askLayers(ask, "Enter name list of layer(s) for linetype " + inQuotes(chosen), true);
         edit(names, [&](Layer& layer) { layer.linetype = chosen; });
     }
 

@@ -183,7 +183,7 @@ private:
             std::sort(names.begin(), names.end(), [](Name a, Name b) { return a.folded() < b.folded(); });
         for (const Name name : names) {
             const auto count = counts.find(name.key());
-            message(quoted(name) + "  " + counted(count == counts.end() ? 0 : count->second, "object"));
+            message(inQuotes(name) + "  " + counted(count == counts.end() ? 0 : count->second, "object"));
         }
     }
     void show(const LayerNames& names) {

@@ -74,7 +74,7 @@ protected:
         const doc::GroupScope group(document(), "COPYTOLAYER");
         const auto added = addCopies(document(), selected.ids, math::Matrix4::translation(by));
         putOnLayer(document(), added, layer);
-        message(counted(added.size(), "object") + " copied and placed on layer " + quoted(layer) + ".");
+        message(counted(added.size(), "object") + " copied and placed on layer " + inQuotes(layer) + ".");
     }
 };
 

@@ -64,7 +64,7 @@ protected:
     void deleteLayers(const LayerNames& names) {
         std::size_t count = 0;
         for (const Name name : names) {
-            message("Deleting layer " + quoted(name) + ".");
+            message("Deleting layer " + inQuotes(name) + ".");
             if (document().deleteLayer(name)) ++count;
         }
         message(counted(count, "layer") + " deleted.");
@@ -100,7 +100,7 @@ protected:
         if (const std::size_t blocks = blocksWith(names))
             message("The layers are used in " + counted(blocks, "block definition") +
                     ": the objects on them will be removed there as well.");
-        for (const Name name : names) message("You are about to delete layer " + quoted(name) + " from this drawing.");
+        for (const Name name : names) message("You are about to delete layer " + inQuotes(name) + " from this drawing.");
         const bool sure = co_await askYesNo(ask, "Do you wish to continue? [Yes/No] <No>:", false);
         if (!sure) co_return;
         const doc::GroupScope group(document(), "LAYDEL");
@@ -124,12 +124,12 @@ protected:
             if (answer.is("NAME")) answer.layers = co_await askLayerNames(ask, document(), "Enter layer name:");
             if (answer.layers.empty()) continue;
             if (std::find(names.begin(), names.end(), answer.layers.front()) != names.end())
-                message("Layer " + quoted(answer.layers.front()) + " is one of those to be merged.");
+                message("Layer " + inQuotes(answer.layers.front()) + " is one of those to be merged.");
             else
                 target = answer.layers.front();
         }
         message("******** WARNING ********");
-        message("You are about to merge " + counted(names.size(), "layer") + " into layer " + quoted(target) + ".");
+        message("You are about to merge " + counted(names.size(), "layer") + " into layer " + inQuotes(target) + ".");
         const bool sure = co_await askYesNo(ask, "Do you wish to continue? [Yes/No] <No>:", false);
         if (!sure) co_return;
         const doc::GroupScope group(document(), "LAYMRG");
@@ -166,7 +166,7 @@ protected:
                     for (const Name source : sources) pairs_.emplace_back(source, Name(names.front()));
                     break;
                 }
-                message("Invalid layer name " + quoted(to.text) + ".");
+                message("Invalid layer name " + inQuotes(to.text) + ".");
             }
         }
         if (!pairs_.empty()) translate();
@@ -184,7 +184,7 @@ private:
             if (line.empty() || line.front() == ';' || equals == std::string_view::npos) continue;
             const std::string to(trimmed(line.substr(equals + 1)));
             if (!engine::isValidSymbolName(to)) {
-                message("Invalid layer name " + quoted(to) + ".");
+                message("Invalid layer name " + inQuotes(to) + ".");
                 continue;
             }
             // A map serves many drawings: what this one does not have is passed over.

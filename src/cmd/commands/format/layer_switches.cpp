@@ -73,8 +73,8 @@ private:
     Dialogue hide(Ask& ask, Name name) {
         engine::ViewportEntity* viewport = inViewport() ? drawing().activeViewport() : nullptr;
         if (viewport == nullptr && name == drawing().currentLayer) {
-            if (freeze_) co_return message("Cannot freeze layer " + quoted(name) + ". It is the CURRENT layer.");
-            std::string prompt = "Layer " + quoted(name) + " is current, do you want to turn it off? [Yes/No] <No>:";
+            if (freeze_) co_return message("Cannot freeze layer " + inQuotes(name) + ". It is the CURRENT layer.");
+            std::string prompt = "Layer " + inQuotes(name) + " is current, do you want to turn it off? [Yes/No] <No>:";
             const bool off = co_await askYesNo(ask, std::move(prompt), false);
             if (!off) co_return;
         }
@@ -87,12 +87,12 @@ private:
                 std::erase(list, name);
                 list.push_back(name);
             });
-            message("Layer " + quoted(name) + " has been frozen in the current viewport.");
+            message("Layer " + inQuotes(name) + " has been frozen in the current viewport.");
             co_return;
         }
         editLayers(document(), LayerNames(1, name),
                    [freeze](Layer& layer) { (freeze ? layer.frozen : layer.on) = freeze; });
-        message("Layer " + quoted(name) + (freeze_ ? " has been frozen." : " has been turned off."));
+        message("Layer " + inQuotes(name) + (freeze_ ? " has been frozen." : " has been turned off."));
     }
 
     bool freeze_;
@@ -117,7 +117,7 @@ protected:
         if (answer.layers.empty()) co_return;
         const doc::GroupScope group(document(), "LAYLCK");
         editLayers(document(), answer.layers, [](Layer& layer) { layer.locked = true; });
-        message("Layer " + quoted(answer.layers.front()) + " has been locked.");
+        message("Layer " + inQuotes(answer.layers.front()) + " has been locked.");
     }
 };
 
@@ -181,7 +181,7 @@ public:
             context.document.selection().clear();
         }
         std::string line = "All layers have been unlocked.";
-        if (names.size() == 1) line = "Layer " + quoted(names.front()) + " has been unlocked.";
+        if (names.size() == 1) line = "Layer " + inQuotes(names.front()) + " has been unlocked.";
         if (names.size() > 1) line = counted(names.size(), "layer") + " have been unlocked.";
         switchAll(context, "LAYULK", &Layer::locked, false, names.empty() ? nullptr : &names, std::move(line));
     }

@@ -26,7 +26,7 @@ public:
 
 protected:
     Dialogue dialogue(Ask& ask) override {
-        message("Current line type: " + quoted(drawing().currentLinetype));
+        message("Current line type: " + inQuotes(drawing().currentLinetype));
         for (;;) {
             const Answer option = co_await ask.keyword("Enter an option [?/Create/Load/Set]:", "? Create Load Set");
             if (option.isEnter()) co_return;
@@ -150,13 +150,13 @@ private:
             ++found;
             if (drawing().linetypes.contains(linetype.name)) {
                 std::string question =
-                    "Linetype " + quoted(linetype.name) + " is already loaded. Reload it? [Yes/No] <Yes>:";
+                    "Linetype " + inQuotes(linetype.name) + " is already loaded. Reload it? [Yes/No] <Yes>:";
                 const bool again = co_await askYesNo(ask, std::move(question), true);
                 if (!again) continue;
             }
             changing();
             document().editTable<doc::LineTypeTraits>([&](engine::Table<Linetype>& table) { table.add(linetype); });
-            message("Linetype " + quoted(linetype.name) + " loaded.");
+            message("Linetype " + inQuotes(linetype.name) + " loaded.");
         }
         if (found == 0) message("No matching linetypes found.");
     }

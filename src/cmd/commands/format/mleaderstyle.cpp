@@ -21,7 +21,7 @@ class NamedStyleTool : public DialogueTool {
 
 protected:
     Dialogue dialogue(Ask& ask) override {
-        message("Current " + std::string(Traits::noun) + ": " + quoted(Traits::current(drawing())));
+        message("Current " + std::string(Traits::noun) + ": " + inQuotes(Traits::current(drawing())));
         const Answer option = co_await ask.keyword("Enter an option [?/Set/New/Rename/Delete/Edit] <Set>:",
                                                    "? Set New Rename Delete Edit");
         if (option.is("?"))
@@ -64,7 +64,7 @@ private:
             const std::vector<std::string> typed = splitNames(answer.text);
             const Name name = answer.isEnter() || typed.empty() ? Traits::current(drawing()) : Name(typed.front());
             if (const Style* style = table().find(name)) co_return style->name;
-            message("Unknown " + std::string(Traits::noun) + " " + quoted(name) + ".");
+            message("Unknown " + std::string(Traits::noun) + " " + inQuotes(name) + ".");
         }
     }
 
@@ -78,7 +78,7 @@ private:
             if (!engine::isValidSymbolName(name.view()))
                 message("Invalid style name.");
             else if (table().contains(name))
-                message("A " + std::string(Traits::noun) + " " + quoted(name) + " exists already.");
+                message("A " + std::string(Traits::noun) + " " + inQuotes(name) + " exists already.");
             else
                 co_return name;
         }
@@ -117,12 +117,12 @@ private:
         if (!answer.isText() || typed.empty()) co_return;
         const Name name(typed.front());
         if (!table().contains(name))
-            co_return message("Unknown " + std::string(Traits::noun) + " " + quoted(name) + ".");
+            co_return message("Unknown " + std::string(Traits::noun) + " " + inQuotes(name) + ".");
         const std::size_t uses = engine::countReferences(drawing(), Words::kind, name);
         if (uses > 0 && !(name == Traits::current(drawing())))
-            co_return message("Style " + quoted(name) + " is in use and stays.");
+            co_return message("Style " + inQuotes(name) + " is in use and stays.");
         const doc::GroupScope group(document(), Words::label);
-        if (!document().template deleteStyle<Style>(name)) message("Style " + quoted(name) + " cannot be deleted.");
+        if (!document().template deleteStyle<Style>(name)) message("Style " + inQuotes(name) + " cannot be deleted.");
     }
 
     /// One property after the other by its name; "?" lists them.
@@ -143,7 +143,7 @@ private:
             const auto it = std::find_if(reader.list.begin(), reader.list.end(),
                                          [&](const auto& row) { return engine::equalNoCase(row.first, key); });
             if (it == reader.list.end() || engine::equalNoCase(key, "name")) {
-                message("Unknown property " + quoted(key) + ".");
+                message("Unknown property " + inQuotes(key) + ".");
                 continue;
             }
             std::string prompt = withDefault("Enter new value", it->second);

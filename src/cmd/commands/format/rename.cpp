@@ -45,11 +45,11 @@ protected:
             if (old.isEnter()) co_return;
             const auto known = engine::findSymbol(drawing(), row->kind, Name(typedName(old.text)));
             if (!known) {
-                message("Cannot find " + noun + " " + quoted(typedName(old.text)) + ".");
+                message("Cannot find " + noun + " " + inQuotes(typedName(old.text)) + ".");
                 continue;
             }
             if (engine::isFixedSymbol(row->kind, *known)) {
-                message("Cannot rename " + noun + " " + quoted(*known) + ".");
+                message("Cannot rename " + noun + " " + inQuotes(*known) + ".");
                 continue;
             }
             from = *known;

@@ -94,7 +94,7 @@ private:
             std::string generation = style.backward ? "Backwards" : "";
             if (style.upsideDown) generation += generation.empty() ? "Upside-down" : " Upside-down";
             if (style.vertical) generation += generation.empty() ? "Vertical" : " Vertical";
-            message("Style name: " + quoted(style.name) + "  Font files: " + font);
+            message("Style name: " + inQuotes(style.name) + "  Font files: " + font);
             message("   Height: " + lengthText(drawing(), style.height) +
                     "  Width factor: " + lengthText(drawing(), style.widthFactor) + "  Obliquing angle: " +
                     lengthDefault(drawing(), std::round(math::toDegrees(style.obliqueAngle) * 1e9) / 1e9) +
@@ -118,7 +118,7 @@ private:
         const doc::GroupScope group(document(), "STYLE");
         document().editTable<doc::TextStyleTraits>([&](engine::Table<TextStyle>& styles) { styles.add(style); });
         document().setVariable("TEXTSTYLE", style.name.str());
-        message(quoted(style.name) + " is now the current text style.");
+        message(inQuotes(style.name) + " is now the current text style.");
         repaint();
     }
 };

@@ -129,9 +129,9 @@ private:
         Names names;
         for (const std::string& name : splitNames(answer.text)) {
             if (!engine::isValidSymbolName(name))
-                message("Invalid layer name " + quoted(name) + ".");
+                message("Invalid layer name " + inQuotes(name) + ".");
             else if (drawing().layers.contains(Name(name)))
-                message("Layer " + quoted(name) + " already exists.");
+                message("Layer " + inQuotes(name) + " already exists.");
             else
                 names.emplace_back(name);
         }
@@ -157,7 +157,7 @@ private:
         if (viewport == nullptr) co_return;
         message("Layers currently frozen in viewport " + std::to_string(viewport->vpId) + ":");
         if (viewport->vpFrozenLayers.empty()) message("  None");
-        for (const Name layer : viewport->vpFrozenLayers) message("  " + quoted(layer));
+        for (const Name layer : viewport->vpFrozenLayers) message("  " + inQuotes(layer));
     }
 
     std::optional<doc::GroupScope> group_;

@@ -31,7 +31,7 @@ protected:
         // From the inside outwards.
         std::string blocks;
         for (std::size_t i = found->chain.size(); i-- > 0;)
-            blocks += (blocks.empty() ? "" : " in ") + quoted(found->chain[i]->blockName.view());
+            blocks += (blocks.empty() ? "" : " in ") + inQuotes(found->chain[i]->blockName.view());
         const engine::Block* block = found->chain.back()->block();
         const bool external = block != nullptr && block->xrefType != engine::XrefType::None;
         message("Object:      " + std::string(engine::displayName(entity.type())));
@@ -120,7 +120,7 @@ protected:
             }
         if (shown == 0)
             message(data == nullptr ? std::string("No extended data associated with the object.")
-                                    : "No extended data for application name " + quoted(pattern) + ".");
+                                    : "No extended data for application name " + inQuotes(pattern) + ".");
         else
             message("Extended data uses " + std::to_string(bytes) + " bytes.");
     }

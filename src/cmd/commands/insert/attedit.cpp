@@ -137,7 +137,7 @@ private:
             const BlockReferenceEntity* target = reference(place);
             if (target == nullptr) co_return;
             const BlockAttribute& now = target->attributes[place.index];
-            message(now.tag + " = " + quoted(now.value));
+            message(now.tag + " = " + inQuotes(now.value));
             const Answer option =
                 co_await ask.keyword("Enter an option [Value/Position/Height/Angle/Style/Layer/Color/Next] <N>:",
                                      "Value Position Height Angle Style Layer Color Next");
@@ -207,7 +207,7 @@ private:
                 });
                 co_return;
             }
-            message("Text style " + quoted(typedName(answer.text)) + " not found.");
+            message("Text style " + inQuotes(typedName(answer.text)) + " not found.");
         }
     }
 
@@ -221,7 +221,7 @@ private:
                 edit(place, [&](BlockAttribute& a) { a.layer = name; });
                 co_return;
             }
-            message("Unknown layer " + quoted(typedName(answer.text)) + ".");
+            message("Unknown layer " + inQuotes(typedName(answer.text)) + ".");
         }
     }
 

@@ -34,7 +34,7 @@ protected:
             if (reference == nullptr) co_return;
             const Name name = reference->blockName;
             if (!definesAttributes(drawing().findBlock(name))) {
-                message("Block " + quoted(name) + " has no attributes.");
+                message("Block " + inQuotes(name) + " has no attributes.");
                 continue;
             }
             std::string question = "ATTSYNC block " + name.str() + "? [Yes/No] <Yes>:";
@@ -57,7 +57,7 @@ private:
         const std::string filter = co_await askNamesToList(ask, "Enter block(s) to list <*>:");
         const std::vector<Name> names = matchingNames(drawing(), candidates(), filter);
         if (names.empty()) co_return message("No blocks with attributes.");
-        for (const Name name : names) message("  " + quoted(name));
+        for (const Name name : names) message("  " + inQuotes(name));
     }
 
     Task<bool> byName(Ask& ask) {
@@ -71,7 +71,7 @@ private:
             const std::vector<Name> names = matchingNames(drawing(), candidates(), answer.text);
             if (names.empty()) {
                 const engine::Block* known = drawing().findBlock(Name(typedName(answer.text)));
-                message(known != nullptr ? "Block " + quoted(known->name) + " has no attributes."
+                message(known != nullptr ? "Block " + inQuotes(known->name) + " has no attributes."
                                          : "No matching names found.");
                 continue;
             }

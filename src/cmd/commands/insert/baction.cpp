@@ -82,9 +82,9 @@ private:
             }
             if (told) continue;
             if (!found) {
-                message("Parameter " + quoted(typedName(answer.text)) + " not found.");
+                message("Parameter " + inQuotes(typedName(answer.text)) + " not found.");
             } else if (!takesActions(kindOf(block().dynParams[*found]))) {
-                message("Parameter " + quoted(block().dynParams[*found].name) + " cannot have such an action.");
+                message("Parameter " + inQuotes(block().dynParams[*found].name) + " cannot have such an action.");
             } else {
                 index_ = *found;
                 co_return true;
@@ -116,11 +116,11 @@ private:
 
     void list() const {
         if (block().dynActions.empty()) message("The block has no actions.");
-        for (const DynParameter& p : block().dynParams) message("  " + quoted(p.name) + "  " + p.type);
+        for (const DynParameter& p : block().dynParams) message("  " + inQuotes(p.name) + "  " + p.type);
         for (const DynAction& action : block().dynActions) {
             const auto of = static_cast<std::size_t>(action.parameterIndex);
-            message("    " + quoted(action.name) + "  " + action.type + " of " +
-                    quoted(of < block().dynParams.size() ? block().dynParams[of].name : std::string()) + ", " +
+            message("    " + inQuotes(action.name) + "  " + action.type + " of " +
+                    inQuotes(of < block().dynParams.size() ? block().dynParams[of].name : std::string()) + ", " +
                     counted(action.affectedEntityIndices.size(), "object"));
         }
     }
@@ -252,7 +252,7 @@ private:
             b.isDynamic = true;
             b.dynActions.push_back(made_);
         });
-        message("Action " + quoted(made_.name) + " added to " + quoted(parameter().name) + ".");
+        message("Action " + inQuotes(made_.name) + " added to " + inQuotes(parameter().name) + ".");
     }
 
     bool typeFirst_;

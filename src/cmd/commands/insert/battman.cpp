@@ -14,13 +14,13 @@ using engine::BlockAttribute;
 using engine::BlockReferenceEntity;
 using engine::Name;
 
-struct ModeRow {
+struct AttributeModeRow {
     const char* word;
     const char* letter;
     bool AttributeDefinitionEntity::*field;
     const char* name;
 };
-constexpr ModeRow kModes[] = {{"INVISIBLE", "I", &AttributeDefinitionEntity::invisible, "Invisible"},
+constexpr AttributeModeRow kAttributeModes[] = {{"INVISIBLE", "I", &AttributeDefinitionEntity::invisible, "Invisible"},
                               {"CONSTANT", "C", &AttributeDefinitionEntity::constant, "Constant"},
                               {"VERIFY", "V", &AttributeDefinitionEntity::verify, "Verify"},
                               {"PRESET", "P", &AttributeDefinitionEntity::preset, "Preset"},
@@ -90,14 +90,14 @@ private:
                 for (const auto& block : drawing().blocks())
                     if (!definitions(block->name).empty()) names.push_back(block->name);
                 if (names.empty()) message("No blocks with attributes.");
-                for (const Name name : matchingNames(drawing(), names, filter)) message("  " + quoted(name));
+                for (const Name name : matchingNames(drawing(), names, filter)) message("  " + inQuotes(name));
                 continue;
             }
             const engine::Block* known = drawing().findBlock(Name(typedName(answer.text)));
             if (known == nullptr)
-                message("Block " + quoted(typedName(answer.text)) + " not found.");
+                message("Block " + inQuotes(typedName(answer.text)) + " not found.");
             else if (definitions(known->name).empty())
-                message("Block " + quoted(known->name) + " has no attributes.");
+                message("Block " + inQuotes(known->name) + " has no attributes.");
             else {
                 block_ = known->name;
                 co_return;
@@ -108,10 +108,10 @@ private:
     void list() const {
         for (const AttributeDefinitionEntity* definition : definitions(block_)) {
             std::string modes;
-            for (const ModeRow& mode : kModes)
+            for (const AttributeModeRow& mode : kAttributeModes)
                 if (definition->*mode.field) modes += mode.letter;
-            message("  " + definition->tag + "  prompt " + quoted(definition->prompt) + "  default " +
-                    quoted(definition->defaultValue) + (modes.empty() ? "" : "  modes " + modes));
+            message("  " + definition->tag + "  prompt " + inQuotes(definition->prompt) + "  default " +
+                    inQuotes(definition->defaultValue) + (modes.empty() ? "" : "  modes " + modes));
         }
     }
 
@@ -121,7 +121,7 @@ private:
             if (answer.isEnter()) co_return std::string();
             std::string tag = typedName(answer.text);
             if (find(tag) != nullptr) co_return tag;
-            message("Attribute " + quoted(tag) + " not found.");
+            message("Attribute " + inQuotes(tag) + " not found.");
         }
     }
 
@@ -138,7 +138,7 @@ private:
             if (typed.empty() || typed.find_first_of(" \t!") != std::string::npos)
                 message("Invalid attribute tag.");
             else if (other != nullptr && !engine::equalNoCase(typed, tag))
-                message("Attribute " + quoted(typed) + " already exists.");
+                message("Attribute " + inQuotes(typed) + " already exists.");
             else {
                 fresh.tag = typed;
                 break;
@@ -157,14 +157,14 @@ private:
     Dialogue askModes(Ask& ask, AttributeDefinitionEntity& fresh) {
         for (;;) {
             std::string state = "Current attribute modes:";
-            for (const ModeRow& mode : kModes)
+            for (const AttributeModeRow& mode : kAttributeModes)
                 state += std::string("  ") + mode.name + "=" + (fresh.*mode.field ? "Y" : "N");
             message(state);
             const Answer answer = co_await ask.keyword(
                 "Enter an option to change [Invisible/Constant/Verify/Preset/Lock position/Multiple lines] <done>:",
                 "Invisible Constant Verify Preset Lock Multiple");
             if (answer.isEnter()) co_return;
-            for (const ModeRow& mode : kModes) {
+            for (const AttributeModeRow& mode : kAttributeModes) {
                 if (!answer.is(mode.word)) continue;
                 fresh.*mode.field = !(fresh.*mode.field);
                 if (mode.field == &AttributeDefinitionEntity::multiline)
@@ -189,7 +189,7 @@ private:
             definition.tag = fresh.tag;
             definition.prompt = fresh.prompt;
             definition.defaultValue = fresh.defaultValue;
-            for (const ModeRow& mode : kModes) definition.*mode.field = fresh.*mode.field;
+            for (const AttributeModeRow& mode : kAttributeModes) definition.*mode.field = fresh.*mode.field;
         });
         // References hold no constant attributes.
         if (wasConstant != fresh.constant) {

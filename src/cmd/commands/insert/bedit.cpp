@@ -15,7 +15,7 @@ class BeditTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
         if (document().blockEdit())
-            co_return message("Block " + quoted(document().blockEdit()->block) +
+            co_return message("Block " + inQuotes(document().blockEdit()->block) +
                               " is open in the block editor. Use BCLOSE to close that first.");
         const std::string preset = selectedBlock();
         for (;;) {
@@ -33,7 +33,7 @@ protected:
             const std::string error = beginBlockEdit(document(), engine::Name(name));
             if (error.empty()) {
                 message(counted(drawing().currentSpace().size(), "object") + " in block " +
-                        quoted(document().blockEdit()->block) + ". Use BCLOSE to close the block editor.");
+                        inQuotes(document().blockEdit()->block) + ". Use BCLOSE to close the block editor.");
                 repaint();
                 co_return;
             }
@@ -58,7 +58,7 @@ class BcloseTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
         if (!document().blockEdit()) co_return message("Not in the block editor.");
-        const std::string name = quoted(document().blockEdit()->block);
+        const std::string name = inQuotes(document().blockEdit()->block);
         const Answer option =
             co_await ask.keyword("Save changes to " + name + "? [Save/Discard] <Save>:", "Save Discard");
         const bool save = !option.is("DISCARD");

@@ -45,18 +45,18 @@ private:
             }
             const std::string text = typedName(answer.text);
             if (!engine::isValidSymbolName(text)) {
-                message("Invalid block name " + quoted(text) + ".");
+                message("Invalid block name " + inQuotes(text) + ".");
                 continue;
             }
             const engine::Block* known = drawing().findBlock(Name(text));
             if (known == nullptr) co_return Name(text);
             if (known->xrefType != engine::XrefType::None) {
-                message("Block " + quoted(known->name) + " is an external reference.");
+                message("Block " + inQuotes(known->name) + " is an external reference.");
                 continue;
             }
             if (engine::sysVarInt(drawing(), "EXPERT") >= 2) co_return known->name;
             const Name name = known->name;
-            std::string question = "Block " + quoted(name) + " already exists. Redefine it? [Yes/No] <N>:";
+            std::string question = "Block " + inQuotes(name) + " already exists. Redefine it? [Yes/No] <N>:";
             const bool redefine = co_await askYesNo(ask, std::move(question), false);
             if (redefine) co_return name;
         }
@@ -104,7 +104,7 @@ private:
         if (!known) block = document().addBlock(std::make_unique<engine::Block>(name));
         if (block == nullptr) {
             group.rollback();
-            return message("Invalid block name " + quoted(name) + ".");
+            return message("Invalid block name " + inQuotes(name) + ".");
         }
         document().replaceBlockContents(*block, std::move(copies));
         if (known)
@@ -118,11 +118,11 @@ private:
             });
         if (drawing().blockContainsItself(name)) {
             group.rollback();
-            return message("Block " + quoted(name) + " references itself.");
+            return message("Block " + inQuotes(name) + " references itself.");
         }
         engine::setSysVar(drawing(), "INSNAME", name.str());
-        if (known) message("Block " + quoted(name) + " redefined.");
-        if (taken.empty() && !known) message("Block " + quoted(name) + " defined without objects.");
+        if (known) message("Block " + inQuotes(name) + " redefined.");
+        if (taken.empty() && !known) message("Block " + inQuotes(name) + " defined without objects.");
     }
 };
 

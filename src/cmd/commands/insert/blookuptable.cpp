@@ -116,7 +116,7 @@ private:
         const std::vector<engine::LookupColumn> columns = table().columns;
         for (const engine::LookupColumn& column : columns) {
             for (;;) {
-                const Answer answer = co_await ask.text("Enter value for " + quoted(column.name) + ":");
+                const Answer answer = co_await ask.text("Enter value for " + inQuotes(column.name) + ":");
                 if (answer.isEnter() || !hasTable()) co_return;
                 std::string text = typedName(answer.text);
                 // A value that no reference could take would never be found.

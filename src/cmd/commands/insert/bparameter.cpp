@@ -122,7 +122,7 @@ private:
                 const Answer name = co_await ask.text(std::move(question));
                 const std::string text = name.isEnter() ? made_.name : typedName(name.text);
                 if (text.empty() || !isFree(text))
-                    message("The name " + quoted(text) + " is in use.");
+                    message("The name " + inQuotes(text) + " is in use.");
                 else
                     made_.name = text;
             }
@@ -288,7 +288,7 @@ private:
             }
             b.dynParams.push_back(made_);
         });
-        message("Parameter " + quoted(made_.name) + " added.");
+        message("Parameter " + inQuotes(made_.name) + " added.");
     }
 
     void list() const {
@@ -298,7 +298,7 @@ private:
             std::size_t actions = 0;
             for (const engine::DynAction& action : block().dynActions)
                 if (action.parameterIndex == static_cast<std::int32_t>(i)) ++actions;
-            message("  " + quoted(p.name) + "  " + p.type + " at " + pointDefault(drawing(), p.base) + ", " +
+            message("  " + inQuotes(p.name) + "  " + p.type + " at " + pointDefault(drawing(), p.base) + ", " +
                     counted(actions, "action"));
         }
     }
@@ -313,7 +313,7 @@ private:
             const auto it = std::find_if(all.begin(), all.end(),
                                          [&](const DynParameter& p) { return engine::equalNoCase(p.name, name); });
             if (it == all.end()) {
-                message("Parameter " + quoted(name) + " not found.");
+                message("Parameter " + inQuotes(name) + " not found.");
                 continue;
             }
             const auto index = static_cast<std::int32_t>(it - all.begin());
@@ -335,7 +335,7 @@ private:
                     if (action.parameterIndex > index) --action.parameterIndex;
                 b.isDynamic = !b.dynParams.empty();
             });
-            co_return message("Parameter " + quoted(name) + " deleted.");
+            co_return message("Parameter " + inQuotes(name) + " deleted.");
         }
     }
 

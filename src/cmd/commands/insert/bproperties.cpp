@@ -50,7 +50,7 @@ private:
 
     void list() const {
         for (const DynProperty& property : engine::dynProperties(*block()))
-            message("  " + quoted(property.name) + " = " + engine::dynValueText(*reference(), *block(), property));
+            message("  " + inQuotes(property.name) + " = " + engine::dynValueText(*reference(), *block(), property));
     }
 
     void change(const std::function<void(BlockReferenceEntity&)>& work) {
@@ -63,9 +63,9 @@ private:
     Dialogue askValue(Ask& ask, std::string name) {
         for (;;) {
             const std::optional<DynProperty> property = find(name);
-            if (!property) co_return message("Property " + quoted(name) + " not found.");
+            if (!property) co_return message("Property " + inQuotes(name) + " not found.");
             const std::string now = engine::dynValueText(*reference(), *block(), *property);
-            const Answer answer = co_await ask.text(withDefault("Enter new value for " + quoted(property->name), now));
+            const Answer answer = co_await ask.text(withDefault("Enter new value for " + inQuotes(property->name), now));
             if (answer.isEnter() || block() == nullptr) co_return;
             BlockReferenceEntity trial(*reference());
             const std::string error = engine::setDynValue(trial, *block(), *property, typedName(answer.text));

@@ -46,7 +46,7 @@ private:
             if (engine::equalNoCase(state.name, document().blockEdit()->state)) marks += "  shown";
             if (parameter != nullptr && engine::equalNoCase(state.name, parameter->activeVisibility))
                 marks += "  initial";
-            message("  " + quoted(state.name) + marks);
+            message("  " + inQuotes(state.name) + marks);
         }
         message(counted(b.visibilityStates.size(), "visibility state") + ".");
     }
@@ -58,7 +58,7 @@ private:
             std::string name = answer.isEnter() ? std::string() : typedName(answer.text);
             if (name.empty() || !isOpen()) co_return std::string();
             if (findState(block(), name) == nullptr) co_return name;
-            message("Visibility state " + quoted(name) + " already exists.");
+            message("Visibility state " + inQuotes(name) + " already exists.");
         }
     }
 
@@ -82,7 +82,7 @@ private:
             b.visibilityStates.push_back(std::move(state));
             edit.state = name;
         });
-        message("Visibility state " + quoted(name) + " added and shown.");
+        message("Visibility state " + inQuotes(name) + " added and shown.");
     }
 
     /// Set, Delete, Rename, Initial: all of them begin with a state's name.
@@ -96,7 +96,7 @@ private:
                 name = found->name;
                 break;
             }
-            message("Visibility state " + quoted(typedName(answer.text)) + " not found.");
+            message("Visibility state " + inQuotes(typedName(answer.text)) + " not found.");
         }
         if (option == "DELETE" && block().visibilityStates.size() < 2)
             co_return message("The last visibility state cannot be deleted.");
@@ -123,7 +123,7 @@ private:
                 if (parameter != nullptr && isIt(parameter->activeVisibility)) parameter->activeVisibility = fresh;
             }
         });
-        if (option == "DELETE") message("Visibility state " + quoted(name) + " deleted.");
+        if (option == "DELETE") message("Visibility state " + inQuotes(name) + " deleted.");
     }
 
     /// Takes objects out of the state shown, or into it.
@@ -152,7 +152,7 @@ private:
         });
         document().selection().clear();
         message(counted(objects.ids.size(), "object") + (show ? " shown in " : " hidden in ") +
-                quoted(document().blockEdit()->state) + ".");
+                inQuotes(document().blockEdit()->state) + ".");
     }
 
     void light(bool on) {

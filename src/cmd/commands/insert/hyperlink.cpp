@@ -28,7 +28,7 @@ struct Hyperlink {
     std::string text() const {
         std::string line = address.empty() ? "<current drawing>" : address;
         if (!location.empty()) line += "#" + location;
-        if (!description.empty()) line += "  " + quoted(description);
+        if (!description.empty()) line += "  " + inQuotes(description);
         return line;
     }
 };
@@ -166,8 +166,8 @@ protected:
         };
         list(drawing().modelSpace(), "");
         for (const auto& layout : drawing().layouts())
-            list(layout->entities, " in layout " + quoted(layout->name.view()));
-        for (const auto& block : drawing().blocks()) list(block->entities, " in block " + quoted(block->name.view()));
+            list(layout->entities, " in layout " + inQuotes(layout->name.view()));
+        for (const auto& block : drawing().blocks()) list(block->entities, " in block " + inQuotes(block->name.view()));
         message(count == 0 ? std::string("No hyperlinks in the drawing.") : counted(count, "hyperlink") + ".");
         co_return;
     }

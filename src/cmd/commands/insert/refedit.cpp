@@ -17,10 +17,10 @@ class RefeditTool final : public DialogueTool {
 protected:
     Dialogue dialogue(Ask& ask) override {
         if (document().referenceEdit())
-            co_return message("Reference " + quoted(document().referenceEdit()->block.view()) +
+            co_return message("Reference " + inQuotes(document().referenceEdit()->block.view()) +
                               " is being edited. Use REFCLOSE to end that first.");
         if (document().blockEdit())
-            co_return message("Block " + quoted(document().blockEdit()->block) +
+            co_return message("Block " + inQuotes(document().blockEdit()->block) +
                               " is open in the block editor. Use BCLOSE to close that first.");
         const Answer pick = co_await ask.object("Select reference:", {}, isReference);
         if (!pick.isObject()) co_return;
@@ -28,7 +28,7 @@ protected:
         const std::size_t depth = levels(pick.point);
         std::size_t level = 0;
         while (depth > 1) {
-            message("Reference: " + quoted(names_[level].view()));
+            message("Reference: " + inQuotes(names_[level].view()));
             const Answer answer = co_await ask.keyword("Select nesting level [Ok/Next] <Next>:", "Ok Next");
             if (answer.is("OK")) break;
             level = (level + 1) % depth;
@@ -82,7 +82,7 @@ private:
     std::string refused(std::size_t level) const {
         const BlockReferenceEntity* top = reference();
         const engine::Block* block = drawing().findBlock(names_[level]);
-        if (top == nullptr || block == nullptr) return "Block " + quoted(names_[level].view()) + " not found.";
+        if (top == nullptr || block == nullptr) return "Block " + inQuotes(names_[level].view()) + " not found.";
         if (top->rowCount() > 1 || top->columnCount() > 1) return "References in a grid cannot be edited.";
         if (block->isDynamic) return "Dynamic blocks are edited with BEDIT.";
         for (std::size_t i = 0; i < level; ++i) {
@@ -91,7 +91,7 @@ private:
                 return "What an external reference holds is edited in its own file.";
         }
         if (block->xrefType != engine::XrefType::None && block->xrefStatus != engine::XrefStatus::Loaded)
-            return "Xref " + quoted(block->name.view()) + " is not loaded.";
+            return "Xref " + inQuotes(block->name.view()) + " is not loaded.";
         if (!matrices_[level].inverse()) return "The reference has no scale in one direction.";
         return {};
     }
@@ -118,7 +118,7 @@ protected:
             co_await ask.keyword("Enter option [Save/Discard reference changes] <Save>:", "Save Discard");
         const bool save = !option.is("DISCARD");
         if (!document().referenceEdit()) co_return;
-        const std::string name = quoted(document().referenceEdit()->block.view());
+        const std::string name = inQuotes(document().referenceEdit()->block.view());
         doc::GroupScope group(document(), "REFCLOSE");
         const std::string error = endReferenceEdit(document(), host()->services(), save);
         if (!error.empty()) {

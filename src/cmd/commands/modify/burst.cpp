@@ -150,7 +150,7 @@ protected:
                     block = known->name;
                     break;
                 }
-                message("Block " + quoted(typedName(name.text)) + " not found.");
+                message("Block " + inQuotes(typedName(name.text)) + " not found.");
             }
         } else {
             const auto* reference =
@@ -174,7 +174,7 @@ protected:
                 tag = tagAt(static_cast<const BlockReferenceEntity&>(*entity), answer.point);
             ids = holders(block, tag);
             if (!ids.empty()) break;
-            message("Attribute " + quoted(tag) + " not found.");
+            message("Attribute " + inQuotes(tag) + " not found.");
         }
         message("Block: " + block.str() + "   Attribute tag: " + engine::upperCase(tag));
         std::string question =

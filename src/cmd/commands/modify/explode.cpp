@@ -169,7 +169,7 @@ private:
                 changes.linetype = linetype->name;
                 co_return;
             }
-            message("Linetype " + quoted(name.view()) + " not found.");
+            message("Linetype " + inQuotes(name.view()) + " not found.");
         }
     }
 
@@ -192,7 +192,7 @@ private:
                 changes.layer = layer->name;
                 co_return;
             }
-            message("Unknown layer " + quoted(name.view()) + ".");
+            message("Unknown layer " + inQuotes(name.view()) + ".");
         }
     }
 

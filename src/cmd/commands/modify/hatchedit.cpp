@@ -300,7 +300,7 @@ private:
                 change([&](HatchEntity& h) { h.layer = layer->name; });
                 co_return;
             }
-            message("Unknown layer " + quoted(name) + ".");
+            message("Unknown layer " + inQuotes(name) + ".");
         }
     }
 

@@ -28,7 +28,7 @@ protected:
             if (!answer.isEnter()) {
                 const engine::SysVarDef* def = engine::findSysVar(trimmed(answer.text));
                 if (def == nullptr) {
-                    message("Unknown variable name " + quoted(trimmed(answer.text)) + ".");
+                    message("Unknown variable name " + inQuotes(trimmed(answer.text)) + ".");
                     continue;
                 }
                 last_ = def;

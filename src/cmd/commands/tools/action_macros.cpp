@@ -44,11 +44,11 @@ protected:
             }
             if (loadMacro(name)) {
                 const bool replace =
-                    co_await askYesNo(ask, "Macro " + quoted(name) + " exists. Replace it? [Yes/No] <N>:", false);
+                    co_await askYesNo(ask, "Macro " + inQuotes(name) + " exists. Replace it? [Yes/No] <N>:", false);
                 if (!replace) continue;
             }
             const std::string error = saveMacro(name, lines);
-            message(error.empty() ? "Macro " + quoted(name) + " saved: " + counted(lines.size(), "line") + "." : error);
+            message(error.empty() ? "Macro " + inQuotes(name) + " saved: " + counted(lines.size(), "line") + "." : error);
             co_return;
         }
     }

@@ -57,7 +57,7 @@ private:
             const auto& commands = registry.commands();
             const bool taken = std::any_of(commands.begin(), commands.end(),
                                            [&](const Command* command) { return command->name() == alias; });
-            if (taken) message(quoted(alias) + " is a command name.");
+            if (taken) message(inQuotes(alias) + " is a command name.");
             const bool word = !alias.empty() && alias.find_first_of(" \t'()\";,") == std::string::npos;
             if (!taken && !word) message("Invalid input.");
             if (taken || !word) alias.clear();
@@ -67,7 +67,7 @@ private:
             if (answer.isEnter()) co_return;
             const Command* command = registry.find(trimmed(answer.text));
             if (command != nullptr && registry.setAlias(alias, command->name()))
-                co_return message("Alias " + quoted(alias) + " stands for " + command->name() + kForNow);
+                co_return message("Alias " + inQuotes(alias) + " stands for " + command->name() + kForNow);
             message("Unknown command: " + answer.text);
         }
     }
@@ -77,8 +77,8 @@ private:
             const Answer answer = co_await ask.text("Enter alias to remove:");
             if (answer.isEnter()) co_return;
             const std::string alias = engine::upperCase(trimmed(answer.text));
-            if (registry.removeAlias(alias)) co_return message("Alias " + quoted(alias) + " removed" + kForNow);
-            message("Unknown alias " + quoted(alias) + ".");
+            if (registry.removeAlias(alias)) co_return message("Alias " + inQuotes(alias) + " removed" + kForNow);
+            message("Unknown alias " + inQuotes(alias) + ".");
         }
     }
 };

@@ -61,7 +61,7 @@ private:
             if (typed.isEnter()) co_return std::string();
             if (const engine::SysVarDef* variable = engine::findSysVar(trimmed(typed.text)))
                 co_return std::string(variable->name);
-            message("Unknown variable name " + quoted(trimmed(typed.text)) + ".");
+            message("Unknown variable name " + inQuotes(trimmed(typed.text)) + ".");
         }
     }
 
@@ -79,7 +79,7 @@ private:
                 else if (engine::equalNoCase(key, trimmed(typed.text)))
                     co_return handleText(entity->handle()) + " " + key;
             }
-            if (!typed.is("?")) message("Unknown property " + quoted(typed.text) + ".");
+            if (!typed.is("?")) message("Unknown property " + inQuotes(typed.text) + ".");
         }
     }
 };

@@ -220,7 +220,7 @@ private:
             message("Current UCS: " + drawing().currentUcs.str());
         for (const Ucs& ucs : drawing().ucsList)
             if (matchesWildcards(ucs.name, filter))
-                message(quoted(ucs.name) + "  Origin = " + lengthDefault(drawing(), ucs.origin.x) + "," +
+                message(inQuotes(ucs.name) + "  Origin = " + lengthDefault(drawing(), ucs.origin.x) + "," +
                         lengthDefault(drawing(), ucs.origin.y) + "  X axis = " + lengthDefault(drawing(), ucs.xAxis.x) +
                         "," + lengthDefault(drawing(), ucs.xAxis.y) + "  Y axis = " +
                         lengthDefault(drawing(), ucs.yAxis.x) + "," + lengthDefault(drawing(), ucs.yAxis.y));
@@ -241,7 +241,7 @@ private:
             }
             const engine::Name name(names.front());
             if (drawing().ucsList.contains(name)) {
-                std::string question = "UCS " + quoted(name) + " already exists. Replace it? [Yes/No] <No>:";
+                std::string question = "UCS " + inQuotes(name) + " already exists. Replace it? [Yes/No] <No>:";
                 const bool replace = co_await askYesNo(ask, std::move(question), false);
                 if (!replace) continue;
             }
@@ -261,7 +261,7 @@ private:
         const std::vector<std::string> names = splitNames(text);
         const Ucs* ucs = names.empty() ? nullptr : drawing().ucsList.find(engine::Name(names.front()));
         if (ucs == nullptr) {
-            message("Unknown UCS " + quoted(names.empty() ? text : names.front()) + ".");
+            message("Unknown UCS " + inQuotes(names.empty() ? text : names.front()) + ".");
             return false;
         }
         use(Ucs(*ucs));

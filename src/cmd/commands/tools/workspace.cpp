@@ -45,7 +45,7 @@ protected:
             else
                 *known = name;
             all.current = name;
-            message("Workspace " + quoted(name) + " saved for this process.");
+            message("Workspace " + inQuotes(name) + " saved for this process.");
         } else if (option.is("RENAME")) {
             const std::string from = co_await askKnown(ask, "Enter name of workspace to rename [?]");
             if (from.empty()) co_return;
@@ -54,7 +54,7 @@ protected:
             if (name.empty()) co_return;
             const auto taken = all.find(name);
             if (taken != all.names.end() && !engine::equalNoCase(name, from))
-                co_return message("Workspace " + quoted(name) + " already exists.");
+                co_return message("Workspace " + inQuotes(name) + " already exists.");
             if (all.current == from) all.current = name;
             *all.find(from) = name;
         } else if (option.is("DELETE")) {
@@ -87,7 +87,7 @@ private:
             const std::string name = typedName(answer.text);
             const auto known = workspaces().find(name);
             if (known != workspaces().names.end()) co_return *known;
-            message("Workspace " + quoted(name) + " not found.");
+            message("Workspace " + inQuotes(name) + " not found.");
         }
     }
 };

@@ -14,7 +14,7 @@ namespace {
 
 using engine::Entity;
 
-bool isPlacedText(const Entity& entity) { return engine::isPlacedText(entity); }
+bool isScalableText(const Entity& entity) { return engine::isPlacedText(entity); }
 
 /// Lets `change` edit every text of a selection, as one step.
 std::size_t changeTexts(doc::Document& document, const char* label, const std::vector<std::uint64_t>& ids,
@@ -79,7 +79,7 @@ private:
             size.value = height.numberOr(last);
         } else if (answer.is("MATCH")) {
             const Answer picked =
-                co_await ask.object("Select a text object with the desired height:", {}, isPlacedText);
+                co_await ask.object("Select a text object with the desired height:", {}, isScalableText);
             const Entity* text = picked.isObject() ? drawing().findById(picked.id) : nullptr;
             if (text == nullptr) co_return size;
             size.kind = TextSize::Kind::Height;
