@@ -623,7 +623,7 @@ TEST(EveryCommand, ObjectPromptsTakeEveryKindOfPick) {
 
 // A question with a reading of its own would know less than the others.
 TEST(EveryCommand, PicksAreReadInOnePlace) {
-    for (const auto& entry : std::filesystem::directory_iterator(KOVA_SOURCE_DIR "/src/cmd/commands")) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(KOVA_SOURCE_DIR "/src/cmd/commands")) {
         std::ifstream in(entry.path());
         const std::string text(std::istreambuf_iterator<char>(in), {});
         for (const char* reader : {"parsePointInput(", "parseNamedPick(", "spatialIndex().nearest("})

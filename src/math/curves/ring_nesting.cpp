@@ -1,17 +1,11 @@
 #include "math/curves/ring_nesting.hpp"
 
+#include "math/curves/polygon.hpp"
+
 namespace kova::engine {
 
 using math::Bounds2;
 using math::Vector2;
-
-double signedArea(std::span<const Vector2> ring) {
-    if (ring.size() < 3) return 0.0;
-    // Relative to the first point, so that rings far from the origin keep their digits.
-    double twice = 0.0;
-    for (std::size_t i = 1; i + 1 < ring.size(); ++i) twice += (ring[i] - ring[0]).cross(ring[i + 1] - ring[0]);
-    return twice / 2.0;
-}
 
 namespace {
 
@@ -79,7 +73,7 @@ std::optional<std::vector<int>> ringDepths(std::span<const std::vector<Ring>> gr
     for (std::size_t i = 0; i < groups.size(); ++i) {
         for (const Ring& ring : groups[i]) {
             known[i].box.expand(boundsOf(ring));
-            known[i].area += std::abs(signedArea(ring));
+            known[i].area += std::abs(math::signedArea(ring));
             known[i].points += ring.size();
             if (!known[i].probe) known[i].probe = pointInside(ring);
         }
@@ -116,7 +110,7 @@ double evenOddArea(PathView path) {
     const std::optional<std::vector<int>> depths = ringDepths(single);
     double area = 0.0;
     for (std::size_t i = 0; i < single.size(); ++i) {
-        const double size = std::abs(signedArea(single[i].front()));
+        const double size = std::abs(math::signedArea(single[i].front()));
         area += depths && (*depths)[i] % 2 != 0 ? -size : size;
     }
     return area;

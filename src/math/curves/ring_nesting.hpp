@@ -11,8 +11,6 @@ namespace kova::engine {
 /// A closed polygon; the edge from the last point to the first is implied (a repeated last point does no harm).
 using Ring = std::vector<math::Vector2>;
 
-/// Area enclosed, positive counter-clockwise.
-double signedArea(std::span<const math::Vector2> ring);
 /// True when p lies inside an odd number of the rings.
 bool insideRings(std::span<const Ring> rings, const math::Vector2& p);
 /// A point inside the ring, away from its edges; nothing for a ring without area.

@@ -59,7 +59,7 @@ private:
 inline void expectCleanAudit(const std::vector<std::string>& files, std::string& output) {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    QStringList arguments{QString::fromUtf8(KOVA_SOURCE_DIR "/tests/io_dxf/audit.py")};
+    QStringList arguments{QString::fromUtf8(KOVA_SOURCE_DIR "/tests/io/dxf/audit.py")};
     for (const std::string& file : files) arguments << QString::fromStdString(file);
     process.start("/usr/bin/python3", arguments);
     if (!process.waitForStarted()) GTEST_SKIP() << "no /usr/bin/python3";

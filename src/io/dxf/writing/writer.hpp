@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <span>
 #include <string>
 #include <string_view>
@@ -33,6 +34,10 @@ struct OwnData {
     std::string_view application;
     std::uint64_t dictionary = 0;  ///< the record's extension dictionary; 0: none
 };
+
+/// What a file cannot hold is left out.
+inline bool finite(double v) { return std::isfinite(v); }
+inline bool finite(const math::Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
 /// Makes the whole file. The sections are built in an order that lets later ones collect what earlier ones need:
 /// spaces and objects first, then header, classes and tables, which list what was used.

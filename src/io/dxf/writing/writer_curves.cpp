@@ -10,8 +10,6 @@ using math::Vector3;
 
 namespace {
 
-bool finite(double v) { return std::isfinite(v); }
-bool finite(const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
 /// A direction of length 1 for the records that want one.
 Vector2 unit(const Vector2& v) {

@@ -10,7 +10,6 @@ using math::Vector3;
 
 namespace {
 
-bool finite(const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
 /// Group 70 of a kind, without the bits.
 int kindCode(const DimensionEntity& e, DimensionType kind) {

@@ -9,7 +9,6 @@ using math::Vector3;
 
 namespace {
 
-bool finite(const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
 bool allFinite(const std::vector<Vector2>& points) {
     return std::all_of(points.begin(), points.end(), [](const Vector2& p) { return finite(p); });

@@ -12,7 +12,6 @@ using math::Vector3;
 namespace {
 
 constexpr double kSagitta = 1e-3;  ///< of the figure's size, where curves become chords
-bool finite(const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
 }  // namespace
 

@@ -13,7 +13,6 @@ namespace {
 
 constexpr std::size_t kTextPiece = 250;
 
-bool finite(const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
 bool betweenPoints(std::int32_t hAlign) { return hAlign == kHAlignAligned || hAlign == kHAlignFit; }
 
