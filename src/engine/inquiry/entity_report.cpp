@@ -62,20 +62,20 @@ private:
 std::string spaceText(const engine::Drawing& drawing, const Entity& entity) {
     if (entity.owner() == &drawing.modelSpace()) return "Model space";
     for (const auto& layout : drawing.layouts())
-        if (&layout->entities == entity.owner()) return "Paper space, layout " + quoted(layout->name);
+        if (&layout->entities == entity.owner()) return "Paper space, layout " + inQuotes(layout->name);
     for (const auto& block : drawing.blocks())
-        if (&block->entities == entity.owner()) return "Block " + quoted(block->name);
+        if (&block->entities == entity.owner()) return "Block " + inQuotes(block->name);
     if (drawing.editedBlock() != nullptr && &drawing.editedBlock()->entities == entity.owner()) return "Block editor";
     return "No space";
 }
 
 void Report::common(const Entity& entity) {
-    lines_.push_back(std::string(engine::displayName(entity.type())) + "    Layer: " + quoted(entity.layer));
+    lines_.push_back(std::string(engine::displayName(entity.type())) + "    Layer: " + inQuotes(entity.layer));
     line("Space: " + spaceText(drawing_, entity));
     line("Handle = " + handleText(entity.handle()));
     const engine::CommonNames& names = engine::commonNames();
     if (entity.color.method != engine::ColorMethod::ByLayer) text("Color:", engine::colorText(entity.color));
-    if (entity.linetype != names.byLayer) text("Linetype:", quoted(entity.linetype));
+    if (entity.linetype != names.byLayer) text("Linetype:", inQuotes(entity.linetype));
     if (entity.linetypeScale() != 1.0) value("Linetype scale:", entity.linetypeScale());
     if (entity.lineweight != -1) text("Lineweight:", lineweightText(entity.lineweight));
     if (entity.transparency != 0) text("Transparency:", std::to_string(entity.transparency));
@@ -125,7 +125,7 @@ void Report::polyline(const engine::PolylineEntity& p) {
 }
 
 void Report::reference(const engine::BlockReferenceEntity& r) {
-    text("Block Name:", quoted(r.blockName));
+    text("Block Name:", inQuotes(r.blockName));
     point("at point", engine::planFromObject(r, r.insert), r.elevation);
     line("X scale factor: " + length(r.scaleX));
     line("Y scale factor: " + length(r.scaleY));
@@ -136,7 +136,7 @@ void Report::reference(const engine::BlockReferenceEntity& r) {
              "  columns: " + std::to_string(r.columnCount()) + "  column spacing: " + length(r.columnSpacing));
     if (r.isClipped()) line(r.clipInverted ? "Clipped, inverted" : "Clipped");
     for (const engine::BlockAttribute& a : r.attributes) {
-        line("Attribute tag: " + a.tag + "  value: " + a.value + "  layer: " + quoted(a.layer) +
+        line("Attribute tag: " + a.tag + "  value: " + a.value + "  layer: " + inQuotes(a.layer) +
              (a.invisible ? "  invisible" : ""));
         point("  at point", engine::planFromObject(r, a.position), r.elevation);
     }
@@ -150,9 +150,9 @@ void Report::spline(const engine::SplineEntity& s) {
 }
 
 void Report::dimension(const engine::DimensionEntity& d) {
-    text("dimension style:", quoted(d.dimStyleName));
-    if (!d.textOverride.empty()) text("text:", quoted(d.textOverride));
-    text("measured text:", quoted(d.text()));
+    text("dimension style:", inQuotes(d.dimStyleName));
+    if (!d.textOverride.empty()) text("text:", inQuotes(d.textOverride));
+    text("measured text:", inQuotes(d.text()));
     point("first definition point", d.def1);
     point("second definition point", d.def2);
     point("dimension line point", d.dimLine);
@@ -206,7 +206,7 @@ void Report::geometry(const Entity& entity) {
         }
         case EntityType::Text: {
             const auto& e = static_cast<const engine::TextEntity&>(entity);
-            text("Style =", quoted(e.textStyle));
+            text("Style =", inQuotes(e.textStyle));
             point("start point", engine::planFromObject(e, e.position), e.elevation);
             value("height", e.height);
             text("text", e.content);
@@ -220,12 +220,12 @@ void Report::geometry(const Entity& entity) {
             value("Width:", e.width);
             value("Text height:", e.height);
             line("Rotation: " + angle(e.rotation));
-            text("Text style:", quoted(e.textStyle));
+            text("Text style:", inQuotes(e.textStyle));
             return text("Contents:", e.content);
         }
         case EntityType::AttributeDefinition: {
             const auto& e = static_cast<const engine::AttributeDefinitionEntity&>(entity);
-            text("Style =", quoted(e.textStyle));
+            text("Style =", inQuotes(e.textStyle));
             point("start point", engine::planFromObject(e, e.insertion), e.elevation);
             value("height", e.textHeight);
             text("tag", e.tag);
@@ -295,21 +295,21 @@ void Report::geometry(const Entity& entity) {
         }
         case EntityType::MLeader: {
             const auto& e = static_cast<const engine::MLeaderEntity&>(entity);
-            text("multileader style:", quoted(e.styleName));
+            text("multileader style:", inQuotes(e.styleName));
             if (!e.textContent.empty()) text("text:", e.textContent);
-            if (!e.blockName.empty()) text("block:", quoted(e.blockName));
+            if (!e.blockName.empty()) text("block:", inQuotes(e.blockName));
             for (const engine::MLeaderAttribute& a : e.attributes) text("attribute " + a.tag + ":", a.value);
             return point("content", e.contentPos);
         }
         case EntityType::Tolerance: {
             const auto& e = static_cast<const engine::ToleranceEntity&>(entity);
-            text("dimension style:", quoted(e.styleName));
+            text("dimension style:", inQuotes(e.styleName));
             point("insertion point", e.insertion);
             return text("text:", e.contentText());
         }
         case EntityType::Shape: {
             const auto& e = static_cast<const engine::ShapeEntity&>(entity);
-            text("Shape name:", quoted(e.name));
+            text("Shape name:", inQuotes(e.name));
             point("at point", e.position);
             value("size", e.size);
             return line("rotation angle " + angle(e.rotation));

@@ -39,6 +39,6 @@ std::string handleText(std::uint64_t handle) {
     return buffer;
 }
 
-std::string quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
+std::string inQuotes(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 }  // namespace kova::cmd

@@ -25,6 +25,6 @@ std::string pointDefault(const engine::Drawing& drawing, const math::Vector2& wo
 std::string handleText(std::uint64_t handle);
 
 /// The text in double quotes.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 }  // namespace kova::cmd
