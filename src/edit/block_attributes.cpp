@@ -16,6 +16,20 @@ math::Matrix4 attributePlacement(const engine::BlockReferenceEntity& reference, 
     return plane ? *plane * placed : placed;
 }
 
+BlockAttribute makeAttribute(const AttributeDefinitionEntity& definition,
+                             const engine::BlockReferenceEntity& reference, const engine::Block& block,
+                             std::string value, const engine::Drawing& drawing) {
+    if (engine::inWorldPlane(definition))
+        return engine::makeAttribute(definition, attributePlacement(reference, block), std::move(value), drawing);
+    // A definition in a plane of its own gives an attribute with a plane of its own.
+    const math::Matrix4 placement = reference.blockMatrix(block);
+    AttributeDefinitionEntity placed(definition);
+    placed.transform(placement);
+    BlockAttribute attribute = engine::makeAttribute(definition, placement, std::move(value), drawing);
+    attribute.plane = engine::AttributePlane{placed.normal(), placed.elevation};
+    return attribute;
+}
+
 Task<std::optional<std::string>> askAttributeValue(Ask& ask, std::string prompt, bool multiline) {
     const Answer first = co_await ask.text(std::move(prompt));
     if (!first.isText()) co_return std::nullopt;
@@ -72,7 +86,6 @@ std::string convertedValue(const std::string& value, bool fromMultiline, bool to
 
 std::vector<BlockAttribute> matchedAttributes(const engine::BlockReferenceEntity& reference, const engine::Block& block,
                                               const engine::Drawing& drawing) {
-    const math::Matrix4 placement = attributePlacement(reference, block);
     std::vector<BlockAttribute> result;
     std::vector<bool> used(reference.attributes.size(), false);
     for (const AttributeDefinitionEntity* definition : attributeDefinitions(block.entities)) {
@@ -84,7 +97,7 @@ std::vector<BlockAttribute> matchedAttributes(const engine::BlockReferenceEntity
             value = convertedValue(held.value, held.multiline, definition->multiline);
             break;
         }
-        result.push_back(makeAttribute(*definition, placement, std::move(value), drawing));
+        result.push_back(makeAttribute(*definition, reference, block, std::move(value), drawing));
     }
     return result;
 }

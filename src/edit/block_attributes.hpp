@@ -18,6 +18,11 @@ using engine::makeAttribute;
 /// Carries block coordinates into the object plane of a reference, where its attributes lie.
 math::Matrix4 attributePlacement(const engine::BlockReferenceEntity& reference, const engine::Block& block);
 
+/// An attribute of a reference to `block` as its definition wants it, with a value.
+engine::BlockAttribute makeAttribute(const engine::AttributeDefinitionEntity& definition,
+                                     const engine::BlockReferenceEntity& reference, const engine::Block& block,
+                                     std::string value, const engine::Drawing& drawing);
+
 /// Asks for the value of an attribute; Enter: nothing. One of several lines asks for lines until an empty one, and they
 /// become content of multiline text.
 Task<std::optional<std::string>> askAttributeValue(Ask& ask, std::string prompt, bool multiline);

@@ -18,6 +18,7 @@
 #include "cmd/undo_marks.hpp"
 #include "doc/edit_pause.hpp"
 #include "engine/model/sysvar.hpp"
+#include "engine/sysvars/host.hpp"
 #include "headless/files.hpp"
 #include "headless/session_lisp.hpp"
 #include "headless/templates.hpp"
@@ -312,6 +313,9 @@ std::string Session::write(const engine::Drawing& drawing, const std::string& pa
     const bool own = !drawing.fileName.empty() && std::filesystem::equivalent(drawing.fileName, path, ignored);
     SaveReport report;
     const std::string version = property("kovaDwgVersion").toString().toStdString();
+    // A failed save is none: the times stay.
+    const auto times = document_.drawing().realVariables;
+    if (current) engine::noteSaveTime(document_.drawing());
     {
         std::optional<doc::EditPause> pause;
         std::optional<cmd::ShownForSaving> shown;
@@ -319,7 +323,10 @@ std::string Session::write(const engine::Drawing& drawing, const std::string& pa
             pause.emplace(document_);
             shown.emplace(document_);
         }
-        if (std::string error = saveDrawing(drawing, path, version, report); !error.empty()) return error;
+        if (std::string error = saveDrawing(drawing, path, version, report); !error.empty()) {
+            if (current) document_.drawing().realVariables = times;
+            return error;
+        }
         if (pause) append(pause->line());
         if (shown && shown->count() > 0)
             report.lines.push_back(std::to_string(shown->count()) +

@@ -101,6 +101,7 @@ std::string loadTemplate(const std::string& name, engine::Drawing& drawing) {
     if (!reason.empty()) return "Could not load the template: " + reason;
     for (const char* date : kDateVariables)
         if (const auto it = fresh.find(date); it != fresh.end()) drawing.realVariables[date] = it->second;
+    for (const char* counted : {"TDEDITED", "TDUSRTIMER"}) drawing.realVariables.erase(counted);
     return {};
 }
 

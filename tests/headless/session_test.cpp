@@ -257,6 +257,28 @@ TEST_F(SessionTest, ShippedTemplatesAreTheBuiltInOnes) {
     }
 }
 
+// The times of a drawing are its own: opening keeps them, saving goes on from them.
+TEST_F(SessionTest, TimesGoOnFromTheFile) {
+    engine::Drawing& drawing = session.document().drawing();
+    drawing.realVariables["TDCREATE"] = 2451544.5;
+    drawing.realVariables["TDUPDATE"] = 2451545.5;
+    drawing.realVariables["TDEDITED"] = 3.0;
+    for (const char* name : {"t.kvcad", "t.dxf", "t.dwg"}) {
+        ASSERT_EQ(session.save(path(name)), "") << name;
+        const double updated = engine::sysVarReal(session.document().drawing(), "TDUPDATE");
+        EXPECT_GT(updated, 2451600.0) << name;
+        ASSERT_EQ(session.open(path(name)), "") << name;
+        const engine::Drawing& opened = session.document().drawing();
+        EXPECT_NEAR(engine::sysVarReal(opened, "TDCREATE"), 2451544.5, 1e-7) << name;
+        EXPECT_NEAR(engine::sysVarReal(opened, "TDUPDATE"), updated, 1e-7) << name;
+        EXPECT_NEAR(engine::sysVarReal(opened, "TDINDWG"), 3.0, 0.01) << name;
+    }
+    // A save that fails is none.
+    const auto times = session.document().drawing().realVariables;
+    EXPECT_NE(session.save(path("no/such/folder/t.dxf")), "");
+    EXPECT_EQ(session.document().drawing().realVariables, times);
+}
+
 TEST_F(SessionTest, SavingAndOpening) {
     EXPECT_EQ(session.save(""), "The drawing has no file name yet: give one.");
     session.feed("LINE 0,0 1,1");

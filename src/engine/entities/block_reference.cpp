@@ -2,6 +2,7 @@
 
 #include "engine/model/drawing.hpp"
 #include "engine/entities/dynamic_block.hpp"
+#include "engine/entities/attribute_definition.hpp"
 #include "engine/text/mtext_layout.hpp"
 #include "engine/entities/block_nesting.hpp"
 #include "engine/model/object_plane.hpp"
@@ -33,6 +34,11 @@ Vector2 gridStep(const BlockReferenceEntity& reference, std::int32_t row, std::i
 
 }  // namespace
 
+void AttributePlane::describe(FieldVisitor& v) {
+    v.point("normal", normal);
+    v.length("elevation", elevation, 0.0);
+}
+
 void BlockAttribute::describe(FieldVisitor& v) {
     v.text("tag", tag);
     v.text("value", value);
@@ -51,6 +57,7 @@ void BlockAttribute::describe(FieldVisitor& v) {
     v.boolean("locked", locked, false);
     v.boolean("multiline", multiline, false);
     v.length("width", width, 0.0);
+    v.object("plane", plane);
 }
 
 std::string BlockAttribute::plainValue() const { return multiline ? plainText(value) : value; }
@@ -133,6 +140,21 @@ BlockAttribute* BlockReferenceEntity::findAttribute(std::string_view tag) {
     return nullptr;
 }
 
+Matrix4 BlockReferenceEntity::attributePlane(const BlockAttribute& attribute) const {
+    if (!attribute.plane) return objectPlane(*this);
+    return Matrix4::object_to_world(attribute.plane->normal) *
+           Matrix4::translation(0.0, 0.0, attribute.plane->elevation);
+}
+
+Vector2 BlockReferenceEntity::planFromAttribute(const BlockAttribute& attribute, const Vector2& p) const {
+    return attribute.plane ? attributePlane(attribute).transform_point(p) : planFromObject(*this, p);
+}
+
+std::optional<Vector2> BlockReferenceEntity::attributeFromPlan(const BlockAttribute& attribute,
+                                                              const Vector2& p) const {
+    return attribute.plane ? planePoint(attributePlane(attribute), p) : objectFromPlan(*this, p);
+}
+
 bool isAttributeShown(const BlockAttribute& attribute, const Drawing* drawing) {
     std::int32_t mode = 1;  // ATTMODE: 0 none is shown, 1 as they say themselves, 2 all are shown
     if (drawing != nullptr) {
@@ -184,11 +206,12 @@ Bounds2 BlockReferenceEntity::boundsUnder(const Matrix4& m) const {
         }
     }
     if (attributes.empty()) return box;
-    const Matrix4 plane = m * objectPlane(*this);
-    const bool straight = plane(0, 1) == 0.0 && plane(1, 0) == 0.0;
+    const Matrix4 shared = m * objectPlane(*this);
     Bounds2 texts;
     for (const BlockAttribute& a : attributes) {
         if (!showsAttribute(a) || a.value.empty()) continue;
+        const Matrix4 plane = a.plane ? m * attributePlane(a) : shared;
+        const bool straight = plane(0, 1) == 0.0 && plane(1, 0) == 0.0;
         if (straight) {
             texts.expand(engine::boundsUnder(textLineBounds(a.line(), drawing()), plane));
         } else {
@@ -200,7 +223,7 @@ Bounds2 BlockReferenceEntity::boundsUnder(const Matrix4& m) const {
     if (texts.is_empty()) return box;
     for (const std::int32_t row : {0, rowCount() - 1})
         for (const std::int32_t column : {0, columnCount() - 1}) {
-            const Vector2 shift = plane.transform_direction(gridStep(*this, row, column));
+            const Vector2 shift = shared.transform_direction(gridStep(*this, row, column));
             if (shift.is_finite()) box.expand(Bounds2{texts.min + shift, texts.max + shift});
         }
     return box;
@@ -218,7 +241,36 @@ double BlockReferenceEntity::distanceTo(const Vector2& p) const { return p.dista
 
 // Editing ---------------------------------------------------------------------------------------------------
 
+namespace {
+
+/// An attribute in a plane of its own goes as a text of that plane does.
+void transformInOwnPlane(BlockAttribute& a, const Matrix4& m) {
+    AttributeDefinitionEntity text;
+    text.setNormal(a.plane->normal);
+    text.elevation = a.plane->elevation;
+    text.insertion = a.position;
+    text.textHeight = a.textHeight;
+    text.rotation = a.rotation;
+    text.widthFactor = a.widthFactor;
+    text.oblique = a.oblique;
+    text.generation = a.generation;
+    text.width = a.width;
+    text.transform(m);
+    a.plane = AttributePlane{text.normal(), text.elevation};
+    a.position = text.insertion;
+    a.textHeight = text.textHeight;
+    a.rotation = text.rotation;
+    a.widthFactor = text.widthFactor;
+    a.oblique = text.oblique;
+    a.generation = text.generation;
+    a.width = text.width;
+}
+
+}  // namespace
+
 void BlockReferenceEntity::transform(const Matrix4& m) {
+    for (BlockAttribute& a : attributes)
+        if (a.plane) transformInOwnPlane(a, m);
     const double alongNormal = m.transform_direction(normal()).length();
     const double oldScaleZ = effectiveScaleZ();
     const Matrix4 plane = transformObjectPlane(*this, m);
@@ -232,6 +284,7 @@ void BlockReferenceEntity::transform(const Matrix4& m) {
     const double stretch = newX.length();
     insert = plane.transform_point(insert);
     for (BlockAttribute& a : attributes) {
+        if (a.plane) continue;
         a.position = plane.transform_point(a.position);
         TextFrame frame{a.rotation, a.textHeight, a.widthFactor, a.oblique, a.generation};
         const double along = frame.height * frame.widthFactor;
@@ -275,20 +328,28 @@ void BlockReferenceEntity::transform(const Matrix4& m) {
 
 std::vector<Vector2> BlockReferenceEntity::gripPoints() const {
     std::vector<Vector2> grips{planFromObject(*this, insert)};
-    for (const BlockAttribute& a : attributes) grips.push_back(planFromObject(*this, a.position));
+    for (const BlockAttribute& a : attributes) grips.push_back(planFromAttribute(a, a.position));
     return grips;
 }
 
 void BlockReferenceEntity::moveGrip(std::size_t index, const Vector2& to) {
-    const std::optional<Vector2> target = objectFromPlan(*this, to);
-    if (!target || index > attributes.size()) return;
+    if (index > attributes.size()) return;
     if (index > 0) {
-        if (!attributes[index - 1].locked) attributes[index - 1].position = *target;
+        BlockAttribute& a = attributes[index - 1];
+        if (const auto target = attributeFromPlan(a, to); target && !a.locked) a.position = *target;
         return;
     }
+    const std::optional<Vector2> target = objectFromPlan(*this, to);
+    if (!target) return;
     const Vector2 shift = *target - insert;
+    const Vector2 seen = to - planFromObject(*this, insert);
     insert = *target;
-    for (BlockAttribute& a : attributes) a.position += shift;
+    for (BlockAttribute& a : attributes) {
+        if (!a.plane)
+            a.position += shift;
+        else if (const auto moved = attributeFromPlan(a, planFromAttribute(a, a.position) + seen))
+            a.position = *moved;
+    }
 }
 
 std::size_t BlockReferenceEntity::sizeInBytes() const {
@@ -333,12 +394,21 @@ void BlockReferenceEntity::forEachCopy(const Block& definition, const Place& pla
 }
 
 void BlockReferenceEntity::emitAttributes(OutlineSink& sink, const OutlineStyle& style) const {
-    const auto emitAll = [&](OutlineSink& plane) {
-        for (const BlockAttribute& a : attributes) emitAttribute(a, drawing(), plane, style);
-    };
     if (attributes.empty()) return;
-    emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) {
-        emitAll(plane);
+    // Those of the reference's plane go through the sink of that plane, the others through one of their own.
+    const auto emitAll = [&](OutlineSink& to, bool ownPlanes) {
+        for (const BlockAttribute& a : attributes) {
+            if (a.plane.has_value() != ownPlanes) continue;
+            if (ownPlanes) {
+                TransformSink plane(to, attributePlane(a));
+                emitAttribute(a, drawing(), plane, style);
+            } else {
+                emitAttribute(a, drawing(), to, style);
+            }
+        }
+    };
+    const auto emitCopies = [&](OutlineSink& to, bool ownPlanes) {
+        emitAll(to, ownPlanes);
         // Each copy of a grid shows them.
         BlockNesting nesting(BlockNesting::Purpose::Emit);
         const std::int32_t lastRow = rowSpacing != 0.0 ? rowCount() : 1;
@@ -347,10 +417,15 @@ void BlockReferenceEntity::emitAttributes(OutlineSink& sink, const OutlineStyle&
             for (std::int32_t column = 0; column < lastColumn; ++column) {
                 if (row == 0 && column == 0) continue;
                 if (!nesting.takePlacement()) return;
-                TransformSink shifted(plane, Matrix4::translation(gridStep(*this, row, column)));
-                emitAll(shifted);
+                const Vector2 step = gridStep(*this, row, column);
+                const Vector2 shift = ownPlanes ? planFromObject(*this, step) - planFromObject(*this, {}) : step;
+                TransformSink shifted(to, Matrix4::translation(shift));
+                emitAll(shifted, ownPlanes);
             }
-    });
+    };
+    emitFromObjectPlane(*this, sink, [&](OutlineSink& plane) { emitCopies(plane, false); });
+    if (std::any_of(attributes.begin(), attributes.end(), [](const BlockAttribute& a) { return a.plane.has_value(); }))
+        emitCopies(sink, true);
 }
 
 void BlockReferenceEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {

@@ -12,6 +12,14 @@ namespace kova::engine {
 
 struct Block;
 
+/// A plane that its normal and the height along it span, after the arbitrary axis rule.
+struct AttributePlane {
+    math::Vector3 normal{0, 0, 1};  ///< of the world
+    double elevation = 0.0;
+
+    void describe(FieldVisitor& v);
+};
+
 /// The value of an attribute as it stands at a block reference. Its place is that of a text in the reference's object
 /// plane: the start of the baseline for left / baseline alignment, else the alignment point.
 struct BlockAttribute {
@@ -32,6 +40,8 @@ struct BlockAttribute {
     bool locked = false;     ///< stays where it is in the reference
     bool multiline = false;  ///< the value is content of multiline text
     double width = 0.0;      ///< where its lines are wrapped; 0: nowhere
+    /// None: the reference's. Place and angles are those of this plane, so that a text seen from behind stays so.
+    std::optional<AttributePlane> plane;
 
     /// The value as a reader sees it; lines are parted by '\n'.
     std::string plainValue() const;
@@ -90,6 +100,11 @@ class BlockReferenceEntity final : public Entity {
     const BlockAttribute* findAttribute(std::string_view tag) const {
         return const_cast<BlockReferenceEntity*>(this)->findAttribute(tag);
     }
+    /// Carries coordinates of an attribute to the world: its own plane, or the reference's.
+    math::Matrix4 attributePlane(const BlockAttribute& attribute) const;
+    /// A point of that plane in plan, and the other way (nothing when the plane stands on edge).
+    math::Vector2 planFromAttribute(const BlockAttribute& attribute, const math::Vector2& p) const;
+    std::optional<math::Vector2> attributeFromPlan(const BlockAttribute& attribute, const math::Vector2& p) const;
 
     /// Extents under a further map, as they are needed inside another block.
     math::Bounds2 boundsUnder(const math::Matrix4& m) const;

@@ -138,7 +138,7 @@ void Report::reference(const engine::BlockReferenceEntity& r) {
     for (const engine::BlockAttribute& a : r.attributes) {
         line("Attribute tag: " + a.tag + "  value: " + a.value + "  layer: " + inQuotes(a.layer) +
              (a.invisible ? "  invisible" : ""));
-        point("  at point", engine::planFromObject(r, a.position), r.elevation);
+        point("  at point", r.planFromAttribute(a, a.position), a.plane ? a.plane->elevation : r.elevation);
     }
 }
 

@@ -29,7 +29,10 @@ Vector2 planFromObject(const Entity& entity, const Vector2& p) {
 
 std::optional<Vector2> objectFromPlan(const Entity& entity, const Vector2& p) {
     if (inWorldPlane(entity)) return p;
-    const Matrix4 plane = objectPlane(entity);
+    return planePoint(objectPlane(entity), p);
+}
+
+std::optional<Vector2> planePoint(const Matrix4& plane, const Vector2& p) {
     const double det = plane.plane_determinant();
     if (std::abs(det) < 1e-9) return std::nullopt;
     const Vector2 d = p - plane.transform_point(Vector2{});

@@ -20,6 +20,8 @@ math::Matrix4 objectPlane(const Entity& entity);
 math::Vector2 planFromObject(const Entity& entity, const math::Vector2& p);
 /// The point of the entity's plane that shows at p in plan; nothing when the plane stands on edge.
 std::optional<math::Vector2> objectFromPlan(const Entity& entity, const math::Vector2& p);
+/// The same for a plane that a matrix carries to the world.
+std::optional<math::Vector2> planePoint(const math::Matrix4& plane, const math::Vector2& p);
 
 /// Transforms what an object plane kind has in common (normal, elevation, thickness) and returns the affine map
 /// of its plane coordinates: the kind then only transforms in two dimensions.

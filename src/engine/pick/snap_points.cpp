@@ -187,7 +187,7 @@ void SnapSearch::takePlaces(const Entity& entity) {
             const auto& reference = static_cast<const BlockReferenceEntity&>(entity);
             if (near(planFromObject(entity, reference.insert))) place(snap::kInsertion, reference.insert);
             for (const BlockAttribute& attribute : reference.attributes) {
-                const Vector2 p = planFromObject(entity, attribute.position);
+                const Vector2 p = reference.planFromAttribute(attribute, attribute.position);
                 if (!attribute.invisible && p.distance_to(pick_) <= reach_) offerOf(away, p);
             }
             break;

@@ -229,7 +229,7 @@ std::vector<SysVarDef> fileVariables() {
         real("TDUCREATE", 0.0, kHeader, "When the drawing was made, universal time").code(40).readOnly(),
         real("TDUPDATE", 0.0, kHeader, "When the drawing was last saved, local time").code(40).readOnly(),
         real("TDUUPDATE", 0.0, kHeader, "When the drawing was last saved, universal time").code(40).readOnly(),
-        real("TDINDWG", 0.0, saved::Header, "Days for which the drawing has been open")
+        real("TDINDWG", 0.0, kHeader, "Days for which the drawing has been open")
             .code(40)
             .readOnly()
             .get(elapsed)
@@ -243,3 +243,19 @@ std::vector<SysVarDef> fileVariables() {
 }
 
 }  // namespace kova::engine::rows
+
+namespace kova::engine {
+
+void noteSaveTime(Drawing& drawing) {
+    const double now = julianNow();
+    const double opened = sysVarReal(drawing, "TDOPENED");
+    const double days = opened > 0.0 ? std::max(0.0, now - opened) : 0.0;
+    auto& reals = drawing.realVariables;
+    reals["TDEDITED"] = sysVarReal(drawing, "TDEDITED") + days;
+    if (sysVarInt(drawing, "USRTIMER", 1) != 0) reals["TDUSRTIMER"] = sysVarReal(drawing, "TDUSRTIMER") + days;
+    reals["TDOPENED"] = now;
+    reals["TDUPDATE"] = now;
+    reals["TDUUPDATE"] = julianNow(true);
+}
+
+}  // namespace kova::engine

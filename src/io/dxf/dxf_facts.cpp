@@ -43,7 +43,8 @@ constexpr std::string_view kHeader[] = {
     "PROXYGRAPHICS", "SPLINETYPE",   "TEXTQLTY",    "SKPOLY",     "SKETCHINC", "OSMODE",    "SNAPANG",   "DIMSCALE",
     "DIMASZ",        "DIMTXT",       "DIMEXO",      "DIMEXE",     "DIMGAP",    "DIMDLE",    "DIMTAD",    "DIMDEC",
     "DIMTIH",        "DIMTOH",       "DIMLFAC",     "DIMRND",     "DIMDLI",    "DIMSE1",    "DIMSE2",    "DIMTOFL",
-    "DIMJUST",       "HPSCALE",      "HPANG",
+    "DIMJUST",       "HPSCALE",      "HPANG",       "TDCREATE",   "TDUCREATE", "TDUPDATE",  "TDUUPDATE", "TDINDWG",
+    "TDUSRTIMER",    "USRTIMER",
 };
 
 constexpr std::int32_t kLineweights[] = {0,  5,  9,  13, 15, 18,  20,  25,  30,  35,  40,  50,

@@ -24,6 +24,12 @@
 //   * a hatch whose pattern is the library's has "ownPattern":[], as its record holds the lines as drawn.
 //   * attributes of a block reference (ATTRIB): none; one that its record cannot say exactly is in the own data of the
 //     reference, with all others ("attributes").
+// When another program changes a record, its own data must not undo that. So each text ends with "plain": a fingerprint
+// of the plain groups as they were written (fingerprint.hpp). A reader takes it of what stands there now; where they
+// differ only members that no plain group says anything about are taken (see standsAlone in own_data.cpp). Without the
+// member, in files from before it was written, all count. Exempt are BLOCK_RECORDs, as programs give anonymous blocks
+// other names, and the drawing's own record, whose members are compared with the header and other records by value.
+//
 // Within the text a backslash before "U+" or "M+" is followed by the JSON escape of the letter, so that a reader that
 // resolves \U+XXXX in all texts leaves it whole.
 //
@@ -31,11 +37,11 @@
 // --------------------------------------------------------------
 // Members of the native file's top level, in its form, so that native::readLeadingSections and readTrailingSections
 // take them: "properties", "layerFilters", "shapeFiles", "snapBase", "dimStyleOverrides" and "dimStyleNameOverrides"
-// (there even when empty: the header's dimension variables then add nothing), "hatchPatterns", "objectDictionary"
+// (there even when empty), "hatchPatterns", "objectDictionary"
 // (only entries that a DXF dictionary cannot hold; the others are objects under the root
 // dictionary in their order), "appIds" (the drawing's own list in its order; APPID holds the program's besides),
 // "currentUcs", "currentUcsAxes", "activeLayout", "tilemode", "currentColor", "systemVariables" (all that the native
-// file holds; header variables win, as another program may have changed them), "layerStates", "layerStateMasks", and
+// file holds; header variables that differ win, as another program may have changed them), "layerStates", "layerStateMasks", and
 // besides "nextHandle" (the counter before saving: it counts when it is above all entity handles), "currentView" (a
 // NamedView record) and "lastPoint" (x, y).
 //
@@ -95,6 +101,22 @@ inline engine::Color colorOfRgb(std::uint32_t rgb) {
     return engine::Color::rgb(static_cast<std::uint8_t>(rgb >> 16), static_cast<std::uint8_t>(rgb >> 8),
                               static_cast<std::uint8_t>(rgb));
 }
+
+/// The groups 62 and 420 of a record, in whatever order they stand.
+struct ColorGroups {
+    std::int32_t index = -1;  ///< -1: no group 62
+    std::int64_t rgb = -1;    ///< -1: no group 420
+
+    /// The colour they mean; `otherwise` where there are none. Some programs write index 7, which contrasts with the
+    /// background, with the true colour white beside it: that is index 7, except in a file of this program (`exact`),
+    /// where white is white.
+    engine::Color settled(const engine::Color& otherwise, bool exact) const {
+        if (rgb >= 0 && !(index == 7 && !exact && (rgb & 0xFFFFFF) == 0xFFFFFF))
+            return colorOfRgb(static_cast<std::uint32_t>(rgb));
+        if (index < 0) return otherwise;
+        return engine::Color::fromBareIndex(index).value_or(otherwise);
+    }
+};
 
 // Own data ----------------------------------------------------------------------------------------------------
 

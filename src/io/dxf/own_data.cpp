@@ -8,10 +8,13 @@ using engine::Field;
 
 namespace {
 
-/// Keeps every member of the top-level object.
-class KeepAll final : public native::RecordSink {
+/// Keeps the members of the top-level object, all of them or those that stand alone.
+class Members final : public native::RecordSink {
 public:
-    bool wants(std::string_view) override { return true; }
+    using Filter = bool (*)(std::string_view key, std::optional<engine::EntityType> kind);
+    explicit Members(Filter filter = nullptr, std::optional<engine::EntityType> kind = {})
+        : filter_(filter), kind_(kind) {}
+    bool wants(std::string_view key) override { return filter_ == nullptr || filter_(key, kind_); }
     void beginBlocks() override {}
     void beginLayouts() override {}
     void beginBlock() override {}
@@ -19,14 +22,69 @@ public:
     void beginLayout() override {}
     void endLayout(native::JsonTree::Index) override {}
     void entity(native::JsonTree::Index) override {}
+
+private:
+    Filter filter_;
+    std::optional<engine::EntityType> kind_;
 };
+
+template <class List>
+bool contains(const List& list, std::string_view key) {
+    return std::find(std::begin(list), std::end(list), key) != std::end(list);
+}
+
+/// True for members that no plain group says anything about: they hold whatever becomes of the groups.
+bool standsAlone(std::string_view key, std::optional<engine::EntityType> kind) {
+    constexpr std::string_view anywhere[] = {
+        "annotative",          "annotationScale", "objectScales",     "plotStyleName",  "thickness",
+        "normalX",             "normalY",         "normalZ",          "dynParamValues", "dynFlipValues",
+        "activeVisibilityState", "inspectShape",  "inspectLabel",     "inspectRate",    "annotation",
+        "sat",                 "modelerVersion",  "defaultRowHeight", "defaultColWidth", "plotTransparency",
+        "standard",
+    };
+    if (contains(anywhere, key)) return true;
+    if (!kind) return false;
+    switch (*kind) {
+        case engine::EntityType::Region:
+            return true;  // the record is an empty shell
+        case engine::EntityType::Shape:
+            return key == "number" || key == "file" || key == "name";
+        case engine::EntityType::Solid3D:
+            return key == "kind";
+        case engine::EntityType::MLeader:
+            return key == "textContent";
+        default:
+            return false;
+    }
+}
+
+/// The fingerprint that stands for all that the own data may contradict.
+std::uint64_t wholePrint(const Fingerprint& plain, const OwnScope& scope) {
+    std::uint64_t print = plain.body;
+    if (scope.common) print += plain.head;
+    if (!scope.kind) return print;
+    switch (*scope.kind) {
+        case engine::EntityType::BlockReference:
+            return scope.attributes ? print + plain.parts : print;
+        case engine::EntityType::Polyline3D:
+        case engine::EntityType::Mesh:
+        case engine::EntityType::Polyface:
+            return print + plain.parts;
+        default:
+            return print;
+    }
+}
+
+constexpr std::string_view kCommonGroups[] = {"layer", "linetype", "lineweight", "transparency"};
+
 
 /// True when there is a member that is not one of those that all entities have.
 bool hasKindMembers(OwnDataTree& data) {
     constexpr std::string_view common[] = {"elevation",     "thickness",  "normalX",         "normalY",
                                            "normalZ",       "annotative", "annotationScale", "objectScales",
                                            "plotStyleName", "lineweight", "transparency",    "linetypeScale",
-                                           "linetype",      "layer",      "color",           "visible"};
+                                           "linetype",      "layer",      "color",           "visible",
+                                           kFingerprintKey};
     const native::JsonTree& tree = data.tree();
     for (auto i = native::JsonTree::first(data.root()), last = tree.end(data.root()); i != last; i = tree.next(i))
         if (std::find(std::begin(common), std::end(common), tree.keyOf(i)) == std::end(common)) return true;
@@ -186,10 +244,36 @@ void protectEscapes(std::string& json) {
     }
 }
 
+bool hasCommonGroup(std::string_view key) { return contains(kCommonGroups, key); }
+
+void addFingerprint(std::string& json, const Fingerprint& plain, const OwnScope& scope) {
+    if (!json.ends_with('}')) return;
+    char digits[20];
+    const auto end = std::to_chars(digits, digits + sizeof digits, wholePrint(plain, scope), 16).ptr;
+    json.pop_back();
+    json += ",\"" + std::string(kFingerprintKey) + "\":\"" + std::string(digits, end) + "\"}";
+}
+
+bool OwnDataTree::parse(const OwnText& text, std::optional<engine::EntityType> kind) {
+    if (!parse(text.json)) return false;
+    const auto has = [&](std::string_view key) { return tree_->find(root_, key) != native::JsonTree::kNone; };
+    const auto stored = tree_->find(root_, kFingerprintKey);
+    if (stored == native::JsonTree::kNone || tree_->type(stored) != native::JsonType::Text) return true;
+    const OwnScope scope{kind, std::any_of(std::begin(kCommonGroups), std::end(kCommonGroups), has), has("attributes")};
+    const std::string_view digits = tree_->text(stored);
+    std::uint64_t print = 0;
+    std::from_chars(digits.data(), digits.data() + digits.size(), print, 16);
+    if (print == wholePrint(text.plain, scope)) return true;
+    tree_ = std::make_unique<native::JsonTree>();
+    Members sink(standsAlone, kind);
+    root_ = native::parseDrawingText(text.json, *tree_, sink).root;
+    return root_ != native::JsonTree::kNone;
+}
+
 bool OwnDataTree::parse(std::string_view json) {
     try {
-        KeepAll sink;
-        const native::ParseOutcome outcome = native::parseDrawingText(json, tree_, sink);
+        Members sink;
+        const native::ParseOutcome outcome = native::parseDrawingText(json, *tree_, sink);
         if (!outcome.syntaxError.empty() || !outcome.otherError.empty() || outcome.otherSectionError) return false;
         root_ = outcome.root;
     } catch (const std::exception&) {
@@ -198,9 +282,9 @@ bool OwnDataTree::parse(std::string_view json) {
     return root_ != native::JsonTree::kNone;
 }
 
-bool applyOwnData(std::string_view json, engine::Entity& entity) {
+bool applyOwnData(const OwnText& text, engine::Entity& entity) {
     OwnDataTree data;
-    if (!data.parse(json)) return false;
+    if (!data.parse(text, entity.type())) return false;
     try {
         native::RecordReader reader(data.tree());
         reader.enter(data.root());
@@ -213,9 +297,9 @@ bool applyOwnData(std::string_view json, engine::Entity& entity) {
     return true;
 }
 
-bool isPlaceholder(std::string_view json) {
+bool isPlaceholder(const OwnText& text) {
     OwnDataTree data;
-    return data.parse(json) && data.tree().find(data.root(), "placeholder") != native::JsonTree::kNone;
+    return data.parse(text) && data.tree().find(data.root(), "placeholder") != native::JsonTree::kNone;
 }
 
 }  // namespace kova::io::dxf

@@ -6,6 +6,7 @@
 
 #include "engine/model/entity.hpp"
 #include "engine/model/records.hpp"
+#include "io/dxf/fingerprint.hpp"
 #include "io/json/record_reader.hpp"
 #include "io/json/record_writer.hpp"
 
@@ -88,26 +89,52 @@ void eachPiece(std::string_view text, std::size_t limit, Each&& each) {
     if (!text.empty()) each(text);
 }
 
+/// Own data as a file holds it, with what the plain groups beside it say now.
+struct OwnText {
+    std::string json;
+    Fingerprint plain;
+    bool empty() const { return json.empty(); }
+};
+
+/// The member that holds the fingerprint of the plain groups as they were written.
+inline constexpr std::string_view kFingerprintKey = "plain";
+/// What own data may contradict: it decides which groups the fingerprint stands for.
+struct OwnScope {
+    std::optional<engine::EntityType> kind;  ///< none: a table record or an object
+    bool common = false;                     ///< common properties that have groups, too
+    bool attributes = false;                 ///< of a block reference
+    bool checked = true;                     ///< false: no group of the record says anything about it
+};
+/// Puts the fingerprint behind the other members of an own-data text.
+void addFingerprint(std::string& json, const Fingerprint& plain, const OwnScope& scope);
+/// True for the common properties that have groups of their own.
+bool hasCommonGroup(std::string_view key);
+
 /// A parsed own-data text, for records that are read piece by piece.
 class OwnDataTree {
 public:
     /// False for a text that is no JSON object.
     bool parse(std::string_view json);
-    native::JsonTree& tree() { return tree_; }
+    /// The same without what does not count: when the plain groups are no longer those that stood beside the text, only
+    /// members that no plain group says anything about remain. A text without a fingerprint, from an earlier release of
+    /// the program, counts whole.
+    bool parse(const OwnText& text, std::optional<engine::EntityType> kind = {});
+    native::JsonTree& tree() { return *tree_; }
     native::JsonTree::Index root() const { return root_; }
 
 private:
-    native::JsonTree tree_;
+    std::unique_ptr<native::JsonTree> tree_ = std::make_unique<native::JsonTree>();
     native::JsonTree::Index root_ = native::JsonTree::kNone;
 };
 
-/// Sets the fields that the own data holds. False, with the entity possibly half set, for a text that does not fit.
-bool applyOwnData(std::string_view json, engine::Entity& entity);
+/// Sets the fields that the own data holds, as far as it counts. False, with the entity possibly half set, for a text
+/// that does not fit.
+bool applyOwnData(const OwnText& text, engine::Entity& entity);
 /// The same for a record with a describe function.
 template <class Record>
-bool applyOwnData(std::string_view json, Record& record) requires(!std::is_base_of_v<engine::Entity, Record>) {
+bool applyOwnData(const OwnText& text, Record& record) requires(!std::is_base_of_v<engine::Entity, Record>) {
     OwnDataTree data;
-    if (!data.parse(json)) return false;
+    if (!data.parse(text)) return false;
     try {
         native::RecordReader reader(data.tree());
         reader.read(data.root(), record);
@@ -117,7 +144,7 @@ bool applyOwnData(std::string_view json, Record& record) requires(!std::is_base_
     return true;
 }
 /// True when the own data marks a record that the writer only added to be complete.
-bool isPlaceholder(std::string_view json);
+bool isPlaceholder(const OwnText& text);
 
 /// The own data of a layout: its fields and those of its page setup side by side.
 struct LayoutOwnFields {

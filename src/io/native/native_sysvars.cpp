@@ -29,6 +29,11 @@ std::optional<SysVarValue> storedValue(const Drawing& drawing, std::string_view 
 /// What the file keeps of a known variable.
 std::optional<SysVarValue> valueToSave(const Drawing& drawing, const SysVarDef& def) {
     if (def.name == "TILEMODE" || def.name == "CTAB") return std::nullopt;  // written elsewhere
+    if (def.name == "TDINDWG") {
+        // The clock of the session does not count: the same drawing gives the same file.
+        const double edited = engine::sysVarReal(drawing, "TDEDITED");
+        return edited > 0.0 ? std::optional<SysVarValue>(edited) : std::nullopt;
+    }
     const bool always =
         std::find(std::begin(kAlwaysWritten), std::end(kAlwaysWritten), def.name) != std::end(kAlwaysWritten);
     if (!always && ((def.saved & engine::saved::Native) == 0 || def.programWide())) return std::nullopt;

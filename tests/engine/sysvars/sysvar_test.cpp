@@ -615,6 +615,16 @@ TEST_F(SysVar, Times) {
     EXPECT_NEAR(sysVarReal(drawing, "TDINDWG"), 0.0, 0.01);
     EXPECT_EQ(loadSysVar(drawing, "TDINDWG", 12.5), "");
     EXPECT_NEAR(sysVarReal(drawing, "TDINDWG"), 12.5, 0.01);
+    // Saving is an update, and what has been counted up to then is what a file holds.
+    publishSysVar(drawing, "TDUPDATE", 2451545.0);
+    publishSysVar(drawing, "TDOPENED", sysVarReal(drawing, "DATE") - 2.0);
+    drawing.realVariables["TDUSRTIMER"] = 1.0;
+    noteSaveTime(drawing);
+    EXPECT_NEAR(sysVarReal(drawing, "TDUPDATE"), date, 0.01);
+    EXPECT_NEAR(sysVarReal(drawing, "TDUUPDATE"), date, 0.6);
+    EXPECT_NEAR(sysVarReal(drawing, "TDEDITED"), 14.5, 0.01);
+    EXPECT_NEAR(sysVarReal(drawing, "TDINDWG"), 14.5, 0.01);
+    EXPECT_NEAR(sysVarReal(drawing, "TDUSRTIMER"), 3.0, 0.01);
     // Starting values given a second time leave the time of making.
     publishSysVar(drawing, "TDCREATE", 2451545.0);
     applyStartingValues(drawing, UnitSystem::Imperial);

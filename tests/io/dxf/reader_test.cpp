@@ -23,6 +23,8 @@
 #include "engine/entities/polyline.hpp"
 #include "engine/entities/text.hpp"
 #include "engine/model/sysvar.hpp"
+#include "io/dxf/dxf_save.hpp"
+#include "io/native/native_file.hpp"
 
 namespace kova::test {
 
@@ -65,6 +67,119 @@ Kind* first(Drawing& d) {
 }
 
 }  // namespace
+
+// What some programs of the field make a habit of.
+TEST(DxfReader, CommonGroupsBehindTheMarkerOfTheKind) {
+    Drawing drawing;
+    ASSERT_EQ(loadDxfText(header("AC1015") +
+                              entities("0 LINE|5 10|100 AcDbEntity|100 AcDbLine|8 X|62 1|370 70|420 255|440 33554508|"
+                                       "48 2.5|60 1|6 CONTINUOUS|10 0|20 0|11 9|21 9"),
+                          drawing),
+              "");
+    const auto* line = first<LineEntity>(drawing);
+    ASSERT_NE(line, nullptr);
+    EXPECT_EQ(line->layer, "X");
+    EXPECT_EQ(line->lineweight, 70);
+    EXPECT_EQ(line->color, Color::rgb(0, 0, 255));
+    EXPECT_EQ(line->transparency, 70);
+    EXPECT_EQ(line->linetypeScale(), 2.5);
+    EXPECT_FALSE(line->visible);
+    EXPECT_EQ(line->linetype, "Continuous");
+}
+
+TEST(DxfReader, Index7WithTrueColourWhiteIsIndex7) {
+    const std::string layer =
+        groups("0 SECTION|2 TABLES|0 TABLE|2 LAYER|70 1|0 LAYER|2 White|70 0|62 -7|420 16777215|6 Continuous|0 ENDTAB|"
+               "0 ENDSEC");
+    const std::string lines =
+        entities("0 LINE|100 AcDbEntity|8 0|420 16777215|62 7|100 AcDbLine|10 0|20 0|11 9|21 9|"
+                 "0 LINE|100 AcDbEntity|8 0|62 255|420 16777215|100 AcDbLine|10 0|20 0|11 9|21 9");
+    Drawing drawing;
+    ASSERT_EQ(loadDxfText(header("AC1018") + layer + lines, drawing), "");
+    ASSERT_EQ(drawing.modelSpace().size(), 2U);
+    EXPECT_EQ(drawing.modelSpace().first()->color, Color::index(7));
+    EXPECT_EQ(drawing.modelSpace().last()->color, Color::rgb(255, 255, 255));
+    ASSERT_NE(drawing.layers.find("White"), nullptr);
+    EXPECT_EQ(drawing.layers.find("White")->color, Color::index(7));
+    EXPECT_FALSE(drawing.layers.find("White")->on);
+}
+
+// Mirrored blocks of other programs have attributes that are seen from behind while their reference is not.
+TEST(DxfReader, AttributesKeepTheirExtrusion) {
+    const std::string block =
+        groups("0 SECTION|2 BLOCKS|0 BLOCK|8 0|2 B|70 2|10 0|20 0|30 0|0 ATTDEF|8 0|10 2|20 1|30 3|40 1|1 x|210 0|220 0|"
+               "230 -1|2 T|3 Value|70 0|0 ENDBLK|0 ENDSEC");
+    const std::string reference =
+        "0 INSERT|5 33|8 0|66 1|2 B|10 1|20 0|30 0|"
+        "0 ATTRIB|5 35|8 0|10 10|20 5|30 2|40 1|1 abc|210 0|220 0|230 -1|2 T|70 0|0 ATTRIB|5 36|8 0|10 3|20 5|30 0|40 1|"
+        "1 plain|2 U|70 0|0 SEQEND|5 34";
+    Drawing drawing;
+    ASSERT_EQ(loadDxfText(header("AC1015") + block + entities(reference), drawing), "");
+    const auto check = [](Drawing& d, const char* what) {
+        SCOPED_TRACE(what);
+        auto* r = first<BlockReferenceEntity>(d);
+        ASSERT_NE(r, nullptr);
+        ASSERT_EQ(r->attributes.size(), 2U);
+        const BlockAttribute& a = r->attributes[0];
+        ASSERT_TRUE(a.plane.has_value());
+        EXPECT_EQ(a.plane->normal, (math::Vector3{0, 0, -1}));
+        EXPECT_EQ(a.plane->elevation, 2.0);
+        EXPECT_EQ(a.position, (math::Vector2{10, 5}));
+        EXPECT_FALSE(r->attributes[1].plane.has_value());
+        EXPECT_TRUE(r->gripPoints()[1].near_equal({-10, 5}, 1e-12));
+        // Seen from behind the letters run to the left of their place.
+        const math::Bounds2 box = r->bounds();
+        EXPECT_NEAR(box.min.y, 5.0, 0.5);
+        EXPECT_LT(box.min.x, -11.0);
+        EXPECT_GT(box.max.x, 5.0);
+        const Block* definition = d.findBlock("B");
+        ASSERT_NE(definition, nullptr);
+        EXPECT_EQ(definition->entities.first()->normal(), (math::Vector3{0, 0, -1}));
+        EXPECT_EQ(definition->entities.first()->elevation, 3.0);
+    };
+    check(drawing, "read");
+    Drawing saved;
+    ASSERT_EQ(loadDxfText(io::dxf::dxfText(drawing), saved), "");
+    check(saved, "DXF");
+    Drawing native;
+    ASSERT_EQ(io::native::loadNativeText(io::native::nativeText(drawing), native), "");
+    check(native, "native");
+
+    // It goes along with its reference, and with its insertion grip.
+    auto* r = first<BlockReferenceEntity>(drawing);
+    r->transform(math::Matrix4::translation(100, 20, 0));
+    EXPECT_TRUE(r->gripPoints()[1].near_equal({90, 25}, 1e-9));
+    EXPECT_LT(r->attributes[0].plane->normal.z, 0.0);
+    r->moveGrip(0, {1, 0});
+    EXPECT_TRUE(r->gripPoints()[1].near_equal({-10, 5}, 1e-9));
+    r->moveGrip(1, {-4, 4});
+    EXPECT_TRUE(r->attributes[0].position.near_equal({4, 4}, 1e-9));
+}
+
+TEST(DxfReader, TimesOfTheFileGoOn) {
+    Drawing drawing;
+    ASSERT_EQ(loadDxfText(header("AC1018", "9 $TDCREATE|40 2451544.5|9 $TDUCREATE|40 2451544.375|9 $TDUPDATE|"
+                                           "40 2451600.25|9 $TDINDWG|40 1.5") +
+                              entities(kLine),
+                          drawing),
+              "");
+    EXPECT_EQ(sysVarReal(drawing, "TDCREATE"), 2451544.5);
+    EXPECT_EQ(sysVarReal(drawing, "TDUCREATE"), 2451544.375);
+    EXPECT_EQ(sysVarReal(drawing, "TDUPDATE"), 2451600.25);
+    // The file has the local time only.
+    EXPECT_NEAR(sysVarReal(drawing, "TDUUPDATE"), 2451600.25, 0.6);
+    EXPECT_NEAR(sysVarReal(drawing, "TDINDWG"), 1.5, 0.01);
+    for (const bool native : {false, true}) {
+        Drawing again;
+        if (native)
+            ASSERT_EQ(io::native::loadNativeText(io::native::nativeText(drawing), again), "");
+        else
+            ASSERT_EQ(loadDxfText(io::dxf::dxfText(drawing), again), "");
+        for (const char* name : {"TDCREATE", "TDUCREATE", "TDUPDATE", "TDUUPDATE"})
+            EXPECT_EQ(sysVarReal(again, name), sysVarReal(drawing, name)) << name;
+        EXPECT_NEAR(sysVarReal(again, "TDINDWG"), 1.5, 0.01);
+    }
+}
 
 TEST(DxfReader, LineEndsBlankLinesAndOrderOfSectionsDoNotMatter) {
     std::string cr = entities(kLine);

@@ -189,7 +189,7 @@ private:
         const Answer point = co_await ask.point("Specify new text insertion point <no change>:");
         const BlockReferenceEntity* target = reference(place);
         if (!point.isPoint() || target == nullptr) co_return;
-        if (const auto inPlane = engine::objectFromPlan(*target, point.point))
+        if (const auto inPlane = target->attributeFromPlan(target->attributes[place.index], point.point))
             edit(place, [&](BlockAttribute& a) { a.position = *inPlane; });
     }
 

@@ -241,10 +241,10 @@ private:
         reference->columnSpacing = columnSpacing_;
         if (exploded_) return addExploded(*block, *reference);
         const auto definitions = attributeDefinitions(block->entities);
-        const math::Matrix4 placement = attributePlacement(*reference, *block);
         for (std::size_t i = 0; i < definitions.size(); ++i)
-            reference->attributes.push_back(makeAttribute(
-                *definitions[i], placement, i < values_.size() ? values_[i] : definitions[i]->defaultValue, drawing()));
+            reference->attributes.push_back(
+                makeAttribute(*definitions[i], *reference, *block,
+                              i < values_.size() ? values_[i] : definitions[i]->defaultValue, drawing()));
         document().addEntity(std::move(reference));
         engine::setSysVar(drawing(), "INSNAME", name_.str());
         repaint();

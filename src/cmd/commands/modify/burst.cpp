@@ -61,6 +61,10 @@ std::unique_ptr<engine::Entity> lineOf(const BlockReferenceEntity& reference, co
 std::unique_ptr<engine::Entity> textOf(const BlockReferenceEntity& reference, const BlockAttribute& attribute) {
     auto text = attribute.multiline ? paragraphsOf(reference, attribute) : lineOf(reference, attribute);
     text->setXdata({});
+    if (attribute.plane) {
+        text->setNormal(attribute.plane->normal);
+        text->elevation = attribute.plane->elevation;
+    }
     if (attribute.layer != engine::commonNames().layerZero) text->layer = attribute.layer;
     if (attribute.color.method != engine::ColorMethod::ByBlock) text->color = attribute.color;
     return text;
@@ -94,8 +98,15 @@ private:
                 for (std::int32_t column = 0; column < reference.columnCount(); ++column) {
                     if (parts->size() >= kMaxParts) return false;
                     BlockAttribute copy = attribute;
-                    copy.position +=
+                    const math::Vector2 step =
                         x * (reference.columnSpacing * column) + x.perpendicular() * (reference.rowSpacing * row);
+                    const math::Vector2 seen =
+                        engine::planFromObject(reference, step) - engine::planFromObject(reference, {});
+                    if (!copy.plane)
+                        copy.position += step;
+                    else if (const auto moved = reference.attributeFromPlan(
+                                 copy, reference.planFromAttribute(copy, copy.position) + seen))
+                        copy.position = *moved;
                     parts->push_back(textOf(reference, copy));
                 }
         }
@@ -119,6 +130,8 @@ private:
                 fixed.oblique = definition.oblique;
                 fixed.multiline = definition.multiline;
                 fixed.width = definition.width;
+                if (!engine::inWorldPlane(definition))
+                    fixed.plane = engine::AttributePlane{definition.normal(), definition.elevation};
                 document().addEntity(textOf(reference, fixed));
                 continue;
             }

@@ -78,6 +78,7 @@ void mirrorReference(engine::BlockReferenceEntity& reference, const math::Matrix
     reference.transform(matrix);
     for (std::size_t i = 0; i < before.size() && i < reference.attributes.size(); ++i) {
         engine::BlockAttribute& a = reference.attributes[i];
+        if (a.plane) continue;  // as texts in planes of their own
         const Vector2 image = lineCenter(a.line(), reference.drawing());
         a.generation = before[i].generation;
         a.oblique = before[i].oblique;

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "engine/libraries/standard_records.hpp"
+#include "io/dxf/dxf_facts.hpp"
 #include "io/file_content.hpp"
 
 namespace kova::io::dxf {
@@ -86,8 +87,10 @@ void Reader::finish() {
     if (drawing_.activeLayout() == nullptr && !drawing_.layouts().empty())
         drawing_.activeLayoutName = drawing_.layouts().front()->name;
     drawing_.nextHandle = std::max({drawing_.nextHandle, seed_ < kMaxHandle ? seed_ : 0, highestHandle_ + 1});
-    applyHeader();
-    readDrawingRecord(dictionaryEntry(rootDictionary_, "KOVA_DRAWING"));
+    applyHeaderDimensions();
+    const bool ownRecord = readDrawingRecord(dictionaryEntry(rootDictionary_, kDrawingKey));
+    // The header comes last: another program may have set its variables and knows nothing of the record.
+    applyHeader(ownRecord);
     // Again, since other programs change what stands there and not what stands in the record.
     readVariables(dictionaryEntry(rootDictionary_, "AcDbVariableDictionary"));
     dropAdditions();

@@ -13,6 +13,7 @@
 #include "engine/entities/block_reference.hpp"
 #include "io/dxf/dxf_load.hpp"
 #include "io/dxf/reading/record_index.hpp"
+#include "io/dxf/own_data.hpp"
 #include "io/dxf/groups/lexer.hpp"
 #include "io/dxf/groups/text_decoder.hpp"
 #include "io/progress.hpp"
@@ -93,8 +94,13 @@ private:
 
     // reader_header.cpp ---------------------------------------------------------------------------------------
     void readHeader(const Record& section);
-    void applyHeader();
     static bool isHeaderVariableRead(std::string_view name);
+    struct HeaderValue;
+    /// `ownRecord`: the drawing's own record has been read, and only what says something else counts.
+    void applyHeader(bool ownRecord);
+    bool headerName(const HeaderValue& value, bool ownRecord);
+    bool namesMissingRecord(const HeaderValue& value) const;
+    void deriveUniversalTimes();
     void applyHeaderDimensions();
 
     // reader_tables.cpp ---------------------------------------------------------------------------------------
@@ -111,8 +117,20 @@ private:
     void readViewport(const Record& record);
     void readBlockRecord(const Record& record);
     void readDimStyle(const Record& record);
-    /// The own data of a table record or object: its text, empty when there is none.
-    std::string ownData(Tags tags) const;
+    /// The own data of a table record or object; empty when there is none. One that is too long for extended data stands
+    /// in the extension dictionary under the application's name.
+    OwnText ownData(const Record& record, std::string_view application = {});
+    std::string ownTextIn(Tags tags) const;
+    Fingerprint fingerprintOf(const EntityTags& tags) const;
+    /// Counts the record that follows an entity's among what its own data may contradict.
+    void notePart(const EntityTags& tags) {
+        if (own_ && (!tags.xdata.empty() || tags.dictionary != 0))
+            partsPrint_ += dxf::fingerprintOf(subRecord_.type, subRecord_.tags, decoder_).whole();
+    }
+    /// Notes what a record says now, for own data in its extension dictionary, which is met at the end.
+    void noteExtension(std::uint64_t dictionary, const Fingerprint& plain) {
+        if (own_ && dictionary != 0) extensionPrints_.emplace(dictionary, plain);
+    }
 
     // reader_blocks.cpp: streams of entities -------------------------------------------------------------------
     void readBlocks();
@@ -159,7 +177,7 @@ private:
     std::unique_ptr<engine::Entity> buildAttDef(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildMText(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildTolerance(const EntityTags& tags);
-    bool readAttribute(const EntityTags& tags, engine::BlockAttribute& attribute);
+    bool readAttribute(const EntityTags& tags, const engine::Entity& reference, engine::BlockAttribute& attribute);
     template <class Attribute>
     void takeParagraphs(const EntityTags& tags, Attribute& out, std::string& value, math::Vector2& position);
     struct TextGroups;
@@ -181,7 +199,7 @@ private:
     std::unique_ptr<engine::Entity> buildDimension(const EntityTags& tags);
     std::unique_ptr<engine::Entity> buildLeader(const EntityTags& tags);
     /// Sets the fields that an entity's own data holds.
-    void applyEntityData(std::string_view json, engine::Entity& entity);
+    void applyEntityData(const OwnText& text, engine::Entity& entity);
     void takeDimensionOverrides(std::vector<engine::XDataItem>& items, engine::Entity& entity);
     // reader_mleader.cpp
     std::unique_ptr<engine::Entity> buildMLeader(const EntityTags& tags);
@@ -214,7 +232,9 @@ private:
     void readScales(std::uint64_t dictionary);
     void readVariables(std::uint64_t dictionary);
     void readProperties(std::uint64_t xrecord);
-    void readDrawingRecord(std::uint64_t xrecord);
+    /// False when there is none.
+    bool readDrawingRecord(std::uint64_t xrecord);
+    void settleStated(const engine::NamedView& view, engine::Name layout);
     void readLayerStates();
     void readMLeaderStyles(std::uint64_t dictionary);
     void readTableStyles(std::uint64_t dictionary);
@@ -224,7 +244,8 @@ private:
     std::string xrecordText(std::uint64_t handle);
     // reader_links.cpp: what entities refer to
     void settleExtensions();
-    void settleExtension(std::uint64_t entity, const DictionaryItem& item);
+    struct Link;
+    void settleExtension(const Link& link, const DictionaryItem& item);
     void settleRecordExtensions();
     void settleClip(engine::BlockReferenceEntity& reference, std::uint64_t filter);
     void settleImages();
@@ -331,7 +352,7 @@ private:
         bool explodable = true;
         bool uniform = false;
         bool placeholder = false;
-        std::string own;
+        OwnText own;
     };
     std::unordered_map<const void*, BlockRecordData> blockRecords_;
     std::uint64_t layerTableDictionary_ = 0;
@@ -347,6 +368,16 @@ private:
         RecordKind kind;
     };
     std::vector<RecordExtension> recordExtensions_;
+    void noteRecordExtension(const Record& record, engine::Name name, RecordKind kind);
+
+    /// What records say that the drawing's own record holds, too; empty where there is none.
+    struct Stated {
+        engine::Name leaderStyle;
+        engine::Name tableStyle;
+        std::string scale;
+        std::optional<engine::DrawingProperties> properties;
+    };
+    Stated stated_;
 
     std::uint64_t rootDictionary_ = 0;
     std::uint64_t ownNextHandle_ = 0;  ///< the counter that the program's own record gives
@@ -373,7 +404,9 @@ private:
     std::vector<std::pair<std::uint64_t, std::vector<std::uint64_t>>> leaderAttributes_;
     std::vector<Link> tableStyles_;                                     ///< TABLESTYLE
     std::vector<Link> mlineStyles_;                                     ///< MLINESTYLE
-    std::unordered_map<std::uint64_t, std::string> ownMLines_;          ///< own data, to be applied over their styles
+    std::unordered_map<std::uint64_t, OwnText> ownMLines_;  ///< own data, to be applied over their styles
+    std::unordered_map<std::uint64_t, Fingerprint> extensionPrints_;  ///< by extension dictionary
+    std::uint64_t partsPrint_ = 0;  ///< of the records that follow the one that is read
     struct ColumnLink {
         std::uint64_t entity;
         std::vector<std::uint64_t> columns;

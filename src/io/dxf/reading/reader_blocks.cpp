@@ -53,7 +53,10 @@ void Reader::place(std::unique_ptr<Entity> entity, const EntityTags& tags, Entit
     noteHandle(tags.handle);
     if (drawing_.nextHandle <= highestHandle_) drawing_.nextHandle = highestHandle_ + 1;
     Entity& placed = list.append(std::move(entity));
-    if (tags.dictionary != 0) extensions_.push_back({placed.id(), tags.dictionary});
+    if (tags.dictionary != 0) {
+        extensions_.push_back({placed.id(), tags.dictionary});
+        if (own_) noteExtension(tags.dictionary, fingerprintOf(tags));
+    }
     if (pendingImage_ != 0) images_.push_back({placed.id(), pendingImage_});
     if (pendingLeaderStyle_ != 0) leaderStyles_.push_back({placed.id(), pendingLeaderStyle_});
     if (!pendingAttributes_.empty()) leaderAttributes_.emplace_back(placed.id(), std::move(pendingAttributes_));
@@ -72,7 +75,7 @@ void Reader::readEntity(EntityList* list) {
         Entity* last = space.last();
         engine::BlockAttribute attribute;
         unusable_ = false;
-        if (last != nullptr && last->type() == engine::EntityType::BlockReference && readAttribute(tags, attribute))
+        if (last != nullptr && last->type() == engine::EntityType::BlockReference && readAttribute(tags, *last, attribute))
             static_cast<engine::BlockReferenceEntity*>(last)->attributes.push_back(std::move(attribute));
         else
             skip(tags.type);
@@ -89,6 +92,7 @@ void Reader::readEntity(EntityList* list) {
     pendingImage_ = pendingLeaderStyle_ = pendingTableStyle_ = pendingMLineStyle_ = 0;
     pendingColumns_.clear();
     pendingAttributes_.clear();
+    partsPrint_ = 0;
     std::unique_ptr<Entity> entity = (this->*builder)(tags);
     if (entity) {
         readCommon(tags, *entity);

@@ -185,6 +185,7 @@ std::unique_ptr<Entity> Reader::buildPolyline(const EntityTags& tags) {
             break;
         }
         Vertex vertex;
+        notePart(tags);
         for (const Tag& tag : subRecord_.tags) {
             if (tag.code >= 1000) break;
             switch (tag.code) {

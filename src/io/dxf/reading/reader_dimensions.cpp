@@ -214,10 +214,10 @@ void settleHook(engine::LeaderEntity& leader) {
 
 }  // namespace
 
-void Reader::applyEntityData(std::string_view json, Entity& entity) {
+void Reader::applyEntityData(const OwnText& text, Entity& entity) {
     auto* leader = entity.type() == engine::EntityType::Leader ? static_cast<engine::LeaderEntity*>(&entity) : nullptr;
     const bool settled = leader == nullptr || leader->hookLine;
-    applyOwnData(json, entity);
+    applyOwnData(text, entity);
     if (!settled) settleHook(*leader);
 }
 

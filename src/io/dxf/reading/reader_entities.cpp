@@ -106,6 +106,7 @@ void Reader::readCommon(const EntityTags& tags, Entity& entity) {
     const bool marked = tags.body.data() != tags.all.data();
     const Tags head = marked ? tags.all.first(static_cast<std::size_t>(tags.body.data() - tags.all.data())) : tags.body;
     bool layerSeen = false;
+    ColorGroups color;
     const auto take = [&](const Tag& tag) {
         switch (tag.code) {
             case 6:
@@ -122,13 +123,10 @@ void Reader::readCommon(const EntityTags& tags, Entity& entity) {
                 entity.visible = tag.integer() == 0;
                 break;
             case 62:
-                // An unknown index leaves the colour ByLayer; 256 is what it is already.
-                if (entity.color.method != engine::ColorMethod::RGB) {
-                    if (const auto color = engine::Color::fromBareIndex(std::abs(small(tag)))) entity.color = *color;
-                }
+                color.index = std::abs(small(tag));
                 break;
             case 420:
-                entity.color = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
+                color.rgb = static_cast<std::uint32_t>(tag.integer());
                 break;
             case 440:
                 entity.transparency = transparencyPercent(small(tag));
@@ -154,9 +152,20 @@ void Reader::readCommon(const EntityTags& tags, Entity& entity) {
         take(tag);
     }
     // Careless writers put the common groups behind the kind's marker.
-    if (!layerSeen && marked)
-        for (const Tag& tag : tags.body)
-            if (tag.code == 8 || tag.code == 6 || tag.code == 62) take(tag);
+    if (!layerSeen && marked) {
+        const engine::EntityType type = entity.type();
+        // These kinds have groups of their own under some of the codes.
+        const bool ownCodes = type == engine::EntityType::Table || type == engine::EntityType::MLeader ||
+                              type == engine::EntityType::Viewport;
+        for (const Tag& tag : tags.body) {
+            const std::int32_t c = tag.code;
+            if (c == 8 || c == 6 || c == 62 ||
+                (!ownCodes && (c == 48 || c == 60 || c == 370 || c == 420 || c == 440)))
+                take(tag);
+        }
+    }
+    // An unknown index leaves the colour ByLayer.
+    entity.color = color.settled(entity.color, own_);
     if (entity.layer.empty()) entity.layer = engine::commonNames().layerZero;
     if (entity.linetype.empty()) entity.linetype = engine::commonNames().byLayer;
     if (entity.layer.key() != lastLayer_) {
@@ -235,7 +244,18 @@ std::string ownTextOf(const std::vector<XDataItem>& items) {
 
 }  // namespace
 
-std::string Reader::ownData(Tags tags) const {
+OwnText Reader::ownData(const Record& record, std::string_view application) {
+    OwnText own{ownTextIn(record.tags), {}};
+    if (own.empty() && !application.empty()) {
+        const std::uint64_t dictionary = partTags(record).dictionary;
+        if (dictionary != 0) own.json = xrecordText(dictionaryEntry(dictionary, application));
+    }
+    if (!own.empty()) own.plain = dxf::fingerprintOf(record.type, record.tags, decoder_);
+    return own;
+}
+
+/// The own data among the extended data of a record; empty when there is none.
+std::string Reader::ownTextIn(Tags tags) const {
     for (std::size_t i = 0; i < tags.size(); ++i) {
         if (tags[i].code != 1001 || !isOwnApplication(tags[i].trimmed())) continue;
         const std::size_t from = i;
@@ -305,8 +325,16 @@ void Reader::readXdata(const EntityTags& tags, Entity& entity) {
     settle();
     entity.setXdata(std::move(data));
     if (own.empty()) return;
-    applyEntityData(own, entity);
-    if (entity.type() == engine::EntityType::MLine) ownMLines_.emplace(entity.id(), std::move(own));
+    const OwnText text{std::move(own), fingerprintOf(tags)};
+    applyEntityData(text, entity);
+    if (entity.type() == engine::EntityType::MLine) ownMLines_.emplace(entity.id(), text);
+}
+
+Fingerprint Reader::fingerprintOf(const EntityTags& tags) const {
+    Fingerprint plain =
+        dxf::fingerprintOf(tags.type, Tags(tags.all.data(), tags.all.size() + tags.xdata.size()), decoder_);
+    plain.parts = partsPrint_;
+    return plain;
 }
 
 // Kinds -----------------------------------------------------------------------------------------------------------

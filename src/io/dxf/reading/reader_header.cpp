@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "engine/model/sysvar.hpp"
+#include "engine/sysvars/host.hpp"
 #include "io/dxf/dxf_facts.hpp"
 #include "io/dxf/reading/reader.hpp"
 
@@ -60,6 +61,7 @@ void Reader::readHeader(const Record& section) {
         } else if (value.name == "MEASUREMENT") {
             // Decides on the library of patterns that hatches are held against.
             engine::loadSysVar(drawing_, "MEASUREMENT", SysVarValue(first.integer() != 0 ? 1 : 0));
+            header_.push_back(std::move(value));
         } else if (value.name == "HANDSEED") {
             seed_ = first.handle();
             if (seed_ < kMaxHandle) drawing_.nextHandle = std::max(drawing_.nextHandle, seed_);
@@ -92,53 +94,101 @@ void Reader::applyHeaderDimensions() {
     drawing_.dimStyles.add(std::move(style));
 }
 
-void Reader::applyHeader() {
-    applyHeaderDimensions();
-    // What is current comes before what overrides it.
-    const auto has = [&](std::string_view name) -> const HeaderValue* {
-        for (const HeaderValue& value : header_)
-            if (value.name == name) return &value;
-        return nullptr;
+/// Takes a variable that names a record, or the drawing's colour; false for others. What stands in the header for a
+/// name that files cannot hold, and the index that is nearest to a true colour, say nothing against the own record.
+bool Reader::headerName(const HeaderValue& value, bool ownRecord) {
+    const Tag& tag = value.tags.front();
+    const auto take = [&](engine::Name& current, const auto& table, bool known) {
+        const engine::Name given = name(tag);
+        if (given.empty() || (ownRecord && given == current)) return;
+        if ((known || ownRecord) && !table.contains(given)) return;
+        current = given;
     };
-    if (const auto* v = has("DIMSTYLE")) {
-        const engine::Name style = name(v->tags.front());
-        if (drawing_.dimStyles.contains(style)) drawing_.currentDimStyle = style;
+    if (value.name == "CLAYER") {
+        take(drawing_.currentLayer, drawing_.layers, false);
+        if (!own_ && !drawing_.currentLayer.empty()) drawing_.layers.ensure(drawing_.currentLayer);
+    } else if (value.name == "CELTYPE") {
+        take(drawing_.currentLinetype, drawing_.linetypes, false);
+    } else if (value.name == "TEXTSTYLE") {
+        take(drawing_.currentTextStyle, drawing_.textStyles, true);
+    } else if (value.name == "DIMSTYLE") {
+        take(drawing_.currentDimStyle, drawing_.dimStyles, true);
+    } else if (value.name == "UCSNAME") {
+        take(drawing_.currentUcs, drawing_.ucsList, true);
+    } else if (value.name == "CECOLOR") {
+        const auto color = engine::Color::fromBareIndex(small(tag));
+        if (color && !(ownRecord && drawing_.currentColor.bareIndex() == color->bareIndex()))
+            drawing_.currentColor = *color;
+    } else {
+        return false;
     }
+    return true;
+}
+
+/// DWG files, and many programs, have the local times only.
+void Reader::deriveUniversalTimes() {
+    const double offset = engine::julianNow(true) - engine::julianNow();
+    for (const auto& [local, universal] : {std::pair{"TDCREATE", "TDUCREATE"}, std::pair{"TDUPDATE", "TDUUPDATE"}}) {
+        const auto has = [&](std::string_view name) {
+            return std::any_of(header_.begin(), header_.end(), [&](const HeaderValue& v) { return v.name == name; });
+        };
+        if (!has(local) || has(universal)) continue;
+        // What is known to the millisecond stays as it is; zones are whole quarters of an hour, up to 14 hours.
+        const double moment = engine::sysVarReal(drawing_, local);
+        const double shift = std::abs(engine::sysVarReal(drawing_, universal) - moment) * 96.0;
+        if (shift < 56.5 && std::abs(shift - std::round(shift)) < 1e-4) continue;
+        if (moment > 0.0) drawing_.realVariables[universal] = moment + std::round(offset * 96.0) / 96.0;
+    }
+}
+
+namespace {
+
+/// True when a variable has a value already, as far as files can tell.
+bool isSame(const engine::SysVarDef& def, const SysVarValue& a, const SysVarValue& b) {
+    const auto near = [&](double x, double y) {
+        // Times are compared to the millisecond.
+        if (def.name.starts_with("TD")) return std::abs(x - y) < 1.5e-8;
+        return std::abs(x - y) <= 1e-9 * std::max(std::abs(x), std::abs(y)) || std::abs(x - y) < 1e-14;
+    };
+    if (a.index() != b.index()) return false;
+    if (const auto* x = std::get_if<double>(&a)) return near(*x, std::get<double>(b));
+    if (const auto* p = std::get_if<Vector3>(&a)) {
+        const auto& q = std::get<Vector3>(b);
+        return near(p->x, q.x) && near(p->y, q.y) && near(p->z, q.z);
+    }
+    return a == b;
+}
+
+}  // namespace
+
+bool Reader::namesMissingRecord(const HeaderValue& value) const {
+    const engine::Name given = name(value.tags.front());
+    if (given.empty()) return false;
+    if (value.name == "DIMTXSTY") return !drawing_.textStyles.contains(given);
+    return value.name.starts_with("DIMLT") && !drawing_.linetypes.contains(given);
+}
+
+void Reader::applyHeader(bool ownRecord) {
+    // What is current comes before what overrides it.
+    for (const HeaderValue& value : header_)
+        if (value.name == "DIMSTYLE") headerName(value, ownRecord);
+    const auto near = [](const math::Vector2& a, const math::Vector2& b) {
+        return a.distance_to(b) <= 1e-9 * std::max(a.length(), b.length());
+    };
+    const auto takePoint = [&](math::Vector2& current, const math::Vector2& given) {
+        if (!ownRecord || !near(current, given)) current = given;
+    };
     for (const HeaderValue& value : header_) {
-        if (!isHeaderVariableRead(value.name)) continue;
+        if (!isHeaderVariableRead(value.name) || headerName(value, ownRecord)) continue;
         const Tag& tag = value.tags.front();
-        if (value.name == "DIMSTYLE") continue;
-        if (value.name == "CLAYER") {
-            if (const engine::Name layer = name(tag); !layer.empty()) {
-                drawing_.currentLayer = layer;
-                if (!own_) drawing_.layers.ensure(layer);
-            }
-            continue;
-        }
-        if (value.name == "CELTYPE") {
-            if (const engine::Name linetype = name(tag); !linetype.empty()) drawing_.currentLinetype = linetype;
-            continue;
-        }
-        if (value.name == "TEXTSTYLE") {
-            if (const engine::Name style = name(tag); drawing_.textStyles.contains(style))
-                drawing_.currentTextStyle = style;
-            continue;
-        }
-        if (value.name == "CECOLOR") {
-            if (const auto color = engine::Color::fromBareIndex(small(tag))) drawing_.currentColor = *color;
-            continue;
-        }
-        if (value.name == "UCSNAME") {
-            if (const engine::Name ucs = name(tag); drawing_.ucsList.contains(ucs)) drawing_.currentUcs = ucs;
-            continue;
-        }
         if (value.name == "UCSORG") {
-            drawing_.ucs.origin = pointOf(value.tags).xy();
+            takePoint(drawing_.ucs.origin, pointOf(value.tags).xy());
             continue;
         }
         if (value.name == "UCSXDIR" || value.name == "UCSYDIR") {
             const math::Vector2 axis = pointOf(value.tags).xy();
-            if (axis.length_squared() > 0.0) (value.name == "UCSXDIR" ? drawing_.ucs.xAxis : drawing_.ucs.yAxis) = axis;
+            if (axis.length_squared() > 0.0)
+                takePoint(value.name == "UCSXDIR" ? drawing_.ucs.xAxis : drawing_.ucs.yAxis, axis);
             continue;
         }
         if (value.name == "LIMMIN" || value.name == "LIMMAX") {
@@ -185,9 +235,13 @@ void Reader::applyHeader() {
                 v = pointOf(value.tags);
                 break;
         }
+        if (ownRecord && isSame(*def, engine::getSysVar(drawing_, *def), v)) continue;
+        // A name that no record has stands for one that files cannot hold.
+        if (ownRecord && def->type == engine::SysVarType::String && namesMissingRecord(value)) continue;
         // A value that a variable cannot have leaves the default.
         engine::loadSysVar(drawing_, def->name, v);
     }
+    deriveUniversalTimes();
 }
 
 }  // namespace kova::io::dxf

@@ -82,8 +82,9 @@ std::unique_ptr<Entity> Reader::buildInsert(const EntityTags& tags) {
             engine::BlockAttribute attribute;
             unusable_ = false;
             const EntityTags parts = partTags(subRecord_);
+            notePart(tags);
             noteHandle(parts.handle);
-            if (readAttribute(parts, attribute))
+            if (readAttribute(parts, *out, attribute))
                 out->attributes.push_back(std::move(attribute));
             else
                 skip("ATTRIB");

@@ -21,9 +21,9 @@ using math::Vector2;
 using math::Vector3;
 
 /// What one entry of an entity's extension dictionary says.
-void Reader::settleExtension(std::uint64_t id, const DictionaryItem& item) {
+void Reader::settleExtension(const Link& link, const DictionaryItem& item) {
     const std::string_view key = trimmed(item.key);
-    Entity* entity = drawing_.findById(id);
+    Entity* entity = drawing_.findById(link.entity);
     if (entity == nullptr) return;
     if (isOwnApplication(key)) {
         const std::string json = xrecordText(item.handle);
@@ -36,7 +36,7 @@ void Reader::settleExtension(std::uint64_t id, const DictionaryItem& item) {
             entity->owner()->replace(*entity, std::move(region));
             entity = placed;
         }
-        applyEntityData(json, *entity);
+        applyEntityData({json, extensionPrints_[link.handle]}, *entity);
     } else if (engine::equalNoCase(key, "ACAD_FILTER") && entity->type() == engine::EntityType::BlockReference) {
         settleClip(static_cast<BlockReferenceEntity&>(*entity), dictionaryEntry(item.handle, "SPATIAL"));
     }
@@ -55,7 +55,7 @@ void Reader::settleExtensions() {
     };
     for (const Link& link : extensions_) {
         if (index_.claim(link.handle)) {
-            for (const DictionaryItem& item : dictionary(link.handle)) settleExtension(link.entity, item);
+            for (const DictionaryItem& item : dictionary(link.handle)) settleExtension(link, item);
         } else if (holdsData(link.handle)) {
             ++sharedDictionaries_;
         }
@@ -73,7 +73,7 @@ void Reader::settleRecordExtensions() {
             const auto apply = [&](auto* record) {
                 if (record == nullptr) return;
                 const Name keep = record->name;
-                applyOwnData(json, *record);
+                applyOwnData(OwnText{json, extensionPrints_[extension.dictionary]}, *record);
                 record->name = keep;
             };
             switch (extension.kind) {
@@ -106,7 +106,7 @@ void Reader::settleRecordExtensions() {
                         }
                     } members{*block};
                     const Name keep = block->name;
-                    applyOwnData(json, members);
+                    applyOwnData(OwnText{json, {}}, members);
                     block->name = keep;
                     break;
                 }
@@ -118,6 +118,7 @@ void Reader::settleRecordExtensions() {
 void Reader::settleClip(BlockReferenceEntity& reference, std::uint64_t filter) {
     Record record;
     if (filter == 0 || !ownedObject(filter, "SPATIAL_FILTER", record)) return;
+    const OwnText own = ownData(record);
     const EntityTags tags = partTags(record);
     std::vector<Vector2> points;
     std::vector<double> matrix;
@@ -191,8 +192,7 @@ void Reader::settleClip(BlockReferenceEntity& reference, std::uint64_t filter) {
     (void)base;
     reference.clipInverted = inverted;
     reference.clipEnabled = enabled;
-    const std::string json = ownData(tags.xdata);
-    if (!json.empty()) applyOwnData(json, reference);
+    if (!own.empty()) applyOwnData(own, reference);
 }
 
 void Reader::settleImages() {

@@ -136,9 +136,7 @@ void Reader::readGroups(std::uint64_t handle) {
         }
         if (!own_)
             std::erase_if(group.memberHandles, [&](std::uint64_t h) { return drawing_.findByHandle(h) == nullptr; });
-        std::string json = ownData(tags.xdata);
-        if (json.empty() && tags.dictionary != 0)
-            json = xrecordText(dictionaryEntry(tags.dictionary, kOwnRecordApplication));
+        const OwnText json = ownData(record, kOwnRecordApplication);
         if (!json.empty()) applyOwnData(json, group);
         drawing_.groups.add(std::move(group));
     }
@@ -272,10 +270,7 @@ void Reader::readLayouts(std::uint64_t handle) {
         }
         const Name blockName = recordName(block);
         if (layoutName == "Model" || !blockName.folded().starts_with("*paper_space")) continue;
-        const EntityTags parts = partTags(record);
-        std::string json = ownData(parts.xdata);
-        if (json.empty() && parts.dictionary != 0)
-            json = xrecordText(dictionaryEntry(parts.dictionary, kOwnRecordApplication));
+        const OwnText json = ownData(record, kOwnRecordApplication);
         if (!json.empty() && isPlaceholder(json)) continue;
         engine::Layout& layout = paperSpace(blockName);
         layout.pageSetup = std::move(setup);
@@ -313,10 +308,7 @@ void Reader::readPageSetups(std::uint64_t handle) {
         engine::PageSetup setup;
         readPlotSettings(record, setup);
         setup.name = Name(decoder_.decode(item.key));
-        const EntityTags parts = partTags(record);
-        std::string json = ownData(parts.xdata);
-        if (json.empty() && parts.dictionary != 0)
-            json = xrecordText(dictionaryEntry(parts.dictionary, kOwnRecordApplication));
+        const OwnText json = ownData(record, kOwnRecordApplication);
         if (!json.empty()) applyOwnData(json, setup);
         if (!setup.name.empty()) drawing_.namedPageSetups.add(std::move(setup));
     }
@@ -347,13 +339,14 @@ void Reader::readVariables(std::uint64_t handle) {
         if (value == nullptr) continue;
         const std::string_view key = trimmed(item.key);
         if (engine::equalNoCase(key, "CTABLESTYLE")) {
-            if (const auto* style = drawing_.tableStyles.find(name(*value))) drawing_.currentTableStyle = style->name;
+            if (const auto* style = drawing_.tableStyles.find(name(*value)))
+                drawing_.currentTableStyle = stated_.tableStyle = style->name;
         } else if (engine::equalNoCase(key, "CMLEADERSTYLE")) {
             if (const auto* style = drawing_.mleaderStyles.find(name(*value)))
-                drawing_.currentMLeaderStyle = style->name;
+                drawing_.currentMLeaderStyle = stated_.leaderStyle = style->name;
         } else if (engine::equalNoCase(key, "CANNOSCALE")) {
             if (drawing_.annotationScales.contains(name(*value)))
-                engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(text(*value)));
+                engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(stated_.scale = text(*value)));
         } else {
             noteSetting(engine::upperCase(key), *value);
         }
@@ -390,6 +383,7 @@ void Reader::readProperties(std::uint64_t handle) {
         if (tag.code == 4) drawing_.properties.author = text(tag);
         if (tag.code == 7) drawing_.properties.keywords = text(tag);
     }
+    stated_.properties = drawing_.properties;
 }
 
 void Reader::readLayerStates() {
@@ -469,11 +463,41 @@ void Reader::readLayerStates() {
 }
 
 /// The drawing's own record: members of the native file that have no other place.
-void Reader::readDrawingRecord(std::uint64_t xrecord) {
+namespace {
+
+/// True when both show the same, as far as the record of the current viewport can tell.
+bool sameView(const engine::NamedView& own, const engine::NamedView& plain) {
+    if (!(own.height > 0.0) || !own.center.is_finite()) return true;
+    const double near = 1e-6 * std::max(own.height, own.center.length());
+    const bool sameWay = own.viewDirection == math::Vector3{} ||
+                         own.viewDirection.normalized().near_equal(plain.viewDirection.normalized(), 1e-6);
+    return sameWay && own.center.near_equal(plain.center, near) && std::abs(own.height - plain.height) <= near;
+}
+
+}  // namespace
+
+/// The drawing's own record holds what other records of the file hold, too. Where these say something else, another
+/// program has changed them.
+void Reader::settleStated(const engine::NamedView& view, Name layout) {
+    if (viewRead_ && !sameView(drawing_.currentView, view)) drawing_.currentView = view;
+    const auto take = [](Name& current, Name stated) {
+        if (!stated.empty() && !(current == stated)) current = stated;
+    };
+    take(drawing_.currentMLeaderStyle, stated_.leaderStyle);
+    take(drawing_.currentTableStyle, stated_.tableStyle);
+    if (drawing_.findLayout(drawing_.activeLayoutName) != nullptr) take(drawing_.activeLayoutName, layout);
+    if (stated_.properties) drawing_.properties = *stated_.properties;
+    if (!stated_.scale.empty() && engine::sysVarString(drawing_, "CANNOSCALE") != stated_.scale)
+        engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(stated_.scale));
+}
+
+bool Reader::readDrawingRecord(std::uint64_t xrecord) {
     const std::string json = xrecordText(xrecord);
-    if (json.empty()) return;
+    if (json.empty()) return false;
     OwnDataTree data;
-    if (!data.parse(json)) return;
+    if (!data.parse(json)) return false;
+    const engine::NamedView view = drawing_.currentView;
+    const Name layout = drawing_.activeLayoutName;
     try {
         native::RecordReader reader(data.tree());
         reader.enter(data.root());
@@ -493,6 +517,8 @@ void Reader::readDrawingRecord(std::uint64_t xrecord) {
     } catch (const std::exception&) {
         // What was read stays.
     }
+    settleStated(view, layout);
+    return true;
 }
 
 }  // namespace kova::io::dxf

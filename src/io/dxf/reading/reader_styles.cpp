@@ -152,9 +152,7 @@ void Reader::readMLeaderStyles(std::uint64_t handle) {
         if (s.name.empty() || unusable_) continue;
         if (s.textStyle.empty()) s.textStyle = engine::commonNames().standard;
         if (s.leaderLinetype.empty()) s.leaderLinetype = engine::commonNames().byBlock;
-        std::string json = ownData(tags.xdata);
-        if (json.empty() && tags.dictionary != 0)
-            json = xrecordText(dictionaryEntry(tags.dictionary, kLeaderStyleApplication));
+        const OwnText json = ownData(record, kLeaderStyleApplication);
         if (!json.empty() && isPlaceholder(json)) continue;
         if (!json.empty()) applyOwnData(json, s);
         tableNames_.emplace(item.handle, s.name);
@@ -237,9 +235,7 @@ void Reader::readTableStyles(std::uint64_t handle) {
         // The colour of a fill that is off tells nothing: programs write what they like there.
         for (engine::TableStyleRow* row : {&s.data, &s.title, &s.header})
             if (!row->fillEnabled) row->fillColor = engine::TableStyleRow().fillColor;
-        std::string json = ownData(tags.xdata);
-        if (json.empty() && tags.dictionary != 0)
-            json = xrecordText(dictionaryEntry(tags.dictionary, kTableStyleApplication));
+        const OwnText json = ownData(record, kTableStyleApplication);
         if (!json.empty() && isPlaceholder(json)) continue;
         if (!json.empty()) applyOwnData(json, s);
         tableNames_.emplace(item.handle, s.name);

@@ -49,6 +49,13 @@ std::uint64_t extensionOf(const Record& record) {
 
 }  // namespace
 
+void Reader::noteRecordExtension(const Record& record, Name name, RecordKind kind) {
+    const std::uint64_t extension = extensionOf(record);
+    if (extension == 0) return;
+    recordExtensions_.push_back({name, extension, kind});
+    noteExtension(extension, dxf::fingerprintOf(record.type, record.tags, decoder_));
+}
+
 void Reader::indexTableRecord(const Record& record) {
     const bool isDimStyle = record.type == "DIMSTYLE";
     std::uint64_t handle = 0;
@@ -147,6 +154,7 @@ void Reader::readTableRecord(std::string_view type, const Record& record) {
 
 void Reader::readLayer(const Record& record) {
     engine::Layer layer;
+    ColorGroups color;
     for (const Tag& tag : plainTags(record)) {
         switch (tag.code) {
             case 2:
@@ -158,12 +166,11 @@ void Reader::readLayer(const Record& record) {
             case 62: {
                 const std::int32_t index = small(tag);
                 layer.on = index >= 0;
-                if (layer.color.method != engine::ColorMethod::RGB && index != 0 && std::abs(index) < 256)
-                    layer.color = engine::Color::index(static_cast<std::uint8_t>(std::abs(index)));
+                if (index != 0 && std::abs(index) < 256) color.index = std::abs(index);
                 break;
             }
             case 420:
-                layer.color = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
+                color.rgb = static_cast<std::uint32_t>(tag.integer());
                 break;
             case 70: {
                 const std::int64_t flags = tag.integer();
@@ -182,6 +189,7 @@ void Reader::readLayer(const Record& record) {
         }
     }
     if (layer.name.empty()) return leaveOut(record.type);
+    layer.color = color.settled(layer.color, own_);
     if (layer.linetype.empty()) layer.linetype = engine::commonNames().continuous;
     const Tags xdata = xdataTags(record);
     for (const engine::XData::Application& application : xdataOf(xdata).applications) {
@@ -196,12 +204,11 @@ void Reader::readLayer(const Record& record) {
                 if (item.code == 1000) layer.description = std::get<std::string>(item.value);
         }
     }
-    if (const std::string json = ownData(xdata); !json.empty()) {
+    if (const OwnText json = ownData(record); !json.empty()) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, layer);
     }
-    if (const std::uint64_t extension = extensionOf(record))
-        recordExtensions_.push_back({layer.name, extension, RecordKind::Layer});
+    noteRecordExtension(record, layer.name, RecordKind::Layer);
     drawing_.layers.add(std::move(layer));
 }
 
@@ -269,12 +276,11 @@ void Reader::readLinetype(const Record& record) {
         linetype.standard =
             linetype.name == names.byBlock || linetype.name == names.byLayer || linetype.name == names.continuous;
     }
-    if (const std::string json = ownData(xdataTags(record)); !json.empty()) {
+    if (const OwnText json = ownData(record); !json.empty()) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, linetype);
     }
-    if (const std::uint64_t extension = extensionOf(record))
-        recordExtensions_.push_back({linetype.name, extension, RecordKind::Linetype});
+    noteRecordExtension(record, linetype.name, RecordKind::Linetype);
     drawing_.linetypes.add(std::move(linetype));
 }
 
@@ -332,12 +338,11 @@ void Reader::readTextStyle(const Record& record) {
                 style.fontFile = Name(std::get<std::string>(item.value));
     }
     if (style.fontFile.empty() && !own_) style.fontFile = Name("txt.shx");
-    if (const std::string json = ownData(xdata); !json.empty()) {
+    if (const OwnText json = ownData(record); !json.empty()) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, style);
     }
-    if (const std::uint64_t extension = extensionOf(record))
-        recordExtensions_.push_back({style.name, extension, RecordKind::TextStyle});
+    noteRecordExtension(record, style.name, RecordKind::TextStyle);
     drawing_.textStyles.add(std::move(style));
 }
 
@@ -353,9 +358,8 @@ void Reader::readView(const Record& record) {
     }
     if (view.name.empty() || unusable_) return leaveOut(record.type);
     view.upHint = engine::viewUp(view.viewDirection, twist);
-    if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, view);
-    if (const std::uint64_t extension = extensionOf(record))
-        recordExtensions_.push_back({view.name, extension, RecordKind::View});
+    if (const OwnText json = ownData(record); !json.empty()) applyOwnData(json, view);
+    noteRecordExtension(record, view.name, RecordKind::View);
     drawing_.namedViews.add(std::move(view));
 }
 
@@ -366,9 +370,8 @@ void Reader::readUcs(const Record& record) {
         if (tag.code == 2) ucs.name = name(tag);
     }
     if (ucs.name.empty() || unusable_) return leaveOut(record.type);
-    if (const std::string json = ownData(xdataTags(record)); !json.empty()) applyOwnData(json, ucs);
-    if (const std::uint64_t extension = extensionOf(record))
-        recordExtensions_.push_back({ucs.name, extension, RecordKind::Ucs});
+    if (const OwnText json = ownData(record); !json.empty()) applyOwnData(json, ucs);
+    noteRecordExtension(record, ucs.name, RecordKind::Ucs);
     drawing_.ucsList.add(std::move(ucs));
 }
 
@@ -445,11 +448,11 @@ void Reader::readBlockRecord(const Record& record) {
         }
     }
     if (blockName.empty()) return leaveOut(record.type);
-    data.own = ownData(xdataTags(record));
+    data.own = ownData(record);
     data.placeholder = !data.own.empty() && isPlaceholder(data.own);
     if (data.placeholder) {
         placeholderBlocks_.push_back(blockName);
-        data.own.clear();
+        data.own = {};
     }
     if (const std::uint64_t extension = extensionOf(record)) {
         blockDictionaries_[blockName.key()] = extension;
@@ -513,12 +516,11 @@ void Reader::readDimStyle(const Record& record) {
                 if (const Name linetype = recordName(parseHandle(std::get<std::string>(item.value))); !linetype.empty())
                     style.*member = linetype;
     }
-    if (const std::string json = ownData(xdata); !json.empty()) {
+    if (const OwnText json = ownData(record); !json.empty()) {
         if (isPlaceholder(json)) return;
         applyOwnData(json, style);
     }
-    if (const std::uint64_t extension = extensionOf(record))
-        recordExtensions_.push_back({style.name, extension, RecordKind::DimStyle});
+    noteRecordExtension(record, style.name, RecordKind::DimStyle);
     dimStylesRead_ = true;
     drawing_.dimStyles.add(std::move(style));
 }

@@ -208,10 +208,11 @@ void Reader::takeParagraphs(const EntityTags& tags, Attribute& out, std::string&
     if constexpr (requires { out.fit; }) out.fit = false;
 }
 
-bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) {
+bool Reader::readAttribute(const EntityTags& tags, const Entity& reference, engine::BlockAttribute& out) {
     TextGroups g;
     AttributeTail tail;
     bool layerSeen = false;
+    ColorGroups color;
     for (const Tag& tag : tags.all) {
         if (tag.code == 101) break;
         if (tail.take(tag) || textGroup(tag, g)) continue;
@@ -227,11 +228,10 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
                 layerSeen = true;
                 break;
             case 62:
-                if (out.color.method != engine::ColorMethod::RGB)
-                    if (const auto color = engine::Color::fromBareIndex(std::abs(small(tag)))) out.color = *color;
+                color.index = std::abs(small(tag));
                 break;
             case 420:
-                out.color = colorOfRgb(static_cast<std::uint32_t>(tag.integer()));
+                color.rgb = static_cast<std::uint32_t>(tag.integer());
                 break;
             case 70:
                 out.invisible = (tag.integer() & 1) != 0;
@@ -243,10 +243,14 @@ bool Reader::readAttribute(const EntityTags& tags, engine::BlockAttribute& out) 
                 break;
         }
     }
+    out.color = color.settled(out.color, own_);
     out.position = g.anchor();
     out.textHeight = g.height;
     g.giveTo(out);
     out.locked = tail.locked;
+    const double length = g.normal.length();
+    if (length > 1e-12 && std::isfinite(length) && !(g.normal / length).near_equal(reference.normal(), 1e-9))
+        out.plane = engine::AttributePlane{std::abs(length - 1.0) < 1e-12 ? g.normal : g.normal / length, g.z()};
     if (tail.multiline()) takeParagraphs(tags, out, out.value, out.position);
     return !unusable_;
 }

@@ -19,7 +19,9 @@ bool sameSpace(const engine::Layout* a, const std::unique_ptr<engine::Layout>& b
 }  // namespace
 
 Writer::Writer(const Drawing& drawing, DxfSaveReport& report, bool forDwg, Progress* progress)
-    : drawing_(drawing), saved_(drawing), report_(report), progress_(progress), forDwg_(forDwg) {}
+    : drawing_(drawing), saved_(drawing), report_(report), progress_(progress), forDwg_(forDwg) {
+    decoder_.setUtf8(true);
+}
 
 std::uint64_t Writer::newHandle() {
     do {
@@ -282,6 +284,7 @@ bool Writer::entity(const Entity& e, const Target& t) {
 
 void Writer::head(std::string_view type, const Entity& e, const Target& t, const OwnData& own) {
     GroupWriter& out = *out_;
+    recordStart_ = out.size();
     out.record(type);
     out.handle(5, e.handle());
     noteHandle(e.handle());
@@ -308,9 +311,10 @@ void Writer::head(std::string_view type, const Entity& e, const Target& t, const
     if (!e.visible) out.integer(60, 1);
 }
 
-void Writer::tail(const Entity& e, const OwnData& own) {
-    if (!own.text.empty()) ownXdata(own);
+void Writer::tail(const Entity& e, const OwnData& own, std::string_view parts) {
+    // What is the user's under ACAD may be what a reader goes by: it stands before the fingerprint is taken.
     if (const engine::XData* xdata = e.xdata()) userXdata(*xdata);
+    ownXdata(own, parts);
 }
 
 void Writer::thickness(const Entity& e) {

@@ -33,6 +33,8 @@ struct OwnData {
     std::string text;  ///< empty: none
     std::string_view application;
     std::uint64_t dictionary = 0;  ///< the record's extension dictionary; 0: none
+    bool inDictionary = false;     ///< the text stands there
+    OwnScope scope;
 };
 
 /// What a file cannot hold is left out.
@@ -93,7 +95,9 @@ private:
     /// The extension dictionary of a record, made when there is none yet.
     std::uint64_t extensionDictionary(OwnData& own, std::uint64_t owner);
     void extensionGroup(std::uint64_t dictionary);
-    void ownXdata(const OwnData& own);
+    /// Writes the text behind the plain groups of the record that was begun last, or finishes the one in the
+    /// dictionary; `parts` are the records that will follow it.
+    void ownXdata(const OwnData& own, std::string_view parts = {});
     void userXdata(const engine::XData& xdata);
     void xdataItem(const engine::XDataItem& item);
     void application(std::string_view name);
@@ -168,7 +172,23 @@ private:
     /// False when the entity cannot be written; nothing of it is in the file then.
     bool entity(const engine::Entity& entity, const Target& target);
     void head(std::string_view type, const engine::Entity& entity, const Target& target, const OwnData& own);
-    void tail(const engine::Entity& entity, const OwnData& own);
+    void tail(const engine::Entity& entity, const OwnData& own, std::string_view parts = {});
+    /// The same for an entity whose record others follow, which write() writes: own data may contradict them, too.
+    template <class Write>
+    void tailAndParts(const engine::Entity& entity, const OwnData& own, const Write& write) {
+        if (own.text.empty() && !own.inDictionary) {
+            tail(entity, own);
+            write();
+            return;
+        }
+        GroupWriter parts;
+        GroupWriter* const whole = std::exchange(out_, &parts);
+        write();
+        out_ = whole;
+        tail(entity, own, parts.view());
+        out_->append(parts.view());
+        report_.replacedNumbers += parts.replacedNumbers();
+    }
     void thickness(const engine::Entity& entity);
     void normal(const engine::Entity& entity);
 
@@ -209,7 +229,8 @@ private:
     bool write(const engine::ShapeEntity& e, const Target& t);
 
     /// The AcDbText part that texts, attributes and their definitions share, up to the second marker.
-    void textPart(const engine::Entity& e, const engine::TextLine& line, std::string_view content);
+    void textPart(const engine::Entity& e, const engine::TextLine& line, std::string_view content,
+                  const std::optional<engine::AttributePlane>& plane = {});
     void attribute(const engine::BlockAttribute& a, const engine::BlockReferenceEntity& insert, const Target& t);
     void clip(const engine::BlockReferenceEntity& insert, OwnData& own);
     void sequenceEnd(std::uint64_t owner, const engine::Entity& e, const Target& t);
@@ -243,6 +264,8 @@ private:
     GroupWriter entities_;
     GroupWriter objects_;
     GroupWriter* out_ = nullptr;
+    std::size_t recordStart_ = 0;  ///< in the text of *out_: where the record began that own data may belong to
+    TextDecoder decoder_;
 
     std::uint64_t next_ = 0;
     std::uint64_t highest_ = 0;

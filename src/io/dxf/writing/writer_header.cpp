@@ -53,7 +53,9 @@ void Writer::headerVariable(std::string_view name) {
     }
     const engine::SysVarDef* def = engine::findSysVar(name);
     if (def == nullptr) return;
-    const SysVarValue value = engine::getSysVar(drawing_, *def);
+    SysVarValue value = engine::getSysVar(drawing_, *def);
+    // The clock of the session does not count: the same drawing gives the same file.
+    if (name == "TDINDWG") value = engine::sysVarReal(drawing_, "TDEDITED");
     const int code = def->dxfCode != 0 ? def->dxfCode : headerCode(name, value);
     title();
     if (const auto* integer = std::get_if<std::int32_t>(&value)) {

@@ -68,10 +68,11 @@ bool Writer::write(const BlockReferenceEntity& e, const Target& t) {
         out.real(45, e.rowSpacing);
     }
     normal(e);
-    tail(e, own);
-    if (e.attributes.empty()) return true;
-    for (const BlockAttribute& a : e.attributes) attribute(a, e, t);
-    sequenceEnd(e.handle(), e, t);
+    tailAndParts(e, own, [&] {
+        if (e.attributes.empty()) return;
+        for (const BlockAttribute& a : e.attributes) attribute(a, e, t);
+        sequenceEnd(e.handle(), e, t);
+    });
     return true;
 }
 

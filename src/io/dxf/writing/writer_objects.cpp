@@ -8,6 +8,7 @@ using engine::Name;
 
 void Writer::objectHead(std::string_view type, std::uint64_t handle, std::uint64_t owner, std::uint64_t dictionary) {
     GroupWriter& out = *out_;
+    recordStart_ = out.size();
     out.record(type);
     out.handle(5, handle);
     if (dictionary != 0) extensionGroup(dictionary);
@@ -267,9 +268,7 @@ void Writer::drawingProperties() {
     out.word(8, "");
     out.word(9, "");
     for (int i = 300; i < 310; ++i) out.word(i, "=");
-    // The clock of the session does not count: the same drawing gives the same file.
-    const auto edited = drawing_.realVariables.find("TDINDWG");
-    out.real(40, edited != drawing_.realVariables.end() ? edited->second : 0.0);
+    out.real(40, engine::sysVarReal(drawing_, "TDEDITED", 0.0));
     out.real(41, engine::sysVarReal(drawing_, "TDCREATE", 0.0));
     out.real(42, engine::sysVarReal(drawing_, "TDUPDATE", 0.0));
     out.word(1, "");

@@ -24,7 +24,11 @@ OwnData Writer::gather(const Entity& e, unsigned native, const FieldKeys& own) {
     // The user's own data of that name stays the user's.
     if (const XData* xdata = e.xdata(); xdata != nullptr && xdata->find(Name(application)) != nullptr)
         application = kOwnFallbackApplication;
-    return gatherText(ownDataOf(e, common, own), application, e.handle());
+    OwnData data = gatherText(ownDataOf(e, common, own), application, e.handle());
+    data.scope.kind = e.type();
+    data.scope.common = std::any_of(common.begin(), common.end(), hasCommonGroup);
+    data.scope.attributes = std::find(own.begin(), own.end(), "attributes") != own.end();
+    return data;
 }
 
 OwnData Writer::gatherText(std::string text, std::string_view app, std::uint64_t owner) {
@@ -38,6 +42,7 @@ OwnData Writer::gatherText(std::string text, std::string_view app, std::uint64_t
     }
     const std::uint64_t dictionary = extensionDictionary(own, owner);
     extensions_[extensionIndex_.at(dictionary)].records.emplace_back(app, std::move(text));
+    own.inDictionary = true;
     return own;
 }
 
@@ -67,11 +72,20 @@ void Writer::application(std::string_view name) {
     if (applicationKeys_.insert(key.key()).second) applications_.emplace_back(symbol(key));
 }
 
-void Writer::ownXdata(const OwnData& own) {
-    if (own.text.empty()) return;
+void Writer::ownXdata(const OwnData& own, std::string_view parts) {
+    if (own.text.empty() && !own.inDictionary) return;
+    std::string text = own.text;
+    std::string& json =
+        own.inDictionary ? extensions_[extensionIndex_.at(own.dictionary)].records.back().second : text;
+    if (own.scope.checked) {
+        Fingerprint plain = fingerprintOf(out_->view().substr(recordStart_), decoder_);
+        if (!parts.empty()) plain.parts = fingerprintOf(parts, decoder_).whole();
+        addFingerprint(json, plain, own.scope);
+    }
+    if (own.inDictionary) return;
     application(own.application);
     out_->word(1001, own.application);
-    eachPiece(own.text, kOwnPieceInXdata, [&](std::string_view piece) { out_->text(1000, piece); });
+    eachPiece(text, kOwnPieceInXdata, [&](std::string_view piece) { out_->text(1000, piece); });
 }
 
 void Writer::xrecordText(std::string_view text) {

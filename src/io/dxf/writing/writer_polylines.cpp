@@ -90,11 +90,12 @@ bool Writer::write(const Polyline3DEntity& e, const Target& t) {
     polylineHead(e, t, own, "AcDb3dPolyline");
     out_->integer(70, 8 | (e.closed ? 1 : 0) | (curved ? 4 : 0));
     if (curved) out_->integer(75, e.curveType);
-    tail(e, own);
-    constexpr std::string_view kMarker = "AcDb3dPolylineVertex";
-    if (curved) vertices(e.frame, 32 | PolylineRecord::kFramePoint, e, t, kMarker);
-    vertices(e.vertices, curved ? 32 | PolylineRecord::kSplineVertex : 32, e, t, kMarker);
-    sequenceEnd(e.handle(), e, t);
+    tailAndParts(e, own, [&] {
+        constexpr std::string_view kMarker = "AcDb3dPolylineVertex";
+        if (curved) vertices(e.frame, 32 | PolylineRecord::kFramePoint, e, t, kMarker);
+        vertices(e.vertices, curved ? 32 | PolylineRecord::kSplineVertex : 32, e, t, kMarker);
+        sequenceEnd(e.handle(), e, t);
+    });
     return true;
 }
 
@@ -119,11 +120,12 @@ bool Writer::write(const MeshEntity& e, const Target& t) {
         out_->integer(74, e.cols);
         out_->integer(75, e.surfaceType);
     }
-    tail(e, own);
-    constexpr std::string_view kMarker = "AcDbPolygonMeshVertex";
-    if (smooth) vertices(e.frame, 64 | PolylineRecord::kFramePoint, e, t, kMarker);
-    vertices(e.vertices, smooth ? 64 | PolylineRecord::kSplineVertex : 64, e, t, kMarker);
-    sequenceEnd(e.handle(), e, t);
+    tailAndParts(e, own, [&] {
+        constexpr std::string_view kMarker = "AcDbPolygonMeshVertex";
+        if (smooth) vertices(e.frame, 64 | PolylineRecord::kFramePoint, e, t, kMarker);
+        vertices(e.vertices, smooth ? 64 | PolylineRecord::kSplineVertex : 64, e, t, kMarker);
+        sequenceEnd(e.handle(), e, t);
+    });
     return true;
 }
 
@@ -160,27 +162,28 @@ bool Writer::write(const PolyfaceEntity& e, const Target& t) {
     out_->integer(70, 64);
     out_->integer(71, static_cast<std::int64_t>(e.vertices.size()));
     out_->integer(72, static_cast<std::int64_t>(faces.size()));
-    tail(e, own);
-    for (const Vector3& p : e.vertices) {
-        vertexHead(e.handle(), e, t, "AcDbPolyFaceMeshVertex");
-        out_->point(10, p);
-        out_->integer(70, 192);
-    }
-    for (const auto& face : faces) {
-        GroupWriter& out = *out_;
-        out.record("VERTEX");
-        out.handle(5, newHandle());
-        out.handle(330, e.handle());
-        out.subclass("AcDbEntity");
-        if (t.paper) out.integer(67, 1);
-        out.text(8, symbol(e.layer));
-        out.subclass("AcDbFaceRecord");
-        out.point(10, Vector3{});
-        out.integer(70, 128);
-        for (int i = 0; i < 4; ++i)
-            if (face[static_cast<std::size_t>(i)] != 0) out.integer(71 + i, face[static_cast<std::size_t>(i)]);
-    }
-    sequenceEnd(e.handle(), e, t);
+    tailAndParts(e, own, [&] {
+        for (const Vector3& p : e.vertices) {
+            vertexHead(e.handle(), e, t, "AcDbPolyFaceMeshVertex");
+            out_->point(10, p);
+            out_->integer(70, 192);
+        }
+        for (const auto& face : faces) {
+            GroupWriter& out = *out_;
+            out.record("VERTEX");
+            out.handle(5, newHandle());
+            out.handle(330, e.handle());
+            out.subclass("AcDbEntity");
+            if (t.paper) out.integer(67, 1);
+            out.text(8, symbol(e.layer));
+            out.subclass("AcDbFaceRecord");
+            out.point(10, Vector3{});
+            out.integer(70, 128);
+            for (int i = 0; i < 4; ++i)
+                if (face[static_cast<std::size_t>(i)] != 0) out.integer(71 + i, face[static_cast<std::size_t>(i)]);
+        }
+        sequenceEnd(e.handle(), e, t);
+    });
     return true;
 }
 

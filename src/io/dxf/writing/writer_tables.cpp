@@ -20,6 +20,7 @@ void Writer::tableHead(std::string_view name, std::uint64_t handle, std::size_t 
 void Writer::recordHead(std::string_view type, std::uint64_t handle, std::uint64_t table, std::string_view marker,
                         const OwnData& own, int handleCode) {
     GroupWriter& out = *out_;
+    recordStart_ = out.size();
     out.record(type);
     out.handle(handleCode, handle);
     if (own.dictionary != 0) extensionGroup(own.dictionary);
@@ -350,7 +351,10 @@ void Writer::blockRecord(std::string_view name, std::uint64_t handle, std::uint6
     out.integer(70, 0);
     out.flag(280, explodable);
     out.flag(281, uniform);
-    ownXdata(own);
+    // Names of pictures and the like are other programs' affair; what they leave of the data still holds.
+    OwnData unchecked = own;
+    unchecked.scope.checked = false;
+    ownXdata(unchecked);
 }
 
 void Writer::blockRecordTable() {

@@ -49,8 +49,10 @@ void Writer::longText(int moreCode, int lastCode, std::string_view content) {
     out_->text(lastCode, content);
 }
 
-void Writer::textPart(const Entity& e, const TextLine& line, std::string_view content) {
+void Writer::textPart(const Entity& e, const TextLine& line, std::string_view content,
+                      const std::optional<AttributePlane>& plane) {
     GroupWriter& out = *out_;
+    const double z = plane ? plane->elevation : e.elevation;
     const std::int32_t h = line.hAlign >= 0 && line.hAlign <= 5 ? line.hAlign : 0;
     const std::int32_t v = line.vAlign >= 0 && line.vAlign <= 3 ? line.vAlign : 0;
     const bool justified = h != 0 || v != 0;
@@ -62,7 +64,7 @@ void Writer::textPart(const Entity& e, const TextLine& line, std::string_view co
         const Vector2 start = textLineBaselineStart(line, &drawing_);
         if (finite(start)) first = start;
     }
-    out.point(10, first, e.elevation);
+    out.point(10, first, z);
     out.real(40, line.height);
     out.text(1, content);
     if (line.rotation != 0.0) out.angle(50, line.rotation);
@@ -71,8 +73,11 @@ void Writer::textPart(const Entity& e, const TextLine& line, std::string_view co
     textStyleName(7, line.textStyle);
     if ((line.generation & 6) != 0) out.integer(71, line.generation & 6);
     if (h != 0) out.integer(72, h);
-    if (justified) out.point(11, betweenPoints(h) ? line.secondPoint : line.position, e.elevation);
-    normal(e);
+    if (justified) out.point(11, betweenPoints(h) ? line.secondPoint : line.position, z);
+    if (!plane)
+        normal(e);
+    else if (!(plane->normal == Vector3{0, 0, 1}))
+        out.point(210, plane->normal);
 }
 
 bool Writer::write(const TextEntity& e, const Target& t) {
@@ -141,7 +146,7 @@ void Writer::attribute(const BlockAttribute& a, const BlockReferenceEntity& inse
     line.widthFactor = a.widthFactor;
     line.oblique = a.oblique;
     line.generation = a.generation;
-    textPart(insert, line, a.multiline ? oneLine(a.value) : a.value);
+    textPart(insert, line, a.multiline ? oneLine(a.value) : a.value, a.plane);
     out.subclass("AcDbAttribute");
     out.integer(280, 0);
     std::string tag = a.tag.empty() ? "_" : a.tag;

@@ -43,8 +43,9 @@ std::uint64_t ownerName(const Entity& e, std::string& layout, bool& paper) {
     return 0;
 }
 
-void attributeGroups(const GroupIo& io, BlockAttribute& a, double z) {
+void attributeGroups(const GroupIo& io, BlockAttribute& a, const Entity& reference) {
     io.marker("AcDbText");
+    const double z = a.plane ? a.plane->elevation : reference.elevation;
     const bool justified = a.hAlign != 0 || a.vAlign != 0;
     if (!io.reading()) {
         io.out().point(10, Vector3(a.position, z));
@@ -57,6 +58,13 @@ void attributeGroups(const GroupIo& io, BlockAttribute& a, double z) {
         const bool now = a.hAlign != 0 || a.vAlign != 0;
         const int own = now && (io.in().has(11) || justified) ? 11 : 10;
         if (io.in().has(own)) io.flat(own, a.position);
+        if (io.in().has(210)) {
+            const Vector3 normal = io.in().point(210).normalized();
+            if (normal.length_squared() == 0.0) throw LispError("group 210: expected a direction");
+            a.plane.reset();
+            if (!normal.near_equal(reference.normal(), 1e-9))
+                a.plane = AttributePlane{normal, io.in().has(own) ? io.in().point(own).z : z};
+        }
     }
     io.real(40, a.textHeight);
     io.text(1, a.value);
@@ -65,7 +73,10 @@ void attributeGroups(const GroupIo& io, BlockAttribute& a, double z) {
     io.real(51, a.oblique);
     io.name(7, a.textStyle);
     io.integer(71, a.generation);
-    if (!io.reading()) io.integer(72, a.hAlign);
+    if (!io.reading()) {
+        io.integer(72, a.hAlign);
+        io.out().point(210, a.plane ? a.plane->normal : reference.normal());
+    }
     io.marker("AcDbAttribute");
     io.text(2, a.tag);
     std::int32_t flags = a.invisible ? 1 : 0;
@@ -104,7 +115,7 @@ void partGroups(GroupWriter& out, Entity& e, std::size_t part) {
         BlockAttribute& a = insert->attributes[index];
         out.text(8, a.layer.view());
         if (a.color.method != ColorMethod::ByLayer) out.integer(62, a.color.bareIndex());
-        attributeGroups(GroupIo(out), a, e.elevation);
+        attributeGroups(GroupIo(out), a, e);
         return;
     }
     out.text(8, e.layer.view());
@@ -331,7 +342,7 @@ bool makeFromGroups(Machine& m, const Value& list, std::uint64_t& handle, std::s
         if (insert == nullptr || insert->attributes.size() >= kMaxParts) return false;
         BlockAttribute attribute;
         attribute.layer = insert->layer;
-        attributeGroups(GroupIo(groups), attribute, 0.0);
+        attributeGroups(GroupIo(groups), attribute, *insert);
         if (attribute.tag.empty() || attribute.textHeight <= 0.0) return false;
         insert->attributes.push_back(std::move(attribute));
         return true;
@@ -402,7 +413,7 @@ bool modifyFromGroups(Machine& m, const Value& list) {
         const std::size_t index = name.part - 1;
         if (auto* insert = dynamic_cast<BlockReferenceEntity*>(changed.get())) {
             BlockAttribute& attribute = insert->attributes[index];
-            attributeGroups(GroupIo(groups), attribute, changed->elevation);
+            attributeGroups(GroupIo(groups), attribute, *changed);
             if (attribute.tag.empty() || attribute.textHeight <= 0.0) return false;
             ensureLayer(m, attribute.layer);
         } else if (Vector3* vertex = vertexOf(*changed, index)) {

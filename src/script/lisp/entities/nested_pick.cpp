@@ -57,13 +57,12 @@ private:
     void attributes(const BlockReferenceEntity& e, const Matrix4& outer) {
         const auto toOwner = outer.inverse();
         if (!toOwner || e.attributes.empty()) return;
-        const auto inPlane = objectFromPlan(e, toOwner->transform_point(p_));
-        if (!inPlane) return;
         for (std::size_t i = 0; i < e.attributes.size(); ++i) {
             const BlockAttribute& attribute = e.attributes[i];
-            if (attribute.invisible || attribute.value.empty()) continue;
+            const auto inPlane = e.attributeFromPlan(attribute, toOwner->transform_point(p_));
+            if (!inPlane || attribute.invisible || attribute.value.empty()) continue;
             const Vector2 nearest = nearestOnTextLine(attribute.line(), e.drawing(), *inPlane);
-            offer(outer.transform_point(planFromObject(e, nearest)), e, i + 1, outer);
+            offer(outer.transform_point(e.planFromAttribute(attribute, nearest)), e, i + 1, outer);
         }
     }
     void offer(const Vector2& nearest, const Entity& e, std::size_t attribute, const Matrix4& toWorld) {

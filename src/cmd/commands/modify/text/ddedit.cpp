@@ -50,10 +50,10 @@ std::vector<EditableText> editableTexts(Entity& entity, const math::Vector2& pic
         }
         case EntityType::BlockReference: {
             auto& reference = static_cast<engine::BlockReferenceEntity&>(entity);
-            const auto p = engine::objectFromPlan(reference, pick);
             engine::BlockAttribute* best = nullptr;
             double least = 0.0;
             for (engine::BlockAttribute& attribute : reference.attributes) {
+                const auto p = reference.attributeFromPlan(attribute, pick);
                 if (attribute.invisible || !p) continue;
                 const double distance =
                     p->distance_to(engine::nearestOnTextLine(attribute.line(), reference.drawing(), *p));
