@@ -34,8 +34,9 @@ std::string codePageOf(const engine::Drawing& drawing) {
 }
 
 std::string decodedText(std::string_view bytes, std::string_view codePage) {
-    auto page = strings::CodePage::named(codePage);
-    return strings::textOfFile(bytes, page ? *page : strings::CodePage());
+    const auto page = strings::CodePage::named(codePage);
+    const strings::CodePage usual;
+    return strings::textOfFile(bytes, page ? *page : usual);
 }
 
 }  // namespace kova::cmd

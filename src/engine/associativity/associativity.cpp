@@ -1,5 +1,7 @@
 #include "engine/associativity/associativity.hpp"
 
+#include "engine/model/object_plane.hpp"
+
 #include <charconv>
 
 #include "engine/model/drawing.hpp"
@@ -31,7 +33,6 @@ bool samePoint(const Vector2& a, const Vector2& b) {
     return a.near_equal(b, 1e-9 * size);
 }
 
-bool inWorldPlane(const Entity& entity) { return entity.normal() == math::Vector3{0, 0, 1}; }
 
 std::optional<MeasuredArc> arcOfSegment(const PolylineEntity& polyline, std::int32_t segment) {
     const auto i = static_cast<std::size_t>(segment);

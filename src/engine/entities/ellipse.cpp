@@ -11,7 +11,7 @@ using math::Vector3;
 
 namespace {
 
-constexpr double kFullTurn = math::kTwoPi - 1e-12;
+constexpr double kFullSweep = math::kTwoPi - 1e-12;
 
 }  // namespace
 
@@ -26,7 +26,7 @@ Vector3 EllipseEntity::minor3() const { return normal().cross(major3()) * minorR
 
 Vector2 EllipseEntity::minor() const { return minor3().xy(); }
 
-bool EllipseEntity::isFull() const { return sweep() >= kFullTurn; }
+bool EllipseEntity::isFull() const { return sweep() >= kFullSweep; }
 
 Vector2 EllipseEntity::pointAt(double param) const {
     const Vector2 d = math::unitAt(param);

@@ -18,7 +18,7 @@ namespace {
 constexpr double kMaxBackgroundScale = 5.0;
 
 /// The corners of a box under a map, counter-clockwise from the lower left as the text is read.
-std::array<Vector2, 4> corners(const Bounds2& b, const Matrix4& m) {
+std::array<Vector2, 4> cornersOf(const Bounds2& b, const Matrix4& m) {
     return {m.transform_point(b.min), m.transform_point(Vector2{b.max.x, b.min.y}), m.transform_point(b.max),
             m.transform_point(Vector2{b.min.x, b.max.y})};
 }
@@ -63,7 +63,7 @@ MTextBlock MTextEntity::block() const {
 
 std::array<Vector2, 4> MTextEntity::box() const {
     const MTextBlock b = block();
-    return corners(layoutMText(b, drawing()).box, mtextMatrix(b));
+    return cornersOf(layoutMText(b, drawing()).box, mtextMatrix(b));
 }
 
 Bounds2 MTextEntity::bounds() const {
@@ -74,7 +74,7 @@ Bounds2 MTextEntity::bounds() const {
     const Matrix4 m = mtextMatrix(b);
     bounds = layout.ink(m);
     if ((bgFlags & kAnyBackground) != 0 && layout.lineCount > 0)
-        for (const Vector2& c : corners(backgroundBox(*this, layout), m)) bounds.expand(c);
+        for (const Vector2& c : cornersOf(backgroundBox(*this, layout), m)) bounds.expand(c);
     if (bounds.is_empty()) bounds.expand(position);
     return bounds;
 }
@@ -120,7 +120,7 @@ Vector2 MTextEntity::nearestPoint(const Vector2& p) const {
     const MTextLayout layout = layoutMText(b, drawing());
     if (layout.lineCount == 0 || !position.is_finite()) return position;
     const bool masked = (bgFlags & kAnyBackground) != 0;
-    return nearestInQuad(corners(masked ? backgroundBox(*this, layout) : layout.box, mtextMatrix(b)), p);
+    return nearestInQuad(cornersOf(masked ? backgroundBox(*this, layout) : layout.box, mtextMatrix(b)), p);
 }
 
 double MTextEntity::distanceTo(const Vector2& p) const { return p.distance_to(nearestPoint(p)); }
@@ -191,7 +191,7 @@ void MTextEntity::emit(OutlineSink& sink, const OutlineStyle& style) const {
     const MTextLayout layout = layoutMText(b, drawing());
     const Matrix4 m = mtextMatrix(b);
     if ((bgFlags & kAnyBackground) != 0 && layout.lineCount > 0) {
-        const std::array<Vector2, 4> box = corners(backgroundBox(*this, layout), m);
+        const std::array<Vector2, 4> box = cornersOf(backgroundBox(*this, layout), m);
         Path ring;
         ring.polygon(box);
         if ((bgFlags & (kBackgroundColor | kBackgroundCanvas)) != 0) {

@@ -146,14 +146,14 @@ void JsonWriter::startMember(std::size_t keySize) {
 
 void JsonWriter::key(std::string_view key) {
     startMember(key.size());
-    inQuotes(key);
+    quoted(key);
     *at_++ = ':';
     if (indent_ >= 0) *at_++ = ' ';
 }
 
 void JsonWriter::key(std::string_view key, char axis) {
     startMember(key.size() + 1);
-    inQuotes(key);
+    quoted(key);
     at_[-1] = axis;
     *at_++ = '"';
     *at_++ = ':';
@@ -192,7 +192,7 @@ void JsonWriter::boolean(bool v) {
 
 void JsonWriter::text(std::string_view v) {
     startValue();
-    inQuotes(v);
+    quoted(v);
 }
 
 void JsonWriter::quoted(std::string_view text) {

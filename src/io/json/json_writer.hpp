@@ -57,7 +57,7 @@ private:
     void startValue();
     void startMember(std::size_t keySize);
     void lineBreak();
-    void inQuotes(std::string_view text);
+    void quoted(std::string_view text);
     /// Makes sure that `size` bytes fit behind at_.
     void room(std::size_t size) {
         if (static_cast<std::size_t>(end_ - at_) < size) makeRoom(size);

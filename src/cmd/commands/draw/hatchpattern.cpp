@@ -46,7 +46,7 @@ protected:
                 message(document().setVariable("HPNAME", fill.pattern.str()));
                 co_return;
             }
-            message("Unknown pattern " + cmd::quoted(name) + ".");
+            message("Unknown pattern " + cmd::inQuotes(name) + ".");
         }
     }
 
@@ -60,7 +60,7 @@ private:
             const auto beside = std::filesystem::path(drawing().fileName).parent_path() / path;
             text = readTextFile(beside.string(), codePageOf(drawing()));
         }
-        if (!text) return "Cannot read " + cmd::quoted(path) + ".";
+        if (!text) return "Cannot read " + cmd::inQuotes(path) + ".";
         std::vector<engine::HatchPattern> found = engine::parsePatternLibrary(*text);
         std::erase_if(found, [&](const engine::HatchPattern& p) { return !matchesWildcards(p.name.view(), names); });
         if (found.empty()) return "No matching names found.";

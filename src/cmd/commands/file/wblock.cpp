@@ -41,7 +41,7 @@ protected:
             const Name wanted(name == "=" ? fs::path(path).stem().string() : name);
             const engine::Block* block = drawing().findBlock(wanted);
             if (block == nullptr) {
-                message("Block " + cmd::quoted(wanted.view()) + " not found.");
+                message("Block " + cmd::inQuotes(wanted.view()) + " not found.");
                 continue;
             }
             message(pause.line());

@@ -96,7 +96,7 @@ std::size_t restore(doc::Document& document, Ask& ask, const LayerState& state) 
             apply(entry, state.mask, *layer);
             if (!layer->frozen || !(layer->name == current)) continue;
             layer->frozen = false;
-            ask.message("Cannot freeze layer " + cmd::quoted(current) + ". It is the CURRENT layer.");
+            ask.message("Cannot freeze layer " + cmd::inQuotes(current) + ". It is the CURRENT layer.");
         }
     });
     return count;
@@ -109,7 +109,7 @@ Task<std::optional<LayerState>> askState(Ask& ask, doc::Document& document, std:
         const std::vector<std::string> names = splitNames(answer.text);
         if (answer.isEnter() || names.empty()) co_return std::nullopt;
         if (const LayerState* state = document.drawing().layerStates.find(Name(names.front()))) co_return *state;
-        ask.message("Unknown layer state " + cmd::quoted(names.front()) + ".");
+        ask.message("Unknown layer state " + cmd::inQuotes(names.front()) + ".");
     }
 }
 
@@ -123,7 +123,7 @@ Task<std::string> askNewName(Ask& ask, doc::Document& document, std::string prom
         if (names.size() > 1 || !engine::isValidSymbolName(name))
             ask.message("Invalid layer state name.");
         else if (document.drawing().layerStates.contains(Name(name)))
-            ask.message("Layer state " + cmd::quoted(name) + " already exists.");
+            ask.message("Layer state " + cmd::inQuotes(name) + " already exists.");
         else
             co_return name;
     }
@@ -141,7 +141,7 @@ Task<void> exportState(Ask& ask, LayerState state) {
     const std::string path = co_await askPath(ask, "Enter file name for export:");
     if (path.empty()) co_return;
     const std::string error = io::saveFile(path, layerStateText(state));
-    ask.message(error.empty() ? "Layer state " + cmd::quoted(state.name) + " exported to " + cmd::quoted(path) + "."
+    ask.message(error.empty() ? "Layer state " + cmd::inQuotes(state.name) + " exported to " + cmd::inQuotes(path) + "."
                               : error);
 }
 
@@ -149,19 +149,19 @@ Task<void> importState(Ask& ask, doc::Document& document, std::function<void()> 
     const std::string path = co_await askPath(ask, "Enter file name to import:");
     if (path.empty()) co_return;
     const std::optional<std::string> text = readTextFile(path, codePageOf(document.drawing()));
-    if (!text) co_return ask.message("Cannot open " + cmd::quoted(path) + ".");
+    if (!text) co_return ask.message("Cannot open " + cmd::inQuotes(path) + ".");
     const std::vector<LayerState> states = parseLayerStates(*text);
-    if (states.empty()) co_return ask.message("There is no layer state in " + cmd::quoted(path) + ".");
+    if (states.empty()) co_return ask.message("There is no layer state in " + cmd::inQuotes(path) + ".");
     for (const LayerState& state : states) {
         if (document.drawing().layerStates.contains(state.name)) {
             std::string prompt =
-                "Layer state " + cmd::quoted(state.name) + " already exists. Replace it? [Yes/No] <No>:";
+                "Layer state " + cmd::inQuotes(state.name) + " already exists. Replace it? [Yes/No] <No>:";
             const bool replace = co_await askYesNo(ask, std::move(prompt), false);
             if (!replace) continue;
         }
         changing();
         document.editTable<doc::LayerStateTraits>([&](engine::Table<LayerState>& table) { table.add(state); });
-        ask.message("Layer state " + cmd::quoted(state.name) + " imported, " + counted(state.layers.size(), "layer") +
+        ask.message("Layer state " + cmd::inQuotes(state.name) + " imported, " + counted(state.layers.size(), "layer") +
                     ".");
     }
 }
@@ -177,7 +177,7 @@ Task<void> layerStateDialogue(Ask& ask, doc::Document& document, std::function<v
         if (document.drawing().layerStates.empty()) ask.message("There are no layer states.");
         for (const LayerState& state : document.drawing().layerStates)
             if (matchesWildcards(state.name.view(), filter))
-                ask.message(cmd::quoted(state.name) + ", " + counted(state.layers.size(), "layer"));
+                ask.message(cmd::inQuotes(state.name) + ", " + counted(state.layers.size(), "layer"));
         co_return;
     }
     if (option.is("SAVE")) {

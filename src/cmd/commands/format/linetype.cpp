@@ -90,7 +90,7 @@ private:
         const std::string before = readTextFile(path, codePageOf(drawing())).value_or(std::string());
         if (defines(before, name)) {
             std::string question =
-                "Linetype " + cmd::quoted(name) + " already exists in that file. Overwrite it? [Yes/No] <No>:";
+                "Linetype " + cmd::inQuotes(name) + " already exists in that file. Overwrite it? [Yes/No] <No>:";
             const bool again = co_await askYesNo(ask, std::move(question), false);
             if (!again) co_return;
         }

@@ -40,9 +40,9 @@ protected:
         message("Grid spacing is         " + pair("GRIDUNIT"));
         message(std::string("Current space:          ") + (model ? "Model space" : "Paper space"));
         message("Current layout:         " + (d.tileMode ? std::string("Model") : d.activeLayoutName.str()));
-        message("Current layer:          " + cmd::quoted(d.currentLayer.view()));
+        message("Current layer:          " + cmd::inQuotes(d.currentLayer.view()));
         message("Current color:          " + engine::colorText(d.currentColor));
-        message("Current linetype:       " + cmd::quoted(d.currentLinetype.view()));
+        message("Current linetype:       " + cmd::inQuotes(d.currentLinetype.view()));
         message("Current lineweight:     " + lineweightText(engine::sysVarInt(d, "CELWEIGHT", -1)));
         message("Current elevation:      " + lengthText(d, engine::sysVarReal(d, "ELEVATION")) +
                 "  thickness: " + lengthText(d, engine::sysVarReal(d, "THICKNESS")));

@@ -95,13 +95,13 @@ private:
             }
             const std::string path = locate(typed);
             if (path.empty()) {
-                message("Image file " + cmd::quoted(typed) + " not found.");
+                message("Image file " + cmd::inQuotes(typed) + " not found.");
                 continue;
             }
             AppServices* services = host()->services();
             const auto size = services != nullptr ? services->pictureSize(path) : std::nullopt;
             if (!size) {
-                message(cmd::quoted(typed) + " is not an image file that can be read.");
+                message(cmd::inQuotes(typed) + " is not an image file that can be read.");
                 continue;
             }
             size_ = *size;

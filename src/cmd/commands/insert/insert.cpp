@@ -104,7 +104,7 @@ private:
                 if (!readFile(typedName(file), name)) continue;
                 if (exists() && engine::sysVarInt(drawing(), "EXPERT") < 2) {
                     std::string question =
-                        "Block " + cmd::quoted(name_) + " already exists. Redefine it? [Yes/No] <N>:";
+                        "Block " + cmd::inQuotes(name_) + " already exists. Redefine it? [Yes/No] <N>:";
                     const bool redefine = co_await askYesNo(ask, std::move(question), false);
                     if (!redefine) {
                         source_.reset();
@@ -135,7 +135,7 @@ private:
     bool isExplodable() {
         const engine::Block* block = source_ ? nullptr : drawing().findBlock(name_);
         if (block == nullptr || block->explodable) return true;
-        message("Block " + cmd::quoted(name_) + " cannot be exploded.");
+        message("Block " + cmd::inQuotes(name_) + " cannot be exploded.");
         exploded_ = false;
         return false;
     }
@@ -145,11 +145,11 @@ private:
         exploded_ = exploded_ && !multiple_;
         const std::string path = findDrawingFile(drawing(), file);
         if (path.empty()) {
-            message("Block " + cmd::quoted(file) + " not found.");
+            message("Block " + cmd::inQuotes(file) + " not found.");
             return false;
         }
         if (!engine::isValidSymbolName(name)) {
-            message("Invalid block name " + cmd::quoted(name) + ".");
+            message("Invalid block name " + cmd::inQuotes(name) + ".");
             return false;
         }
         AppServices* services = host()->services();
@@ -219,7 +219,7 @@ private:
     void redefine() {
         doc::GroupScope group(document(), label());
         if (!define()) return group.rollback();
-        message("Block " + cmd::quoted(name_) + " redefined.");
+        message("Block " + cmd::inQuotes(name_) + " redefined.");
         repaint();
     }
 

@@ -57,7 +57,7 @@ private:
         for (const Layout* layout : inTabOrder()) {
             const engine::PageSetup& page = layout->pageSetup;
             const math::Bounds2 sheet = page.sheet();
-            message("  " + cmd::quoted(layout->name.view()) + "  " + lengthDefault(drawing(), sheet.width()) + " x " +
+            message("  " + cmd::inQuotes(layout->name.view()) + "  " + lengthDefault(drawing(), sheet.width()) + " x " +
                     lengthDefault(drawing(), sheet.height()) + (page.paperUnits == 0 ? " inches  " : " mm  ") +
                     counted(layout->entities.size(), "object") +
                     (!drawing().tileMode && layout->name == current() ? "  (current)" : ""));
@@ -71,7 +71,7 @@ private:
             const Answer answer = co_await ask.text(std::move(prompt));
             const Name name = answer.isEnter() ? current() : Name(typedName(answer.text));
             if (Layout* layout = drawing().findLayout(name)) co_return layout;
-            message("Layout " + cmd::quoted(name.view()) + " not found.");
+            message("Layout " + cmd::inQuotes(name.view()) + " not found.");
             if (answer.isEnter()) co_return nullptr;
         }
     }
@@ -84,9 +84,9 @@ private:
             if (answer.isEnter() && fallback.empty()) co_return Name();
             const std::string name = answer.isEnter() ? fallback : typedName(answer.text);
             if (!engine::isValidSymbolName(name) || Name(name) == "Model")
-                message("Invalid layout name " + cmd::quoted(name) + ".");
+                message("Invalid layout name " + cmd::inQuotes(name) + ".");
             else if (drawing().findLayout(Name(name)) != nullptr)
-                message("Layout " + cmd::quoted(name) + " already exists.");
+                message("Layout " + cmd::inQuotes(name) + " already exists.");
             else
                 co_return Name(name);
         }
@@ -101,7 +101,7 @@ private:
         if (name.empty() || source == nullptr) co_return;
         const doc::GroupScope group(document(), "LAYOUT");
         if (copyLayout(document(), *source, name) != nullptr)
-            message("Layout " + cmd::quoted(from.view()) + " copied to " + cmd::quoted(name.view()) + ".");
+            message("Layout " + cmd::inQuotes(from.view()) + " copied to " + cmd::inQuotes(name.view()) + ".");
     }
 
     /// "A1 (2)", or the next number that is free.
@@ -124,13 +124,13 @@ private:
                     names.push_back(layout->name);
             if (names.empty()) {
                 message(engine::equalNoCase(typed, "Model") ? "The model tab cannot be deleted."
-                                                            : "Layout " + cmd::quoted(typed) + " not found.");
+                                                            : "Layout " + cmd::inQuotes(typed) + " not found.");
                 if (answer.isEnter()) co_return;
                 continue;
             }
             const doc::GroupScope group(document(), "LAYOUT");
             for (const Name name : names)
-                message(document().deleteLayout(name) ? "Layout " + cmd::quoted(name.view()) + " deleted."
+                message(document().deleteLayout(name) ? "Layout " + cmd::inQuotes(name.view()) + " deleted."
                                                       : "The drawing's last layout cannot be deleted.");
             co_return;
         }

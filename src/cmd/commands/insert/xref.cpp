@@ -49,16 +49,16 @@ protected:
         }
         const std::string stem = fs::path(path).stem().string();
         if (!engine::isValidSymbolName(stem)) {
-            message("Invalid block name " + cmd::quoted(stem) + ".");
+            message("Invalid block name " + cmd::inQuotes(stem) + ".");
             co_return;
         }
         const Block* known = drawing().findBlock(Name(stem));
         if (known != nullptr && known->xrefType == XrefType::None) {
-            message("Block " + cmd::quoted(known->name.view()) + " already exists.");
+            message("Block " + cmd::inQuotes(known->name.view()) + " already exists.");
             co_return;
         }
         if (known != nullptr) {
-            message("Xref " + cmd::quoted(known->name.view()) +
+            message("Xref " + cmd::inQuotes(known->name.view()) +
                     " has already been defined. Using existing definition.");
             engine::Drawing source;
             AppServices* services = host()->services();
@@ -96,7 +96,7 @@ private:
             message(error);
             return false;
         }
-        message("Xref " + cmd::quoted(name.view()) + " attached.");
+        message("Xref " + cmd::inQuotes(name.view()) + " attached.");
         return true;
     }
 
@@ -156,7 +156,7 @@ private:
         const std::vector<Name> names = referencesMatching(drawing(), filter);
         for (const Name name : names) {
             const Block& block = *drawing().findBlock(name);
-            message(cmd::quoted(name.view()) + "  " + (block.xrefType == XrefType::Overlay ? "Overlay" : "Attach") +
+            message(cmd::inQuotes(name.view()) + "  " + (block.xrefType == XrefType::Overlay ? "Overlay" : "Attach") +
                     "  " + std::string(referenceStatusName(block.xrefStatus)) + "  " + block.xrefPath);
         }
         message("Total xref(s): " + std::to_string(names.size()));
@@ -190,7 +190,7 @@ private:
                 error = bindReference(document(), *services, name, merge);
                 if (!error.empty()) group.rollback();
             }
-            message(error.empty() ? "Xref " + cmd::quoted(name.view()) + " " + done + "." : error);
+            message(error.empty() ? "Xref " + cmd::inQuotes(name.view()) + " " + done + "." : error);
         }
         repaint();
     }

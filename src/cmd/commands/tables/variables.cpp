@@ -88,7 +88,7 @@ std::unique_ptr<Command> makeCommand(const SysVarDef& def) {
 void addVariableCommands(CommandRegistry& registry) {
     // A command of the same name with a dialogue of its own is there already and stays.
     for (const SysVarDef& def : engine::sysVarTable())
-        if (!registry.holds(def.name)) registry.add(makeCommand(def));
+        registry.add(makeCommand(def));
 }
 
 }  // namespace kova::cmd::commands

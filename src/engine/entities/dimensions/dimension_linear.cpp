@@ -9,7 +9,7 @@ using math::Vector2;
 
 namespace {
 
-constexpr double kNowhere = std::numeric_limits<double>::infinity();
+constexpr double kUnbounded = std::numeric_limits<double>::infinity();
 
 /// Lines of a linear dimension, as places along the dimension line from its first end.
 class LinearLayout {
@@ -182,8 +182,8 @@ private:
     double angle = 0.0;
     Vector2 up;
     double extent = 0.0;          ///< of the text along the line
-    double reach = -kNowhere;     ///< the line is drawn out to here beyond its second end
-    double reachBack = kNowhere;  ///< and beyond its first
+    double reach = -kUnbounded;     ///< the line is drawn out to here beyond its second end
+    double reachBack = kUnbounded;  ///< and beyond its first
     bool wantsLeader = false;
     bool suppressed = false;
 };

@@ -57,7 +57,7 @@ double attachmentHeight(std::int32_t attachment, const MTextLayout& layout, doub
     }
 }
 
-bool given(double size) { return size > 0.0 && std::isfinite(size); }
+bool givenSize(double size) { return size > 0.0 && std::isfinite(size); }
 
 /// The content is a point when there is nothing to measure.
 Bounds2 pointBox(const Vector2& p) { return {p, p}; }
@@ -157,24 +157,24 @@ double MLeaderEntity::scale() const {
     const double factor = annotative() ? annotationScale()
                           : own        ? overrides->values.scaleFactor
                                        : namedStyle().scaleFactor;
-    return given(factor) ? factor : 1.0;
+    return givenSize(factor) ? factor : 1.0;
 }
 
 double MLeaderEntity::effectiveArrowSize() const {
     const double size = arrowSize > 0.0 ? arrowSize : namedStyle().arrowSize;
-    return given(size) ? size * scale() : 0.0;
+    return givenSize(size) ? size * scale() : 0.0;
 }
 double MLeaderEntity::effectiveTextHeight() const {
     const double size = textHeight > 0.0 ? textHeight : namedStyle().textHeight;
-    return (given(size) ? size : 4.0) * scale();
+    return (givenSize(size) ? size : 4.0) * scale();
 }
 double MLeaderEntity::effectiveLandingGap() const {
     const double size = landingGap > 0.0 ? landingGap : namedStyle().landingGap;
-    return given(size) ? size * scale() : 0.0;
+    return givenSize(size) ? size * scale() : 0.0;
 }
 double MLeaderEntity::effectiveLandingDistance() const {
     const double size = landingDistance > 0.0 ? landingDistance : namedStyle().landingDistance;
-    return given(size) ? size * scale() : 0.0;
+    return givenSize(size) ? size * scale() : 0.0;
 }
 
 double MLeaderEntity::side() const {
@@ -213,7 +213,7 @@ MTextBlock MLeaderEntity::textBlock() const {
 
 Matrix4 MLeaderEntity::blockMatrix() const {
     const MLeaderStyle& s = style();
-    const double factor = (given(s.blockScale) ? s.blockScale : 1.0) * scale();
+    const double factor = (givenSize(s.blockScale) ? s.blockScale : 1.0) * scale();
     const double turn = std::isfinite(s.blockRotation) ? s.blockRotation : 0.0;
     Matrix4 m = Matrix4::translation(contentPos) * Matrix4::rotation_z(turn) * Matrix4::scaling(factor, factor, factor);
     if (const Block* block = contentBlock()) m = m * Matrix4::translation(-block->base);

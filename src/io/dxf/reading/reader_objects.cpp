@@ -356,7 +356,7 @@ void Reader::readVariables(std::uint64_t handle) {
     }
     // Two stand in objects of their own.
     const auto object = [&](std::string_view entry, std::string_view type, std::string_view variable) {
-        if (!objectAt(dictionaryEntry(rootDictionary_, entry), record) || record.type != type) return;
+        if (!objectAt(dictionaryEntry(rootDictionary_, entry), type, record)) return;
         if (const Tag* frame = record.find(70))
             engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*frame))));
     };

@@ -10,7 +10,7 @@ using math::Vector3;
 namespace {
 
 /// True when an ATTRIB record says everything.
-bool isExact(const BlockAttribute& a) {
+bool isExactAttribute(const BlockAttribute& a) {
     return !a.tag.empty() && a.tag.find(' ') == std::string::npos && a.hAlign >= 0 && a.hAlign <= 5 && a.vAlign >= 0 &&
            a.vAlign <= 3 && (a.generation & ~6) == 0 && !a.textStyle.empty() && !a.multiline && a.width == 0.0;
 }
@@ -33,7 +33,7 @@ bool Writer::write(const BlockReferenceEntity& e, const Target& t) {
     if (!e.dynFlipValues.empty()) keys.push_back("dynFlipValues");
     if (!e.activeVisibilityState.empty()) keys.push_back("activeVisibilityState");
     if (!isPlain(e.blockName)) keys.push_back("blockName");
-    if (!std::all_of(e.attributes.begin(), e.attributes.end(), isExact)) keys.push_back("attributes");
+    if (!std::all_of(e.attributes.begin(), e.attributes.end(), isExactAttribute)) keys.push_back("attributes");
     const bool clipped = e.clipBoundary.size() >= 2;
     if (!clipped && !e.clipBoundary.empty()) keys.push_back("clipBoundary");
     if (!clipped && e.clipInverted) keys.push_back("clipInverted");
