@@ -7,7 +7,7 @@ namespace kova::engine::rows {
 
 namespace {
 
-std::string quoted(std::string_view text) { return " \"" + std::string(text) + "\"."; }
+std::string quotedName(std::string_view text) { return " \"" + std::string(text) + "\"."; }
 
 /// Reads and sets one of the drawing's current styles; only records of the table are taken.
 template <auto kTable, auto kCurrent>
@@ -18,7 +18,7 @@ template <auto kTable, auto kCurrent>
 std::string setCurrentStyle(Drawing& d, const SysVarValue& value, std::string_view kind) {
     const std::string& text = std::get<std::string>(value);
     const auto* record = (d.*kTable).find(Name(text));
-    if (record == nullptr) return "Unknown " + std::string(kind) + quoted(text);
+    if (record == nullptr) return "Unknown " + std::string(kind) + quotedName(text);
     d.*kCurrent = record->name;
     return {};
 }
@@ -26,8 +26,8 @@ std::string setCurrentStyle(Drawing& d, const SysVarValue& value, std::string_vi
 std::string setCurrentLayer(Drawing& d, const SysVarValue& value) {
     const std::string& text = std::get<std::string>(value);
     const Layer* layer = d.layers.find(Name(text));
-    if (layer == nullptr) return "Unknown layer" + quoted(text);
-    if (layer->frozen) return "A frozen layer cannot be current:" + quoted(text);
+    if (layer == nullptr) return "Unknown layer" + quotedName(text);
+    if (layer->frozen) return "A frozen layer cannot be current:" + quotedName(text);
     d.currentLayer = layer->name;
     return {};
 }
@@ -42,7 +42,7 @@ std::string setCurrentColor(Drawing& d, const SysVarValue& value) {
 std::string setCurrentLinetype(Drawing& d, const SysVarValue& value) {
     const std::string& text = std::get<std::string>(value);
     const Linetype* linetype = d.loadLinetype(Name(text));
-    if (linetype == nullptr) return "Unknown linetype" + quoted(text);
+    if (linetype == nullptr) return "Unknown linetype" + quotedName(text);
     d.currentLinetype = linetype->name;
     return {};
 }
@@ -77,7 +77,7 @@ std::string setPlotStyle(Drawing& d, const SysVarValue& value) {
 std::string setAnnotationScale(Drawing& d, const SysVarValue& value) {
     const std::string& text = std::get<std::string>(value);
     const AnnotationScale* scale = d.annotationScales.find(Name(text));
-    if (scale == nullptr) return "Unknown annotation scale" + quoted(text);
+    if (scale == nullptr) return "Unknown annotation scale" + quotedName(text);
     d.stringVariables["CANNOSCALE"] = scale->name.str();
     return {};
 }
@@ -93,27 +93,27 @@ std::string setHatchName(Drawing& d, const SysVarValue& value) {
     std::string name = text;
     if (!text.empty() && !equalNoCase(text, "SOLID") && !text.starts_with('_')) {
         const HatchPattern* pattern = d.findHatchPattern(Name(text));
-        if (pattern == nullptr) return "Unknown pattern" + quoted(text);
+        if (pattern == nullptr) return "Unknown pattern" + quotedName(text);
         name = pattern->name.str();
     }
     d.stringVariables["HPNAME"] = name;
     return {};
 }
 
-bool isLineweight(const SysVarValue& value) {
+bool isWeightOfObjects(const SysVarValue& value) {
     constexpr int codes[] = {-3, -2, -1, 0,  5,  9,  13,  15,  18,  20,  25,  30,  35, 40,
                              50, 53, 60, 70, 80, 90, 100, 106, 120, 140, 158, 200, 211};
     return std::find(std::begin(codes), std::end(codes), std::get<std::int32_t>(value)) != std::end(codes);
 }
 
-bool isWidth(const SysVarValue& value) { return isLineweight(value) && std::get<std::int32_t>(value) >= 0; }
+bool isWidth(const SysVarValue& value) { return isWeightOfObjects(value) && std::get<std::int32_t>(value) >= 0; }
 
 bool isPointMode(const SysVarValue& value) {
     const std::int32_t mode = std::get<std::int32_t>(value);
     return (mode & 31) <= 4 && mode >= 0 && mode <= 100;
 }
 
-bool isNotZero(const SysVarValue& value) { return std::get<std::int32_t>(value) != 0; }
+bool isSomeSize(const SysVarValue& value) { return std::get<std::int32_t>(value) != 0; }
 
 }  // namespace
 
@@ -135,7 +135,7 @@ std::vector<SysVarDef> objectVariables() {
         integer("CELWEIGHT", -1, -3, 211, kHeader,
                 "Lineweight of new objects in hundredths of a millimetre; -1 ByLayer, -2 ByBlock, -3 default")
             .code(370)
-            .accepts(isLineweight),
+            .accepts(isWeightOfObjects),
         positive("CELTSCALE", 1.0, kHeader, "Linetype scale of new objects").code(40),
         string("CETRANSPARENCY", "ByLayer", kDrawing, "Transparency of new objects: ByLayer, ByBlock or 0-90 percent")
             .set(setTransparency),
@@ -205,7 +205,7 @@ std::vector<SysVarDef> objectVariables() {
         toggle("MIRRTEXT", 0, kHeader, "MIRROR turns texts round (1) or keeps them readable (0)").code(70),
         integer("SPLINESEGS", 8, -32768, 32767, kHeader, "Segments of a spline-fit stretch; negative: arcs are fitted")
             .code(70)
-            .accepts(isNotZero),
+            .accepts(isSomeSize),
         toggle("SPLFRAME", 0, kHeader, "Control frames of splines shown").code(70).looks(),
         integer("SPLINETYPE", 6, 5, 6, kHeader, "Spline curves of PEDIT: 5 quadratic, 6 cubic").code(70),
         integer("SPLDEGREE", 3, 1, 5, kSession, "Degree of new splines by control points"),
