@@ -15,8 +15,6 @@ namespace kova::script::python {
 
 namespace {
 
-py::object text(std::string_view s) { return py::reinterpret_steal<py::object>(pyText(s)); }
-
 /// A command whose function is a generator: it asks, and waits for the next line, wherever the function yields.
 class PythonTool final : public cmd::DialogueTool {
 public:
@@ -79,7 +77,7 @@ py::list feed(const py::list& lines) {
     for (const py::handle line : lines) session.feedQuietly(textFrom(line.ptr(), "a command line"));
     py::list out;
     const std::vector<std::string>& all = session.output();
-    for (std::size_t i = std::min(before, all.size()); i < all.size(); ++i) out.append(text(all[i]));
+    for (std::size_t i = std::min(before, all.size()); i < all.size(); ++i) out.append(textObject(all[i]));
     return out;
 }
 
@@ -107,16 +105,16 @@ void addCommandFunctions(PyObject* module) {
         Binding::get().session().cancel();
     });
     m.def("is_waiting", [] { return Binding::get().session().isWaiting(); });
-    m.def("prompt", [] { return text(Binding::get().session().currentPrompt()); });
+    m.def("prompt", [] { return textObject(Binding::get().session().currentPrompt()); });
     m.def("command_names", [] {
         py::list out;
         for (const cmd::Command* command : Binding::get().session().registry().commands())
-            out.append(text(command->name()));
+            out.append(textObject(command->name()));
         return out;
     });
     m.def("aliases", [] {
         py::dict out;
-        for (const auto& [alias, name] : Binding::get().session().registry().aliases()) out[text(alias)] = text(name);
+        for (const auto& [alias, name] : Binding::get().session().registry().aliases()) out[textObject(alias)] = textObject(name);
         return out;
     });
     m.def("define_command", [](const std::string& name, const std::string& title, const py::list& aliases, bool asks) {

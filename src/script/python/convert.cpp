@@ -56,6 +56,9 @@ void requireFinite(double v, std::string_view what) {
 
 }  // namespace
 
+PyObject* pyFloat(double value) { return checked(PyFloat_FromDouble(value)); }
+PyObject* pyInteger(std::int64_t value) { return checked(PyLong_FromLongLong(value)); }
+
 PyObject* pyText(std::string_view text) {
     // Texts of old files may hold anything; what is no UTF-8 shows as replacement characters.
     return checked(PyUnicode_DecodeUTF8(text.data(), static_cast<Py_ssize_t>(text.size()), "replace"));

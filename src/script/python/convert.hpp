@@ -72,6 +72,8 @@ PyObject* guarded(Work&& work) noexcept {
 // To Python: new references; PythonError on failure ---------------------------------------------------------
 
 PyObject* pyText(std::string_view text);
+PyObject* pyFloat(double value);
+PyObject* pyInteger(std::int64_t value);
 /// A path as Python has paths: bytes that are no UTF-8 are escaped, so that it can be opened again.
 PyObject* pyPath(const std::string& path);
 /// The same, kept for the next time; for names of fields and layers. A borrowed reference.

@@ -12,7 +12,6 @@ namespace kova::script::python {
 
 namespace {
 
-py::object text(std::string_view s) { return py::reinterpret_steal<py::object>(pyText(s)); }
 py::object entity(const engine::Entity* e) {
     return e != nullptr ? py::reinterpret_steal<py::object>(entityObject(*e)) : py::none();
 }
@@ -52,7 +51,7 @@ py::object undo(bool back) {
     b.settle();
     const std::string label = back ? b.document().history().undoLabel() : b.document().history().redoLabel();
     const bool done = back ? b.document().undo() : b.document().redo();
-    return done ? text(label) : py::none();
+    return done ? textObject(label) : py::none();
 }
 
 // Variables ----------------------------------------------------------------------------------------------
@@ -62,7 +61,7 @@ py::object getVariable(const std::string& name) {
     if (!value) fail(PyExc_KeyError, "there is no system variable named " + name);
     if (const auto* i = std::get_if<std::int32_t>(&*value)) return py::int_(*i);
     if (const auto* d = std::get_if<double>(&*value)) return py::float_(*d);
-    if (const auto* s = std::get_if<std::string>(&*value)) return text(*s);
+    if (const auto* s = std::get_if<std::string>(&*value)) return textObject(*s);
     return py::reinterpret_steal<py::object>(pyVector3(std::get<math::Vector3>(*value)));
 }
 
@@ -89,7 +88,7 @@ void setVariable(const std::string& name, py::handle value) {
 
 py::list variableNames() {
     py::list names;
-    for (const engine::SysVarDef& def : engine::sysVarTable()) names.append(text(def.name));
+    for (const engine::SysVarDef& def : engine::sysVarTable()) names.append(textObject(def.name));
     return names;
 }
 
@@ -131,9 +130,9 @@ void addDocumentFunctions(PyObject* module) {
     m.def("redo", [] { return undo(false); });
     m.def("undo_label", [] {
         Binding::get().settle();
-        return text(Binding::get().document().history().undoLabel());
+        return textObject(Binding::get().document().history().undoLabel());
     });
-    m.def("redo_label", [] { return text(Binding::get().document().history().redoLabel()); });
+    m.def("redo_label", [] { return textObject(Binding::get().document().history().redoLabel()); });
     m.def("begin_transaction", [](const std::string& name) { return Binding::get().beginTransaction(name); });
     m.def("end_transaction", [](std::uint64_t number, bool commit) {
         // The session may have ended before a forgotten generator closes its transaction.
@@ -144,7 +143,7 @@ void addDocumentFunctions(PyObject* module) {
     m.def("variable_names", variableNames);
     m.def("variable_description", [](const std::string& name) {
         const engine::SysVarDef* def = engine::findSysVar(name);
-        return def != nullptr ? text(def->description) : py::none();
+        return def != nullptr ? textObject(def->description) : py::none();
     });
     m.def("selection", selection);
     m.def("select", select);
@@ -155,7 +154,7 @@ void addDocumentFunctions(PyObject* module) {
     m.def("message", [](const std::string& line) {
         if (Binding* b = Binding::current()) b->session().append(line);
     });
-    m.def("color_text", [](py::handle color) { return text(engine::colorText(colorFrom(color.ptr(), "color"))); });
+    m.def("color_text", [](py::handle color) { return textObject(engine::colorText(colorFrom(color.ptr(), "color"))); });
 }
 
 }  // namespace kova::script::python

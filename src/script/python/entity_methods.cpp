@@ -6,14 +6,12 @@ namespace kova::script::python {
 
 namespace {
 
-EntityObject* self(PyObject* object) { return reinterpret_cast<EntityObject*>(object); }
-
 /// The entity under a matrix; it may become one of another kind.
 void transform(PyObject* object, const math::Matrix4& m) {
     for (const double v : m.m)
         if (!std::isfinite(v)) fail(PyExc_ValueError, "the transform must be finite");
     engine::Entity& entity = entityOf(object);
-    EntityObject* o = self(object);
+    EntityObject* o = objectOf(object);
     if (o->owned != nullptr) {
         std::unique_ptr<engine::Entity> image = engine::transformedEntity(entity, m);
         if (image->type() == o->kind) return entity.transform(m);
@@ -91,10 +89,10 @@ PyObject* copyMethod(PyObject* object, PyObject*) {
         copy->setHandle(0);
         PyTypeObject* type = entityClass(entity.type());
         PyObject* made = checked(type->tp_alloc(type, 0));
-        EntityObject* o = self(made);
+        EntityObject* o = objectOf(made);
         o->id = copy->id();
         o->kind = copy->type();
-        o->given = self(object)->given;
+        o->given = objectOf(object)->given;
         o->owned = copy.release();
         return made;
     });
@@ -105,7 +103,7 @@ PyObject* copyHook(PyObject* object, PyObject*) { return copyMethod(object, null
 PyObject* deleteMethod(PyObject* object, PyObject*) {
     return guarded([&] {
         engine::Entity& entity = entityOf(object);
-        if (self(object)->owned != nullptr)
+        if (objectOf(object)->owned != nullptr)
             fail(PyExc_ValueError, "the " + entityText(object) + ": there is nothing to delete");
         Binding& binding = Binding::get();
         binding.prepareChange();
@@ -154,7 +152,7 @@ PyObject* setMethod(PyObject* object, PyObject* arguments, PyObject* keywords) {
         Py_ssize_t position = 0;
         while (PyDict_Next(keywords, &position, &key, &value))
             if (PyObject_SetAttr(copy.get(), key, value) != 0) throw PythonError{};
-        const bool attached = self(object)->owned == nullptr;
+        const bool attached = objectOf(object)->owned == nullptr;
         if (attached) {
             Binding::get().prepareChange();
             Binding::get().document().beginGroup("Set properties");

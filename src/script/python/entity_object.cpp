@@ -17,7 +17,6 @@ PyTypeObject* fieldType = nullptr;
 std::array<PyTypeObject*, engine::kEntityTypeCount> kindTypes{};
 PyObject* goneErrorType = nullptr;
 
-EntityObject* self(PyObject* object) { return reinterpret_cast<EntityObject*>(object); }
 FieldObject* field(PyObject* object) { return reinterpret_cast<FieldObject*>(object); }
 std::size_t indexOf(engine::EntityType kind) { return static_cast<std::size_t>(kind); }
 
@@ -31,7 +30,7 @@ std::optional<engine::EntityType> kindOfClass(PyTypeObject* type) {
 
 /// A transform may have made another kind of the entity (a circle an ellipse): its object then is of that class.
 void followKind(PyObject* object, engine::EntityType kind) {
-    EntityObject* e = self(object);
+    EntityObject* e = objectOf(object);
     if (e->kind == kind) return;
     if (Py_TYPE(object) == kindTypes[indexOf(e->kind)]) {
         PyTypeObject* old = Py_TYPE(object);
@@ -49,7 +48,7 @@ PyObject* newObject(PyTypeObject* type, PyObject*, PyObject*) {
         const auto kind = kindOfClass(type);
         if (!kind) fail(PyExc_TypeError, "Entity is the base of all kinds; make a Line, a Circle ...");
         PyObject* object = checked(type->tp_alloc(type, 0));
-        EntityObject* e = self(object);
+        EntityObject* e = objectOf(object);
         e->owned = engine::makeEntity(*kind).release();
         e->id = e->owned->id();
         e->kind = *kind;
@@ -62,7 +61,7 @@ int initObject(PyObject* object, PyObject* arguments, PyObject* keywords) {
         [&] {
             const Py_ssize_t count = PyTuple_GET_SIZE(arguments);
             if (count > 0) {
-                const engine::EntityType kind = self(object)->kind;
+                const engine::EntityType kind = objectOf(object)->kind;
                 const auto& names = kindNames(kind).positional;
                 const auto& fields = kindFields(kind);
                 const std::size_t most = names.empty() ? fields.size() : names.size();
@@ -85,7 +84,7 @@ int initObject(PyObject* object, PyObject* arguments, PyObject* keywords) {
                 if (PyObject_SetAttr(object, key, value) == 0) continue;
                 if (!PyErr_ExceptionMatches(PyExc_AttributeError)) throw PythonError{};
                 PyErr_Clear();
-                fail(PyExc_TypeError, std::string(engine::nativeName(self(object)->kind)) +
+                fail(PyExc_TypeError, std::string(engine::nativeName(objectOf(object)->kind)) +
                                           "() got an unexpected keyword argument '" + textFrom(key, "name") + "'");
             }
             return 0;
@@ -95,19 +94,19 @@ int initObject(PyObject* object, PyObject* arguments, PyObject* keywords) {
 
 void freeObject(PyObject* object) {
     PyTypeObject* type = Py_TYPE(object);
-    if (self(object)->weakReferences != nullptr) PyObject_ClearWeakRefs(object);
-    delete self(object)->owned;
+    if (objectOf(object)->weakReferences != nullptr) PyObject_ClearWeakRefs(object);
+    delete objectOf(object)->owned;
     type->tp_free(object);
     Py_DECREF(type);
 }
 
 PyObject* compareObjects(PyObject* a, PyObject* b, int operation) {
     if ((operation != Py_EQ && operation != Py_NE) || !isEntityObject(b)) Py_RETURN_NOTIMPLEMENTED;
-    return PyBool_FromLong((self(a)->id == self(b)->id) == (operation == Py_EQ));
+    return PyBool_FromLong((objectOf(a)->id == objectOf(b)->id) == (operation == Py_EQ));
 }
 
 Py_hash_t hashObject(PyObject* object) {
-    const auto hash = static_cast<Py_hash_t>(self(object)->id);
+    const auto hash = static_cast<Py_hash_t>(objectOf(object)->id);
     return hash == -1 ? -2 : hash;
 }
 
@@ -169,7 +168,7 @@ PyObject* getField(PyObject* descriptor, PyObject* object, PyObject*) {
 /// is added.
 void requireNamed(PyObject* object, FieldObject* f, PyObject* value) {
     Binding* binding = Binding::current();
-    if (binding == nullptr || (self(object)->owned != nullptr && self(object)->given != kGivenAll)) return;
+    if (binding == nullptr || (objectOf(object)->owned != nullptr && objectOf(object)->given != kGivenAll)) return;
     const engine::Entity& entity = entityOf(object);
     if (!mayName(entity.type(), *f->info)) return;
     const std::unique_ptr<engine::Entity> trial = entity.clone();
@@ -316,7 +315,7 @@ void addEntityClasses(PyObject* module) {
 PyObject* entityObject(const engine::Entity& entity) {
     PyTypeObject* type = kindTypes[indexOf(entity.type())];
     PyObject* object = checked(type->tp_alloc(type, 0));
-    EntityObject* e = self(object);
+    EntityObject* e = objectOf(object);
     e->id = entity.id();
     e->kind = entity.type();
     e->given = kGivenAll;
@@ -326,7 +325,7 @@ PyObject* entityObject(const engine::Entity& entity) {
 engine::Entity& entityOf(PyObject* object) {
     if (!isEntityObject(object))
         fail(PyExc_TypeError, std::string("an entity is wanted, not ") + Py_TYPE(object)->tp_name);
-    EntityObject* e = self(object);
+    EntityObject* e = objectOf(object);
     if (e->owned != nullptr) return *e->owned;
     engine::Entity* found = Binding::get().drawing().findById(e->id);
     if (found == nullptr)
@@ -338,7 +337,7 @@ engine::Entity& entityOf(PyObject* object) {
 
 void changeEntity(PyObject* object, const std::function<void(engine::Entity&)>& change) {
     engine::Entity& entity = entityOf(object);
-    if (self(object)->owned != nullptr) return change(entity);
+    if (objectOf(object)->owned != nullptr) return change(entity);
     // What fails on a copy would leave half a change, and an entry in the history, on the entity itself.
     const std::unique_ptr<engine::Entity> changed = entity.clone();
     change(*changed);
@@ -349,7 +348,7 @@ void changeEntity(PyObject* object, const std::function<void(engine::Entity&)>& 
 }
 
 std::string entityText(PyObject* object) {
-    EntityObject* e = self(object);
+    EntityObject* e = objectOf(object);
     const std::string name(engine::nativeName(e->kind));
     if (e->owned != nullptr) return name + ", in no drawing";
     const Binding* binding = Binding::current();

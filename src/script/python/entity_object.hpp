@@ -19,6 +19,8 @@ struct EntityObject {
     std::uint8_t given;  ///< GivenProperty bits: what adding to a drawing leaves as it is
 };
 
+inline EntityObject* objectOf(PyObject* object) { return reinterpret_cast<EntityObject*>(object); }
+
 /// Properties that a new entity takes from the drawing's current settings unless they were given.
 enum GivenProperty : std::uint8_t {
     kGivenLayer = 1,

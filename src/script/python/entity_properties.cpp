@@ -6,8 +6,6 @@ namespace kova::script::python {
 
 namespace {
 
-EntityObject* self(PyObject* object) { return reinterpret_cast<EntityObject*>(object); }
-
 /// A property whose value `read` makes.
 template <auto read>
 PyObject* get(PyObject* object, void*) {
@@ -21,14 +19,11 @@ int set(PyObject* object, PyObject* value, void*) {
         [&] {
             if (value == nullptr) fail(PyExc_AttributeError, "this property cannot be deleted");
             changeEntity(object, [&](engine::Entity& entity) { write(entity, value); });
-            self(object)->given |= given;
+            objectOf(object)->given |= given;
             return 0;
         },
         -1);
 }
-
-PyObject* pyFloat(double v) { return checked(PyFloat_FromDouble(v)); }
-PyObject* pyInteger(long v) { return checked(PyLong_FromLong(v)); }
 
 std::int32_t integerIn(PyObject* value, std::string_view what, std::int64_t minimum, std::int64_t maximum) {
     const std::int64_t v = integerFrom(value, what);
@@ -42,9 +37,9 @@ PyObject* kindName(const engine::Entity& e) { return pyText(engine::displayName(
 PyObject* handle(const engine::Entity& e) { return e.handle() == 0 ? Py_NewRef(Py_None) : pyHandle(e.handle()); }
 PyObject* inDrawing(PyObject* object, void*) {
     return guarded([&]() -> PyObject* {
-        if (self(object)->owned != nullptr) return PyBool_FromLong(0);
+        if (objectOf(object)->owned != nullptr) return PyBool_FromLong(0);
         const Binding* binding = Binding::current();
-        return PyBool_FromLong(binding != nullptr && binding->drawing().findById(self(object)->id) != nullptr);
+        return PyBool_FromLong(binding != nullptr && binding->drawing().findById(objectOf(object)->id) != nullptr);
     });
 }
 

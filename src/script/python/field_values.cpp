@@ -37,9 +37,6 @@ Ref mapOf(const std::map<std::string, T>& map, PyObject* (*make)(const T&)) {
     return dict;
 }
 
-PyObject* pyFloat(double v) { return checked(PyFloat_FromDouble(v)); }
-PyObject* pyInteger(std::int64_t v) { return checked(PyLong_FromLongLong(v)); }
-
 std::int32_t smallIntegerFrom(PyObject* value, std::string_view what) {
     const std::int64_t v = integerFrom(value, what);
     if (v != static_cast<std::int32_t>(v)) fail(PyExc_ValueError, std::string(what) + " is out of range");

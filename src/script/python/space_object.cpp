@@ -31,10 +31,10 @@ struct IteratorObject {
 PyTypeObject* spaceType = nullptr;
 PyTypeObject* iteratorType = nullptr;
 
-SpaceObject* self(PyObject* object) { return reinterpret_cast<SpaceObject*>(object); }
+SpaceObject* spaceOf(PyObject* object) { return reinterpret_cast<SpaceObject*>(object); }
 
 engine::EntityList& listOf(PyObject* object) {
-    const SpaceObject* s = self(object);
+    const SpaceObject* s = spaceOf(object);
     engine::Drawing& drawing = Binding::get().drawing();
     switch (s->which) {
         case Which::Model:
@@ -54,7 +54,7 @@ engine::EntityList& listOf(PyObject* object) {
 /// The entity at a position below the list's size.
 engine::Entity& entityAt(PyObject* object, engine::EntityList& list, std::size_t position) {
     if (list.slotCount() == list.size()) return *list.atSlot(static_cast<std::uint32_t>(position));
-    SpaceObject* s = self(object);
+    SpaceObject* s = spaceOf(object);
     if (s->slots == nullptr) s->slots = new std::vector<std::uint32_t>;
     if (s->counted != &list || s->revision != list.revision() || s->slots->size() != list.size()) {
         s->slots->clear();
@@ -78,8 +78,8 @@ PyObject* newSpace(PyTypeObject* type, PyObject* arguments, PyObject*) {
                           : word == "current" ? Which::Current
                                               : throw std::invalid_argument("no such space");
         PyObject* object = checked(type->tp_alloc(type, 0));
-        self(object)->which = kind;
-        new (&self(object)->name) engine::Name(name);
+        spaceOf(object)->which = kind;
+        new (&spaceOf(object)->name) engine::Name(name);
         return object;
     });
 }
@@ -87,7 +87,7 @@ PyObject* newSpace(PyTypeObject* type, PyObject* arguments, PyObject*) {
 void freeSpace(PyObject* object) {
     PyTypeObject* type = Py_TYPE(object);
     PyObject_GC_UnTrack(object);
-    delete self(object)->slots;
+    delete spaceOf(object)->slots;
     type->tp_free(object);
     Py_DECREF(type);
 }
@@ -247,7 +247,7 @@ PyObject* nearestMethod(PyObject* object, PyObject* arguments, PyObject* keyword
 
 PyObject* getName(PyObject* object, void*) {
     return guarded([&] {
-        switch (self(object)->which) {
+        switch (spaceOf(object)->which) {
             case Which::Model:
                 return pyText("Model");
             case Which::Current: {
@@ -255,7 +255,7 @@ PyObject* getName(PyObject* object, void*) {
                 return pyText(drawing.currentSpaceIsModel() ? "Model" : drawing.activeLayoutName.view());
             }
             default:
-                return pyText(self(object)->name.view());
+                return pyText(spaceOf(object)->name.view());
         }
     });
 }

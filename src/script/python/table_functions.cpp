@@ -14,8 +14,6 @@ namespace kova::script::python {
 
 namespace {
 
-py::object text(std::string_view s) { return py::reinterpret_steal<py::object>(pyText(s)); }
-
 template <class Record>
 py::object fieldsOf(Record& record) {
     FieldGetter getter;
@@ -38,7 +36,7 @@ struct TableAccess {
 template <class Traits>
 py::list namesIn(engine::Drawing& drawing) {
     py::list out;
-    for (const auto& record : Traits::table(drawing)) out.append(text(record.name.view()));
+    for (const auto& record : Traits::table(drawing)) out.append(textObject(record.name.view()));
     return out;
 }
 
@@ -226,7 +224,7 @@ void setLayout(const std::string& name, py::handle fields) {
 template <class List>
 py::list namesOf(const List& list) {
     py::list out;
-    for (const auto& item : list) out.append(text(item->name.view()));
+    for (const auto& item : list) out.append(textObject(item->name.view()));
     return out;
 }
 
@@ -252,7 +250,7 @@ void addTableFunctions(PyObject* module) {
     });
     m.def("current_record", [](const std::string& t) {
         const TableAccess& table = tableNamed(t);
-        return table.current != nullptr ? text((Binding::get().drawing().*table.current).view()) : py::none();
+        return table.current != nullptr ? textObject((Binding::get().drawing().*table.current).view()) : py::none();
     });
     m.def("set_current_record", setCurrent);
 
