@@ -1,6 +1,6 @@
 #pragma once
 
-#include <Python.h>
+#include <pybind11/pybind11.h>
 
 #include "script/python/convert.hpp"
 
