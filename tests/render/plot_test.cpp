@@ -4,10 +4,12 @@
 
 #include <QGuiApplication>
 #include <QImage>
+#include <QPainter>
 #include <chrono>
 
 #include "engine/kinds/all.hpp"
 #include "math/angles.hpp"
+#include "render/renderer.hpp"
 
 namespace kova::render {
 namespace {
