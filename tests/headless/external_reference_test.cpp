@@ -179,13 +179,13 @@ TEST_F(ExternalReferenceTest, ArePlacedToScale) {
         lines.push_back("0,0");
         run(host, lines);
         run(host, {"XYZ"});
-        EXPECT_EQ(host.prompt(), "Specify X scale factor or [Corner] <1>:");
+        EXPECT_EQ(host.currentPrompt(), "Specify X scale factor or [Corner] <1>:");
         run(host, {"2"});
-        EXPECT_EQ(host.prompt(), "Enter Y scale factor <use X scale factor>:");
+        EXPECT_EQ(host.currentPrompt(), "Enter Y scale factor <use X scale factor>:");
         run(host, {"3"});
-        EXPECT_EQ(host.prompt(), "Specify Z scale factor or <use X scale factor>:");
+        EXPECT_EQ(host.currentPrompt(), "Specify Z scale factor or <use X scale factor>:");
         run(host, {"4"});
-        EXPECT_EQ(host.prompt(), "Specify rotation angle <0>:");
+        EXPECT_EQ(host.currentPrompt(), "Specify rotation angle <0>:");
         run(host, {"90"});
         EXPECT_FALSE(host.isWaiting());
         EXPECT_DOUBLE_EQ(newest(host).scaleX, 2 * 25.4);

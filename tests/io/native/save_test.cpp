@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "io/file_content.hpp"
 #include "io/save.hpp"
 
 namespace kova::io {
