@@ -343,6 +343,7 @@ TEST_F(SessionTest, WhatIsReplacedIsTold) {
     session.feed("ISAVEBAK 0");
     EXPECT_THAT(session.feed("EXPORT " + other),
                 ElementsAre("Command: EXPORT " + other, "Replaced: " + other, "Saved: " + other));
+    session.feed("ISAVEBAK 1");
 }
 
 TEST_F(SessionTest, FormatsThatAreNotWrittenAreTold) {

@@ -1,14 +1,11 @@
 // Own data goes through DWG with the groups that it stands beside, and counts as it does in DXF files.
 #include <gtest/gtest.h>
 
-#include <QTemporaryDir>
-
-#include <fstream>
-#include <sstream>
 
 #include "engine/model/drawing.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/model/sysvar.hpp"
+#include "io/byte_sink.hpp"
 #include "io/dwg/dwg_load.hpp"
 #include "io/dwg/dwg_save.hpp"
 #include "io/dxf/dxf_save.hpp"
@@ -26,14 +23,16 @@ namespace {
 /// The drawing as DWG, its groups changed on the way, opened again.
 void throughDwg(const Drawing& drawing, kdraw::Version version, const std::function<std::string(std::string)>& change,
                 Drawing& result) {
-    const QTemporaryDir folder;
-    const std::string path = folder.filePath("groups.dxf").toStdString();
-    ASSERT_EQ(io::dxf::saveDxfForDwg(drawing, path), "");
-    std::ifstream in(path, std::ios::binary);
-    std::stringstream text;
-    text << in.rdbuf();
+    struct Text final : io::ByteSink {
+        std::string bytes;
+        bool write(const char* data, std::size_t size) override {
+            bytes.append(data, size);
+            return true;
+        }
+    } text;
+    ASSERT_TRUE(io::dxf::writeDxfForDwg(drawing, text));
     kdraw::Database database;
-    ASSERT_EQ(kdraw::databaseFromDxf(change(text.str()), database), "");
+    ASSERT_EQ(kdraw::databaseFromDxf(change(text.bytes), database), "");
     database.version = version;
     std::string bytes;
     ASSERT_EQ(kdraw::encode(database, bytes), "");
