@@ -32,7 +32,7 @@ struct Framed : Picture {
         block->entities.append(std::make_unique<LineEntity>(Vector2{0, 0}, Vector2{400, 0}));
         BlockReferenceEntity& reference = add(BlockReferenceEntity());
         reference.blockName = "B";
-        reference.position = {0, 300};
+        reference.insert = {0, 300};
         reference.clipBoundary = {{20, -50}, {120, 50}};
         reference.clipEnabled = true;
     }
