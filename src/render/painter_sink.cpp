@@ -44,6 +44,14 @@ constexpr engine::HatchLineLimits kVectorHatchLimits{100'000, 150'000};
 QPointF toQt(const Vector2& p) { return {p.x, p.y}; }
 QColor toQt(engine::Rgb c) { return QColor(c.red, c.green, c.blue); }
 
+/// How wide strokes of letters of a height are (pixels): thicker than a sixth of it they would close the letters up,
+/// and so would a whole pixel in small ones.
+double letterWidth(double lineWidth, double height) {
+    constexpr double kThinnest = 0.3;
+    constexpr double kSmall = 7.0;
+    return std::min(lineWidth, std::max(height / (height < kSmall ? kSmall : 6.0), kThinnest));
+}
+
 /// Text along this direction (pixels, y down) is read with the head turned over; straight down counts, straight up
 /// does not.
 bool readsUpsideDown(const Vector2& along) {
@@ -271,6 +279,7 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
         }
     };
     if (marks_ > kMaxMarkPoints) return;
+    usePen(look);
     if (isShape) {
         math::Matrix4 place;
         place(0, 0) = xAxis.x;
@@ -299,6 +308,9 @@ void PainterSink::drawElement(const engine::Linetype& linetype, std::size_t entr
         run.yAxis = -run.yAxis;
     }
     run.origin = origin;
+    Look letters = look;
+    letters.width = letterWidth(look.width, std::abs(size));
+    usePen(letters);
     const auto fill = [&](PathView path) {
         if (!settings_.textFill) return draw(path);
         flattener.flatten(path);
@@ -504,9 +516,7 @@ void PainterSink::text(const engine::TextRun& run, const OutlineStyle& style) {
     if (!up.is_finite() || !along.is_finite() || !run.origin.is_finite()) return;
     const double height = up.length();
     Look letters = look;
-    // Strokes thicker than a sixth of the height would close the letters up, those of a whole pixel in small ones too.
-    constexpr double kThinnest = 0.3;
-    letters.width = std::min(look.width, std::max(height / 6.0, kThinnest));
+    letters.width = letterWidth(look.width, height);
     usePen(letters);
     if (settings_.textAsFrames) return drawTextBox(run);
     if (height < kSmallestText) {

@@ -83,14 +83,12 @@ TEST(Settings, FramesObeyTheirVariables) {
 TEST(Settings, PlotsLeaveFramesOutThatAreOnlyShown) {
     Framed picture;
     PlotPage page = plotPage(picture.drawing, {});
-    const auto strokes = [&] {
-        const QByteArray svg = plot(picture.drawing, std::vector<PlotPage>{page}, PlotFormat::Svg);
-        return svg.count('M');
+    const auto plotted = [&](int frame) {
+        picture.set("FRAME", frame);
+        return plot(picture.drawing, std::vector<PlotPage>{page}, PlotFormat::Svg);
     };
-    picture.set("FRAME", 1);
-    const auto all = strokes();
-    picture.set("FRAME", 2);
-    EXPECT_EQ(strokes(), all - 3);
+    EXPECT_EQ(plotted(2), plotted(0));
+    EXPECT_GT(plotted(1).count("<path"), plotted(2).count("<path"));
 }
 
 TEST(Settings, SplineFramesAndHiddenEdgesAppearWithSplframe) {
@@ -165,10 +163,13 @@ TEST(Settings, SmallTextStaysText) {
         const double width = std::min(380.0, outlineBounds(text).width());
         return picture.coverage(11, 200, 10 + width, 200 + height);
     };
-    for (const char* font : {"arial.ttf", "txt.shx"}) {
+    // Outlines cover the same share at every size; strokes of a pixel cover more of a small letter, but not all of it.
+    for (const auto& [font, most] : {std::pair{"arial.ttf", 1.3}, {"txt.shx", 2.5}}) {
         const double large = covered(font, 16.0);
-        EXPECT_LT(covered(font, 5.0), 1.5 * large) << font;
-        EXPECT_GT(covered(font, 5.0), 0.5 * large) << font;
+        for (const double height : {3.0, 4.0, 5.0, 6.0}) {
+            EXPECT_LT(covered(font, height), most * large) << font << ' ' << height;
+            EXPECT_GT(covered(font, height), 0.5 * large) << font << ' ' << height;
+        }
     }
 }
 
@@ -215,7 +216,7 @@ TEST(Settings, TextsInLinetypesCountFromTheEndOfTheEntryBeforeThem) {
     // The gap lies between 100 and 200 of 300; its first entry ends at 140.
     const math::Bounds2 plain = inkOfText("S=20,X=0,Y=0", {50, 200}, {350, 200});
     ASSERT_FALSE(plain.is_empty());
-    EXPECT_NEAR(plain.min.x, 190.0, 3.0);
+    EXPECT_NEAR(plain.min.x, 190.0, 4.5);
     EXPECT_NEAR(plain.min.y, 200.0, 2.0);
     EXPECT_NEAR(plain.height(), 20.0, 3.0);
     const math::Bounds2 moved = inkOfText("S=20,X=-10,Y=-10", {50, 200}, {350, 200});
@@ -225,14 +226,14 @@ TEST(Settings, TextsInLinetypesCountFromTheEndOfTheEntryBeforeThem) {
     EXPECT_NEAR(inkOfText("S=2,X=0,Y=0", {50, 200}, {350, 200}, 10.0).height(), plain.height(), 2.0);
     // On a line to the left: R stands on its head, to the left of its point; U reads, in the same place.
     const math::Bounds2 head = inkOfText("S=20,R=0,X=0,Y=0", {350, 200}, {50, 200});
-    EXPECT_NEAR(head.max.x, 210.0, 3.0);
+    EXPECT_NEAR(head.max.x, 210.0, 4.5);
     EXPECT_NEAR(head.max.y, 200.0, 2.0);
     const math::Bounds2 upright = inkOfText("S=20,U=0,X=0,Y=0", {350, 200}, {50, 200});
     EXPECT_NEAR(upright.center().x, head.center().x, 2.0);
     EXPECT_NEAR(upright.center().y, head.center().y, 2.0);
     // A counts from the x axis whatever the line does.
     const math::Bounds2 absolute = inkOfText("S=20,A=0,X=0,Y=0", {200, 50}, {200, 350});
-    EXPECT_NEAR(absolute.min.x, 200.0, 3.0);
+    EXPECT_NEAR(absolute.min.x, 200.0, 4.5);
     EXPECT_NEAR(absolute.min.y, 190.0, 3.0);
 }
 
