@@ -97,7 +97,7 @@ TEST(PlotCommand, SheetsInInches) {
     EXPECT_EQ(c.prompt(), "Enter paper units [Inches/Millimeters] <Inches>:");
     c.run({"", "", "", ""});
     EXPECT_EQ(c.prompt(), "Enter plot scale (Plotted Inches=Drawing Units) <1=1>:");
-    c.run({"", "0.5,1", "", "", "", "", "", "", "N", "Y"});
+    c.run({"", "0.5,1", "", "", "", "", "", "", "", "N", "Y"});
     ASSERT_TRUE(c.idle()) << c.prompt();
     EXPECT_EQ(c.setup().paperUnits, 0);
     EXPECT_DOUBLE_EQ(c.setup().offsetX, 12.7);
