@@ -68,6 +68,7 @@ def comparable(data):
     text = data.decode("utf-8", "replace")
     text = re.sub(r"\d{4}-\d\d-\d\d[T ][\d:.]+Z?", "TIME", text)
     text = re.sub(r"\b24\d{5}\.\d+", "DATE", text)  # Julian
+    text = re.sub(r"\b\d\.\d{9,}e-0\d\b", "DURATION", text)  # in days
     text = re.sub(r"\{?[0-9A-Fa-f]{8}(-[0-9A-Fa-f]{4}){3}-[0-9A-Fa-f]{12}\}?", "GUID", text)
     return re.sub(r'("?TD\w+"?\s*[:=]\s*)[\d.]+', r"\1TIME", text)
 

@@ -9,6 +9,7 @@
 #include "engine/inquiry/record_properties.hpp"
 #include "engine/entities/mtext.hpp"
 #include "engine/entities/text.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::cmd {
 
@@ -76,10 +77,7 @@ std::string objectField(const engine::Drawing& drawing, std::string_view rest) {
 
 void append(std::vector<engine::XDataItem>& items, std::string_view text) {
     for (std::size_t at = 0; at < text.size();) {
-        std::size_t size = std::min(kChunk, text.size() - at);
-        // Not within a character.
-        while (size > 1 && at + size < text.size() && (static_cast<unsigned char>(text[at + size]) & 0xC0) == 0x80)
-            --size;
+        const std::size_t size = strings::wholeCharacters(text.substr(at), kChunk);
         items.push_back({1000, std::string(text.substr(at, size))});
         at += size;
     }

@@ -207,7 +207,8 @@ void Session::report(const LispEvaluator::Result& result) {
 bool Session::tryLisp(const std::string& line) {
     if (!lisp_) return false;
     const auto isWordCharacter = [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == '-';
+        return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') || c == '_' || c == '-' ||
+               static_cast<unsigned char>(c) >= 0x80;  // letters of other alphabets
     };
     if (!std::all_of(line.begin(), line.end(), isWordCharacter)) return false;
     const std::string symbol = "C:" + engine::upperCase(line);

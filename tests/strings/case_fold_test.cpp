@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QChar>
+#include <QList>
+#include <QString>
 
 #include "strings/case_tables.hpp"
 #include "strings/utf8.hpp"
@@ -25,9 +27,18 @@ TEST(CaseFold, TablesAreUnicodesAsQtKnowsThem) {
     for (char32_t c = 0; c < 0x110000; ++c) {
         if (!known(c)) continue;
         ++compared;
-        ASSERT_EQ(foldCase(c), QChar::toCaseFolded(c)) << std::hex << static_cast<std::uint32_t>(c);
-        ASSERT_EQ(upperCase(c), QChar::toUpper(c)) << std::hex << static_cast<std::uint32_t>(c);
-        ASSERT_EQ(lowerCase(c), QChar::toLower(c)) << std::hex << static_cast<std::uint32_t>(c);
+        // Qt leaves a letter alone for which the full mapping has several; Unicode has a simple one for some of these.
+        const QString text = QString::fromUcs4(&c, 1);
+        const auto single = [](const QString& mapped) { return mapped.toUcs4().size() == 1; };
+        if (single(text.toCaseFolded())) {
+            ASSERT_EQ(foldCase(c), QChar::toCaseFolded(c)) << std::hex << static_cast<std::uint32_t>(c);
+        }
+        if (single(text.toUpper())) {
+            ASSERT_EQ(upperCase(c), QChar::toUpper(c)) << std::hex << static_cast<std::uint32_t>(c);
+        }
+        if (single(text.toLower())) {
+            ASSERT_EQ(lowerCase(c), QChar::toLower(c)) << std::hex << static_cast<std::uint32_t>(c);
+        }
         ASSERT_EQ(foldCase(foldCase(c)), foldCase(c));
     }
     EXPECT_GT(compared, 100'000U);
@@ -39,6 +50,7 @@ TEST(CaseFold, NamesAreTheSameInEveryAlphabet) {
     EXPECT_TRUE(equalNoCase("Стены", "СТЕНЫ"));
     EXPECT_TRUE(equalNoCase("ΤΟΊΧΟΣ", "τοίχος"));
     EXPECT_TRUE(equalNoCase("Größe", "GRÖßE"));
+    EXPECT_TRUE(equalNoCase("\u1E9E\u1F88", "\u00DF\u1F80"));
     EXPECT_FALSE(equalNoCase("Größe", "GRÖSSE"));
     EXPECT_FALSE(equalNoCase("Möbel", "Mobel"));
     EXPECT_FALSE(equalNoCase("wall", "walls"));

@@ -2,6 +2,7 @@
 
 #include "engine/model/drawing.hpp"
 #include "engine/symbols/symbol_references.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::engine {
 
@@ -140,14 +141,12 @@ std::string_view symbolKindName(SymbolKind kind) {
 bool isValidSymbolName(std::string_view name) {
     constexpr std::size_t maxCharacters = 255;
     if (name.empty() || name.size() > maxCharacters * 4) return false;
-    std::size_t characters = 0;
     for (const char c : name) {
         const auto byte = static_cast<unsigned char>(c);
         if (byte < 0x20 || byte == 0x7F) return false;
         if (std::string_view("<>/\\\":;?*|,=`").find(c) != std::string_view::npos) return false;
-        if ((byte & 0xC0) != 0x80) ++characters;
     }
-    return characters <= maxCharacters;
+    return strings::countCharacters(name) <= maxCharacters;
 }
 
 std::optional<Name> findSymbol(const Drawing& drawing, SymbolKind kind, Name name) {

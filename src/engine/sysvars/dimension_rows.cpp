@@ -4,6 +4,7 @@
 #include "engine/entities/dimensions/arrowheads.hpp"
 #include "engine/sysvars/rows.hpp"
 #include "math/angles.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::engine::rows {
 
@@ -125,33 +126,15 @@ DimValue valueInForce(const Drawing& d, const DimVariable& variable) {
 /// A character as UTF-8, and the single character of a text; 0 when it has more or none.
 std::string characterText(double code) {
     if (!(code >= 1 && code < 0x110000)) return ".";
-    const char32_t c = static_cast<char32_t>(code);
     std::string text;
-    if (c < 0x80) {
-        text += static_cast<char>(c);
-    } else if (c < 0x800) {
-        text += static_cast<char>(0xC0 | c >> 6);
-        text += static_cast<char>(0x80 | (c & 63));
-    } else if (c < 0x10000) {
-        text += static_cast<char>(0xE0 | c >> 12);
-        text += static_cast<char>(0x80 | (c >> 6 & 63));
-        text += static_cast<char>(0x80 | (c & 63));
-    } else {
-        text += static_cast<char>(0xF0 | c >> 18);
-        text += static_cast<char>(0x80 | (c >> 12 & 63));
-        text += static_cast<char>(0x80 | (c >> 6 & 63));
-        text += static_cast<char>(0x80 | (c & 63));
-    }
+    strings::appendUtf8(text, static_cast<char32_t>(code));
     return text;
 }
 char32_t singleCharacter(std::string_view text) {
     if (text.empty()) return U'.';  // "." at a prompt is the empty text
-    const auto lead = static_cast<unsigned char>(text[0]);
-    const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
-    if (text.size() != length) return 0;
-    char32_t c = length == 1 ? lead : lead & (0x7Fu >> length);
-    for (std::size_t i = 1; i < length; ++i) c = c << 6 | (static_cast<unsigned char>(text[i]) & 63);
-    return c;
+    std::size_t i = 0;
+    const char32_t c = strings::nextCodePoint(text, i);
+    return i == text.size() ? c : 0;
 }
 
 SysVarValue getDimension(const Drawing& d, std::size_t index) {

@@ -1,4 +1,5 @@
 #include "kdraw/groups/describing.hpp"
+#include "strings/utf8.hpp"
 
 namespace kdraw {
 
@@ -21,9 +22,8 @@ void longText(Fields& f, int more, int last, std::string& v) {
     if (DxfOutput* out = f.output()) {
         std::string_view rest = v;
         while (rest.size() > kPiece) {
-            std::size_t cut = kPiece;
             // Neither within a character nor within an inline code's beginning.
-            while (cut > 1 && (static_cast<unsigned char>(rest[cut]) & 0xC0U) == 0x80U) --cut;
+            std::size_t cut = kova::strings::wholeCharacters(rest, kPiece);
             for (int back = 0; back < 8 && cut > 200; ++back) {
                 const char before = rest[cut - 1];
                 if (before != '\\' && before != '^' && before != '%' && before != ' ') break;

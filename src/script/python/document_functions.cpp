@@ -118,9 +118,9 @@ void select(py::handle entities) {
 
 void addDocumentFunctions(PyObject* module) {
     auto m = py::reinterpret_borrow<py::module_>(module);
-    m.def("open_file", openFile);
+    m.def("open_file", [](py::handle path) { openFile(textFrom(path.ptr(), "path")); });
     m.def("new_drawing", newDrawing);
-    m.def("save_file", saveFile);
+    m.def("save_file", [](py::handle path) { saveFile(textFrom(path.ptr(), "path")); });
     m.def("path", [] { return py::reinterpret_steal<py::object>(pyPath(Binding::get().drawing().fileName)); });
     m.def("is_modified", [] {
         Binding::get().settle();

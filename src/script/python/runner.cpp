@@ -129,13 +129,19 @@ Runner::Result Runner::run(const std::string& code) {
     const Ref arguments(
         Py_BuildValue("(N)", PyUnicode_DecodeUTF8(code.data(), static_cast<Py_ssize_t>(code.size()), "replace")));
     const Ref answer(call("run_code", "Python", Py_XNewRef(arguments.get()), result.error));
-    const char* output = nullptr;
     const char* error = nullptr;
-    Py_ssize_t size = 0;
     if (answer && PyTuple_Check(answer.get()) && PyTuple_GET_SIZE(answer.get()) == 2) {
-        output = PyUnicode_AsUTF8AndSize(PyTuple_GET_ITEM(answer.get(), 0), &size);
         PyObject* text = PyTuple_GET_ITEM(answer.get(), 1);
-        if (output != nullptr) result.output.assign(output, static_cast<std::size_t>(size));
+        // Paths that are no UTF-8 come out as the bytes they are.
+        for (const char* odd : {"surrogateescape", "replace"}) {
+            const Ref bytes(PyUnicode_AsEncodedString(PyTuple_GET_ITEM(answer.get(), 0), "utf-8", odd));
+            if (!bytes) {
+                PyErr_Clear();
+                continue;
+            }
+            result.output.assign(PyBytes_AS_STRING(bytes.get()), static_cast<std::size_t>(PyBytes_GET_SIZE(bytes.get())));
+            break;
+        }
         result.failed = text != Py_None;
         if (result.failed) error = PyUnicode_AsUTF8(text);
         if (error != nullptr) result.error = error;
@@ -156,13 +162,13 @@ void Runner::callForCommand(const char* function, const std::string& label, PyOb
 void Runner::runFile(const std::string& path) {
     if (const std::string reason = start(); !reason.empty())
         return binding_.session().append("Python is not available: " + reason);
-    callForCommand("run_file", "PYSCRIPT", Py_BuildValue("(s)", path.c_str()));
+    callForCommand("run_file", "PYSCRIPT", Py_BuildValue("(N)", pyPath(path)));
 }
 
 void Runner::loadFile(const std::string& path) {
     if (const std::string reason = start(); !reason.empty())
         return binding_.session().append("Python is not available: " + reason);
-    callForCommand("load_file", "PYLOAD", Py_BuildValue("(s)", path.c_str()));
+    callForCommand("load_file", "PYLOAD", Py_BuildValue("(N)", pyPath(path)));
 }
 
 void Runner::reloadFiles() {

@@ -1,6 +1,7 @@
 // Names and the records they stand for.
 #include "engine/entities/dimensions/arrowheads.hpp"
 #include "io/dxf/writing/writer.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::io::dxf {
 
@@ -29,9 +30,7 @@ std::string_view Writer::symbol(Name name) {
 
     const auto [it, fresh] = cleanNames_.try_emplace(&name.str());
     if (!fresh) return it->second;
-    std::string clean(text.substr(0, 200));
-    while (!clean.empty() && clean.size() < text.size() && (static_cast<unsigned char>(clean.back()) & 0xC0U) == 0x80U)
-        clean.pop_back();
+    std::string clean(text.substr(0, strings::wholeCharacters(text, 200)));
     for (char& c : clean)
         if (isForbidden(c)) c = '_';
     if (clean.empty()) clean = "_";

@@ -2,6 +2,7 @@
 #include "engine/text/mtext_layout.hpp"
 #include "engine/text/text_line.hpp"
 #include "io/dxf/writing/writer.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::io::dxf {
 
@@ -35,8 +36,7 @@ std::string oneLine(std::string_view content) {
 /// The content in pieces; cut neither within a character nor within an inline code's beginning.
 void Writer::longText(int moreCode, int lastCode, std::string_view content) {
     while (content.size() > kTextPiece) {
-        std::size_t cut = kTextPiece;
-        while (cut > 1 && (static_cast<unsigned char>(content[cut]) & 0xC0U) == 0x80U) --cut;
+        std::size_t cut = strings::wholeCharacters(content, kTextPiece);
         // A backslash stays with what follows it, a caret and a per cent code too.
         for (std::size_t back = 0; back < 8 && cut > 200; ++back) {
             const char before = content[cut - 1];

@@ -241,7 +241,8 @@ Value folderFiles(Machine&, Value* v, int n) {
 std::span<const BuiltinDef> fileBuiltins() {
     static constexpr BuiltinDef rows[] = {
         {"OPEN", 2, 2, open, "path mode",
-         "Opens a text file to read (\"r\"), write (\"w\") or append (\"a\"); nil on failure.",
+         "Opens a text file to read (\"r\"), write (\"w\") or append (\"a\"); nil on failure. What is no UTF-8 is read in "
+         "the code page that DWGCODEPAGE names.",
          "(setq f (open \"report.txt\" \"w\"))"},
         {"CLOSE", 1, 1, close, "file", "Closes a file.", "(close f)"},
         {"READ-LINE", 1, 1, readLine, "file", "The next line; nil at the end.", "(read-line f)"},

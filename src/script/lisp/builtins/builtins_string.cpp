@@ -10,6 +10,7 @@
 #include "script/lisp/reader.hpp"
 #include "strings/case_fold.hpp"
 #include "strings/numbers.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::script::lisp {
 
@@ -17,11 +18,8 @@ namespace {
 
 // Positions count characters, which take more than one byte outside of ASCII.
 
-bool isContinuation(char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; }
-
-std::size_t characters(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return !isContinuation(c); }));
-}
+using strings::appendUtf8;
+using strings::isContinuation;
 
 /// Offset of a character; the text's size beyond its end.
 std::size_t offsetOf(std::string_view text, std::size_t character) {
@@ -33,28 +31,10 @@ std::size_t offsetOf(std::string_view text, std::size_t character) {
     return i;
 }
 
-void appendCodePoint(std::string& out, std::int64_t c) {
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
 std::int64_t firstCode(std::string_view text) {
     if (text.empty()) return 0;
     std::size_t i = 0;
-    return static_cast<std::int64_t>(engine::nextCodePoint(text, i));
+    return static_cast<std::int64_t>(strings::nextCodePoint(text, i));
 }
 
 Value strcat(Machine&, Value* v, int n) {
@@ -70,7 +50,7 @@ Value strcat(Machine&, Value* v, int n) {
 
 Value strlen(Machine&, Value* v, int n) {
     std::size_t count = 0;
-    for (int i = 0; i < n; ++i) count += characters(stringArgument("STRLEN", v[i]));
+    for (int i = 0; i < n; ++i) count += strings::countCharacters(stringArgument("STRLEN", v[i]));
     return Value::integer(static_cast<std::int64_t>(count));
 }
 
@@ -116,7 +96,7 @@ Value trim(Machine&, Value* v, int) {
 /// Character position of a byte offset, or nil.
 Value positionOf(std::string_view text, std::size_t offset) {
     if (offset == std::string_view::npos) return {};
-    return Value::integer(static_cast<std::int64_t>(characters(text.substr(0, offset))));
+    return Value::integer(static_cast<std::int64_t>(strings::countCharacters(text.substr(0, offset))));
 }
 
 std::size_t startArgument(const char* function, std::string_view text, Value* v, int n, int at) {
@@ -134,7 +114,7 @@ Value search(Machine&, Value* v, int n) {
 
 Value positionOfCharacter(Machine&, Value* v, int n) {
     std::string pattern;
-    appendCodePoint(pattern, integerArgument("VL-STRING-POSITION", v[0]) & 0x1FFFFF);
+    appendUtf8(pattern, static_cast<char32_t>(integerArgument("VL-STRING-POSITION", v[0]) & 0x1FFFFF));
     const std::string& text = stringArgument("VL-STRING-POSITION", v[1]);
     const std::size_t start = startArgument("VL-STRING-POSITION", text, v, n, 2);
     return positionOf(text, n > 3 && v[3].isTrue() ? text.rfind(pattern) : text.find(pattern, start));
@@ -175,21 +155,21 @@ Value mismatch(Machine&, Value* v, int) {
     const std::string& b = stringArgument("VL-STRING-MISMATCH", v[1]);
     std::size_t i = 0;
     while (i < a.size() && i < b.size() && a[i] == b[i]) ++i;
-    return Value::integer(static_cast<std::int64_t>(characters(std::string_view(a).substr(0, i))));
+    return Value::integer(static_cast<std::int64_t>(strings::countCharacters(std::string_view(a).substr(0, i))));
 }
 
 Value stringToList(Machine&, Value* v, int) {
     const std::string& text = stringArgument("VL-STRING->LIST", v[0]);
     ListBuilder codes;
     for (std::size_t i = 0; i < text.size();)
-        codes.add(Value::integer(static_cast<std::int64_t>(engine::nextCodePoint(text, i))));
+        codes.add(Value::integer(static_cast<std::int64_t>(strings::nextCodePoint(text, i))));
     return codes.finish();
 }
 
 Value listToString(Machine&, Value* v, int) {
     std::string text;
     for (ListView item(listArgument("VL-LIST->STRING", v[0])); item; ++item)
-        appendCodePoint(text, integerArgument("VL-LIST->STRING", *item) & 0x1FFFFF);
+        appendUtf8(text, static_cast<char32_t>(integerArgument("VL-LIST->STRING", *item) & 0x1FFFFF));
     return Value::string(std::move(text));
 }
 
@@ -262,7 +242,7 @@ Value chr(Machine&, Value* v, int) {
     const std::int64_t code = integerArgument("CHR", v[0]);
     if (code < 0 || code > 0x10FFFF) badArgument("CHR", "a character code", v[0]);
     std::string text;
-    if (code > 0) appendCodePoint(text, code);
+    if (code > 0) appendUtf8(text, static_cast<char32_t>(code));
     return Value::string(std::move(text));
 }
 

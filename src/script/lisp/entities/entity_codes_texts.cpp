@@ -9,6 +9,7 @@
 #include "engine/text/text_line.hpp"
 #include "engine/entities/dimensions/tolerance.hpp"
 #include "script/lisp/entities/entity_codes.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::script::lisp {
 
@@ -103,8 +104,7 @@ void mtextGroups(const GroupIo& io, Entity& entity) {
         // Texts come in pieces of 250 bytes, none of them cut within a character.
         std::string_view rest = e.content;
         while (rest.size() > 250) {
-            std::size_t cut = 250;
-            while (cut > 200 && (static_cast<unsigned char>(rest[cut]) & 0xC0) == 0x80) --cut;
+            const std::size_t cut = strings::wholeCharacters(rest, 250);
             io.out().text(3, rest.substr(0, cut));
             rest.remove_prefix(cut);
         }
