@@ -245,7 +245,7 @@ TEST_F(CliTest, PathsAreBytes) {
     const std::string program = "QT_QPA_PLATFORM=offscreen '" KOVA_PROGRAM "' ";
     // The shell makes the name, since Qt's own processes take Unicode only.
     const auto shell = [&](const std::string& line) {
-        return std::system(("cd '" + folder + "' && N=$(printf 'M\\366bel') && " + line + " > out.txt 2>&1").c_str());
+        return std::system(("cd '" + folder + "' && N=$(printf 'M\\366bel') && { " + line + "; } > out.txt 2>&1").c_str());
     };
     EXPECT_EQ(shell(program + "run -c LINE -c 0,0 -c 5,5 -c '' --save \"$N.dxf\" --png \"$N.png\""), 0);
     EXPECT_EQ(shell("printf 'CIRCLE\\n1,1\\n2\\n' > \"$N.scr\" && " + program +
@@ -264,6 +264,7 @@ TEST_F(CliTest, PathsAreBytes) {
                      "d.open(n)\nd.save(os.path.abspath('copy-' + n))\nprint('at', os.path.basename(d.current().path) == 'copy-' + n)\n");
     EXPECT_EQ(shell("cp copy.py \"$N.py\" && " + program + "run -c PYSCRIPT -c \"$N.py\" && test -f \"copy-$N.dwg\""), 0);
     EXPECT_THAT(read("out.txt"), HasSubstr("at True"));
+    std::filesystem::remove_all(folder);  // Qt cannot name these files
 }
 
 }  // namespace
