@@ -402,6 +402,14 @@ TEST_F(SessionTest, AFailedSaveKeepsTheBackup) {
         EXPECT_EQ(bytes(file), before) << extension;
         EXPECT_EQ(bytes(path("a.bak")), backup) << extension;
         EXPECT_TRUE(session.document().isModified());
+        if (std::string_view(extension) != ".dwg") continue;
+        // No file can be made in this folder, not even by root.
+        const QByteArray temporary = qgetenv("TMPDIR");
+        qputenv("TMPDIR", "/proc");
+        EXPECT_THAT(session.save(""), ::testing::StartsWith("DWG export: writing the intermediate DXF failed: "));
+        temporary.isEmpty() ? qunsetenv("TMPDIR") : qputenv("TMPDIR", temporary);
+        EXPECT_EQ(bytes(file), before);
+        EXPECT_EQ(bytes(path("a.bak")), backup);
     }
 }
 

@@ -1,4 +1,3 @@
-#include <fstream>
 #include <map>
 
 #include "cmd/prompts/file_names.hpp"
@@ -6,6 +5,7 @@
 #include "edit/entity_copies.hpp"
 #include "engine/inquiry/value_text.hpp"
 #include "cmd/registry.hpp"
+#include "io/save.hpp"
 #include "io/text_file.hpp"
 #include "engine/entities/block_reference.hpp"
 #include "engine/model/name.hpp"
@@ -148,7 +148,7 @@ protected:
 private:
     void write(const std::string& path, const std::vector<Column>& columns, const std::vector<std::uint64_t>& ids,
                bool spaced) const {
-        std::ofstream file(path, std::ios::binary);
+        std::string text;
         std::size_t records = 0;
         for (const std::uint64_t id : ids) {
             const auto* reference = dynamic_cast<const BlockReferenceEntity*>(drawing().findById(id));
@@ -170,10 +170,10 @@ private:
                     line += column.numeric ? value : "'" + value + "'";
                 }
             }
-            file << line << "\r\n";
+            text += line + "\r\n";
         }
-        file.flush();
-        message(file ? counted(records, "record") + " in extract file." : "Cannot write " + path + ".");
+        const std::string error = io::saveFile(path, text);
+        message(error.empty() ? counted(records, "record") + " in extract file." : error);
     }
 
     static std::string number(double value, int decimals) {
