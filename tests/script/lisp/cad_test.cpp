@@ -58,7 +58,7 @@ TEST_F(CadTest, EntitiesFollowEachOtherAsTheyWereMade) {
         eval("(entmake '((0 . \"POINT\") (10 " + std::string(x) + " 0)))");
     // A handle that the counter never gave is older than all that it gives.
     auto odd = std::make_unique<engine::PointEntity>(math::Vector2{0, 0});
-    odd->setHandle(std::uint64_t{1} << 60);
+    odd->setHandle(0x10000000);
     drawing().modelSpace().append(std::move(odd));
     std::vector<engine::Entity*> order = drawing().modelSpace().entities();
     std::swap(order[0], order[3]);

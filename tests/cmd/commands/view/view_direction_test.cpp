@@ -1,4 +1,5 @@
 #include "cmd/draw_harness.hpp"
+#include "doc/pick/picking.hpp"
 #include "edit/view_state.hpp"
 #include "engine/entities/circle.hpp"
 #include "engine/entities/viewport.hpp"
@@ -200,7 +201,7 @@ TEST(Spaces, LengthsAndObjectsChangeSpace) {
     const auto& circle = c.last<engine::CircleEntity>();
     expectNear(circle.center, toPaper.transform_point(Vector2{50, 0}));
     EXPECT_NEAR(circle.radius, 0.2, 1e-9);
-    c.run({"CHSPACE", "L", ""});
+    c.run({"CHSPACE", namedPick(circle.handle()), ""});
     EXPECT_EQ(c.lines[c.lines.size() - 2], "1 object(s) changed from PAPER space to MODEL space.");
     EXPECT_EQ(c.drawing().modelSpace().size(), 2u);
     EXPECT_NEAR(static_cast<engine::CircleEntity*>(c.drawing().modelSpace().last())->radius, 10.0, 1e-9);
