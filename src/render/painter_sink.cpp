@@ -44,12 +44,11 @@ constexpr engine::HatchLineLimits kVectorHatchLimits{100'000, 150'000};
 QPointF toQt(const Vector2& p) { return {p.x, p.y}; }
 QColor toQt(engine::Rgb c) { return QColor(c.red, c.green, c.blue); }
 
-/// How wide strokes of letters of a height are (pixels): thicker than a sixth of it they would close the letters up,
+/// How wide strokes of letters of a height are (pixels): thicker than an eighth of it they would close the letters up,
 /// and so would a whole pixel in small ones.
 double letterWidth(double lineWidth, double height) {
     constexpr double kThinnest = 0.3;
-    constexpr double kSmall = 7.0;
-    return std::min(lineWidth, std::max(height / (height < kSmall ? kSmall : 6.0), kThinnest));
+    return std::min(lineWidth, std::max(height / 8.0, kThinnest));
 }
 
 /// Text along this direction (pixels, y down) is read with the head turned over; straight down counts, straight up
