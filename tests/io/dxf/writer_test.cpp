@@ -449,7 +449,7 @@ TEST(DxfOwnData, ChosenFieldsComeBackAndTheOthersStay) {
     DimensionEntity to;
     to.def1 = {1, 2};
     to.linearRotation = 0.5;
-    ASSERT_TRUE(applyOwnData(json, to)) << json;
+    ASSERT_TRUE(applyOwnData({json, {}}, to)) << json;
     EXPECT_EQ(to.def1, (Vector2{1, 2}));
     EXPECT_EQ(to.linearRotation, 0.5);
     EXPECT_EQ(to.styleOverrides, from.styleOverrides);
@@ -458,13 +458,13 @@ TEST(DxfOwnData, ChosenFieldsComeBackAndTheOthersStay) {
     EXPECT_EQ(to.elevation, 7.0);
     // A line's end keeps its height when only common fields come.
     LineEntity line(math::Vector3{0, 0, 1}, math::Vector3{1, 1, 5});
-    ASSERT_TRUE(applyOwnData(R"({"annotative":true})", line));
+    ASSERT_TRUE(applyOwnData({R"({"annotative":true})", {}}, line));
     EXPECT_EQ(line.end3().z, 5.0);
     EXPECT_TRUE(line.annotative());
-    EXPECT_FALSE(applyOwnData("{\"a\":", line));
-    EXPECT_FALSE(applyOwnData("[]", line));
-    EXPECT_TRUE(isPlaceholder(R"({"placeholder":true})"));
-    EXPECT_FALSE(isPlaceholder(R"({"name":"x"})"));
+    EXPECT_FALSE(applyOwnData({"{\"a\":", {}}, line));
+    EXPECT_FALSE(applyOwnData({"[]", {}}, line));
+    EXPECT_TRUE(isPlaceholder({R"({"placeholder":true})", {}}));
+    EXPECT_FALSE(isPlaceholder({R"({"name":"x"})", {}}));
     // Pieces never part a character.
     std::string joined;
     eachPiece("aa\xC3\xA4\xE2\x82\xAC!", 3, [&](std::string_view piece) {

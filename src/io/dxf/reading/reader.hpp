@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -100,7 +101,7 @@ private:
     void applyHeader(bool ownRecord);
     bool headerName(const HeaderValue& value, bool ownRecord);
     bool namesMissingRecord(const HeaderValue& value) const;
-    void deriveUniversalTimes();
+    void deriveUniversalTimes(const std::array<double, 2>& before);
     void applyHeaderDimensions();
 
     // reader_tables.cpp ---------------------------------------------------------------------------------------

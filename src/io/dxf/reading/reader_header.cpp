@@ -125,22 +125,6 @@ bool Reader::headerName(const HeaderValue& value, bool ownRecord) {
     return true;
 }
 
-/// DWG files, and many programs, have the local times only.
-void Reader::deriveUniversalTimes() {
-    const double offset = engine::julianNow(true) - engine::julianNow();
-    for (const auto& [local, universal] : {std::pair{"TDCREATE", "TDUCREATE"}, std::pair{"TDUPDATE", "TDUUPDATE"}}) {
-        const auto has = [&](std::string_view name) {
-            return std::any_of(header_.begin(), header_.end(), [&](const HeaderValue& v) { return v.name == name; });
-        };
-        if (!has(local) || has(universal)) continue;
-        // What is known to the millisecond stays as it is; zones are whole quarters of an hour, up to 14 hours.
-        const double moment = engine::sysVarReal(drawing_, local);
-        const double shift = std::abs(engine::sysVarReal(drawing_, universal) - moment) * 96.0;
-        if (shift < 56.5 && std::abs(shift - std::round(shift)) < 1e-4) continue;
-        if (moment > 0.0) drawing_.realVariables[universal] = moment + std::round(offset * 96.0) / 96.0;
-    }
-}
-
 namespace {
 
 /// True when a variable has a value already, as far as files can tell.
@@ -161,6 +145,23 @@ bool isSame(const engine::SysVarDef& def, const SysVarValue& a, const SysVarValu
 
 }  // namespace
 
+/// DWG files, and many programs, have the local times only. `before` are the local times that the own record gave; where
+/// the header says the same, its universal ones stand.
+void Reader::deriveUniversalTimes(const std::array<double, 2>& before) {
+    const double offset = std::round((engine::julianNow(true) - engine::julianNow()) * 96.0) / 96.0;
+    constexpr std::array<std::pair<const char*, const char*>, 2> kTimes{
+        {{"TDCREATE", "TDUCREATE"}, {"TDUPDATE", "TDUUPDATE"}}};
+    for (std::size_t i = 0; i < kTimes.size(); ++i) {
+        const auto& [local, universal] = kTimes[i];
+        const auto has = [&](std::string_view name) {
+            return std::any_of(header_.begin(), header_.end(), [&](const HeaderValue& v) { return v.name == name; });
+        };
+        const double moment = engine::sysVarReal(drawing_, local);
+        if (!has(local) || has(universal) || moment == before[i] || !(moment > 0.0)) continue;
+        drawing_.realVariables[universal] = moment + offset;
+    }
+}
+
 bool Reader::namesMissingRecord(const HeaderValue& value) const {
     const engine::Name given = name(value.tags.front());
     if (given.empty()) return false;
@@ -169,6 +170,8 @@ bool Reader::namesMissingRecord(const HeaderValue& value) const {
 }
 
 void Reader::applyHeader(bool ownRecord) {
+    std::array<double, 2> before{};
+    if (ownRecord) before = {engine::sysVarReal(drawing_, "TDCREATE"), engine::sysVarReal(drawing_, "TDUPDATE")};
     // What is current comes before what overrides it.
     for (const HeaderValue& value : header_)
         if (value.name == "DIMSTYLE") headerName(value, ownRecord);
@@ -241,7 +244,7 @@ void Reader::applyHeader(bool ownRecord) {
         // A value that a variable cannot have leaves the default.
         engine::loadSysVar(drawing_, def->name, v);
     }
-    deriveUniversalTimes();
+    deriveUniversalTimes(before);
 }
 
 }  // namespace kova::io::dxf
