@@ -195,7 +195,7 @@ TEST(DxfOwnData, AfterAnotherProgram) {
     std::ofstream(folder.file("ours.dxf"), std::ios::binary) << io::dxf::dxfText(drawing);
     const auto edited = [&](const char* how, Drawing& result) {
         QProcess process;
-        process.start("/usr/bin/python3", {QString::fromUtf8(KOVA_SOURCE_DIR "/tests/io_dxf/edit.py"), how,
+        process.start("/usr/bin/python3", {QString::fromUtf8(KOVA_SOURCE_DIR "/tests/io/dxf/edit.py"), how,
                                            QString::fromStdString(folder.file("ours.dxf")),
                                            QString::fromStdString(folder.file("theirs.dxf"))});
         if (!process.waitForStarted() || !process.waitForFinished(120000) || process.exitCode() == 77) return false;
