@@ -72,7 +72,7 @@ public:
                 {"LEADER", {3, 10, 210}},
                 {"TOLERANCE", {1, 3, 10, 11, 210}},
                 {"HATCH", {2,  10, 11, 40, 41, 42, 43, 44, 45,  46,  49,  50,  51,  52,  53,
-                           70, 75, 76, 77, 92, 63, 421, 452, 460, 461, 462, 463, 470, 210}},
+                           70, 75, 76, 77, 92, 421, 452, 460, 461, 462, 463, 470, 210}},
                 {"INSERT", {2, 10, 41, 42, 43, 44, 45, 50, 70, 71, 210}},
                 {"ATTRIB", {1, 2, 7, 10, 11, 40, 41, 50, 51, 70, 72, 74, 210}},
                 {"ATTDEF", {1, 2, 3, 7, 10, 11, 40, 41, 50, 51, 70, 72, 74, 210}},
@@ -92,7 +92,7 @@ public:
                 {"POLYLINE", {70, 71, 72, 73, 74, 75}},
                 {"VERTEX", {10, 70, 71, 72, 73, 74}},
                 {"SPLINE", {10, 11, 40, 41, 71}},
-                {"HELIX", {10, 11, 12, 40, 41, 42, 71, 280, 290}},
+                {"HELIX", {10, 12, 40, 41, 42, 71, 280, 290}},
                 {"LAYER", {2, 6, 62, 370, 420}},
                 {"LTYPE", {2, 9, 44, 45, 46, 49, 50, 74}},
                 {"STYLE", {2}},
@@ -103,7 +103,7 @@ public:
                 {"LAYOUT", {1, 71, 74, 75, 78}},
                 {"PLOTSETTINGS", {1, 74, 75, 78}},
                 {"MLEADERSTYLE", {340, 341, 342, 343}},
-                {"TABLESTYLE", {7, 62, 63, 140, 170, 283}},
+                {"TABLESTYLE", {7, 62, 140, 170, 283}},
             };
         }();
         const auto row = std::find_if(rows.begin(), rows.end(), [&](const Relevant& r) { return r.type_ == type; });
@@ -143,6 +143,7 @@ public:
         sum_ = 0;
         std::string pieces;
         const bool fitOnly = type_ == "SPLINE" && std::none_of(tags.begin(), tags.end(), hasCode(10));
+        const bool trueColor = std::any_of(tags.begin(), tags.end(), hasCode(420));
         const auto background = std::find_if(tags.begin(), tags.end(), hasCode(90));
         const bool filled = type_ == "MTEXT" && background != tags.end() && (background->integer() & 1) != 0;
         for (std::size_t i = 0; i < tags.size(); ++i) {
@@ -153,6 +154,8 @@ public:
                 ++i;
             } else if (relevant != nullptr && !relevant->contains(c)) {
                 continue;
+            } else if (c == 62 && trueColor) {
+                continue;  // the nearest index, of which there may be two
             } else if (type_ == "SPLINE" && c == 11 && !fitOnly) {
                 continue;  // beside control points DWG has no fit points
             } else if (type_ == "MTEXT" && !filled && (c == 45 || c == 63 || c == 90 || c == 421 || c == 441)) {
@@ -263,7 +266,7 @@ Fingerprint fingerprintOf(std::string_view text, const TextDecoder& decoder) {
         if (first)
             print = one;
         else if (record.type != "SEQEND")
-            print.parts += one.whole();
+            print.parts += one.body;
         first = false;
     }
     return print;

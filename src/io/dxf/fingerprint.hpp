@@ -22,7 +22,8 @@ struct Fingerprint {
     std::uint64_t body = 0;   ///< the groups of the kind, and its extended data under ACAD
     std::uint64_t parts = 0;  ///< the records that belong to it: attributes, vertices
 
-    std::uint64_t whole() const { return head + body + parts; }
+    /// What counts of a record that is a part of another one.
+    std::uint64_t groups() const { return body + parts; }
 };
 
 /// `groups` are all of a record without its group 0, extended data included.

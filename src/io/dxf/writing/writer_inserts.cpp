@@ -12,7 +12,8 @@ namespace {
 /// True when an ATTRIB record says everything.
 bool isExactAttribute(const BlockAttribute& a) {
     return !a.tag.empty() && a.tag.find(' ') == std::string::npos && a.hAlign >= 0 && a.hAlign <= 5 && a.vAlign >= 0 &&
-           a.vAlign <= 3 && (a.generation & ~6) == 0 && !a.textStyle.empty() && !a.multiline && a.width == 0.0;
+           a.vAlign <= 3 && (a.generation & ~6) == 0 && !a.textStyle.empty() && !a.multiline && a.width == 0.0 &&
+           (!a.plane || std::abs(a.plane->normal.length() - 1.0) < 1e-12);
 }
 
 /// Corners of a frame that encloses everything an inverted clip may have to show.

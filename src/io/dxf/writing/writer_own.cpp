@@ -79,7 +79,7 @@ void Writer::ownXdata(const OwnData& own, std::string_view parts) {
         own.inDictionary ? extensions_[extensionIndex_.at(own.dictionary)].records.back().second : text;
     if (own.scope.checked) {
         Fingerprint plain = fingerprintOf(out_->view().substr(recordStart_), decoder_);
-        if (!parts.empty()) plain.parts = fingerprintOf(parts, decoder_).whole();
+        if (!parts.empty()) plain.parts = fingerprintOf(parts, decoder_).groups();
         addFingerprint(json, plain, own.scope);
     }
     if (own.inDictionary) return;
