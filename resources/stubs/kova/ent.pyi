@@ -520,8 +520,8 @@ class Hatch(Entity):
 class Dimension(Entity):
     """The kind "Dimension".
 
-    Positional arguments: sub_type, def1, def2, dim_line, def3, def4, text_height, text_override, text_rotation, user_text, linear_rotation, oblique_angle, arrow_size, ext_gap, ext_extension, dim_style_name, style_overrides, name_overrides, jogged, jog_center, jog_point, partial_arc, angular_lines, inspect_shape, inspect_label, inspect_rate."""
-    def __init__(self, sub_type: int = ..., def1: Point = ..., def2: Point = ..., dim_line: Point = ..., def3: Point = ..., def4: Point = ..., text_height: float = ..., text_override: str = ..., text_rotation: float = ..., user_text: Point = ..., linear_rotation: float = ..., oblique_angle: float = ..., arrow_size: float = ..., ext_gap: float = ..., ext_extension: float = ..., dim_style_name: str = ..., style_overrides: dict[str, float] = ..., name_overrides: dict[str, str] = ..., jogged: bool = ..., jog_center: Point = ..., jog_point: Point = ..., partial_arc: bool = ..., angular_lines: bool = ..., inspect_shape: int = ..., inspect_label: str = ..., inspect_rate: str = ..., *, dim_style: str = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    Positional arguments: sub_type, def1, def2, dim_line, def3, def4, text_height, text_override, text_rotation, user_text, text_at_origin, linear_rotation, oblique_angle, arrow_size, ext_gap, ext_extension, dim_style_name, style_overrides, name_overrides, jogged, jog_center, jog_point, partial_arc, angular_lines, inspect_shape, inspect_label, inspect_rate."""
+    def __init__(self, sub_type: int = ..., def1: Point = ..., def2: Point = ..., dim_line: Point = ..., def3: Point = ..., def4: Point = ..., text_height: float = ..., text_override: str = ..., text_rotation: float = ..., user_text: Point = ..., text_at_origin: bool = ..., linear_rotation: float = ..., oblique_angle: float = ..., arrow_size: float = ..., ext_gap: float = ..., ext_extension: float = ..., dim_style_name: str = ..., style_overrides: dict[str, float] = ..., name_overrides: dict[str, str] = ..., jogged: bool = ..., jog_center: Point = ..., jog_point: Point = ..., partial_arc: bool = ..., angular_lines: bool = ..., inspect_shape: int = ..., inspect_label: str = ..., inspect_rate: str = ..., *, dim_style: str = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def sub_type(self) -> int:
         """int."""
@@ -572,6 +572,11 @@ class Dimension(Entity):
         """Vector2, drawing units."""
     @user_text.setter
     def user_text(self, value: Point) -> None: ...
+    @property
+    def text_at_origin(self) -> bool:
+        """bool."""
+    @text_at_origin.setter
+    def text_at_origin(self, value: bool) -> None: ...
     @property
     def linear_rotation(self) -> float:
         """float, radians."""
@@ -1109,8 +1114,8 @@ class MLine(Entity):
 class MLeader(Entity):
     """The kind "MLeader".
 
-    Positional arguments: heads, content_type, text_content, block_name, content_pos, landing_gap, landing_distance, has_landing, has_dogleg, arrow_size, text_height, style_name."""
-    def __init__(self, heads: Sequence[dict[str, Any]] = ..., content_type: int = ..., text_content: str = ..., block_name: str = ..., content_pos: Point = ..., landing_gap: float = ..., landing_distance: float = ..., has_landing: bool = ..., has_dogleg: bool = ..., arrow_size: float = ..., text_height: float = ..., style_name: str = ..., *, text: str = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    Positional arguments: heads, content_type, text_content, block_name, attributes, content_pos, landing_gap, landing_distance, has_landing, has_dogleg, arrow_size, text_height, style_name, overrides."""
+    def __init__(self, heads: Sequence[dict[str, Any]] = ..., content_type: int = ..., text_content: str = ..., block_name: str = ..., attributes: Sequence[dict[str, Any]] = ..., content_pos: Point = ..., landing_gap: float = ..., landing_distance: float = ..., has_landing: bool = ..., has_dogleg: bool = ..., arrow_size: float = ..., text_height: float = ..., style_name: str = ..., overrides: dict[str, Any] | None = ..., *, text: str = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def heads(self) -> list[dict[str, Any]]:
         """A list of dicts of fields."""
@@ -1131,6 +1136,11 @@ class MLeader(Entity):
         """str."""
     @block_name.setter
     def block_name(self, value: str) -> None: ...
+    @property
+    def attributes(self) -> list[dict[str, Any]]:
+        """A list of dicts of fields."""
+    @attributes.setter
+    def attributes(self, value: Sequence[dict[str, Any]]) -> None: ...
     @property
     def content_pos(self) -> Vector2:
         """Vector2, drawing units."""
@@ -1172,6 +1182,11 @@ class MLeader(Entity):
     @style_name.setter
     def style_name(self, value: str) -> None: ...
     @property
+    def overrides(self) -> dict[str, Any] | None:
+        """A dict of fields, or None."""
+    @overrides.setter
+    def overrides(self, value: dict[str, Any] | None) -> None: ...
+    @property
     def text(self) -> str:
         """str. The same as `text_content`."""
     @text.setter
@@ -1181,7 +1196,7 @@ class Table(Entity):
     """The kind "Table".
 
     Positional arguments: insertion, rows, cols."""
-    def __init__(self, insertion: Point = ..., rows: int = ..., cols: int = ..., *, row_heights: Sequence[float] = ..., col_widths: Sequence[float] = ..., text_height: float = ..., row_text_heights: Sequence[float] = ..., style_name: str = ..., cells: Sequence[dict[str, Any]] = ..., rotation: float = ..., insertion_point: Point = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
+    def __init__(self, insertion: Point = ..., rows: int = ..., cols: int = ..., *, row_heights: Sequence[float] = ..., col_widths: Sequence[float] = ..., text_height: float = ..., row_text_heights: Sequence[float] = ..., style_name: str = ..., cells: Sequence[dict[str, Any]] = ..., rotation: float = ..., horizontal_margin: float = ..., vertical_margin: float = ..., insertion_point: Point = ..., layer_name: str = ..., color: Color = ..., color_index: int = ..., linetype_name: str = ..., linetype_scale: float = ..., lineweight: int = ..., transparency: int = ..., visible: bool = ..., elevation: float = ..., thickness: float = ..., normal: Point = ..., plot_style_name: str = ..., annotative: bool = ..., annotation_scale: float = ..., object_scales: Sequence[str] = ..., xdata: dict[str, Sequence[tuple[int, Any]]] = ...) -> None: ...
     @property
     def insertion(self) -> Vector2:
         """Vector2, drawing units."""
@@ -1232,6 +1247,16 @@ class Table(Entity):
         """float, radians."""
     @rotation.setter
     def rotation(self, value: float) -> None: ...
+    @property
+    def horizontal_margin(self) -> float:
+        """float, drawing units."""
+    @horizontal_margin.setter
+    def horizontal_margin(self, value: float) -> None: ...
+    @property
+    def vertical_margin(self) -> float:
+        """float, drawing units."""
+    @vertical_margin.setter
+    def vertical_margin(self, value: float) -> None: ...
     @property
     def insertion_point(self) -> Vector2:
         """Vector2, drawing units. The same as `insertion`."""
