@@ -634,13 +634,13 @@ TEST(DxfReader, JogAnglesInDegreesAndRadians) {
                         "7|25 7|1001 ACAD|1000 DSTYLE|1002 {|1070 50|1040 ") +
             value + "|1002 }";
         Drawing d;
-        ASSERT_EQ(loadDxfText(header("AC1027", std::string("9 $DIMJOGANG|40 ") + value) + groups(styles) +
-                                  entities(dimension),
-                              d),
-                  "");
+        ASSERT_EQ(loadDxfText(header("AC1027") + groups(styles) + entities(dimension), d), "");
         EXPECT_NEAR(d.dimStyles.find("Jog")->jogAngle, 1.0471975511965976, 1e-12) << value;
-        EXPECT_NEAR(sysVarReal(d, "DIMJOGANG"), 1.0471975511965976, 1e-12) << value;
         EXPECT_NEAR(first<DimensionEntity>(d)->style().jogAngle, 1.0471975511965976, 1e-12) << value;
+        // A file without a table of styles has its one style in the header.
+        Drawing old;
+        ASSERT_EQ(loadDxfText(header("AC1021", std::string("9 $DIMJOGANG|40 ") + value) + entities(kLine), old), "");
+        EXPECT_NEAR(old.dimStyles.find("Standard")->jogAngle, 1.0471975511965976, 1e-12) << value;
     }
 }
 

@@ -81,7 +81,8 @@ void Reader::applyHeaderDimensions() {
         const Tag& tag = value.tags.front();
         const bool textual = std::holds_alternative<engine::Name engine::DimStyle::*>(variable->member) ||
                              std::holds_alternative<std::string engine::DimStyle::*>(variable->member);
-        const double number = tag.real();
+        double number = tag.real();
+        if (value.name == "DIMJOGANG" && isJogInDegrees(number)) number = radiansFromDegrees(number);
         if (textual)
             engine::setDimValue(style, *variable, engine::DimValue(std::string(name(tag).view())));
         else if (number == number)
@@ -221,8 +222,7 @@ void Reader::applyHeader(bool ownRecord) {
             case engine::SysVarType::Real: {
                 double number = tag.real();
                 if (number != number) continue;
-                const bool radians = def->name == "DIMJOGANG" && !isJogInDegrees(number);
-                if ((def->degrees || tag.code == 50) && !radians) {
+                if (def->degrees || tag.code == 50) {
                     const std::string_view digits = tag.trimmed();
                     double radians = 0.0;
                     number = digits.size() > 17 && radiansFromDegrees(digits, radians) ? radians

@@ -64,7 +64,8 @@ FieldKeys setupKeys(const PageSetup& setup) {
     FieldKeys keys;
     if (setup.plotTransparency) keys.push_back("plotTransparency");
     if (setup.plotArea < 0 || setup.plotArea > 0x7FFF) keys.push_back("plotArea");
-    if (setup.scaleType < 0 || setup.scaleType > 0x7FFF) keys.push_back("scaleType");
+    const bool renumbered = isCustomScale(setup) && setup.scaleType != engine::kCustomPlotScale;
+    if (renumbered || setup.scaleType < 0 || setup.scaleType > 0x7FFF) keys.push_back("scaleType");
     if (setup.dpi < 0 || setup.dpi > 0x7FFF) keys.push_back("dpi");
     if (setup.paperUnits < 0 || setup.paperUnits > 0x7FFF) keys.push_back("paperUnits");
     return keys;

@@ -12,6 +12,29 @@ using math::Vector3;
 /// The width of a value that the multileader does not hold itself: other programs want one for each definition.
 constexpr double kNotHeld = 0.0;
 
+namespace {
+
+template <class Record>
+std::string nativeForm(const Record& record) {
+    native::JsonWriter out(-1);
+    native::RecordWriter writer(out);
+    out.beginObject();
+    const_cast<Record&>(record).describe(writer);
+    out.endObject();
+    return out.take();
+}
+
+/// True when the groups of the record give back all of it: members of a style that are not overridden have no group.
+bool saysAll(const MLeaderOverrides& own) {
+    MLeaderOverrides kept;
+    kept.members = own.members & MLeaderOverrides::kAll;
+    own.apply(kept.values);
+    return kept.members != 0 && nearestLineweight(kept.values.leaderLineweight) == kept.values.leaderLineweight &&
+           nativeForm(own) == nativeForm(kept);
+}
+
+}  // namespace
+
 bool Writer::write(const MLeaderEntity& e, const Target& t) {
     const auto finite = [](const Vector2& p) { return std::isfinite(p.x) && std::isfinite(p.y); };
     if (!finite(e.contentPos)) return false;
@@ -20,9 +43,6 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
     FieldKeys keys;
     // The record's places and sizes are those that are drawn; the multileader's own stand beside them.
     keys.insert(keys.end(), {"contentPos", "landingGap", "landingDistance", "arrowSize", "textHeight"});
-    const bool emptyHead =
-        std::any_of(e.heads.begin(), e.heads.end(), [](const MLeaderHead& h) { return h.vertices.empty(); });
-    if (emptyHead) keys.push_back("heads");
     if (e.contentType != MLeaderContent::MText && !e.textContent.empty()) keys.push_back("textContent");
     if (e.contentType != MLeaderContent::Block && !e.blockName.empty()) keys.push_back("blockName");
     if (e.contentType == MLeaderContent::Block) keys.push_back("blockName");
@@ -35,6 +55,20 @@ bool Writer::write(const MLeaderEntity& e, const Target& t) {
                });
     });
     if (!allDefined) keys.push_back("attributes");
+    const auto plainNames = [&](std::initializer_list<Name> names) {
+        return std::all_of(names.begin(), names.end(), [&](Name name) { return name.empty() || isPlain(name); });
+    };
+    if (e.overrides && !(saysAll(*e.overrides) &&
+                         plainNames({e.overrides->values.leaderLinetype, e.overrides->values.arrowBlock,
+                                     e.overrides->values.textStyle})))
+        keys.push_back("overrides");
+    const auto saysLook = [&](const MLeaderHead& h) {
+        return !h.look || (h.look->members != 0 && plainNames({h.look->linetype, h.look->arrowBlock}) &&
+                           nearestLineweight(h.look->lineweight) == h.look->lineweight);
+    };
+    const bool emptyHead =
+        std::any_of(e.heads.begin(), e.heads.end(), [](const MLeaderHead& h) { return h.vertices.empty(); });
+    if (emptyHead || !std::all_of(e.heads.begin(), e.heads.end(), saysLook)) keys.push_back("heads");
     if (!isPlain(e.styleName) || mleaderStyles_.find(e.styleName.key()) == mleaderStyles_.end())
         keys.push_back("styleName");
 
