@@ -9,6 +9,7 @@
 #include "strings/wildcards.hpp"
 #include "doc/table_edits.hpp"
 #include "engine/symbols/symbols.hpp"
+#include "strings/utf8.hpp"
 
 namespace kova::cmd::commands {
 
@@ -18,7 +19,8 @@ using engine::Layer;
 using engine::Name;
 
 std::string padded(std::string text, std::size_t width) {
-    if (text.size() < width) text.resize(width, ' ');
+    const std::size_t size = strings::countCharacters(text);
+    if (size < width) text.append(width - size, ' ');
     return text + "  ";
 }
 
