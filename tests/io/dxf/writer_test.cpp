@@ -388,7 +388,7 @@ TEST(DxfWriter, FramesStandWhereOtherProgramsLookForThem) {
     EXPECT_FALSE(static_cast<engine::WipeoutEntity&>(*back.modelSpace().entities().front()).showFrame);
     // Another program changes what it knows of.
     std::string changed = text.str();
-    const std::size_t at = changed.find("AcDbRasterVariables");
+    const std::size_t at = changed.rfind("AcDbRasterVariables");
     const std::size_t value = changed.find("\n 70\n", at) + 5;
     changed.replace(value, changed.find('\n', value) - value, "     0");
     std::ofstream(file) << changed;
