@@ -135,6 +135,52 @@ def main():
                 except SystemExit:
                     print("ezdxf is not installed: not compared")
 
+        # Many of one thing: four times as many may take about four times as long, start-up taken off.
+        def growth(name, command_of, count):
+            small, large = (min(run(command_of(n))[1] for _ in range(3)) - idle[1] for n in (count, 4 * count))
+            report(f"{name}, {4 * count:,}", large, "s of CPU")
+            report(f"{name}, {4 * count:,} to {count:,}", large / max(small, 1e-3), "times", "goal <= 6")
+
+        many = pathlib.Path(__file__).parent / "many_dxf.py"
+
+        def file_of(kind, count, extension="dxf"):
+            made = folder / f"{kind}-{count}.{extension}"
+            if not made.exists():
+                plain = folder / f"{kind}-{count}-plain.dxf"
+                subprocess.run([sys.executable, many, kind, plain, str(count)], check=True)
+                run([program, "run", "--open", plain, "--save", made])
+            return made
+
+        many_count = 20_000 // scale
+        for kind in ("dimensions", "dictionaries", "shared", "blocks", "layers"):
+            def plain(count, kind=kind):
+                file_of(kind, count)
+                return [program, "run", "--open", folder / f"{kind}-{count}-plain.dxf"]
+
+            growth(f"{kind}: another program's DXF opened", plain, many_count)
+            for extension in ("dxf", "dwg", "kvcad"):
+                growth(f"{kind}: own .{extension} opened",
+                       lambda count, kind=kind, extension=extension: [program, "run", "--open", file_of(kind, count, extension)], many_count)
+            growth(f"{kind}: opened and saved as .dxf",
+                   lambda count, kind=kind: [program, "run", "--open", file_of(kind, count), "--save", folder / "saved.dxf"], many_count)
+
+        def by_command(kind, count):
+            made = folder / f"{kind}-{count}.scr"
+            with open(made, "w") as file:
+                for i in range(count):
+                    if kind == "layers":
+                        file.write(f"-LAYER\nNew\nLayer {i}\n\n")
+                    elif kind == "groups":
+                        file.write(f"LINE\n{i},0\n{i},1\n\n-GROUP\nCreate\n*\n\nLast\n\n")
+                    else:
+                        file.write(f"LINE\n{i},0\n{i},1\n\n-BLOCK\nBlock {i}\n{i},0\nLast\n\n-INSERT\nBlock {i}\n{i},0\n1\n1\n0\n")
+            return [program, "run", "--script", made]
+
+        for kind in ("layers", "groups", "blocks"):
+            growth(f"{kind} made one by one by a script", lambda count, kind=kind: by_command(kind, count), 2_000)
+        walk = "(while (tblnext \"LAYER\" (not a)) (setq a T))"
+        growth("layers walked with TBLNEXT", lambda count: [program, "run", "--open", file_of("layers", count), "-c", walk], many_count)
+
     if not arguments.skip_micro:
         for program in sorted((build / "bench").glob("bench_*")):
             if program.is_file() and os.access(program, os.X_OK):

@@ -18,13 +18,14 @@ std::vector<std::uint64_t> withGroups(doc::Document& document, std::vector<std::
     const engine::Drawing& drawing = document.drawing();
     if (ids.empty() || drawing.groups.empty() || (engine::sysVarInt(drawing, "PICKSTYLE", 1) & 1) == 0) return ids;
     std::unordered_set<std::uint64_t> taken(ids.begin(), ids.end());
-    const std::unordered_set<std::uint64_t> picked = taken;
+    std::unordered_set<std::uint64_t> picked;
+    for (const std::uint64_t id : taken)
+        if (const engine::Entity* e = drawing.findById(id)) picked.insert(e->handle());
+    // Most picks are of one object.
+    const std::uint64_t only = picked.size() == 1 ? *picked.begin() : 0;
+    const auto isPicked = [&](std::uint64_t handle) { return only != 0 ? handle == only : picked.contains(handle); };
     for (const engine::Group& group : drawing.groups) {
         if (!group.selectable) continue;
-        const auto isPicked = [&](std::uint64_t handle) {
-            const engine::Entity* e = drawing.findByHandle(handle);
-            return e != nullptr && picked.contains(e->id());
-        };
         if (std::none_of(group.memberHandles.begin(), group.memberHandles.end(), isPicked)) continue;
         for (const std::uint64_t handle : group.memberHandles) {
             const engine::Entity* e = drawing.findByHandle(handle);

@@ -348,6 +348,28 @@ TEST_F(CadTest, CrossingWindowsStretch) {
     EXPECT_EQ(eval("(cdr (assoc 10 (entget (entlast))))"), "(0.0 1.0 0.0)");
 }
 
+/// A walk meets what was added behind it, and steps over what went.
+TEST_F(CadTest, TableWalksFollowChanges) {
+    for (const char* name : {"A", "B", "C", "D"}) drawing().layers.ensure(name);
+    const auto next = [&] { return eval("(cdr (assoc 2 (tblnext \"LAYER\")))"); };
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\" T)))"), "\"0\"");
+    EXPECT_EQ(next(), "\"Defpoints\"");
+    drawing().layers.erase("Defpoints");
+    drawing().layers.erase("A");
+    EXPECT_EQ(next(), "\"B\"");
+    drawing().layers.ensure("E");
+    EXPECT_EQ(next(), "\"C\"");
+    EXPECT_EQ(next(), "\"D\"");
+    EXPECT_EQ(next(), "\"E\"");
+    EXPECT_EQ(next(), "nil");
+    drawing().layers.ensure("F");
+    EXPECT_EQ(next(), "\"F\"");
+    EXPECT_EQ(next(), "nil");
+    EXPECT_NE(eval("(tblsearch \"LAYER\" \"c\" T)"), "nil");
+    EXPECT_EQ(next(), "\"D\"");
+    EXPECT_EQ(eval("(cdr (assoc 2 (tblnext \"LAYER\" T)))"), "\"0\"");
+}
+
 TEST_F(CadTest, Tables) {
     eval("(entmake '((0 . \"LAYER\") (2 . \"Steel\") (70 . 4) (62 . 3)))");
     EXPECT_EQ(eval("(tblsearch \"LAYER\" \"STEEL\")"),

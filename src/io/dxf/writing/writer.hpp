@@ -73,10 +73,18 @@ private:
     std::uint64_t blockHandle(engine::Name name);
     /// The block of an arrow; 0 for the closed filled one.
     std::uint64_t arrowHandle(engine::Name name);
-    std::uint64_t mlineStyleHandle(const engine::MLineEntity& mline);
+    struct MLineStyleRecord;
+    const MLineStyleRecord& mlineStyle(const engine::MLineEntity& mline);
     std::uint64_t imageDefinition(const engine::ImageEntity& image, std::uint64_t imageHandle, std::uint64_t& reactor);
     /// The name as the file may hold it: characters that names must not have are replaced.
     std::string_view symbol(engine::Name name);
+    /// Texts that are taken, folded, and the last number that was put behind each.
+    struct NumberedTexts {
+        std::unordered_set<std::string> names;
+        std::unordered_map<std::string, std::size_t> last;
+    };
+    /// The text, or the text with "_" and a number from 2 on, that is not taken yet; takes it.
+    static std::string freeName(const std::string& wanted, NumberedTexts& taken);
     bool isPlain(engine::Name name) { return symbol(name).data() == name.view().data(); }
     void linetypeName(int code, engine::Name name);
     void textStyleName(int code, engine::Name name);
@@ -309,7 +317,9 @@ private:
         const engine::MLineEntity* sample;  ///< null: the standard style
     };
     std::vector<MLineStyleRecord> mlineStyles_;
-    std::unordered_map<std::string, std::size_t> mlineStyleIndex_;
+    std::unordered_map<std::string, std::size_t> mlineStyleIndex_;  ///< by folded name and look
+    NumberedTexts mlineNames_;
+    std::unordered_map<const void*, engine::Name> fontStyles_;  ///< the first text style of each font file
 
     struct ImageDefinition {
         std::string path;
@@ -342,7 +352,8 @@ private:
     std::vector<std::string> applications_;
     std::unordered_set<const void*> applicationKeys_;
     std::unordered_map<const std::string*, std::string> cleanNames_;
-    std::unordered_set<std::string> cleanTaken_;
+    std::unordered_map<const void*, std::string> cleanOf_;  ///< by the key of the name
+    NumberedTexts cleanTaken_;
     engine::Name lastName_;
     bool lastPlain_ = true;
     engine::Name lastApplication_;

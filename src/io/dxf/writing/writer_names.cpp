@@ -30,23 +30,28 @@ std::string_view Writer::symbol(Name name) {
 
     const auto [it, fresh] = cleanNames_.try_emplace(&name.str());
     if (!fresh) return it->second;
-    std::string clean(text.substr(0, strings::wholeCharacters(text, 200)));
-    for (char& c : clean)
-        if (isForbidden(c)) c = '_';
-    if (clean.empty()) clean = "_";
-    // Different names stay different; the same name in another case stays the same.
-    std::string candidate = clean;
-    const std::string folded = engine::foldCase(text);
-    for (int n = 2; !cleanTaken_.insert(engine::foldCase(candidate) + '\n' + folded).second ||
-                    std::any_of(cleanNames_.begin(), cleanNames_.end(),
-                                [&](const auto& other) {
-                                    return other.first != &name.str() && engine::equalNoCase(other.second, candidate) &&
-                                           !engine::equalNoCase(*other.first, text);
-                                });
-         ++n)
-        candidate = clean + "_" + std::to_string(n);
-    it->second = candidate;
+    // The same name in another case stays the same.
+    const auto [known, first] = cleanOf_.try_emplace(name.key());
+    if (first) {
+        std::string clean(text.substr(0, strings::wholeCharacters(text, 200)));
+        for (char& c : clean)
+            if (isForbidden(c)) c = '_';
+        if (clean.empty()) clean = "_";
+        known->second = freeName(clean, cleanTaken_);
+    }
+    it->second = known->second;
     return it->second;
+}
+
+std::string Writer::freeName(const std::string& wanted, NumberedTexts& taken) {
+    // The number goes on where it stopped for the same text: a thousand names may differ in one character only.
+    std::string folded = engine::foldCase(wanted);
+    if (taken.names.insert(folded).second) return wanted;
+    std::size_t& number = taken.last.try_emplace(std::move(folded), 1).first->second;
+    for (;;) {
+        std::string candidate = wanted + "_" + std::to_string(++number);
+        if (taken.names.insert(engine::foldCase(candidate)).second) return candidate;
+    }
 }
 
 std::uint64_t Writer::recordHandle(HandleMap& map, std::vector<Name>& missing, Name name) {

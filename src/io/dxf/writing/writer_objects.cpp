@@ -167,7 +167,7 @@ void Writer::mlineStyles() {
 void Writer::images() {
     GroupWriter& out = *out_;
     Entries entries;
-    std::unordered_set<std::string> taken;
+    NumberedTexts taken;
     for (const ImageDefinition& image : images_) {
         // The key is the file's name without folder and extension.
         std::string_view stem = image.path;
@@ -175,11 +175,8 @@ void Writer::images() {
             stem.remove_prefix(slash + 1);
         if (const std::size_t dot = stem.rfind('.'); dot != std::string_view::npos && dot > 0)
             stem = stem.substr(0, dot);
-        std::string key(symbol(Name(stem.empty() ? std::string_view("image") : stem)));
-        std::string candidate = key;
-        for (int n = 2; !taken.insert(engine::foldCase(candidate)).second; ++n)
-            candidate = key + "_" + std::to_string(n);
-        entries.emplace_back(candidate, image.handle);
+        const std::string key(symbol(Name(stem.empty() ? std::string_view("image") : stem)));
+        entries.emplace_back(freeName(key, taken), image.handle);
     }
     dictionary(fixed_.images, fixed_.root, entries, false);
     for (const ImageDefinition& image : images_) {

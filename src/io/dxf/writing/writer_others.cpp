@@ -18,43 +18,55 @@ bool allFinite(const std::vector<Vector2>& points) {
 
 // Multilines -------------------------------------------------------------------------------------------------------
 
-/// The style record for what a multiline holds; multilines of the same name and look share one.
-std::uint64_t Writer::mlineStyleHandle(const MLineEntity& e) {
-    static const MLineEntity standard;
-    const auto same = [](const MLineEntity& a, const MLineEntity& b) {
-        return a.elements == b.elements && a.flags == b.flags && a.fillColor == b.fillColor &&
-               a.startAngle == b.startAngle && a.endAngle == b.endAngle;
+namespace {
+
+/// What the style of a multiline says, as a key.
+std::string lookOf(const MLineEntity& e) {
+    std::string key;
+    const auto put = [&](const auto& value) { key.append(reinterpret_cast<const char*>(&value), sizeof value); };
+    const auto putColor = [&](const engine::Color& color) {
+        for (const int part : {static_cast<int>(color.method), static_cast<int>(color.aci), static_cast<int>(color.red),
+                               static_cast<int>(color.green), static_cast<int>(color.blue)})
+            put(part);
     };
-    const std::string wanted(e.styleName.empty() ? std::string_view("Standard") : symbol(e.styleName));
-    // "Standard" is there for the default look; another look under a name that is taken gets a number.
-    for (int n = 1;; ++n) {
-        const std::string name = n == 1 ? wanted : wanted + "_" + std::to_string(n);
-        const auto [it, fresh] = mlineStyleIndex_.try_emplace(engine::foldCase(name), mlineStyles_.size());
-        if (fresh) {
-            if (name == "Standard" && same(e, standard)) {
-                it->second = 0;
-                return mlineStyles_[0].handle;
-            }
-            if (engine::equalNoCase(name, "Standard")) {
-                it->second = 0;
-            } else {
-                mlineStyles_.push_back({name, newHandle(), &e});
-                return mlineStyles_.back().handle;
-            }
-        }
-        const MLineStyleRecord& known = mlineStyles_[it->second];
-        if (same(known.sample != nullptr ? *known.sample : standard, e)) return known.handle;
+    put(e.flags);
+    put(e.startAngle + 0.0);  // no minus in front of a zero
+    put(e.endAngle + 0.0);
+    putColor(e.fillColor);
+    for (const MLineElement& element : e.elements) {
+        put(element.offset + 0.0);
+        putColor(element.color);
+        const void* linetype = element.linetype.key();
+        put(linetype);
     }
+    return key;
+}
+
+}  // namespace
+
+/// The style record for what a multiline holds; multilines of the same name and look share one.
+const Writer::MLineStyleRecord& Writer::mlineStyle(const MLineEntity& e) {
+    static const std::string standardLook = lookOf(MLineEntity());
+    const std::string wanted(e.styleName.empty() ? std::string_view("Standard") : symbol(e.styleName));
+    const std::string look = lookOf(e);
+    const auto [known, fresh] = mlineStyleIndex_.try_emplace(engine::foldCase(wanted) + '\n' + look, 0);
+    if (fresh) {
+        // "Standard" is there for the default look; another look under a name that is taken gets a number.
+        if (mlineNames_.names.empty()) mlineNames_.names.insert(engine::foldCase("Standard"));
+        if (!engine::equalNoCase(wanted, "Standard") || look != standardLook) {
+            known->second = mlineStyles_.size();
+            mlineStyles_.push_back({freeName(wanted, mlineNames_), newHandle(), &e});
+        }
+    }
+    return mlineStyles_[known->second];
 }
 
 bool Writer::write(const MLineEntity& e, const Target& t) {
     if (e.vertices.size() < 2 || !allFinite(e.vertices) || !std::isfinite(e.scale)) return false;
     FieldKeys keys;
-    const std::uint64_t style = mlineStyleHandle(e);
-    const MLineStyleRecord* record = nullptr;
-    for (const MLineStyleRecord& r : mlineStyles_)
-        if (r.handle == style) record = &r;
-    if (record->name != e.styleName.view() || e.elements.size() > 16) keys.push_back("styleName");
+    const MLineStyleRecord& record = mlineStyle(e);
+    const std::uint64_t style = record.handle;
+    if (record.name != e.styleName.view() || e.elements.size() > 16) keys.push_back("styleName");
     // The style carries the elements; colours without an index and what is over sixteen elements stay here.
     if (e.elements.size() > 16 ||
         std::any_of(e.elements.begin(), e.elements.end(),
@@ -66,7 +78,7 @@ bool Writer::write(const MLineEntity& e, const Target& t) {
     head("MLINE", e, t, own);
     GroupWriter& out = *out_;
     out.subclass("AcDbMline");
-    out.text(2, record->name);
+    out.text(2, record.name);
     out.handle(340, style);
     out.real(40, e.scale);
     out.integer(70, std::min(static_cast<int>(e.justification), 2));

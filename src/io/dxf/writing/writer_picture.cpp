@@ -195,9 +195,13 @@ private:
 
     /// The text style with a font file; a run carries no more of its style.
     Name styleOf(Name font) const {
-        for (const TextStyle& style : writer_.drawing_.textStyles)
-            if (style.fontFile == font) return style.name;
-        return commonNames().standard;
+        auto& known = writer_.fontStyles_;
+        if (known.empty()) {
+            for (const TextStyle& style : writer_.drawing_.textStyles) known.try_emplace(style.fontFile.key(), style.name);
+            known.try_emplace(Name().key(), commonNames().standard);
+        }
+        const auto found = known.find(font.key());
+        return found != known.end() ? found->second : commonNames().standard;
     }
 
     Writer& writer_;
