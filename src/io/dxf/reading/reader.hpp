@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -220,7 +221,7 @@ private:
     }
     /// The same for an object that belongs to one other; false for the second who asks.
     bool ownedObject(std::uint64_t handle, std::string_view type, Record& record) {
-        return objectAt(handle, type, record) && index_.claim(handle);
+        return index_.ownedObject(handle, type, record);
     }
     std::span<const DictionaryItem> dictionary(std::uint64_t handle) { return index_.dictionary(handle); }
     std::uint64_t dictionaryEntry(std::uint64_t dictionary, std::string_view key) {
@@ -382,6 +383,7 @@ private:
 
     std::uint64_t rootDictionary_ = 0;
     std::uint64_t ownNextHandle_ = 0;  ///< the counter that the program's own record gives
+    std::set<std::string> otherSettings_;  ///< of the file, with values that the drawing does not keep
     std::size_t sharedDictionaries_ = 0;  ///< entities whose extension dictionary is another one's
     std::size_t opaqueValues_ = 0;
     std::unordered_set<std::uint64_t> opaqueSeen_;

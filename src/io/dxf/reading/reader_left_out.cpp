@@ -13,11 +13,11 @@ namespace {
 constexpr std::string_view kDerivedObjects[] = {"DICTIONARY", "ACDBDICTIONARYWDFLT", "ACDBPLACEHOLDER", "FIELDLIST",
                                                 "IMAGEDEF_REACTOR"};
 
-/// Settings of files that are made anew, name the file or the moment, or say how the last program showed it.
+/// Settings of files that are read elsewhere, that are made anew, name the file or the moment, or say how the last program showed it.
 constexpr std::string_view kPassingSettings[] = {
-    "ACADMAINTVER",  "ACADVER",      "CMATERIAL",       "COORDS",    "DRAGVS",     "DWGCODEPAGE", "EXTMAX",
+    "ACADMAINTVER",  "ACADVER",      "AUTHOR",          "KEYWORDS",  "SUBJECT",    "TITLE",      "CMATERIAL",       "COORDS",    "DRAGVS",     "DWGCODEPAGE", "EXTMAX",
     "EXTMIN",        "FINGERPRINTGUID", "HANDLING",     "HANDSEED",  "INTERFEREOBJVS", "INTERFEREVPVS",
-    "LASTSAVEDBY",   "MENU",         "PEXTMAX",         "PEXTMIN",   "REQUIREDVERSIONS", "TDCREATE", "TDINDWG",
+    "LASTSAVEDBY",   "MENU",         "OSMODE",         "PEXTMAX",         "PEXTMIN",   "REQUIREDVERSIONS", "TDCREATE", "TDINDWG",
     "TDUCREATE",     "TDUPDATE",     "TDUSRTIMER",      "TDUUPDATE", "TIMEZONE",   "VERSIONGUID", "VIEWCTR",
     "VIEWDIR",       "VIEWSIZE"};
 
@@ -37,13 +37,21 @@ constexpr UsualValue kUsualValues[] = {
     {"CEPSNTYPE", "0"},
     {"CMLJUST", "0"},
     {"CMLSCALE", "1 20"},
+    {"CHAMFERC", "0.5 1 20 25"},
     {"CMLSTYLE", "Standard"},
+    {"CENTEREXE", "0.12 3.5"},
+    {"CENTERLTYPEFILE", "acad.lin acadiso.lin"},
     {"CVIEWDETAILSTYLE", "Metric50 Imperial24"},
     {"CVIEWSECTIONSTYLE", "Metric50 Imperial24"},
     {"DGNFRAME", "0 2"},
+    {"DIMALTMZF", "100"},
+    {"DELOBJ", "1 3"},
     {"DIMASO", "1"},
     {"DIMASSOC", "1 2"},
+    {"DIMMZF", "100"},
+    {"DIMFIT", "3"},
     {"DIMSHO", "0 1"},
+    {"DIMUNIT", "2"},
     {"DRAGMODE", "2"},
     {"DWFFRAME", "0 2"},
     {"EXTNAMES", "1"},
@@ -53,6 +61,8 @@ constexpr UsualValue kUsualValues[] = {
     {"HIDETEXT", "0 1"},
     {"INTERFERECOLOR", "1"},
     {"INTERSECTIONCOLOR", "257"},
+    {"LAYEREVAL", "1"},
+    {"LAYERNOTIFY", "15"},
     {"LATITUDE", "37.795 37.7950"},
     {"LENSLENGTH", "50"},
     {"LIGHTGLYPHDISPLAY", "1"},
@@ -78,6 +88,7 @@ constexpr UsualValue kUsualValues[] = {
     {"PUCSYDIR", "0 1"},
     {"REALWORLDSCALE", "1"},
     {"REGENMODE", "1"},
+    {"SECTIONTHICKNESSINC", "0.05 1"},
     {"SHADEDGE", "3"},
     {"SHADEDIF", "70"},
     {"SHOWHIST", "1"},
@@ -99,10 +110,17 @@ constexpr UsualValue kUsualValues[] = {
     {"XEDIT", "1"},
 };
 
-bool isOneOf(std::string_view word, std::string_view list) {
+/// True when a value is in a list: the same text, or nearly the same number.
+bool isOneOf(const Tag& value, std::string_view list) {
+    const std::string_view text = value.trimmed();
+    const double number = value.real();
     while (!list.empty()) {
         const std::size_t end = std::min(list.find(' '), list.size());
-        if (engine::equalNoCase(list.substr(0, end), word)) return true;
+        const std::string_view usual = list.substr(0, end);
+        const double usualNumber = parseReal(usual);
+        if (engine::equalNoCase(usual, text) ||
+            (usualNumber != 0.0 && std::abs(number - usualNumber) < 1e-6 * std::abs(usualNumber)))
+            return true;
         list.remove_prefix(std::min(end + 1, list.size()));
     }
     return false;
@@ -129,6 +147,12 @@ void Reader::noteUnreadObjects() {
     leaveOut("extension dictionary of another object", sharedDictionaries_);
     for (const HeaderValue& value : header_)
         if (!isHeaderVariableRead(value.name)) noteSetting(value.name, value.tags.front());
+    // A few have their names told.
+    constexpr std::size_t kFew = 3;
+    if (otherSettings_.size() > kFew)
+        leaveOut("settings", otherSettings_.size());
+    else
+        for (const std::string& name : otherSettings_) leaveOut("setting " + name);
 }
 
 void Reader::noteSetting(std::string_view name, const Tag& value) {
@@ -137,16 +161,16 @@ void Reader::noteSetting(std::string_view name, const Tag& value) {
         const engine::DimValue now = engine::dimValue(drawing_.effectiveDimStyle(), *variable);
         const double* number = std::get_if<double>(&now);
         const double stated = value.real();
-        if (number != nullptr && name != "DIMJOGANG" && std::abs(*number - stated) > 1e-9 * std::abs(stated))
-            leaveOut("setting " + std::string(name));
+        if (!own_ && number != nullptr && name != "DIMJOGANG" && std::abs(*number - stated) > 1e-9 * std::abs(stated))
+            leaveOut("override of the dimension style");
         return;
     }
     if (isNothing(value) || name.starts_with("UCS") ||
         std::find(std::begin(kPassingSettings), std::end(kPassingSettings), name) != std::end(kPassingSettings))
         return;
     for (const UsualValue& usual : kUsualValues)
-        if (usual.name == name && isOneOf(value.trimmed(), usual.values)) return;
-    leaveOut("setting " + std::string(name));
+        if (usual.name == name && isOneOf(value, usual.values)) return;
+    otherSettings_.insert(std::string(name));
 }
 
 void Reader::noteRecordData(const Record& record) {

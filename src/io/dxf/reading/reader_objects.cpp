@@ -347,12 +347,13 @@ void Reader::readVariables(std::uint64_t handle) {
         } else if (engine::equalNoCase(key, "CANNOSCALE")) {
             if (drawing_.annotationScales.contains(name(*value)))
                 engine::loadSysVar(drawing_, "CANNOSCALE", engine::SysVarValue(stated_.scale = text(*value)));
+        } else if (const auto variable = std::find_if(kDictionaryVariables.begin(), kDictionaryVariables.end(),
+                                                      [&](std::string_view v) { return engine::equalNoCase(key, v); });
+                   variable != kDictionaryVariables.end()) {
+            engine::loadSysVar(drawing_, *variable, engine::SysVarValue(static_cast<std::int32_t>(small(*value))));
         } else {
             noteSetting(engine::upperCase(key), *value);
         }
-        for (const std::string_view variable : kDictionaryVariables)
-            if (engine::equalNoCase(key, variable))
-                engine::loadSysVar(drawing_, variable, engine::SysVarValue(static_cast<std::int32_t>(small(*value))));
     }
     // Two stand in objects of their own.
     const auto object = [&](std::string_view entry, std::string_view type, std::string_view variable) {

@@ -71,7 +71,9 @@ void Reader::settleBodies() {
     for (auto& [handle, bytes] : bodies_) {
         Entity* entity = drawing_.findByHandle(handle);
         if (entity == nullptr || entity->type() != engine::EntityType::Solid3D) {
-            leaveOut("modeller data without a solid");
+            // A region of this program has its loops.
+            if (entity == nullptr || entity->type() != engine::EntityType::Region)
+                leaveOut("modeller data without a solid");
             continue;
         }
         auto& body = static_cast<Solid3DEntity&>(*entity);

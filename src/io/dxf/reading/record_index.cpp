@@ -13,7 +13,7 @@ constexpr std::size_t kShortDictionary = 16;
 
 bool RecordIndex::add(std::uint64_t handle, const Record& record) {
     if (!byHandle_.try_emplace(handle, places_.size()).second) return false;
-    places_.push_back({record.position, false});
+    places_.push_back({record.position, record.type, false});
     return true;
 }
 
@@ -27,10 +27,7 @@ bool RecordIndex::object(std::uint64_t handle, Record& record) {
 
 bool RecordIndex::object(std::uint64_t handle, std::string_view type, Record& record) {
     const auto found = byHandle_.find(handle);
-    if (found == byHandle_.end() || !reader_.at(places_[found->second].position, record) || record.type != type)
-        return false;
-    places_[found->second].read = true;
-    return true;
+    return found != byHandle_.end() && places_[found->second].type == type && object(handle, record);
 }
 
 RecordIndex::Dictionary& RecordIndex::parsed(std::uint64_t handle) {

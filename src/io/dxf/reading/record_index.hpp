@@ -37,6 +37,10 @@ public:
     std::span<const DictionaryItem> dictionary(std::uint64_t handle);
     /// The object under a key of a dictionary, without regard to case; 0: none.
     std::uint64_t entry(std::uint64_t dictionary, std::string_view key);
+    /// The same for an object that belongs to one other; false for the second who asks.
+    bool ownedObject(std::uint64_t handle, std::string_view type, Record& record) {
+        return !claimed_.contains(handle) && object(handle, type, record) && claim(handle);
+    }
     /// True for the first who asks for a handle. What has one owner (an extension dictionary, a filter, a record of own
     /// data) is read for that one: a file may name one object a hundred thousand times.
     bool claim(std::uint64_t handle) { return claimed_.insert(handle).second; }
@@ -53,6 +57,7 @@ public:
 private:
     struct Place {
         std::size_t position = 0;
+        std::string_view type;
         bool read = false;
     };
     struct Dictionary {
