@@ -101,7 +101,8 @@ std::string loadTemplate(const std::string& name, engine::Drawing& drawing) {
     if (!reason.empty()) return "Could not load the template: " + reason;
     for (const char* date : kDateVariables)
         if (const auto it = fresh.find(date); it != fresh.end()) drawing.realVariables[date] = it->second;
-    for (const char* counted : {"TDEDITED", "TDUSRTIMER"}) drawing.realVariables.erase(counted);
+    drawing.realVariables.erase("TDEDITED");
+    if (drawing.realVariables.count("TDUSRTIMER") != 0) drawing.realVariables["TDUSRTIMER"] = 0.0;
     return {};
 }
 
