@@ -32,26 +32,33 @@ std::string manual() {
         "# Commands\n\nMade from the registry of commands; how lines are read is in [command-line.md](command-line.md). "
         "A name stands with its\naliases; the questions that it may ask follow, options in square brackets. Every system "
         "variable is a command, too.\n";
+    struct Section {
+        std::string file;
+        std::vector<std::string> questions;
+    };
     for (const auto& [category, commands] : categories) {
         out += "\n## " + category + "\n";
+        std::map<const Command*, Section> sections;
+        for (const Command* command : commands)
+            sections[command] = {sources.fileOf(command->name(), command->title()),
+                                 sources.of(command->name(), command->title())};
         // Commands of one file that ask the same stand together.
         std::set<const Command*> told;
         for (const Command* command : commands) {
-            if (!told.insert(command).second) continue;
-            const std::string file = sources.fileOf(command->name(), command->title());
-            const std::vector<std::string> questions = sources.of(command->name(), command->title());
+            if (told.contains(command)) continue;
+            const Section& section = sections[command];
             out += "\n";
             for (const Command* other : commands) {
-                if (other != command &&
-                    (told.contains(other) || file.empty() || sources.fileOf(other->name(), other->title()) != file ||
-                     sources.of(other->name(), other->title()) != questions))
+                const Section& its = sections[other];
+                if (other != command && (section.file.empty() || its.file != section.file ||
+                                         its.questions != section.questions || told.contains(other)))
                     continue;
                 told.insert(other);
                 out += "**" + other->name() + "**";
                 for (const std::string& alias : other->aliases()) out += " " + alias;
                 out += " (" + other->title() + ")  \n";
             }
-            for (const std::string& question : questions) out += "- `" + question + "`\n";
+            for (const std::string& question : section.questions) out += "- `" + question + "`\n";
         }
     }
     return out;

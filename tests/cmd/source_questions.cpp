@@ -145,14 +145,12 @@ void SourceQuestions::read(const std::string& path) {
         chunks = chunksOf(tokens, 0, tokens.size(), {});
     }
     for (Chunk& chunk : chunks) made.chunks.push_back(std::move(chunk));
-    // Questions are shared by the files named for it, and by what stands beside the commands.
+    // Questions are shared by the room of prompts, and by what stands beside the commands.
     std::istringstream lines(source);
     for (std::string line; std::getline(lines, line);) {
         if (!line.starts_with("#include \"cmd/")) continue;
         const std::string included = line.substr(14, line.size() - 14 - 5);
-        const auto named = [&](const char* ending) { return included.ends_with(ending); };
-        if (included.starts_with("commands/") || named("_prompts") || named("_prompt") || named("_dialogue") ||
-            named("_aids") || named("_tool"))
+        if (included.starts_with("commands/") || included.starts_with("prompts/"))
             made.shared.push_back((std::filesystem::path(KOVA_SOURCE_DIR "/src/cmd") / included).string());
     }
 }
@@ -164,17 +162,17 @@ SourceQuestions::SourceQuestions(const std::string& folder) {
             paths.push_back(entry.path().string());
     std::sort(paths.begin(), paths.end());
     for (const std::string& path : paths) read(path);
-}
-
-SourceQuestions::Place SourceQuestions::find(const std::string& name, const std::string& title) const {
     for (const auto& [stem, file] : files_)
         for (const Chunk& chunk : file.chunks)
             for (std::size_t i = 0; i + 2 < chunk.tokens.size(); ++i)
-                if (chunk.tokens[i].kind == Token::Kind::Text && chunk.tokens[i].text == name &&
-                    chunk.tokens[i + 1].text == "," && chunk.tokens[i + 2].kind == Token::Kind::Text &&
-                    chunk.tokens[i + 2].text == title)
-                    return {stem, &chunk, i};
-    return {};
+                if (chunk.tokens[i].kind == Token::Kind::Text && chunk.tokens[i + 1].text == "," &&
+                    chunk.tokens[i + 2].kind == Token::Kind::Text)
+                    places_.emplace(std::pair(chunk.tokens[i].text, chunk.tokens[i + 2].text), Place{stem, &chunk, i});
+}
+
+SourceQuestions::Place SourceQuestions::find(const std::string& name, const std::string& title) const {
+    const auto place = places_.find({name, title});
+    return place == places_.end() ? Place() : place->second;
 }
 
 /// Goes from a command's tool to all that it names.

@@ -53,7 +53,8 @@ private:
     void read(const std::string& path);
     Place find(const std::string& name, const std::string& title) const;
 
-    std::map<std::string, File> files_;  ///< by path below the folder, without extension
+    std::map<std::string, File> files_;                              ///< by path, without extension
+    std::map<std::pair<std::string, std::string>, Place> places_;  ///< by two texts that follow each other
 };
 
 }  // namespace kova::cmd
