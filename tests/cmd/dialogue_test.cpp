@@ -224,7 +224,8 @@ TEST_F(Scripted, ConditionsWait) {
             default:
                 break;
         }
-        if (!(co_await ask.object("Pick:", "", [token](const engine::Entity&) { return true; })).isObject()) log += 'g';
+        const std::function<bool(const engine::Entity&)> any = [token](const engine::Entity&) { return true; };
+        if (!(co_await ask.object("Pick:", "", any)).isObject()) log += 'g';
         if (!co_await yes(ask, "Last:", token)) co_return;
         log += 'h';
     };
