@@ -150,6 +150,7 @@ private:
     static void destroy(Object* object) noexcept;
     /// Gives back the memory of an object that has let go of its parts.
     static void dispose(Object* object) noexcept;
+    static void disposeAs(Kind kind, Object* object) noexcept;
 
     Data data_;
     Kind kind_;
