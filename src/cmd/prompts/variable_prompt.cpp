@@ -52,8 +52,8 @@ Task<void> editVariable(Ask& ask, doc::Document& document, const engine::SysVarD
     }
     if (def.command == engine::SysVarCommand::Toggle) {
         // The settings file is only read.
-        const bool kept = (def.saved & engine::saved::Profile) == 0;
-        ask.message(variableLine(document.drawing(), def) + (kept ? "" : " (for this process)"));
+        const bool forNow = def.saved == engine::saved::Profile;
+        ask.message(variableLine(document.drawing(), def) + (forNow ? " (for this process)" : ""));
     }
     ask.message(engine::sysVarNote(document.drawing(), def));
 }
