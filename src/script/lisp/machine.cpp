@@ -60,6 +60,23 @@ bool dropOwnFunctions(Environment* e, std::uint32_t others) {
     return true;
 }
 
+/// Lets go of a frame's scope that others hold, or that holds another one.
+[[gnu::noinline]] void leaveHeld(Environment* e) {
+    dropOwnFunctions(e, 1);
+    // A tail call has left the scope around this one with nobody but its own functions to hold it.
+    Value outer;
+    if (e->refs == 1 && e->parent() != nullptr) outer = Value::object(e->parent());
+    const bool outlives = e->refs > 1;
+    if (outlives) Cycles::suspect(e);
+    releaseEnvironment(e);
+    while (outer.isTrue()) {
+        auto* scope = outer.as<Environment>();
+        if (!dropOwnFunctions(scope, 1)) break;
+        outer = scope->refs == 1 && scope->parent() != nullptr ? Value::object(scope->parent()) : Value();
+    }
+    if (outlives) Cycles::collectWhenDue();
+}
+
 }  // namespace
 
 Machine::Machine(LispHost& host, SymbolTable& symbols) : host_(host), symbols_(symbols) {}
@@ -136,19 +153,11 @@ void Machine::leave() {
     stack_.resize(frame.base);
     frames_.pop_back();
     if (e == nullptr) return;
-    dropOwnFunctions(e, 1);
-    // A tail call has left the scope around this one with nobody but its own functions to hold it.
-    Value outer;
-    if (e->refs == 1 && e->parent() != nullptr) outer = Value::object(e->parent());
-    const bool outlives = e->refs > 1;
-    if (outlives) Cycles::suspect(e);
-    releaseEnvironment(e);
-    while (outer.isTrue()) {
-        auto* scope = outer.as<Environment>();
-        if (!dropOwnFunctions(scope, 1)) break;
-        outer = scope->refs == 1 && scope->parent() != nullptr ? Value::object(scope->parent()) : Value();
-    }
-    if (outlives) Cycles::collectWhenDue();
+    // Nearly always nobody else holds it, and more hold the one around it than its own functions can be.
+    if (e->refs == 1 && (e->parent() == nullptr || e->parent()->refs > e->parent()->size() + 1)) [[likely]]
+        releaseEnvironment(e);
+    else
+        leaveHeld(e);
 }
 
 void Machine::unwindTo(std::size_t count) {

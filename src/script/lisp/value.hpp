@@ -270,12 +270,13 @@ struct Heap {
     static constexpr std::size_t kDefaultLimit = std::size_t{1} << 30;
     /// Notes bytes before they are taken.
     static void charge(std::size_t size) {
-        if (bytes + size > limit) makeRoom(size);
+        if (bytes + size > limit) [[unlikely]]
+            makeRoom(size);
         bytes += size;
     }
     static void release(std::size_t size) { bytes -= size; }
     /// Collects rings; throws when that is not enough.
-    static void makeRoom(std::size_t size);
+    [[gnu::cold]] static void makeRoom(std::size_t size);
 };
 
 /// The symbols of an engine by name.
