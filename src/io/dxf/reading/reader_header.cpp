@@ -33,6 +33,8 @@ Vector3 pointOf(const std::vector<Tag>& tags) {
 }  // namespace
 
 bool Reader::isHeaderVariableRead(std::string_view name) {
+    // Not written, as it stands in the dictionary of variables, too, which comes later.
+    if (name == "XCLIPFRAME") return true;
     const auto list = headerVariables();
     return std::find(list.begin(), list.end(), name) != list.end() &&
            std::find(std::begin(kNotRead), std::end(kNotRead), name) == std::end(kNotRead);

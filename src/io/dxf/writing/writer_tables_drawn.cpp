@@ -25,8 +25,10 @@ bool Writer::write(const TableEntity& e, const Target& t) {
     if (e.colWidths.size() != static_cast<std::size_t>(columns)) keys.push_back("colWidths");
     if (e.textHeight != 0.0) keys.push_back("textHeight");
     if (!e.rowTextHeights.empty()) keys.push_back("rowTextHeights");
-    if (forDwg_ && e.horizontalMargin >= 0.0) keys.push_back("horizontalMargin");
-    if (forDwg_ && e.verticalMargin >= 0.0) keys.push_back("verticalMargin");
+    // The record of a DWG has no place for them, and none at all has one for values that only stand for the style's.
+    const auto keptBeside = [&](double margin) { return margin < 0.0 ? margin != -1.0 : forDwg_; };
+    if (keptBeside(e.horizontalMargin)) keys.push_back("horizontalMargin");
+    if (keptBeside(e.verticalMargin)) keys.push_back("verticalMargin");
     if (!isPlain(e.styleName) || tableStyles_.find(e.styleName.key()) == tableStyles_.end())
         keys.push_back("styleName");
     const auto cells = static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns);
