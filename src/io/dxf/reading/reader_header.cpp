@@ -214,6 +214,7 @@ void Reader::applyHeader(bool ownRecord) {
             continue;
         }
         if (value.name == "CTAB") continue;  // the layouts tell
+        if (value.name == "XCLIPFRAME" && tag.code == 290) continue;  // cannot say 2: releases to 2007 write 0 for it
         const engine::SysVarDef* def = engine::findSysVar(value.name);
         if (def == nullptr) continue;
         SysVarValue v;
