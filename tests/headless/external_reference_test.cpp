@@ -4,6 +4,7 @@
 #include <QTemporaryDir>
 #include <fstream>
 #include <sstream>
+#include <regex>
 
 #include "engine/kinds/all.hpp"
 #include "headless/session.hpp"
@@ -90,7 +91,11 @@ TEST_F(ExternalReferenceTest, HostsOfEveryFormatShowWhatTheyReferTo) {
             Session third;
             ASSERT_EQ(third.open(path("again" + extension)), "");
             ASSERT_EQ(third.save(path("third" + extension)), "");
-            EXPECT_EQ(text(path("third" + extension)), text(path("again" + extension)));
+            // But for the times, which go on.
+            const auto withoutTimes = [&](const std::string& name) {
+                return std::regex_replace(text(path(name + extension)), std::regex("\"TD[A-Z]+\": [^,]*"), "");
+            };
+            EXPECT_EQ(withoutTimes("third"), withoutTimes("again"));
         }
     }
 }
