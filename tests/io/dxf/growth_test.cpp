@@ -202,7 +202,7 @@ TEST(DxfLinks, ASharedDictionaryHasOneOwner) {
     EXPECT_EQ(drawing.modelSpace().first()->elevation, 7.0);
     EXPECT_EQ(drawing.modelSpace().last()->elevation, 0.0);
     ASSERT_EQ(report.lines.size(), 1U);
-    EXPECT_EQ(report.lines[0], "Not kept: 2 extension dictionary of another object.");
+    EXPECT_EQ(report.lines[0], "Not kept: 2 extension dictionaries of another object.");
 }
 
 TEST(DxfLeftOut, WhatTheDrawingHasNoPlaceForIsCountedByKind) {

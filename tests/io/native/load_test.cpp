@@ -130,7 +130,7 @@ TEST(NativeLoad, WhatIsNotKnownIsCountedByKind) {
     EXPECT_EQ(drawing.modelSpace().size(), 1U);
     EXPECT_EQ(notes.lines,
               (std::vector<std::string>{"2 entities could not be read: 2 Hologram.",
-                                        "Not kept: 1 block of a name that is taken, 2 member \"glow\", 1 section "
+                                        "Not kept: 1 block of a name that is taken, 2 members \"glow\", 1 section "
                                         "\"novelties\"."}));
 }
 
