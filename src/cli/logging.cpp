@@ -19,25 +19,23 @@ void setUpLogging(const LogSettings& settings) {
     if (directory.empty()) {
         std::error_code error;
         directory = fs::temp_directory_path(error);
-        if (error) throw fs::filesystem_error("temp_directory_path", error);
+        if (error) directory = "/tmp";
         directory = directory / "kovacad" / "logs";
     }
-    std::error_code error;
-    fs::create_directories(directory, error);
-    if (error) throw fs::filesystem_error("create_directories", directory, error);
 
     auto console = std::make_shared<spdlog::sinks::stdout_color_sink_mt>();
     console->set_pattern("[%H:%M:%S.%e] [%n] [%^%l%$] %v");
     console->set_level(static_cast<spdlog::level::level_enum>(settings.consoleLevel));
     std::vector<spdlog::sink_ptr> sinks{console};
     try {
+        fs::create_directories(directory);
         auto file = std::make_shared<spdlog::sinks::rotating_file_sink_mt>((directory / settings.fileName).string(),
                                                                            settings.maxFileSize, settings.maxFiles);
         file->set_pattern("[%Y-%m-%d %H:%M:%S.%e] [%n] [%l] [%s:%#] %v");
         file->set_level(static_cast<spdlog::level::level_enum>(settings.fileLevel));
         sinks.push_back(std::move(file));
-    } catch (const spdlog::spdlog_ex& failure) {
-        // Somebody else's log file in a shared directory is no reason not to draw.
+    } catch (const std::exception& failure) {
+        // Somebody else's log file in a shared directory, or a directory that cannot be made, is no reason not to draw.
         printError(std::string("No log file: ") + failure.what());
     }
     auto logger = std::make_shared<spdlog::logger>("kova", sinks.begin(), sinks.end());

@@ -20,6 +20,7 @@
 #include "io/save.hpp"
 #include "script/python/interpreter.hpp"
 #include "script/python/runner.hpp"
+#include "strings/numbers.hpp"
 
 namespace kova::cli {
 
@@ -36,11 +37,13 @@ void applySettings() {
                            QString::fromUtf8(def.name.data(), static_cast<qsizetype>(def.name.size())));
         if (!value.isValid()) continue;
         switch (def.type) {
+            // What is no number of its kind is passed over, as one out of range is.
             case engine::SysVarType::Integer:
-                engine::setProfileVariable(def.name, value.toInt());
+                if (const auto n = strings::parseInteger(value.toString().toStdString()))
+                    engine::setProfileVariable(def.name, static_cast<std::int32_t>(*n));
                 break;
             case engine::SysVarType::Real:
-                engine::setProfileVariable(def.name, value.toDouble());
+                if (const auto r = strings::parseReal(value.toString().toStdString())) engine::setProfileVariable(def.name, *r);
                 break;
             case engine::SysVarType::String:
                 engine::setProfileVariable(def.name, value.toString().toStdString());

@@ -277,7 +277,9 @@ std::string Session::open(const std::string& path) {
 
 std::string Session::newFromTemplate(const std::string& name) {
     auto drawing = std::make_unique<engine::Drawing>();
-    if (std::string error = loadTemplate(name, *drawing); !error.empty()) return error;
+    std::vector<std::string> lines;
+    if (std::string error = loadTemplate(name, *drawing, &lines); !error.empty()) return error;
+    for (const std::string& line : lines) append(line);
     drawing->fileName.clear();
     replaceDrawing(std::move(drawing));
     return {};

@@ -79,7 +79,7 @@ std::string resolveTemplateName(const std::string& name) {
     return name;
 }
 
-std::string loadTemplate(const std::string& name, engine::Drawing& drawing) {
+std::string loadTemplate(const std::string& name, engine::Drawing& drawing, std::vector<std::string>* lines) {
     const std::string resolved = resolveTemplateName(name);
     std::string path = findInDirectories(resolved);
     std::error_code error;
@@ -99,6 +99,7 @@ std::string loadTemplate(const std::string& name, engine::Drawing& drawing) {
     OpenReport report;
     const std::string reason = openDrawing(path, drawing, report);
     if (!reason.empty()) return "Could not load the template: " + reason;
+    if (lines != nullptr) *lines = report.lines;
     for (const char* date : kDateVariables)
         if (const auto it = fresh.find(date); it != fresh.end()) drawing.realVariables[date] = it->second;
     drawing.realVariables.erase("TDEDITED");

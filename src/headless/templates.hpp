@@ -19,6 +19,7 @@ std::string resolveTemplateName(const std::string& name);
 
 /// Loads a template by name or path into a fresh drawing. Error text, empty on success. The three standard
 /// templates are known to the program itself when no directory holds them.
-std::string loadTemplate(const std::string& name, engine::Drawing& drawing);
+/// `lines`: takes what the file could not give the drawing.
+std::string loadTemplate(const std::string& name, engine::Drawing& drawing, std::vector<std::string>* lines = nullptr);
 
 }  // namespace kova::headless

@@ -1,6 +1,7 @@
 #include "io/file_content.hpp"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,15 +17,45 @@ namespace {
 constexpr std::size_t kLargestStream = std::size_t{4} << 30;
 constexpr std::size_t kLargestRead = std::size_t{1} << 30;
 
+constexpr int kPipeWait = 2000;  ///< milliseconds
+constexpr int kPipeStep = 50;
+
 /// Closes the descriptor on every way out.
 struct Descriptor {
-    explicit Descriptor(const std::string& path) : number(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+    /// A pipe that nobody writes to does not stop the program: after kPipeWait it counts as one that cannot be opened.
+    explicit Descriptor(const std::string& path)
+        : number(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)) {
+        if (number < 0) return;
+        struct stat info {};
+        if (::fstat(number, &info) == 0 && S_ISFIFO(info.st_mode) && !isServed()) {
+            ::close(number);
+            number = -1;
+            return;
+        }
+        ::fcntl(number, F_SETFL, ::fcntl(number, F_GETFL) & ~O_NONBLOCK);
+    }
     ~Descriptor() {
         if (number >= 0) ::close(number);
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
+
     int number;
+    std::string early;  ///< what came while it was found out whether somebody writes
+
+private:
+    /// Waits until a writer is there, who may then take his time.
+    bool isServed() {
+        for (int waited = 0; waited < kPipeWait; waited += kPipeStep) {
+            pollfd ready{number, POLLIN, 0};
+            if (::poll(&ready, 1, kPipeStep) > 0 && (ready.revents & POLLIN) != 0) return true;
+            char first = 0;
+            const ssize_t n = ::read(number, &first, 1);
+            if (n > 0) early.push_back(first);
+            if (n > 0 || (n < 0 && errno == EAGAIN)) return true;
+        }
+        return false;
+    }
 };
 
 /// Reads until `size` bytes have come or the file ends; gives how many, or nothing on a read error.
@@ -41,13 +72,13 @@ std::optional<std::size_t> readBytes(int descriptor, char* to, std::size_t size)
 }
 
 /// Reads up to `limit` bytes; false on a read error.
-bool readUpTo(int descriptor, std::string& content, std::size_t limit) {
+bool readUpTo(const Descriptor& file, std::string& content, std::size_t limit) {
     constexpr std::size_t kStep = std::size_t{1} << 18;
-    std::size_t filled = 0;
-    content.clear();
+    content = file.early.substr(0, limit);
+    std::size_t filled = content.size();
     while (filled < limit) {
         content.resize(std::min(limit, std::max(filled + kStep, filled * 2)));
-        const auto n = readBytes(descriptor, content.data() + filled, content.size() - filled);
+        const auto n = readBytes(file.number, content.data() + filled, content.size() - filled);
         if (!n) return false;
         filled += *n;
         if (filled < content.size()) break;
@@ -94,7 +125,7 @@ std::string FileContent::open(const std::string& path) {
         size_ = *filled;
         return {};
     }
-    if (!readUpTo(file.number, stream_, kLargestStream) || stream_.size() >= kLargestStream) {
+    if (!readUpTo(file, stream_, kLargestStream) || stream_.size() >= kLargestStream) {
         stream_.clear();
         return refusal;
     }
@@ -107,7 +138,7 @@ std::string readFile(const std::string& path, std::string& content, std::size_t 
     const Descriptor file(path);
     struct stat info {};
     if (file.number < 0 || ::fstat(file.number, &info) != 0 || S_ISDIR(info.st_mode) ||
-        !readUpTo(file.number, content, limit))
+        !readUpTo(file, content, limit))
         return "Cannot open file: " + path;
     return {};
 }

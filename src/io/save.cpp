@@ -141,8 +141,14 @@ std::string Save::open() {
     if (there && ::access(target_.c_str(), W_OK) != 0) return refusal;
 
     if (there && (!S_ISREG(info.st_mode) || namesOpenFile(target_))) {
-        descriptor_ = ::open(target_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY);
+        // A pipe that nobody comes to read is refused after two seconds.
+        for (int waits = 0; waits < 200; ++waits) {
+            descriptor_ = ::open(target_.c_str(), O_WRONLY | O_TRUNC | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+            if (descriptor_ >= 0 || errno != ENXIO) break;
+            ::usleep(10'000);
+        }
         if (descriptor_ < 0) return refusal;
+        ::fcntl(descriptor_, F_SETFL, ::fcntl(descriptor_, F_GETFL) & ~O_NONBLOCK);
         mode_ = Mode::Special;
         return {};
     }

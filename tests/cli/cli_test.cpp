@@ -56,12 +56,12 @@ struct CliTest : ::testing::Test {
 // What a run changes for the program is gone with it: the settings file gives first values and is never written.
 TEST_F(CliTest, SettingsAreReadAndNeverWritten) {
     ASSERT_TRUE(QDir(directory.path()).mkpath("config/KovaCAD"));
-    const QByteArray text = "[SystemVariables]\nPICKBOX=7\nATTREQ=0\nFILEDIA=1\nOSMODE=no number\n";
+    const QByteArray text = "[SystemVariables]\nPICKBOX=7\nATTREQ=0\nFILEDIA=1\nOSMODE=no number\nISAVEBAK=yes\n";
     write("config/KovaCAD/kovacad-cli.ini", text);
     qputenv("XDG_CONFIG_HOME", path("config").toLocal8Bit());
-    const Result first = run({"run", "-c", "(mapcar 'getvar '(\"PICKBOX\" \"ATTREQ\" \"FILEDIA\"))", "-c", "PICKBOX 9",
+    const Result first = run({"run", "-c", "(mapcar 'getvar '(\"PICKBOX\" \"ATTREQ\" \"FILEDIA\" \"ISAVEBAK\"))", "-c", "PICKBOX 9",
                               "-c", "ATTREQ", "-c", "1", "-c", "ALIASEDIT A QQ LINE", "-c", "WORKSPACE SA Mine"});
-    EXPECT_THAT(first.out, HasSubstr("(7 0 0)"));
+    EXPECT_THAT(first.out, HasSubstr("(7 0 0 1)"));
     EXPECT_THAT(first.out, HasSubstr("ATTREQ = 1 (for this process)"));
     EXPECT_THAT(first.out, HasSubstr("Alias \"QQ\" stands for LINE, for this process."));
     EXPECT_THAT(first.out, HasSubstr("Workspace \"Mine\" saved for this process."));
@@ -71,6 +71,15 @@ TEST_F(CliTest, SettingsAreReadAndNeverWritten) {
     EXPECT_THAT(second.out, HasSubstr("Unknown command: QQ"));
     EXPECT_EQ(read("config/KovaCAD/kovacad-cli.ini"), text.toStdString());
     EXPECT_EQ(QDir(path("config")).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList("KovaCAD"));
+}
+
+TEST_F(CliTest, DrawsWithoutAFolderForItsLog) {
+    qputenv("TMPDIR", path("missing").toLocal8Bit());
+    const Result result = run({"run", "-c", "(+ 1 1)", "--save", path("a.kvcad")});
+    qunsetenv("TMPDIR");
+    EXPECT_EQ(result.status, 0) << result.error;
+    EXPECT_THAT(result.out, HasSubstr("Saved: "));
+    EXPECT_TRUE(QFile::exists(path("a.kvcad")));
 }
 
 // Whoever adds a variable of the environment tells it there.

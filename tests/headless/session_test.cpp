@@ -349,7 +349,7 @@ TEST_F(SessionTest, WhatIsReplacedIsTold) {
 TEST_F(SessionTest, FormatsThatAreNotWrittenAreTold) {
     const std::string file = path("a.dwg");
     const std::string written = " is not written. The versions written are 2010, 2013 and 2018.";
-    for (const char* version : {"2000", "2004", "2007", "R14", "LT2000", "r12"})
+    for (const char* version : {"2000", "2004", "2007", "R14", "LT2000", "r12", "R2007"})
         EXPECT_THAT(session.feed(std::string("SAVEAS ") + version + " " + file),
                     ElementsAre(std::string("Command: SAVEAS ") + version + " " + file,
                                 "DWG " + engine::upperCase(version) + written,

@@ -16,7 +16,9 @@ namespace kova::engine {
 
 namespace {
 
-constexpr double kJulianOfEpoch = 2440587.5;  ///< 1970-01-01 00:00 universal time
+/// The Julian day number of 1970-01-01. Dates are this number of their day and the part of it since midnight (not since
+/// noon, as astronomers count): 2451544.91568 is 1999-12-31 21:58:35.
+constexpr double kJulianOfEpoch = 2440588.0;
 constexpr double kSecondsPerDay = 86400.0;
 
 double secondsSinceEpoch() {

@@ -611,6 +611,8 @@ TEST_F(SysVar, Times) {
     const double calendar = sysVarReal(drawing, "CDATE");
     EXPECT_GT(calendar, 20230101.0);
     EXPECT_LT(std::fmod(calendar, 1.0), 0.24);
+    // The day changes at midnight: both tell the same hour.
+    EXPECT_NEAR(std::fmod(date, 1.0) * 24.0, std::floor(std::fmod(calendar, 1.0) * 100.0 + 1e-6) + 0.5, 0.52);
     EXPECT_NEAR(sysVarReal(drawing, "TDCREATE"), date, 0.01);
     EXPECT_NEAR(sysVarReal(drawing, "TDINDWG"), 0.0, 0.01);
     EXPECT_EQ(loadSysVar(drawing, "TDINDWG", 12.5), "");

@@ -111,6 +111,14 @@ TEST_F(Files, WritesPipesInPlaceAndReadsThem) {
     EXPECT_TRUE(fs::is_fifo(at("pipe")));
 }
 
+TEST_F(Files, APipeThatNobodyServesIsRefused) {
+    const std::string pipe = at("pipe");
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    FileContent file;
+    EXPECT_EQ(file.open(pipe), "Cannot open file: " + pipe);
+    EXPECT_NE(saveFile(pipe, "x"), "");
+}
+
 TEST_F(Files, RefusesWhatCannotBeWritten) {
     EXPECT_EQ(saveFile(at("no/such/folder"), "x"), "Cannot open file for writing: " + at("no/such/folder"));
     EXPECT_EQ(saveFile(folder_.string(), "x"), "Cannot open file for writing: " + folder_.string());

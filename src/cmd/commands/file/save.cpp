@@ -60,8 +60,14 @@ private:
         static constexpr std::string_view written[] = {"2010", "2013", "2018"};
         static constexpr std::string_view older[] = {"R9",  "R10",  "R11",  "R12",  "R13", "R14",
                                                      "97",  "2000", "2004", "2007", "LT2", "LT95"};
-        std::string_view version = word;
+        std::string_view version = std::string_view(word).substr(0, word.find('('));
         if (version.starts_with("LT") && version.size() > 4) version.remove_prefix(2);
+        if (version.starts_with('R') && version.size() == 5) version.remove_prefix(1);
+        static constexpr std::pair<std::string_view, std::string_view> tags[] = {
+            {"AC1009", "R12"},  {"AC1012", "R13"},  {"AC1014", "R14"},  {"AC1015", "2000"}, {"AC1018", "2004"},
+            {"AC1021", "2007"}, {"AC1024", "2010"}, {"AC1027", "2013"}, {"AC1032", "2018"}};
+        for (const auto& [tag, year] : tags)
+            if (version == tag) version = year;
         if (std::ranges::find(written, version) != std::end(written)) {
             extension_ = ".dwg";
             refused_.clear();

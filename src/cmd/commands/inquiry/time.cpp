@@ -7,7 +7,7 @@ namespace kova::cmd::commands {
 
 namespace {
 
-constexpr double kJulianOfEpoch = 2440587.5;  ///< 1970-01-01 00:00
+constexpr double kJulianOfEpoch = 2440588.0;  ///< 1970-01-01 00:00; the day changes at midnight
 constexpr double kSecondsPerDay = 86400.0;
 
 /// A Julian date as "Tuesday, November 21, 2023 17:04:11"; a dash for a time that was never noted.
