@@ -6,8 +6,6 @@
 #include <QBuffer>
 #include <QImage>
 #include <QSettings>
-#include <filesystem>
-#include <fstream>
 
 #include "cli/mcp_server.hpp"
 #include "cli/options.hpp"
@@ -17,6 +15,7 @@
 #include "io/text_file.hpp"
 #include "engine/model/sysvar.hpp"
 #include "headless/session.hpp"
+#include "io/file_content.hpp"
 #include "io/save.hpp"
 #include "script/python/interpreter.hpp"
 #include "script/python/runner.hpp"
@@ -62,15 +61,6 @@ bool writePng(const QImage& image, const std::string& path) {
     return io::saveFile(path, {bytes.constData(), static_cast<std::size_t>(bytes.size())}).empty();
 }
 
-/// All bytes of a file, or of a pipe; nothing when it cannot be read.
-std::optional<std::string> readBytes(const std::string& path) {
-    std::error_code error;
-    std::ifstream file(path, std::ios::binary);
-    if (!file || std::filesystem::is_directory(path, error)) return std::nullopt;
-    std::string bytes{std::istreambuf_iterator<char>(file), {}};
-    return file.bad() ? std::nullopt : std::optional(std::move(bytes));
-}
-
 /// Finds out whether Python can run, or says why not; the program goes on without it. It starts when it is first used.
 bool checkPython(script::python::Interpreter& interpreter) {
     const std::string reason = interpreter.check();
@@ -104,8 +94,8 @@ int runCommand(const std::vector<std::string>& arguments) {
         printError("run: unexpected argument '" + unexpected + "'\n\n" + usageText());
         return kExitUsage;
     }
-    std::optional<std::string> script;
-    if (options->script && !(script = readBytes(*options->script))) {
+    io::FileContent script;
+    if (options->script && !script.open(*options->script).empty()) {
         printError("Cannot read " + *options->script);
         return kExitFailed;
     }
@@ -127,7 +117,8 @@ int runCommand(const std::vector<std::string>& arguments) {
     printLines(session.takeOutput());
     // An old script is in the code page of the drawing that it works on.
     std::vector<std::string> lines;
-    if (script) lines = cmd::scriptLines(cmd::decodedText(*script, cmd::codePageOf(session.document().drawing())));
+    if (options->script)
+        lines = cmd::scriptLines(cmd::decodedText(script.view(), cmd::codePageOf(session.document().drawing())));
     lines.insert(lines.end(), options->lines.begin(), options->lines.end());
     for (const std::string& line : lines) printLines(session.feed(line));
     if (session.isWaiting()) {
